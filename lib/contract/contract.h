@@ -1,0 +1,22 @@
+// Contracts: conditions that only a fault of the program itself can break. They are checked in every build
+// type, whatever NDEBUG says, because stopping with the stated text is part of the behaviour.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace zan {
+
+// Writes the line that the C library's assert would write, with `text` as the failed condition, and aborts.
+[[noreturn]] inline void contract_failed(const char* text, const char* file, int line, const char* function) {
+    std::fprintf(stderr, "%s:%d: %s: Assertion `%s' failed.\n", file, line, function, text);
+    std::fflush(stderr);
+    std::abort();
+}
+
+} // namespace zan
+
+// Stops the process unless `condition` holds. `text` is shown as it stands: a condition's text is known to
+// callers and tests, so it must not change when the C++ behind it does.
+#define ZAN_CONTRACT(condition, text) \
+    ((condition) ? static_cast<void>(0) : ::zan::contract_failed((text), __FILE__, __LINE__, __func__))

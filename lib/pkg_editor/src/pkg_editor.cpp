@@ -1,0 +1,1 @@
+#include "pkg_editor.h"

@@ -1,0 +1,2 @@
+// Design packages: ELF files used as stores of named sections.
+#pragma once
