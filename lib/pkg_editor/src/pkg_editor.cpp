@@ -1,1 +1,0 @@
-#include "pkg_editor.h"

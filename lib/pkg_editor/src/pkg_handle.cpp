@@ -1,0 +1,131 @@
+#include "pkg_handle.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace zan::pkg {
+
+void tell_error(const zan_pkg_file* pkg, const char* format, ...) {
+    if (!pkg->show_error)
+        return;
+    va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(stderr, format, arguments);
+    va_end(arguments);
+}
+
+void tell_info(const zan_pkg_file* pkg, const char* format, ...) {
+    if (!pkg->show_info)
+        return;
+    va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(stdout, format, arguments);
+    va_end(arguments);
+}
+
+const char* elf_message(int error) {
+    const char* text = elf_errmsg(error);
+    return text ? text : "(null)";
+}
+
+void tell_elf_failure(const zan_pkg_file* pkg, const char* function) {
+    constexpr int last_error = -1;
+    tell_error(pkg, " %s ()  failed : %s.", function, elf_message(last_error));
+}
+
+Elf_Data* name_table(const zan_pkg_file* pkg) {
+    std::size_t index = 0;
+    Elf_Scn* section = elf_getshdrstrndx(pkg->elf, &index) == 0 ? elf_getscn(pkg->elf, index) : nullptr;
+    Elf_Data* data = section ? elf_getdata(section, nullptr) : nullptr;
+    if (data && has_bytes(data))
+        return data;
+    if (pkg->show_info)
+        std::fputs("No string table section\n", stderr);
+    return nullptr;
+}
+
+std::string_view name_at(const Elf_Data* table, std::size_t offset) {
+    if (offset >= table->d_size)
+        return {};
+    const char* name = static_cast<const char*>(table->d_buf) + offset;
+    const void* end = std::memchr(name, 0, table->d_size - offset);
+    return end ? std::string_view(name, static_cast<const char*>(end)) : std::string_view();
+}
+
+bool copy_header(Elf_Scn* section, Elf32_Shdr& header) {
+    const void* found = elf32_getshdr(section);
+    if (found)
+        std::memcpy(&header, found, sizeof header);
+    return found != nullptr;
+}
+
+Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name) {
+    const Elf_Data* table = name ? name_table(pkg) : nullptr;
+    if (!table)
+        return nullptr;
+    const std::size_t size_with_nul = std::strlen(name) + 1;
+    const char* names = static_cast<const char*>(table->d_buf);
+    for (Elf_Scn* section = elf_nextscn(pkg->elf, nullptr); section;
+         section = elf_nextscn(pkg->elf, section)) {
+        Elf32_Shdr header;
+        if (!copy_header(section, header) || header.sh_name >= table->d_size)
+            continue;
+        // The NUL is compared too, so a match lies inside the table and ends there.
+        if (table->d_size - header.sh_name >= size_with_nul &&
+            std::memcmp(names + header.sh_name, name, size_with_nul) == 0)
+            return section;
+    }
+    return nullptr;
+}
+
+DataFault find_data(Elf_Scn* section, Elf_Data*& data) {
+    data = elf_getdata(section, nullptr);
+    if (!data)
+        return DataFault::missing;
+    return elf_getdata(section, data) ? DataFault::multiple : DataFault::none;
+}
+
+Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section) {
+    Elf_Data* data = nullptr;
+    switch (find_data(section, data)) {
+        case DataFault::none:
+            return data;
+        case DataFault::missing:
+            tell_error(pkg, "No data for section.\n");
+            return nullptr;
+        case DataFault::multiple:
+            tell_error(pkg, "Multiple data descriptors for section.\n");
+            return nullptr;
+    }
+    return nullptr;
+}
+
+bool has_bytes(const Elf_Data* data) {
+    return data->d_size == 0 || data->d_buf != nullptr;
+}
+
+void describe_bytes(Elf_Data* data, void* bytes, std::size_t size) {
+    constexpr std::size_t alignment = 128;
+    data->d_buf = bytes;
+    data->d_size = size;
+    data->d_type = ELF_T_BYTE;
+    data->d_off = 0;
+    data->d_align = alignment;
+    data->d_version = EV_CURRENT;
+}
+
+void* allocate_block(zan_pkg_file* pkg, std::size_t size) {
+    const std::size_t size_with_link = size + sizeof(void*);
+    void** block = static_cast<void**>(std::malloc(size_with_link));
+    if (!block) {
+        std::fprintf(stderr, "Could not allocated %zu bytes of memory\n", size_with_link);
+        return nullptr;
+    }
+    *block = pkg->allocated_blocks;
+    pkg->allocated_blocks = block;
+    return block + 1;
+}
+
+} // namespace zan::pkg

@@ -1,0 +1,84 @@
+// What the package functions share: the handle, its messages, and the checked ways into a package.
+#pragma once
+
+#include <libelf.h>
+
+#include <cstddef>
+#include <string_view>
+
+#include "pkg_editor.h"
+
+// Plain data from malloc, since callers may release it with free().
+struct zan_pkg_file {
+    const char* fname; // the caller's; null for a package in memory
+    int fd;            // -1 for a package in memory
+    Elf* elf;
+    void* allocated_blocks; // file buffers; the first word of each points to the next one
+    bool writable : 1;
+    bool dirty : 1; // set by the first edit, and never cleared
+    bool show_error : 1;
+    bool show_info : 1;
+};
+
+namespace zan::pkg {
+
+// Messages under the show flags; `format` is that of printf.
+[[gnu::format(printf, 2, 3)]] void tell_error(const zan_pkg_file* pkg, const char* format, ...);
+[[gnu::format(printf, 2, 3)]] void tell_info(const zan_pkg_file* pkg, const char* format, ...);
+
+// The library's text for an error number, never null. The number is that of an elf_errmsg call.
+const char* elf_message(int error);
+// Tells that a library call has failed, with the library's last error.
+void tell_elf_failure(const zan_pkg_file* pkg, const char* function);
+
+// The descriptor of the section-name table; null, and told under show_info, if there is no table. The table
+// of a writable package is a copy from malloc.
+Elf_Data* name_table(const zan_pkg_file* pkg);
+
+// The name at an offset of the table; empty, with null data, where the table has no such name.
+std::string_view name_at(const Elf_Data* table, std::size_t offset);
+
+// Copies a section's header; false if it has none of the 32-bit class. A damaged file may put headers at odd
+// addresses, so they are never used in place.
+bool copy_header(Elf_Scn* section, Elf32_Shdr& header);
+
+// The first section of that name, or null.
+Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name);
+
+// Calls `visit(section, name)` for each section that lists show, in order, until it gives false.
+template <class Visit>
+void for_each_listed_section(const zan_pkg_file* pkg, Visit visit) {
+    const Elf_Data* table = name_table(pkg);
+    if (!table)
+        return;
+    for (Elf_Scn* section = elf_nextscn(pkg->elf, nullptr); section;
+         section = elf_nextscn(pkg->elf, section)) {
+        Elf32_Shdr header;
+        if (!copy_header(section, header))
+            continue;
+        const std::string_view name = name_at(table, header.sh_name);
+        if (!name.empty() && name != ".shstrtab" && !visit(section, name))
+            return;
+    }
+}
+
+// Only a section with exactly one descriptor is valid.
+enum class DataFault { none, missing, multiple };
+DataFault find_data(Elf_Scn* section, Elf_Data*& data);
+
+// The same with the message that a fault owes; null if there is one.
+Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section);
+
+// Whether the descriptor's bytes are there to be read: a section may have a size and no bytes.
+bool has_bytes(const Elf_Data* data);
+
+// Makes a descriptor hold `size` bytes of plain data at `bytes`.
+void describe_bytes(Elf_Data* data, void* bytes, std::size_t size);
+
+// A new block of `size` bytes that lives until the package is closed; null, and told, if there is no memory.
+void* allocate_block(zan_pkg_file* pkg, std::size_t size);
+
+// Pushes edits to the file; false, and told on standard error, if that fails.
+bool flush_elf_edits(zan_pkg_file* pkg);
+
+} // namespace zan::pkg

@@ -1,0 +1,14 @@
+// Catching what a test makes the program say.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+// What `function` writes to standard error.
+template <class Function>
+std::string stderrOf(Function function) {
+    testing::internal::CaptureStderr();
+    function();
+    return testing::internal::GetCapturedStderr();
+}

@@ -1,0 +1,85 @@
+// Kernels, module instances and a report tree made by hand, as the stages of a run hand them to the monitor
+// reader.
+#pragma once
+
+#include <fstream>
+#include <list>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "temp_dir.h"
+#include "tly_parse.h"
+
+class RunFixture {
+  public:
+    RunFixture() {
+        for (const char* list : {"kernels.nodes", "memtransfers.nodes"})
+            tree.put(list, "");
+    }
+    RunFixture(const RunFixture&) = delete;
+    RunFixture& operator=(const RunFixture&) = delete;
+    ~RunFixture() {
+        for (const auto& [name, kernel] : kernels)
+            delete kernel;
+    }
+
+    TlyKernel& kernel(const std::string& name, bool autorun = false) {
+        return *(kernels[name] = new TlyKernel(name, autorun));
+    }
+
+    // An instance of the kernel, of the function with the kernel's name.
+    TlyModuleInst& inst(TlyKernel& kernel, const std::string& name, bool shared = false) {
+        TlyModuleInst& made = m_insts.emplace_back(name, "module", kernel.get_name(), "", "", "", "", "32",
+                                                   "", kernel.is_autorun_kernel(), 1, shared);
+        kernel.add_module_inst(&made);
+        return made;
+    }
+
+    // Reads a monitor file of these lines, each ended by a newline.
+    int read(const std::vector<std::string>& lines, bool noProfiler = false) {
+        std::string content;
+        for (const std::string& line : lines)
+            content += line + "\n";
+        return readFile(file(content), noProfiler);
+    }
+    int readFile(const std::string& path, bool noProfiler = false) {
+        return parseProfilerMONFile(&kernels, &tree, path, originalNames, extMems, noProfiler);
+    }
+    std::string file(const std::string& content) {
+        const std::string path = m_dir.path("profile.mon");
+        std::ofstream(path, std::ios::binary) << content;
+        return path;
+    }
+
+    boost::property_tree::ptree nodes(const std::string& list) const {
+        return expanded(tree.get_child(list + ".nodes"));
+    }
+    // The texts at `path` of each node of a list: those of the elements if there is an array, joined by
+    // blanks.
+    std::vector<std::string> values(const std::string& list, const std::string& path) const {
+        std::vector<std::string> result;
+        for (const auto& [key, node] : nodes(list)) {
+            const auto value = node.get_child_optional(path);
+            result.push_back(value ? joined(*value) : "(none)");
+        }
+        return result;
+    }
+
+    ptree tree;
+    std::map<std::string, TlyKernel*> kernels;
+    std::map<std::string, std::string> originalNames;
+    std::unordered_map<std::string, TlyExtMem*> extMems;
+
+  private:
+    static std::string joined(const boost::property_tree::ptree& value) {
+        std::string text = value.data();
+        for (const auto& [key, element] : value)
+            text += (text.empty() ? "" : " ") + element.data();
+        return text;
+    }
+
+    TempDir m_dir;
+    std::list<TlyModuleInst> m_insts; // instances stay where they are made
+};

@@ -1,0 +1,134 @@
+// How the numbers of a monitor line reach the counters of a module instance.
+#include "diagnostics.h"
+#include "tly_module_inst.h"
+#include "wrapping.h"
+
+namespace {
+
+// Gives the messages that a tag owes for each of its values; true if the value can be recorded.
+bool tellFaults(const ExtMemTag& tag) {
+    if (!tag.names_op)
+        diagnose("WARNING: extmem port tag does not match an op type\n");
+    switch (tag.fault) {
+        case ExtMemTag::Fault::none:
+            return true;
+        case ExtMemTag::Fault::properties:
+            diagnose("WARNING: something went wrong when decoding the properties of the external memory {}\n",
+                     tag.fault_text);
+            return false;
+        case ExtMemTag::Fault::bank:
+            diagnose("WARNING: value for external memory bank was invalid: {}\n", tag.fault_text);
+            return false;
+        case ExtMemTag::Fault::port:
+            diagnose("WARNING: value for external memory port was invalid: {}\n", tag.fault_text);
+            return false;
+    }
+    return false;
+}
+
+} // namespace
+
+void TlyModuleInst::markInvalid(std::string_view text, int lineNumber) {
+    m_invalid_values.push_back(fmt::format("{}.{}", text, INV_COUNTER));
+    diagnose("WARNING: value for counter at line {} was invalid: {}\n", lineNumber, m_invalid_values.back());
+}
+
+int TlyModuleInst::updateCounters(std::span<const MonField> fields, int compUnit, bool push,
+                                  SharedCounterTypes type, int lineNumber) {
+    constexpr int all_units = -1;
+    static const MonField missing;
+    int result = 0;
+    if (push)
+        partialReset();
+    for (const PortCounter& port : m_ports) {
+        if (compUnit != all_units && port.comp_unit != compUnit)
+            continue;
+        const auto index = static_cast<std::size_t>(port.offset); // a negative offset is beyond every line
+        const MonField& field = index < fields.size() ? fields[index] : missing;
+        long long value = field.value;
+        if (!field.is_number) {
+            markInvalid(field.text, lineNumber);
+            value = -1;
+            result = -1;
+        }
+        // A shared counter measured one kind in this run; the tags of the other kinds get nothing from it.
+        if (type == SHARED_IVALID)
+            m_ireq_count_valid = true;
+        if (type != SHARED_NONE && port.meaning.shared_type != SHARED_NONE &&
+            port.meaning.shared_type != type)
+            continue;
+        if (port.meaning.target == TagMeaning::Target::ext_mem)
+            recordExtMem(m_ext_mem_ports[port.ext_mem_port], value, push);
+        else
+            addValue(port.meaning, value);
+    }
+    if (push)
+        pushValuesOnVectors();
+    return result;
+}
+
+int TlyModuleInst::updateCounters(std::vector<std::string> tokens, int compUnit, int /*lineLength*/,
+                                  bool push, SharedCounterTypes type, int lineNumber) {
+    std::vector<MonField> fields;
+    fields.reserve(tokens.size());
+    for (const std::string& token : tokens)
+        fields.push_back(readMonField(token));
+    return updateCounters(fields, compUnit, push, type, lineNumber);
+}
+
+void TlyModuleInst::updateSingleCounter(const std::string& tag, long long value, bool push) {
+    const TagMeaning meaning = meaningOfTag(tag, m_total_cycles_tag);
+    if (meaning.target == TagMeaning::Target::ext_mem) {
+        ExtMemPort port{decodeExtMemTag(tag)};
+        recordExtMem(port, value, push);
+    } else {
+        addValue(meaning, value);
+    }
+}
+
+void TlyModuleInst::addValue(const TagMeaning& meaning, long long value) {
+    if (meaning.target == TagMeaning::Target::total_cycles) {
+        m_has_total_cycles = true;
+        m_total_cycles_current = wrappingSum(m_total_cycles_current, value);
+        return;
+    }
+    if (meaning.target != TagMeaning::Target::counter)
+        return;
+    long long& accumulator = m_current[static_cast<std::size_t>(meaning.counter)];
+    accumulator = wrappingSum(accumulator, value);
+    m_ireq_count_valid = m_ireq_count_valid || meaning.counter == Counter::ireq;
+    m_has_total_fifo_size = m_has_total_fifo_size || meaning.counter == Counter::total_fifo;
+    m_has_max_fifo_size = m_has_max_fifo_size || meaning.counter == Counter::max_fifo;
+}
+
+void TlyModuleInst::recordExtMem(ExtMemPort& port, long long value, bool push) {
+    if (!tellFaults(port.tag))
+        return;
+    if (!port.samples)
+        port.samples = extMemList(port.tag.memory, port.tag.op, port.tag.bank, port.tag.port);
+    ExtMemCounts::record(*port.samples, value, push);
+}
+
+// The list of a port whose numbers are not negative, made if there is none.
+TlyModuleInst::Samples* TlyModuleInst::extMemList(const std::string& memName, ExtMemOpType op, int bank,
+                                                  int port) {
+    ExtMemCounts*& counts = m_ext_mem_counts[memName];
+    if (!counts)
+        counts = new ExtMemCounts;
+    return counts->samples(op, bank, port);
+}
+
+void TlyModuleInst::updateExtMemCounter(const std::string& memName, ExtMemOpType op, int bank, int port,
+                                        long long value, bool push) {
+    ExtMemTag tag;
+    tag.memory = memName;
+    tag.op = op;
+    tag.bank = bank;
+    tag.port = port;
+    if (bank < 0 || port < 0) {
+        tag.fault = bank < 0 ? ExtMemTag::Fault::bank : ExtMemTag::Fault::port;
+        tag.fault_text = std::to_string(bank < 0 ? bank : port);
+    }
+    ExtMemPort target{std::move(tag)};
+    recordExtMem(target, value, push);
+}

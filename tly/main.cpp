@@ -1,0 +1,5 @@
+#include "tly_exe.h"
+
+int main(int argc, char** argv) {
+    return tlyMain(argc, argv);
+}

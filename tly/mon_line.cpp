@@ -1,0 +1,54 @@
+#include "mon_line.h"
+
+#include <algorithm>
+
+#include "number_text.h"
+
+namespace {
+
+// Numbers of up to this many digits fit a long long whatever the digits are.
+constexpr std::ptrdiff_t safe_digits = 18;
+
+// Reads the field that starts at `begin` and gives its end, the next comma or the end of the line. Nearly
+// all fields are a plain number of few digits, so that one pass over them finds the value and the end.
+const char* readField(const char* begin, const char* end, MonField& field) {
+    const char* position = begin;
+    const bool negative = position != end && *position == '-';
+    if (negative)
+        ++position;
+    const char* const digits = position;
+    unsigned long long magnitude = 0;
+    while (position != end && static_cast<unsigned>(*position - '0') < 10) {
+        magnitude = magnitude * 10 + static_cast<unsigned>(*position - '0');
+        ++position;
+    }
+    const std::ptrdiff_t num_digits = position - digits;
+    if ((position == end || *position == ',') && num_digits != 0 && num_digits <= safe_digits) {
+        field.text = std::string_view(begin, position);
+        field.value = negative ? -static_cast<long long>(magnitude) : static_cast<long long>(magnitude);
+        field.is_number = true;
+        return position;
+    }
+    position = std::find(position, end, ',');
+    field = readMonField(std::string_view(begin, position));
+    return position;
+}
+
+} // namespace
+
+MonField readMonField(std::string_view text) {
+    const auto number = parseLongLong(text);
+    return {text, number.value_or(0), number.has_value()};
+}
+
+void MonLine::split(std::string_view line) {
+    const char* position = line.data();
+    const char* const end = position + line.size();
+    m_fields.clear();
+    while (true) {
+        position = readField(position, end, m_fields.emplace_back());
+        if (position == end)
+            return;
+        ++position;
+    }
+}

@@ -1,0 +1,29 @@
+#include "number_text.h"
+
+#include <charconv>
+#include <limits>
+
+std::optional<long long> parseLongLong(std::string_view text) {
+    constexpr std::string_view white_space = " \t\n\v\f\r";
+    text.remove_prefix(std::min(text.find_first_not_of(white_space), text.size()));
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-'))
+            return std::nullopt;
+    }
+    long long value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc())
+        return std::nullopt;
+    return value;
+}
+
+std::optional<int> parseInt(std::string_view text) {
+    return narrowToInt(parseLongLong(text));
+}
+
+std::optional<int> narrowToInt(std::optional<long long> number) {
+    if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max())
+        return std::nullopt;
+    return static_cast<int>(*number);
+}

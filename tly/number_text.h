@@ -1,0 +1,15 @@
+// Decimal numbers in text, read as std::stoll and std::stoi read them.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+// Leading white space and one sign are accepted, text behind the digits is ignored. Nothing is given where
+// std::stoll throws: for a text without a number at that place and for a number out of range.
+std::optional<long long> parseLongLong(std::string_view text);
+
+// The same with the range of int, as std::stoi has it.
+std::optional<int> parseInt(std::string_view text);
+
+// The number as an int, if it is in range: std::stoi takes just the texts whose std::stoll is one.
+std::optional<int> narrowToInt(std::optional<long long> number);

@@ -1,0 +1,150 @@
+// The report document: a property tree of texts and packed sample arrays, and its text form.
+#pragma once
+
+#include <boost/optional.hpp>
+#include <boost/property_tree/ptree.hpp>
+#include <charconv>
+#include <concepts>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "sample_list.h"
+
+// The data of one node of the report: a text, or a whole array of numbers. A packed array stands for as many
+// children with the empty key, each holding the text of one number.
+class ReportValue {
+  public:
+    using Packed = std::variant<SampleList<int>, SampleList<long long>, SampleList<float>>;
+
+    ReportValue() = default;
+    ReportValue(std::string text) : m_value(std::move(text)) {}
+    // An empty list is the empty text, as an array without elements is a node without children.
+    template <class T>
+    ReportValue(SampleList<T> values) {
+        if (!values.empty())
+            m_value = std::move(values);
+    }
+
+    // The text; empty for a packed array.
+    const std::string& text() const {
+        static const std::string none;
+        const auto* text = std::get_if<std::string>(&m_value);
+        return text ? *text : none;
+    }
+    bool is_packed() const { return !std::holds_alternative<std::string>(m_value); }
+    // Calls `function` with the packed SampleList; does nothing for a text.
+    template <class Function>
+    void visit_packed(Function&& function) const {
+        std::visit(
+            [&](const auto& value) {
+                if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::string>)
+                    function(value);
+            },
+            m_value);
+    }
+
+    friend bool operator==(const ReportValue&, const ReportValue&) = default;
+
+  private:
+    std::variant<std::string, SampleList<int>, SampleList<long long>, SampleList<float>> m_value;
+};
+
+// Longest text of a number in the report.
+inline constexpr std::size_t max_number_text = 24;
+
+// Writes the report's text of a number at `out`, which has room for max_number_text bytes, and gives the end.
+// Integers are decimal; a float has the 7 significant digits that a stream's default format would give.
+char* write_number(char* out, int value);
+char* write_number(char* out, long long value);
+char* write_number(char* out, unsigned int value);
+char* write_number(char* out, unsigned long value);
+char* write_number(char* out, float value);
+
+template <class T>
+concept ReportNumber = std::same_as<T, int> || std::same_as<T, long long> || std::same_as<T, unsigned int> ||
+    std::same_as<T, unsigned long> || std::same_as<T, float>;
+
+// The text that a value of type T has in the report.
+template <class T>
+std::string report_text(const T& value) {
+    if constexpr (std::is_same_v<T, bool>) {
+        return value ? "true" : "false";
+    } else if constexpr (std::is_enum_v<T>) {
+        return report_text(static_cast<std::underlying_type_t<T>>(value));
+    } else if constexpr (ReportNumber<T>) {
+        char text[max_number_text];
+        return std::string(text, write_number(text, value));
+    } else {
+        return std::string(value);
+    }
+}
+
+// How the tree's put and get see a ReportValue: as the text of a report of texts only. A packed array has
+// the empty text, as the node of an array has.
+template <class T>
+struct ReportTranslator {
+    using internal_type = ReportValue;
+    using external_type = T;
+
+    boost::optional<T> get_value(const ReportValue& value) {
+        return
+            typename boost::property_tree::translator_between<std::string, T>::type().get_value(value.text());
+    }
+    boost::optional<ReportValue> put_value(const T& value) { return ReportValue(report_text(value)); }
+};
+
+template <class T>
+struct boost::property_tree::translator_between<ReportValue, T> {
+    using type = ReportTranslator<T>;
+};
+
+using ptree = boost::property_tree::basic_ptree<std::string, ReportValue>;
+
+// A node that stands for a JSON array of the values, in order; T is int, long long or float. An empty list
+// gives an empty node. The second form shares the list's storage.
+template <class T>
+ptree createJSONArray(const std::vector<T>& values);
+template <class T>
+ptree packedArray(SampleList<T> values);
+
+// A source location: `filename`, `line` and, if `hasColumn`, `column_num`.
+ptree getSourceJSON(const char* filename, int line, int column, bool hasColumn);
+
+// Appends the child `key` with the given text to a node that has no such child, and gives the child. The same
+// as a put, without the search for the key.
+ptree& append_text(ptree& node, std::string_view key, std::string text);
+
+// Appends `child` under `key` (the empty key for an array's element) by moving it: `child` is empty behind
+// it.
+ptree& append_node(ptree& node, std::string_view key, ptree& child);
+
+// Appends the array of the samples under `key`, sharing their storage; an empty list appends nothing.
+template <class T>
+void append_samples(ptree& node, std::string_view key, const SampleList<T>& samples) {
+    if (samples.empty())
+        return;
+    ptree array = packedArray(samples);
+    append_node(node, key, array);
+}
+
+// The same document as a tree of texts, every packed value a child with the empty key.
+boost::property_tree::ptree expanded(const ptree& tree);
+
+// The report tree of a document of texts.
+ptree packed(const boost::property_tree::ptree& document);
+
+// Frees everything below `tree`, however deeply it is nested. A tree's own destructor recurses.
+void dismantle(ptree& tree);
+
+// Writes the text form of the report, whose root becomes an object. Throws
+// boost::property_tree::json_parser_error with the path (empty for a stream) as the file name:
+// "cannot open file"; "ptree contains data that cannot be represented in JSON format" if the root has a text
+// or a node has both a text and children; "write error". The file is opened, and so emptied, before the tree
+// is verified.
+void write_report(const std::string& path, const ptree& tree);
+void write_report(std::ostream& stream, const ptree& tree);

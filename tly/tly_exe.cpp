@@ -1,0 +1,125 @@
+#include "tly_exe.h"
+
+#include <boost/property_tree/json_parser.hpp>
+#include <sstream>
+
+#include "diagnostics.h"
+#include "tly_parse.h"
+
+namespace {
+
+struct FileArgument {
+    const char* type;
+    const char* position;
+};
+
+constexpr FileArgument file_arguments[] = {{"zanx", "first"}, {"mon", "second"}, {"json", "third"}};
+constexpr int num_file_arguments = 3;
+
+int refuse(const std::string& reason) {
+    diagnose("ABORT: {}\n", reason);
+    printUsage();
+    return 0;
+}
+
+// The document that every run starts from.
+ptree seedDocument() {
+    std::stringstream seed;
+    seed << R"({"json_type": "Corvane Profiler JSON","versions":{"profiler_json_version": ")" << tly_version
+         << R"("},"kernels":{"nodes":[]},"boards":{"nodes": []},"memtransfers":{"nodes":[]},)"
+         << R"("channels":{"nodes":[]},"run_info":{"nodes":[{"type":"runinfo"}]}})";
+    boost::property_tree::ptree document;
+    boost::property_tree::read_json(seed, document);
+    return packed(document);
+}
+
+// What lives as long as a run.
+struct Run {
+    ptree* tree = new ptree;
+    std::map<std::string, TlyKernel*>* kernels = new std::map<std::string, TlyKernel*>;
+    std::unordered_map<std::string, TlyExtMem*> ext_mems;
+    std::map<std::string, std::string> original_names;
+    bool no_profiler = true;
+};
+
+// A stage gives its status, 0 for success; `failure` is what ends the run otherwise.
+struct Stage {
+    int (*run)(Run& run, const char* zanxPath, const char* monPath);
+    const char* failure;
+};
+
+// In the order of a run: the clock must stand in the tree before counters are read.
+constexpr Stage stages[] = {
+    {[](Run& run, const char* zanxPath, const char*) { return parseVersionFile(run.tree, zanxPath); },
+     "ABORT: Error parsing version."},
+    {[](Run& run, const char* zanxPath, const char*) { return parseVelmoraReport(run.tree, zanxPath); },
+     "ABORT: Error parsing Velmora report."},
+    {[](Run& run, const char*, const char* monPath) {
+         return parseProfilerMONFile(run.kernels, run.tree, monPath, run.original_names, run.ext_mems,
+                                     run.no_profiler);
+     },
+     "ABORT: Error parsing .mon file."},
+};
+
+} // namespace
+
+int tlyMain(int argc, char** argv) {
+    if (argc < 2)
+        return refuse("Missing arguments.");
+    if (argc < 1 + num_file_arguments)
+        return refuse("Not enough file arguments.");
+    if (argc > 1 + num_file_arguments)
+        return refuse("Too many arguments.");
+    for (int i = 0; i < num_file_arguments; ++i) {
+        const FileArgument& wanted = file_arguments[i];
+        if (checkArgType(argv[1 + i]) != wanted.type)
+            return refuse(
+                fmt::format("Missing .{} file. Incorrect {} argument.", wanted.type, wanted.position));
+    }
+    return runTLY(argv[1], argv[2], argv[3]);
+}
+
+std::string checkArgType(std::string path) {
+    for (const FileArgument& argument : file_arguments) {
+        if (path.ends_with(argument.type))
+            return argument.type;
+    }
+    return "";
+}
+
+void printUsage() {
+    writeMessage(stdout, "   Usage: zanl-profile-tly <filename>.zanx <filename>.mon <filename>.json \n");
+}
+
+int runTLY(char* zanxPath, char* monPath, char* jsonPath) {
+    Run run;
+    seedDocument().swap(*run.tree);
+    int status = 0;
+    for (const Stage& stage : stages) {
+        status = stage.run(run, zanxPath, monPath);
+        if (status != 0) {
+            diagnose("{}\n", stage.failure);
+            break;
+        }
+    }
+    if (status == 0)
+        write_report(jsonPath, *run.tree);
+    clean_up(run.tree, run.kernels, run.ext_mems);
+    return status;
+}
+
+void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
+              std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    if (tree) {
+        dismantle(*tree); // call chains may be deeper than the stack
+        delete tree;
+    }
+    for (const auto& [name, kernel] : *kernels) {
+        for (TlyModuleInst* inst : kernel->module_insts())
+            delete inst;
+        delete kernel;
+    }
+    delete kernels;
+    for (const auto& [name, memory] : extMems)
+        delete memory;
+}

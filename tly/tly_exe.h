@@ -1,0 +1,31 @@
+// The command line and the fixed order of a run's stages.
+#pragma once
+
+#include <map>
+#include <string>
+#include <unordered_map>
+
+#include "report_tree.h"
+#include "tly_ext_mem.h"
+#include "tly_kernel.h"
+
+// What `main` does: checks the arguments and runs. Gives the process's exit status; wrong arguments are no
+// error for the shell.
+int tlyMain(int argc, char** argv);
+
+// The file type that the path ends in, with or without a dot in front: "zanx", "mon" or "json". An empty text
+// if it is none of these.
+std::string checkArgType(std::string path);
+
+// Writes one line about the arguments to standard output.
+void printUsage();
+
+// Joins the package at `zanxPath` and the monitor file at `monPath` into a report at `jsonPath`. Gives the
+// status of the last stage that ran: 0, or that of the failing stage, which has told why on standard error;
+// then there is no report. A report that can't be written is thrown as a json_parser_error.
+int runTLY(char* zanxPath, char* monPath, char* jsonPath);
+
+// Deletes the tree, the kernels with their module instances and the map itself, and the memories. The entries
+// of `extMems` stay and dangle.
+void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
+              std::unordered_map<std::string, TlyExtMem*>& extMems);

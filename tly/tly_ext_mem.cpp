@@ -1,0 +1,72 @@
+#include "tly_ext_mem.h"
+
+#include "wrapping.h"
+
+ExtMemCounts::Samples* ExtMemCounts::samples(ExtMemOpType op, int bank, int port) {
+    if (op < EXT_MEM_READ || op > EXT_MEM_WRITE_BURST || bank < 0 || port < 0)
+        return nullptr;
+    return &m_ports[static_cast<std::size_t>(op)][{bank, port}];
+}
+
+const ExtMemCounts::Samples* ExtMemCounts::findSamples(ExtMemOpType op, int bank, int port) const {
+    if (op < EXT_MEM_READ || op > EXT_MEM_WRITE_BURST)
+        return nullptr;
+    const Ports& ports = m_ports[static_cast<std::size_t>(op)];
+    const auto found = ports.find({bank, port});
+    return found == ports.end() ? nullptr : &found->second;
+}
+
+void ExtMemCounts::record(Samples& samples, long long value, bool push) {
+    if (push)
+        samples.push_back(value);
+    else if (!samples.empty())
+        samples.set_back(wrappingSum(samples.back(), value));
+}
+
+void ExtMemCounts::updateCount(ExtMemOpType op, int bank, int port, long long value, bool push) {
+    if (Samples* target = samples(op, bank, port))
+        record(*target, value, push);
+}
+
+std::vector<long long> ExtMemCounts::getCount(ExtMemOpType op, int bank, int port) const {
+    const Samples* found = findSamples(op, bank, port);
+    return found ? found->to_vector() : std::vector<long long>();
+}
+
+TlyExtMemInterface::TlyExtMemInterface(std::string name, unsigned int dataWidth,
+                                       std::vector<std::string> ports)
+    : m_name(std::move(name)), m_data_width(dataWidth), m_ports(std::move(ports)) {
+}
+
+TlyExtMem::TlyExtMem(std::string name, float maxBandwidth)
+    : m_name(std::move(name)), m_max_bandwidth(maxBandwidth) {
+}
+
+void TlyExtMem::add_interface(std::string name, unsigned int dataWidth, std::vector<std::string> ports) {
+    m_interfaces.push_back(new TlyExtMemInterface(std::move(name), dataWidth, std::move(ports)));
+}
+
+const TlyExtMemInterface& TlyExtMem::interface(int i) const {
+    return *m_interfaces.at(static_cast<std::size_t>(i));
+}
+
+std::string TlyExtMem::get_interface_name(int i) const {
+    return interface(i).getName();
+}
+
+int TlyExtMem::get_interface_width(int i) const {
+    return interface(i).getDataWidth();
+}
+
+int TlyExtMem::get_interface_nports(int i) const {
+    return interface(i).getNumPorts();
+}
+
+std::string TlyExtMem::get_interface_port_name(int i, int port) const {
+    return interface(i).getPortName(port);
+}
+
+void TlyExtMem::set_max_burst_count(unsigned int count) {
+    m_max_burst_count = count;
+    m_has_max_burst_count = true;
+}

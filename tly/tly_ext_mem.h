@@ -1,0 +1,87 @@
+// External memories: the design's memories as its board has them, and what was measured on their ports.
+#pragma once
+
+#include <array>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sample_list.h"
+#include "tly_constants.h"
+
+// The samples of one external memory as seen from one module instance: one list for each operation, bank and
+// port that was recorded.
+class ExtMemCounts {
+  public:
+    using Samples = SampleList<long long>;
+
+    // Records a value of one monitor line. With `push` it is a new sample; without, it is added to the port's
+    // last sample, and a port that has none records nothing. Negative numbers record nothing.
+    void updateCount(ExtMemOpType op, int bank, int port, long long value, bool push);
+
+    // The samples of a port; empty if there are none, whatever the numbers.
+    std::vector<long long> getCount(ExtMemOpType op, int bank, int port) const;
+
+    // The list that updateCount records into, made if there is none; it stays in place as long as the record
+    // does. Null for numbers that record nothing.
+    Samples* samples(ExtMemOpType op, int bank, int port);
+    // The same list for reading, null if there is none.
+    const Samples* findSamples(ExtMemOpType op, int bank, int port) const;
+
+    // What updateCount does with the list of a port.
+    static void record(Samples& samples, long long value, bool push);
+
+  private:
+    // Bank and port numbers come out of tags and may be large, so there is no storage for those between.
+    using Ports = std::map<std::pair<int, int>, Samples>;
+    std::array<Ports, 4> m_ports;
+};
+
+// An interface of an external memory, and the names of its ports.
+class TlyExtMemInterface {
+  public:
+    // `dataWidth` is in bits.
+    TlyExtMemInterface(std::string name, unsigned int dataWidth, std::vector<std::string> ports);
+
+    std::string getName() const { return m_name; }
+    int getDataWidth() const { return static_cast<int>(m_data_width); }
+    int getNumPorts() const { return static_cast<int>(m_ports.size()); }
+    // Throws std::out_of_range beyond the end.
+    std::string getPortName(int i) const { return m_ports.at(static_cast<std::size_t>(i)); }
+
+  private:
+    std::string m_name;
+    unsigned int m_data_width;
+    std::vector<std::string> m_ports;
+};
+
+// A global memory of the board. Its interfaces are never freed: memories live as long as the run.
+class TlyExtMem {
+  public:
+    // `maxBandwidth` is in megabytes a second.
+    TlyExtMem(std::string name, float maxBandwidth);
+
+    std::string get_name() const { return m_name; }
+
+    void add_interface(std::string name, unsigned int dataWidth, std::vector<std::string> ports);
+    int get_num_interfaces() const { return static_cast<int>(m_interfaces.size()); }
+    // These throw std::out_of_range beyond the end of either list.
+    std::string get_interface_name(int i) const;
+    int get_interface_width(int i) const;
+    int get_interface_nports(int i) const;
+    std::string get_interface_port_name(int i, int port) const;
+
+    void set_max_burst_count(unsigned int count);
+    bool has_max_burst_count() const { return m_has_max_burst_count; }
+    unsigned int get_max_burst_count() const { return m_max_burst_count; }
+
+  private:
+    const TlyExtMemInterface& interface(int i) const;
+
+    std::string m_name;
+    [[maybe_unused]] float m_max_bandwidth;
+    std::vector<TlyExtMemInterface*> m_interfaces;
+    bool m_has_max_burst_count = false;
+    unsigned int m_max_burst_count = 0;
+};

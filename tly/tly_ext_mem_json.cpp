@@ -1,0 +1,106 @@
+#include <algorithm>
+
+#include "diagnostics.h"
+#include "metrics.h"
+#include "tly_json.h"
+#include "wrapping.h"
+
+namespace {
+
+using Samples = SampleList<long long>;
+
+// What an instance measured on one port, in words and burst starts of each sample.
+struct PortSamples {
+    Samples reads;
+    Samples writes;
+    Samples read_bursts;
+    Samples write_bursts;
+};
+
+// Gives the number of samples that all lists have, and tells where the lengths differ.
+std::size_t commonLength(const PortSamples& port, std::size_t num_cycles) {
+    const std::size_t num_reads = port.reads.size();
+    const std::size_t num_writes = port.writes.size();
+    if (port.reads.empty()) {
+        if (num_cycles != num_writes)
+            diagnose(
+                "Warning: number of external memory write samples is not equal to the total number of clock "
+                "samples\n");
+        return std::min(num_writes, num_cycles);
+    }
+    if (port.writes.empty()) {
+        if (num_cycles != num_reads)
+            diagnose(
+                "Warning: number of external memory read samples is not equal to the total number of clock "
+                "samples\n");
+        return std::min(num_reads, num_cycles);
+    }
+    if (num_writes != num_reads || num_cycles != num_writes)
+        diagnose(
+            "Warning: number of external memory write samples is not equal to number of external memory read "
+            "samples and/or the total number of samples\n");
+    return std::min({num_writes, num_reads, num_cycles});
+}
+
+// Megabytes a second of `words` words of `width` bits. An interval of no time gives an infinity.
+float usedBandwidth(long long words, int width, long long cycles, float fmax) {
+    if (words <= 0)
+        return 0.0f;
+    const float bytes = static_cast<float>(words) * static_cast<float>(width) * 0.125f;
+    return megabytesPerSecond(bytes, nanosecondsToSeconds(cyclesToNanoseconds(cycles, fmax)));
+}
+
+// The words of each burst. Too few bursts make no average worth showing.
+float averageBurst(long long words, const Samples& bursts, std::size_t index) {
+    constexpr long long most_bursts_without_average = 10;
+    if (words <= 0 || bursts[index] <= most_bursts_without_average)
+        return 0.0f;
+    return static_cast<float>(words) / static_cast<float>(bursts[index]);
+}
+
+} // namespace
+
+ptree getExtMemJSON(TlyModuleInst* inst, const Samples& sampleCycles, TlyExtMem* mem,
+                    unsigned long interfaceIndex, unsigned long portIndex) {
+    const int bank = static_cast<int>(interfaceIndex);
+    const int port_number = static_cast<int>(portIndex);
+    const auto samples = [&](ExtMemOpType op) {
+        return inst->extMemSamples(op, mem->get_name(), bank, port_number);
+    };
+    const PortSamples port{samples(EXT_MEM_READ), samples(EXT_MEM_WRITE), samples(EXT_MEM_READ_BURST),
+                           samples(EXT_MEM_WRITE_BURST)};
+    ptree node;
+    if (port.reads.empty() && port.writes.empty()) {
+        diagnose("Error: there is no external read and write data. Nothing to add to json.\n");
+        return node;
+    }
+    append_text(node, "type", "extmem");
+    append_text(node, "name", mem->get_name());
+    append_text(node, "interface", mem->get_interface_name(bank));
+    append_text(node, "port", mem->get_interface_port_name(bank, port_number));
+    const std::size_t count = commonLength(port, sampleCycles.size());
+    if (port.reads.empty())
+        append_text(node, "write_only", report_text(true));
+    else if (port.writes.empty())
+        append_text(node, "read_only", report_text(true));
+
+    const int width = mem->get_interface_width(bank);
+    const float fmax = inst->getFmax();
+    const bool has_bursts = mem->has_max_burst_count() && mem->get_max_burst_count() > 1;
+    const bool has_write_bursts = has_bursts && count <= port.write_bursts.size();
+    const bool has_read_bursts = has_bursts && count <= port.read_bursts.size();
+    SampleList<float> bandwidths;
+    SampleList<float> write_averages;
+    SampleList<float> read_averages;
+    for (std::size_t i = 0; i < count; ++i) {
+        const long long writes = port.writes.empty() ? 0 : port.writes[i];
+        const long long reads = port.reads.empty() ? 0 : port.reads[i];
+        bandwidths.push_back(usedBandwidth(wrappingSum(writes, reads), width, sampleCycles[i], fmax));
+        write_averages.push_back(has_write_bursts ? averageBurst(writes, port.write_bursts, i) : 0.0f);
+        read_averages.push_back(has_read_bursts ? averageBurst(reads, port.read_bursts, i) : 0.0f);
+    }
+    append_samples(node, "global_used_bw", bandwidths);
+    append_samples(node, "avg_write_burst", write_averages);
+    append_samples(node, "avg_read_burst", read_averages);
+    return node;
+}

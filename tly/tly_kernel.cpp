@@ -1,0 +1,97 @@
+#include "tly_kernel.h"
+
+#include "contract.h"
+#include "diagnostics.h"
+#include "tly_json.h"
+
+TlyKernel::TlyKernel(std::string name, std::string user_friendly_name, std::string original_name,
+                     std::string filename, int line_num, bool autorun)
+    : m_name(std::move(name)),
+      m_original_name(std::move(original_name)),
+      m_user_friendly_name(std::move(user_friendly_name)),
+      m_autorun(autorun),
+      m_filename(std::move(filename)),
+      m_line_num(line_num) {
+}
+
+TlyKernel::TlyKernel(std::string name, std::string user_friendly_name, std::string original_name,
+                     std::string filename, int line_num)
+    : TlyKernel(std::move(name), std::move(user_friendly_name), std::move(original_name), std::move(filename),
+                line_num, false) {
+}
+
+TlyKernel::TlyKernel(std::string name, bool autorun) : TlyKernel(std::move(name), {}, {}, {}, 0, autorun) {
+}
+
+TlyKernel::TlyKernel(std::string name) : TlyKernel(std::move(name), false) {
+}
+
+void TlyKernel::add_module_inst(TlyModuleInst* inst) {
+    ZAN_CONTRACT(inst != nullptr, "inst != nullptr");
+    m_module_insts.push_back(inst);
+    if (inst->getName() == m_name + "_function_wrapper")
+        set_extmem_module_inst(inst);
+}
+
+TlyModuleInst* TlyKernel::check_module_exists(const std::string& name) const {
+    for (TlyModuleInst* inst : m_module_insts) {
+        if (inst->name() == name)
+            return inst;
+    }
+    return nullptr;
+}
+
+void TlyKernel::resetKernel() {
+    m_shared_run_type = SHARED_NONE;
+    m_device_ids.clear();
+    m_command_queues.clear();
+    m_sample_timestamps.clear();
+    m_sample_totalcycles.clear();
+    for (TlyModuleInst* inst : m_module_insts)
+        inst->reset();
+}
+
+ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    const std::string& display_name = m_user_friendly_name.empty() ? m_name : m_user_friendly_name;
+    ptree node = getKernelJSON(display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids,
+                               0, m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles,
+                               m_autorun, m_shared_run_type);
+    ptree& children = node.get_child("children");
+    const std::string function_inst = m_name + "_function_inst";
+    const std::string wrapper_inst = m_name + "_function_wrapper_inst";
+    for (TlyModuleInst* inst : m_module_insts) {
+        if (inst->name() == function_inst)
+            continue;
+        if (inst->name() == wrapper_inst) {
+            appendExtMems(children, inst, extMems);
+            continue;
+        }
+        ptree child = getModuleJSON(inst, m_sample_totalcycles);
+        append_node(children, "", child);
+    }
+    if (reset)
+        resetKernel();
+    return node;
+}
+
+void TlyKernel::appendExtMems(ptree& children, TlyModuleInst* wrapper,
+                              const std::unordered_map<std::string, TlyExtMem*>& extMems) const {
+    for (const std::string& name : wrapper->getExtMemNames()) {
+        const auto found = extMems.find(name);
+        if (found == extMems.end()) {
+            diagnose("Warning: external memory from kernel does not match external memory from board.\n");
+            continue;
+        }
+        TlyExtMem* mem = found->second;
+        for (int i = 0; i < mem->get_num_interfaces(); ++i) {
+            for (int port = 0; port < mem->get_interface_nports(i); ++port) {
+                if (wrapper->extMemSamples(EXT_MEM_READ, mem->get_name(), i, port).empty() &&
+                    wrapper->extMemSamples(EXT_MEM_WRITE, mem->get_name(), i, port).empty())
+                    continue;
+                ptree child = getExtMemJSON(wrapper, m_sample_totalcycles, mem, static_cast<unsigned long>(i),
+                                            static_cast<unsigned long>(port));
+                append_node(children, "", child);
+            }
+        }
+    }
+}

@@ -1,0 +1,289 @@
+#include "tly_module_inst.h"
+
+#include <cmath>
+
+#include "contract.h"
+#include "diagnostics.h"
+#include "number_text.h"
+
+const std::unordered_map<std::string, SharedCounterTypes> TlyModuleInst::CNT_SHARED_MAPPING = {
+    {CNT_IVALID, SHARED_IVALID},
+    {CNT_CHREAD_IVALID, SHARED_IVALID},
+    {CNT_CHWRITE_IVALID, SHARED_IVALID},
+    {CNT_LOOP_IVALID, SHARED_IVALID},
+    {CNT_EXT_STALL, SHARED_EXT_STALL},
+    {CNT_CHREAD_EXT_STALL, SHARED_EXT_STALL},
+    {CNT_CHWRITE_EXT_STALL, SHARED_EXT_STALL},
+    {CNT_IDLE, SHARED_IDLE},
+    {CNT_IDLE_CHREAD, SHARED_IDLE},
+    {CNT_IDLE_CHWRITE, SHARED_IDLE},
+    {CNT_TOTAL_REQ, SHARED_TOTAL_REQ},
+    {CNT_CHREAD_TOTAL_REQ, SHARED_TOTAL_REQ},
+    {CNT_CHWRITE_TOTAL_REQ, SHARED_TOTAL_REQ},
+};
+
+namespace {
+
+template <class T>
+int sizeOf(const std::vector<T>& list) {
+    return static_cast<int>(list.size());
+}
+
+// The entry at i, or `outside` for an index that the list doesn't have.
+template <class Result, class T>
+Result entryOr(const std::vector<T>& list, int i, Result outside) {
+    const auto index = static_cast<std::size_t>(i); // a negative index is beyond every list
+    return index < list.size() ? static_cast<Result>(list[index]) : outside;
+}
+
+} // namespace
+
+TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string function,
+                             std::string memoryType, std::string rw, std::string lsuType,
+                             std::string globalMemName, std::string byteWidth, std::string memoryOpt,
+                             bool autorun, int numComputeUnits, bool compiledSharedCounters)
+    : m_name(std::move(name)),
+      m_module(std::move(module)),
+      m_attr_memory_type(std::move(memoryType)),
+      m_attr_rw(std::move(rw)),
+      m_attr_lsu_type(std::move(lsuType)),
+      m_attr_global_mem_name(std::move(globalMemName)),
+      m_attr_byte_width(std::move(byteWidth)),
+      m_attr_memory_opt(std::move(memoryOpt)),
+      m_function(std::move(function)),
+      m_autorun(autorun),
+      m_num_compute_units(numComputeUnits),
+      m_compiled_shared_counters(compiledSharedCounters),
+      m_total_cycles_tag("clock_" + m_function + "_function") {
+    reset();
+}
+
+TlyModuleInst::~TlyModuleInst() {
+    for (const auto& [name, counts] : m_ext_mem_counts)
+        delete counts;
+}
+
+void TlyModuleInst::addFilename(std::string filename) {
+    m_filenames.push_back(std::move(filename));
+}
+
+void TlyModuleInst::addLine(int line) {
+    m_lines.push_back(line);
+}
+
+void TlyModuleInst::addColNum(int column) {
+    m_col_nums.push_back(column);
+}
+
+void TlyModuleInst::addIsCallsite(bool isCallsite) {
+    m_is_callsite.push_back(isCallsite);
+}
+
+int TlyModuleInst::getNumFilenames() const {
+    return sizeOf(m_filenames);
+}
+
+int TlyModuleInst::getNumLines() const {
+    return sizeOf(m_lines);
+}
+
+int TlyModuleInst::getNumCols() const {
+    return sizeOf(m_col_nums);
+}
+
+std::string TlyModuleInst::getFileName(int i) const {
+    return entryOr(m_filenames, i, std::string());
+}
+
+int TlyModuleInst::getLine(int i) const {
+    return entryOr(m_lines, i, -1);
+}
+
+int TlyModuleInst::getColNum(int i) const {
+    return entryOr(m_col_nums, i, -1);
+}
+
+int TlyModuleInst::getIsCallsite(int i) const {
+    return entryOr(m_is_callsite, i, -1);
+}
+
+void TlyModuleInst::addPortTag(std::string tag, int offset, int compUnit) {
+    const TagMeaning meaning = meaningOfTag(tag, m_total_cycles_tag);
+    if (meaning.target == TagMeaning::Target::total_cycles)
+        m_total_cycles_offset = offset;
+    if (meaning.target == TagMeaning::Target::ext_mem)
+        m_ext_mem_ports.push_back({decodeExtMemTag(tag)});
+    m_ports.push_back({std::move(tag), offset, compUnit, meaning, m_ext_mem_ports.size() - 1});
+}
+
+void TlyModuleInst::updateAutorunOffsets(int delta) {
+    if (!m_autorun)
+        return;
+    for (PortCounter& port : m_ports)
+        port.offset += delta;
+    if (m_total_cycles_offset >= 0)
+        m_total_cycles_offset += delta;
+}
+
+int TlyModuleInst::getNPorts() const {
+    return sizeOf(m_ports);
+}
+
+int TlyModuleInst::getNTags() const {
+    return sizeOf(m_ports);
+}
+
+int TlyModuleInst::getPortTagSize() const {
+    return sizeOf(m_ports);
+}
+
+std::vector<int> TlyModuleInst::getPortTagOffsets() const {
+    std::vector<int> result;
+    for (const PortCounter& port : m_ports)
+        result.push_back(port.offset);
+    return result;
+}
+
+std::vector<std::string> TlyModuleInst::getPortTagList() const {
+    std::vector<std::string> result;
+    for (const PortCounter& port : m_ports)
+        result.push_back(port.tag);
+    return result;
+}
+
+int TlyModuleInst::getPortCompUnit(int i) const {
+    return m_ports.at(static_cast<std::size_t>(i)).comp_unit;
+}
+
+void TlyModuleInst::addSharedTag(std::string tag, int offset) {
+    m_shared_tags.emplace(std::move(tag), offset);
+}
+
+int TlyModuleInst::getSharedOffset(const std::string& tag) const {
+    const auto found = m_shared_tags.find(tag);
+    return found == m_shared_tags.end() ? -1 : found->second;
+}
+
+void TlyModuleInst::partialReset() {
+    m_current.fill(0);
+    m_total_cycles_current = 0;
+}
+
+void TlyModuleInst::pushValuesOnVectors() {
+    for (std::size_t i = 0; i < num_counters; ++i)
+        m_samples[i].push_back(m_current[i]);
+    if (!m_has_total_cycles)
+        return;
+    if (!m_function_cycles)
+        m_function_cycles = &m_total_cycles[m_function]; // entries stay in place
+    m_function_cycles->push_back(m_total_cycles_current);
+}
+
+void TlyModuleInst::reset() {
+    partialReset();
+    m_ireq_count_valid = false;
+    m_has_total_fifo_size = false;
+    m_has_max_fifo_size = false;
+    m_has_total_cycles = false;
+    for (Samples& list : m_samples)
+        list.clear();
+    m_sample_timestamps.clear();
+    m_invalid_values.clear();
+    const auto cycles = m_total_cycles.find(m_function);
+    if (cycles != m_total_cycles.end())
+        cycles->second.clear();
+    for (const auto& [name, counts] : m_ext_mem_counts)
+        delete counts;
+    m_ext_mem_counts.clear();
+    for (ExtMemPort& port : m_ext_mem_ports)
+        port.samples = nullptr;
+}
+
+long long TlyModuleInst::sample(Counter counter, int i) const {
+    const Samples& list = samples(counter);
+    const auto index = static_cast<std::size_t>(i); // a negative index is beyond every list
+    return index < list.size() ? list[index] : -1;
+}
+
+std::vector<long long> TlyModuleInst::getTotalCycles() const {
+    return totalCycles().to_vector();
+}
+
+TlyModuleInst::Samples TlyModuleInst::totalCycles() const {
+    if (m_function_cycles)
+        return *m_function_cycles;
+    const auto found = m_total_cycles.find(m_function);
+    if (found != m_total_cycles.end())
+        return found->second;
+    diagnose("WARNING: No total cycles found for kernel {}\n", m_function);
+    return {};
+}
+
+float TlyModuleInst::getStallPercentage() const {
+    const Samples& stalls = samples(Counter::ext_stall);
+    const Samples cycles = totalCycles();
+    ZAN_CONTRACT(!stalls.empty(), "!stalls.empty()");
+    ZAN_CONTRACT(!cycles.empty(), "!cycles.empty()");
+    const double share = static_cast<double>(stalls.back()) * 10000.0 / static_cast<double>(cycles.back());
+    return static_cast<float>(std::ceil(share)) / 100.0f;
+}
+
+long long TlyModuleInst::getCsvTotalCycles(std::string* fields, int count) {
+    if (m_total_cycles_offset < 0 || m_total_cycles_offset >= count)
+        return -1;
+    const std::string& field = fields[m_total_cycles_offset];
+    const auto cycles = parseLongLong(field);
+    if (!cycles)
+        m_invalid_values.push_back(field + "." + INV_CYCLE);
+    return cycles.value_or(-2);
+}
+
+void TlyModuleInst::addSampleTimestamp(long long timestamp) {
+    m_sample_timestamps[m_function].push_back(timestamp);
+}
+
+std::vector<long long> TlyModuleInst::getSampleTimestamps() const {
+    const auto found = m_sample_timestamps.find(m_function);
+    if (found != m_sample_timestamps.end())
+        return found->second.to_vector();
+    diagnose("WARNING: no sample timestamps in moduleInst\n");
+    return {};
+}
+
+std::vector<std::string> TlyModuleInst::getExtMemNames() const {
+    std::vector<std::string> names;
+    for (const auto& [name, counts] : m_ext_mem_counts)
+        names.push_back(name);
+    return names;
+}
+
+int TlyModuleInst::getNumExtMems() const {
+    return static_cast<int>(m_ext_mem_counts.size());
+}
+
+TlyModuleInst::Samples TlyModuleInst::extMemSamples(ExtMemOpType op, const std::string& memName, int bank,
+                                                    int port) const {
+    const auto memory = m_ext_mem_counts.find(memName);
+    if (memory == m_ext_mem_counts.end())
+        return {};
+    const Samples* found = memory->second->findSamples(op, bank, port);
+    return found ? *found : Samples();
+}
+
+std::vector<long long> TlyModuleInst::getNumExtReads(const std::string& memName, int bank, int port) const {
+    return extMemSamples(EXT_MEM_READ, memName, bank, port).to_vector();
+}
+
+std::vector<long long> TlyModuleInst::getNumExtWrites(const std::string& memName, int bank, int port) const {
+    return extMemSamples(EXT_MEM_WRITE, memName, bank, port).to_vector();
+}
+
+std::vector<long long> TlyModuleInst::getNumExtReadBurstStarts(const std::string& memName, int bank,
+                                                               int port) const {
+    return extMemSamples(EXT_MEM_READ_BURST, memName, bank, port).to_vector();
+}
+
+std::vector<long long> TlyModuleInst::getNumExtWriteBurstStarts(const std::string& memName, int bank,
+                                                                int port) const {
+    return extMemSamples(EXT_MEM_WRITE_BURST, memName, bank, port).to_vector();
+}

@@ -1,0 +1,282 @@
+// A profiled hardware block of a kernel and its samples.
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "mon_line.h"
+#include "port_tag.h"
+#include "sample_list.h"
+#include "tly_constants.h"
+#include "tly_ext_mem.h"
+
+// One module instance: a load-store unit, a channel access, a loop, a kernel's function wrapper. It has
+// - static attributes from the profiler description;
+// - a table of counters: tag, field index in a monitor line, compute unit;
+// - for each counter family an accumulator for the line in progress and a list with one entry for each line
+//   that reached the instance. A sample index means the same in all lists and in the kernel's timestamps.
+// The owner adds tags first, then hands over lines (updateCounters), reads the samples, and resets.
+// Total cycles are kept for each function, shared by all instances of it. Not for several threads.
+class TlyModuleInst {
+  public:
+    using Samples = SampleList<long long>;
+
+    // Counter tags, as ports of the profiler description spell them.
+    inline static const std::string CNT_BURSTCOUNT = "burstcount";
+    inline static const std::string CNT_COUNT_FUNCTION_VFABRIC = "clock";
+    inline static const std::string CNT_ISTALL = "istall";
+    inline static const std::string CNT_CHREAD_ISTALL = "chread_istall";
+    inline static const std::string CNT_CHWRITE_ISTALL = "chwrite_istall";
+    inline static const std::string CNT_EXT_STALL = "memorystalls";
+    inline static const std::string CNT_CHREAD_EXT_STALL = "chread_fifo_stall";
+    inline static const std::string CNT_CHWRITE_EXT_STALL = "chwrite_fifo_stall";
+    inline static const std::string CNT_OSTALL = "ostall";
+    inline static const std::string CNT_CHREAD_OSTALL = "chread_ostall";
+    inline static const std::string CNT_CHWRITE_OSTALL = "chwrite_ostall";
+    inline static const std::string CNT_IVALID = "ivalid";
+    inline static const std::string CNT_CHREAD_IVALID = "chread_ivalid";
+    inline static const std::string CNT_CHWRITE_IVALID = "chwrite_ivalid";
+    inline static const std::string CNT_LOOP_IVALID = "loop_ivalid";
+    inline static const std::string CNT_TOTAL_REQ = "totalreq";
+    inline static const std::string CNT_CHREAD_TOTAL_REQ = "chread_total_req";
+    inline static const std::string CNT_CHWRITE_TOTAL_REQ = "chwrite_total_req";
+    inline static const std::string CNT_BANDWIDTH = "bandwidth";
+    inline static const std::string CNT_UNALIGNED_REQ = "unalignedrequests";
+    inline static const std::string CNT_CACHEHIT = "cachehit";
+    inline static const std::string CNT_READWRITECOUNT = "readwritecount";
+    inline static const std::string CNT_IDLE = "idle";
+    inline static const std::string CNT_IDLE_CHREAD = "chread_idle";
+    inline static const std::string CNT_IDLE_CHWRITE = "chwrite_idle";
+    inline static const std::string CNT_SHARED = "shared";
+    inline static const std::string CNT_SHARED_CHWRITE = "chwrite_shared";
+    inline static const std::string CNT_SHARED_CHREAD = "chread_shared";
+    inline static const std::string CNT_CHREAD_TOTAL_FIFO_SIZE = "chread_total_fifo_size";
+    inline static const std::string CNT_CHREAD_MAX_FIFO_SIZE = "chread_max_fifo_size";
+    inline static const std::string CNT_CHWRITE_TOTAL_FIFO_SIZE = "chwrite_total_fifo_size";
+    inline static const std::string CNT_CHWRITE_MAX_FIFO_SIZE = "chwrite_max_fifo_size";
+    inline static const std::string INV_CYCLE = "cycle";
+    inline static const std::string INV_COUNTER = "counter";
+
+    // The shape of external memory port tags. Nothing evaluates these texts: decodeExtMemTag takes tags apart
+    // by substring searches, which accept more than the expressions do.
+    inline static const std::string CNT_EXT_MEM_READ_VALID_REGEX =
+        "profile_extmem_\\w+_function[_]?(\\w*)_bank(\\d+)_port(\\d+)_read_data_inc_en_\\w+";
+    inline static const std::string CNT_EXT_MEM_WRITE_VALID_REGEX =
+        "profile_extmem_\\w+_function[_]?(\\w*)_bank(\\d+)_port(\\d+)_write_data_inc_en_\\w+";
+    inline static const std::string CNT_EXT_MEM_READ_BURST_REQ_REGEX =
+        "profile_extmem_\\w+_function[_]?(\\w*)_bank(\\d+)_port(\\d+)_read_burst_count_en_\\w+";
+    inline static const std::string CNT_EXT_MEM_WRITE_BURST_REQ_REGEX =
+        "profile_extmem_\\w+_function[_]?(\\w*)_bank(\\d+)_port(\\d+)_write_burst_count_en_\\w+";
+
+    // Which kind of run with shared counters measures a tag. Tags that aren't here are measured in every run.
+    static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING;
+
+    // `byteWidth` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
+    TlyModuleInst(std::string name, std::string module, std::string function, std::string memoryType,
+                  std::string rw, std::string lsuType, std::string globalMemName, std::string byteWidth,
+                  std::string memoryOpt, bool autorun, int numComputeUnits, bool compiledSharedCounters);
+    TlyModuleInst(const TlyModuleInst&) = delete;
+    TlyModuleInst& operator=(const TlyModuleInst&) = delete;
+    ~TlyModuleInst();
+
+    std::string getName() const { return m_name; }
+    // The same name without a copy.
+    const std::string& name() const { return m_name; }
+    std::string getModule() const { return m_module; }
+    std::string getAttrMemoryType() const { return m_attr_memory_type; }
+    std::string getAttrRw() const { return m_attr_rw; }
+    std::string getAttrLsuType() const { return m_attr_lsu_type; }
+    std::string getAttrGlobalMemName() const { return m_attr_global_mem_name; }
+    std::string getAttrByteWidth() const { return m_attr_byte_width; }
+    std::string getAttrMemoryOpt() const { return m_attr_memory_opt; }
+    std::string getFunction() const { return m_function; }
+    bool isAutorun() const { return m_autorun; }
+    int getNumComputeUnits() const { return m_num_compute_units; }
+    bool compiledSharedCounters() const { return m_compiled_shared_counters; }
+    // The kernel clock in MHz; 0 until it is set.
+    float getFmax() const { return m_fmax; }
+    void setFmax(float fmax) { m_fmax = fmax; }
+
+    // Source locations: for each debug record one entry that is no call site, and its call sites behind it.
+    void addFilename(std::string filename);
+    void addLine(int line);
+    void addColNum(int column);
+    void addIsCallsite(bool isCallsite);
+    int getNumFilenames() const;
+    int getNumLines() const;
+    int getNumCols() const;
+    // The entry at i. For an index outside the list: an empty text, and -1 for the others. getIsCallsite
+    // gives 0 or 1.
+    std::string getFileName(int i) const;
+    int getLine(int i) const;
+    int getColNum(int i) const;
+    int getIsCallsite(int i) const;
+
+    // Adds a counter: its tag, the 0-based index of its field in a monitor line, its compute unit.
+    void addPortTag(std::string tag, int offset, int compUnit);
+    // Moves the counters of an autorun instance behind those of other kernels on the same line.
+    void updateAutorunOffsets(int delta);
+    int getNPorts() const;
+    int getNTags() const;
+    int getPortTagSize() const;
+    std::vector<int> getPortTagOffsets() const;
+    std::vector<std::string> getPortTagList() const;
+    // Throws std::out_of_range beyond the end.
+    int getPortCompUnit(int i) const;
+
+    // Physical counters that several logical ones share. The first entry for a tag stays.
+    void addSharedTag(std::string tag, int offset);
+    // The tag's offset, or -1.
+    int getSharedOffset(const std::string& tag) const;
+    bool hasSharedPorts() const { return !m_shared_tags.empty(); }
+    void addHasShared(int count) { m_num_has_shared += count; }
+    int getNumHasShared() const { return m_num_has_shared; }
+
+    // Takes the instance's counters out of a line. `compUnit` -1 reads the counters of all compute units.
+    // With `push` the values make a sample of their own. `type` is what a run with shared counters measured.
+    // A value that is no number, or a field that the line doesn't have, is told on standard error, remembered
+    // in getInvalidValues() and counted as -1. Gives -1 if there was one, else 0.
+    int updateCounters(std::span<const MonField> fields, int compUnit, bool push, SharedCounterTypes type,
+                       int lineNumber);
+    // The same for a list of texts. `lineLength` is not used.
+    int updateCounters(std::vector<std::string> tokens, int compUnit, int lineLength, bool push,
+                       SharedCounterTypes type, int lineNumber);
+    // Applies one value to the line in progress. Unknown tags are ignored, faulty external memory tags told
+    // on standard error.
+    void updateSingleCounter(const std::string& tag, long long value, bool push);
+    // Records a value of an external memory port. A negative number is told on standard error and records
+    // nothing.
+    void updateExtMemCounter(const std::string& memName, ExtMemOpType op, int bank, int port, long long value,
+                             bool push);
+
+    // The life of a sample: accumulators to zero; all of them onto the sample lists. reset() also empties the
+    // lists and flags, the function's total cycles, and the external memories; tags and attributes stay.
+    void partialReset();
+    void pushValuesOnVectors();
+    void reset();
+
+    std::vector<long long> getOStallCount() const { return samples(Counter::ostall).to_vector(); }
+    std::vector<long long> getIStallCount() const { return samples(Counter::istall).to_vector(); }
+    std::vector<long long> getExtStallCount() const { return samples(Counter::ext_stall).to_vector(); }
+    std::vector<long long> getIValidCount() const { return samples(Counter::ivalid).to_vector(); }
+    std::vector<long long> getIReqCount() const { return samples(Counter::ireq).to_vector(); }
+    std::vector<long long> getUnalignedAccesses() const { return samples(Counter::unaligned).to_vector(); }
+    std::vector<long long> getCacheHits() const { return samples(Counter::cachehit).to_vector(); }
+    std::vector<long long> getBandwidth() const { return samples(Counter::bandwidth).to_vector(); }
+    std::vector<long long> getIdleCount() const { return samples(Counter::idle).to_vector(); }
+    std::vector<long long> getNBursts() const { return samples(Counter::nbursts).to_vector(); }
+    std::vector<long long> getTotalBurstWords() const { return samples(Counter::burst_words).to_vector(); }
+    std::vector<long long> getTotalFifoSize() const { return samples(Counter::total_fifo).to_vector(); }
+    std::vector<long long> getMaxFifoSize() const { return samples(Counter::max_fifo).to_vector(); }
+    // One sample, or -1 for an index outside the list.
+    long long getIValidCountSample(int i) const { return sample(Counter::ivalid, i); }
+    long long getIReqCountSample(int i) const { return sample(Counter::ireq, i); }
+    long long getCacheHitsSample(int i) const { return sample(Counter::cachehit, i); }
+    long long getBandwidthSample(int i) const { return sample(Counter::bandwidth, i); }
+    long long getIdleSample(int i) const { return sample(Counter::idle, i); }
+    long long getNBurstsSample(int i) const { return sample(Counter::nbursts, i); }
+    long long getTotalBurstWordsSample(int i) const { return sample(Counter::burst_words, i); }
+
+    // All samples of a family. A copy of the list shares its storage, the getters above copy it.
+    const Samples& samples(Counter counter) const { return m_samples[static_cast<std::size_t>(counter)]; }
+
+    // A request count, or in a run with shared counters any that could have been one, has been seen.
+    bool getIReqCountValid() const { return m_ireq_count_valid; }
+    bool getHasTotalFifoSize() const { return m_has_total_fifo_size; }
+    bool getHasMaxFifoSize() const { return m_has_max_fifo_size; }
+
+    // The cycles of each sample of the instance's function. A function without any is told on standard error
+    // and gives an empty list.
+    std::vector<long long> getTotalCycles() const;
+    // The same list, sharing its storage.
+    Samples totalCycles() const;
+    // The share of the last sample's cycles that were stalls, in percent, rounded up at two decimals. There
+    // must be a sample.
+    float getStallPercentage() const;
+    // The cycle counter of a line given as `count` texts; -1 if the instance has none there, -2 if the text
+    // is no number.
+    long long getCsvTotalCycles(std::string* fields, int count);
+
+    std::vector<std::string> getInvalidValues() const { return m_invalid_values; }
+    void clearInvalidValues() { m_invalid_values.clear(); }
+
+    void addSampleTimestamp(long long timestamp);
+    std::vector<long long> getSampleTimestamps() const;
+
+    // External memories that were recorded since the last reset, in the iteration order of the map that holds
+    // them, and the samples of a port, empty if there are none.
+    std::vector<std::string> getExtMemNames() const;
+    int getNumExtMems() const;
+    std::vector<long long> getNumExtReads(const std::string& memName, int bank, int port) const;
+    std::vector<long long> getNumExtWrites(const std::string& memName, int bank, int port) const;
+    std::vector<long long> getNumExtReadBurstStarts(const std::string& memName, int bank, int port) const;
+    std::vector<long long> getNumExtWriteBurstStarts(const std::string& memName, int bank, int port) const;
+    // The same samples, sharing their storage.
+    Samples extMemSamples(ExtMemOpType op, const std::string& memName, int bank, int port) const;
+
+  private:
+    // An external memory tag and the list that its values go to, looked up with the first value since a
+    // reset.
+    struct ExtMemPort {
+        ExtMemTag tag;
+        Samples* samples = nullptr;
+    };
+    struct PortCounter {
+        std::string tag;
+        int offset;
+        int comp_unit;
+        TagMeaning meaning;
+        std::size_t ext_mem_port; // index into m_ext_mem_ports, for external memory tags
+    };
+
+    long long sample(Counter counter, int i) const;
+    void markInvalid(std::string_view text, int lineNumber);
+    void addValue(const TagMeaning& meaning, long long value);
+    void recordExtMem(ExtMemPort& port, long long value, bool push);
+    Samples* extMemList(const std::string& memName, ExtMemOpType op, int bank, int port);
+
+    // Per function name; entries are made with the first sample and stay for good.
+    inline static std::unordered_map<std::string, Samples> m_total_cycles;
+    inline static std::unordered_map<std::string, Samples> m_sample_timestamps;
+    // Total cycles of the line in progress. One is enough, since instances are updated one after the other.
+    inline static long long m_total_cycles_current = 0;
+
+    std::string m_name;
+    std::string m_module;
+    std::vector<int> m_lines;
+    std::vector<int> m_col_nums;
+    std::vector<bool> m_is_callsite;
+    std::vector<std::string> m_filenames;
+    std::string m_attr_memory_type;
+    std::string m_attr_rw;
+    std::string m_attr_lsu_type;
+    std::string m_attr_global_mem_name;
+    std::string m_attr_byte_width;
+    std::string m_attr_memory_opt;
+    std::string m_function;
+    bool m_autorun;
+    int m_num_compute_units;
+    bool m_compiled_shared_counters;
+    float m_fmax = 0.0f;
+
+    std::vector<PortCounter> m_ports;
+    std::vector<ExtMemPort> m_ext_mem_ports;
+    std::string m_total_cycles_tag;
+    int m_total_cycles_offset = -1; // field of the cycle counter, -1 if the instance has none
+    std::unordered_map<std::string, int> m_shared_tags;
+    int m_num_has_shared = 0;
+
+    std::array<long long, num_counters> m_current{};
+    std::array<Samples, num_counters> m_samples;
+    Samples* m_function_cycles = nullptr; // the entry of m_total_cycles, once there is one
+    bool m_has_total_cycles = false;
+    bool m_ireq_count_valid = false;
+    bool m_has_total_fifo_size = false;
+    bool m_has_max_fifo_size = false;
+    std::vector<std::string> m_invalid_values;
+    // Owned. Never reserve here: the report follows the map's iteration order.
+    std::unordered_map<std::string, ExtMemCounts*> m_ext_mem_counts;
+};

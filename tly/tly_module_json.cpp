@@ -1,0 +1,198 @@
+#include <algorithm>
+
+#include "diagnostics.h"
+#include "metrics.h"
+#include "number_text.h"
+#include "tly_json.h"
+
+namespace {
+
+using Samples = SampleList<long long>;
+
+// What an instance is decides which keys its node has. One instance can be several of these.
+struct Kind {
+    bool channel;
+    bool global;
+    bool global_read;
+
+    explicit Kind(const TlyModuleInst& inst)
+        : channel(inst.getModule() == write_channel || inst.getModule() == read_channel),
+          global(inst.getAttrMemoryType() == addrspace_global),
+          global_read(global && inst.getAttrRw() == opt_type_read) {}
+};
+
+// The requests of each sample: counted ones, or the valid cycles where nothing counted requests.
+const Samples& requestsOf(const TlyModuleInst& inst) {
+    return inst.samples(inst.getIReqCountValid() ? Counter::ireq : Counter::ivalid);
+}
+
+// Rebuilds the call chains out of the instance's flat list, where each location is followed by its call
+// sites, the innermost first. The walk goes backwards, so the entries come in reverse order of the debug
+// records.
+void appendSources(ptree& sourcefiles, const TlyModuleInst& inst) {
+    const int last = std::min(std::min(inst.getNumLines(), inst.getNumFilenames()) - 1, inst.getNumCols());
+    ptree caller; // the chain so far
+    bool has_caller = false;
+    for (int i = last; i >= 0; --i) {
+        ptree location = getSourceJSON(inst.getFileName(i).c_str(), inst.getLine(i), inst.getColNum(i), true);
+        if (has_caller)
+            append_node(append_text(location, "callsite", ""), "", caller);
+        has_caller = i != 0 && inst.getIsCallsite(i) != 0;
+        if (has_caller)
+            caller.swap(location);
+        else
+            append_node(sourcefiles, "", location);
+    }
+}
+
+void appendChannelDepth(ptree& details, const TlyModuleInst& inst) {
+    if (inst.getHasMaxFifoSize() != inst.getHasTotalFifoSize())
+        diagnose("Warning: only one of max and total fifo size counters exists in profile.mon.\n");
+    if (!inst.compiledSharedCounters() && inst.getHasTotalFifoSize()) {
+        const Samples& fills = inst.samples(Counter::total_fifo);
+        const Samples& stalls = inst.samples(Counter::ext_stall);
+        const Samples& requests = requestsOf(inst);
+        if (fills.size() != stalls.size() || fills.size() != requests.size())
+            diagnose(
+                "Warning: numbers of fifo size counts, channel stall counts, and request or invalid counts "
+                "do "
+                "not match.\n");
+        SampleList<float> depths;
+        const std::size_t count = std::min({fills.size(), stalls.size(), requests.size()});
+        for (std::size_t i = 0; i < count; ++i)
+            depths.push_back(averageChannelDepth(fills[i], requests[i], stalls[i]));
+        append_samples(details, "average_channel_depth_samples", depths);
+    }
+    if (inst.getHasMaxFifoSize())
+        append_samples(details, "max_channel_depth_samples", inst.samples(Counter::max_fifo));
+}
+
+// The instance's width in whole bytes; 1 if its attribute is no number of bits.
+int byteWidthOf(const TlyModuleInst& inst) {
+    const auto bits = parseInt(inst.getAttrByteWidth());
+    if (bits)
+        return *bits / 8;
+    diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.name(),
+             inst.getAttrByteWidth());
+    diagnose("Warning: unable to parse the byte width. Setting byte width to 1.\n");
+    return 1;
+}
+
+struct Bandwidth {
+    float used;       // megabytes a second that crossed the instance
+    float efficiency; // the share of it that was requested
+};
+
+// `transferred` is the count of bytes on the memory's bus in the sample.
+Bandwidth bandwidthOf(bool channel, long long requests, int byteWidth, long long transferred,
+                      long long cycles, float fmax) {
+    const long long nanoseconds = cyclesToNanoseconds(cycles, fmax);
+    if (nanoseconds == 0)
+        return {0.0f, 0.0f};
+    const float seconds = nanosecondsToSeconds(nanoseconds);
+    const float requested =
+        megabytesPerSecond(static_cast<float>(requests) * static_cast<float>(byteWidth), seconds);
+    const float used = channel ? requested : megabytesPerSecond(static_cast<float>(transferred), seconds);
+    return {used, used == 0.0f ? 0.0f : requested / used};
+}
+
+void appendBandwidth(ptree& details, const TlyModuleInst& inst, const Kind& kind,
+                     const Samples& sampleCycles) {
+    const Samples& requests = requestsOf(inst);
+    const Samples& transferred = inst.samples(Counter::bandwidth);
+    const int byte_width = byteWidthOf(inst);
+    const float fmax = inst.getFmax();
+    if (sampleCycles.size() != requests.size())
+        diagnose("Warning: number of cycle samples is not equal to number of valid cycles\n");
+
+    Samples activity;
+    SampleList<float> bandwidths;
+    SampleList<float> efficiencies;
+    const std::size_t count = std::min(sampleCycles.size(), requests.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        if (requests[i] == -1)
+            diagnose("Warning: Invalid request count. Bandwidth measurement might be incorrect.\n");
+        activity.push_back(requests[i]);
+        if (!kind.channel && !kind.global)
+            continue;
+        const Bandwidth bandwidth =
+            bandwidthOf(kind.channel, requests[i], byte_width, transferred[i], sampleCycles[i], fmax);
+        bandwidths.push_back(bandwidth.used);
+        if (!kind.channel)
+            efficiencies.push_back(bandwidth.efficiency);
+    }
+    append_samples(details, "activity_samples", activity);
+    append_samples(details, "bandwidth_samples", bandwidths);
+    append_samples(details, "bandwidth_eff_samples", efficiencies);
+}
+
+void appendCacheHits(ptree& details, const TlyModuleInst& inst) {
+    const std::string lsu_type = inst.getAttrLsuType();
+    if (lsu_type == BURST_NON_ALIGNED || lsu_type == BURST_COALESCED || lsu_type == SEMI_STREAMING)
+        append_samples(details, "cache_hit_samples", inst.samples(Counter::cachehit));
+    if (lsu_type == BURST_NON_ALIGNED)
+        append_samples(details, "non_aligned_access_samples", inst.samples(Counter::unaligned));
+}
+
+// Samples without bursts are left out, so the averages may be fewer than the samples.
+SampleList<float> averageBurstSizes(const TlyModuleInst& inst) {
+    const Samples& words = inst.samples(Counter::burst_words);
+    const Samples& bursts = inst.samples(Counter::nbursts);
+    if (words.size() != bursts.size())
+        diagnose(
+            "Warning: Number of Total burst word samples does not match number of n bursts. May result in "
+            "incorrect average burst size data\n");
+    SampleList<float> averages;
+    const std::size_t count = std::min(words.size(), bursts.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const int num_bursts = static_cast<int>(bursts[i]); // 32 bits are what the average is made of
+        if (num_bursts <= 0)
+            continue;
+        const float average = static_cast<float>(words[i]) / static_cast<float>(num_bursts);
+        if (average >= 0.0f)
+            averages.push_back(average);
+    }
+    return averages;
+}
+
+void appendDetails(ptree& details, const TlyModuleInst& inst, const Samples& sampleCycles) {
+    const std::string memory_type = inst.getAttrMemoryType();
+    const std::string operation = inst.getAttrRw();
+    if (!memory_type.empty())
+        append_text(details, "mem_type", memory_type);
+    if (!operation.empty())
+        append_text(details, "operation_type", operation);
+    append_samples(details, "occupancy_samples", inst.samples(Counter::ivalid));
+    if (memory_type == loop_module)
+        return;
+
+    const Kind kind(inst);
+    append_samples(details, "stall_samples", inst.samples(Counter::ext_stall));
+    append_samples(details, "idle_samples", inst.samples(Counter::idle));
+    appendChannelDepth(details, inst);
+    appendBandwidth(details, inst, kind, sampleCycles);
+    if (kind.global_read)
+        appendCacheHits(details, inst);
+    const bool coalesced = inst.getAttrMemoryOpt().find(memoryopt_coalesced) != std::string::npos;
+    append_text(details, "coalesced_memory", report_text(coalesced));
+    const SampleList<float> burst_sizes = averageBurstSizes(inst);
+    if (kind.global && !burst_sizes.empty()) {
+        append_text(details, "global_mem_name", inst.getAttrGlobalMemName());
+        append_samples(details, "average_burst_size", burst_sizes);
+    }
+}
+
+} // namespace
+
+ptree getModuleJSON(TlyModuleInst* inst, const Samples& sampleCycles) {
+    ptree node;
+    append_text(node, "type", "moduleinst");
+    append_text(node, "name", inst->getName());
+    // This message alone has no newline.
+    if (inst->getNumLines() != inst->getNumFilenames() || inst->getNumLines() != inst->getNumCols())
+        diagnose(
+            "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
+    appendSources(append_text(node, "sourcefiles", ""), *inst);
+    appendDetails(append_text(node, "module_inst_details", ""), *inst, sampleCycles);
+    return node;
+}

@@ -1,0 +1,378 @@
+#include <algorithm>
+#include <stdexcept>
+
+#include "diagnostics.h"
+#include "line_reader.h"
+#include "mon_line.h"
+#include "number_text.h"
+#include "tly_json.h"
+#include "tly_parse.h"
+
+namespace {
+
+// What the fixed fields of a line say.
+struct LineHead {
+    int device_id = 0;
+    int queue_id = 0;
+    long long start_time = 0;
+    long long sample_time = 0;
+    SharedCounterTypes shared_type = SHARED_NONE;
+    int num_counters = 0;
+};
+
+// Field indices of a kernel line. A transfer line ends with the field of the sample time.
+enum FieldIndex : std::size_t {
+    device_id_field = 0,
+    queue_id_field = 1,
+    start_time_field = 3,
+    sample_time_field = 4,
+    shared_type_field = 5,
+    num_counters_field = 6,
+    first_counter_field = 7,
+};
+
+// Reads one fixed field into the head; false if the field is no number of its type.
+using FieldSetter = bool (*)(LineHead&, const MonField&);
+
+template <auto member>
+bool setInt(LineHead& head, const MonField& field) {
+    const auto number = narrowToInt(field.number());
+    head.*member = number.value_or(0);
+    return number.has_value();
+}
+
+template <auto member>
+bool setLongLong(LineHead& head, const MonField& field) {
+    head.*member = field.value;
+    return field.is_number;
+}
+
+bool setSharedType(LineHead& head, const MonField& field) {
+    const auto number = narrowToInt(field.number());
+    const int type = number.value_or(SHARED_NONE);
+    const bool known = type >= SHARED_IVALID && type <= SHARED_TOTAL_REQ;
+    head.shared_type = known ? static_cast<SharedCounterTypes>(type) : SHARED_NONE;
+    return number.has_value();
+}
+
+struct HeadField {
+    std::size_t index;
+    FieldSetter set;
+    std::string_view name; // as the message about a bad value has it
+};
+
+constexpr HeadField head_fields[] = {
+    {device_id_field, setInt<&LineHead::device_id>, "device id"},
+    {queue_id_field, setInt<&LineHead::queue_id>, "command queue id"},
+    {start_time_field, setLongLong<&LineHead::start_time>, "kernel start time"},
+    {sample_time_field, setLongLong<&LineHead::sample_time>, "sample time"},
+    {shared_type_field, setSharedType, "shared counter type"},
+    {num_counters_field, setInt<&LineHead::num_counters>, "number of counters"},
+};
+
+bool isTransferName(std::string_view name) {
+    static const std::string* const names[] = {
+        &mem_transfer_read,    &mem_transfer_write, &mem_transfer_copy, &reprogram,   &mem_mirror_from_device,
+        &mem_mirror_to_device, &mem_transfer,       &mem_migration,     &usm_memcopy,
+    };
+    return name.starts_with('.') &&
+           std::any_of(std::begin(names), std::end(names), [&](const auto* known) { return name == *known; });
+}
+
+// The name in a line is found by its shape: it starts with the first character that is neither a digit nor a
+// comma, and ends in front of the next comma.
+std::string_view nameIn(std::string_view line) {
+    const std::size_t begin = line.find_first_not_of("0123456789,");
+    if (begin == line.npos)
+        throw std::out_of_range("monitor line of digits and commas only");
+    return line.substr(begin, line.find(',', begin) - begin);
+}
+
+class MonitorReader {
+  public:
+    MonitorReader(std::map<std::string, TlyKernel*>& kernels, ptree& tree,
+                  const std::map<std::string, std::string>& originalNames,
+                  std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler)
+        : m_kernels(kernels),
+          m_tree(tree),
+          m_original_names(originalNames),
+          m_ext_mems(extMems),
+          m_no_profiler(noProfiler) {}
+
+    // Reads one line. False if the run has to end.
+    bool readLine(std::string_view text);
+    // Closes the last invocation of each kernel and tells which kernels were never seen.
+    void finish();
+
+  private:
+    // The kernel of a line, and the instances and kernels that its counters go to.
+    struct Receiver {
+        TlyKernel* kernel = nullptr;
+        const std::vector<TlyModuleInst*>* insts = nullptr;
+        bool autorun = false; // the line brings the samples of all autorun kernels
+    };
+
+    bool findReceiver(Receiver& receiver);
+    TlyKernel* findKernel();
+    void collectAutorunKernels();
+    bool readHead(LineHead& head);
+    bool readLastField(LineHead& head);
+    bool setHeadField(const HeadField& field, LineHead& head);
+    void addTransfer(const LineHead& head);
+    bool addSample(const Receiver& receiver, const LineHead& head);
+    void record(TlyKernel& kernel, const LineHead& head, bool sets_start_time);
+    bool updateInstances(const Receiver& receiver, SharedCounterTypes type);
+    void updateTotalCycles(const Receiver& receiver);
+
+    std::map<std::string, TlyKernel*>& m_kernels;
+    ptree& m_tree;
+    const std::map<std::string, std::string>& m_original_names;
+    std::unordered_map<std::string, TlyExtMem*>& m_ext_mems;
+    const bool m_no_profiler;
+
+    int m_line_number = 0;
+    MonLine m_line;
+    std::string m_name; // of the line, after mapping
+    // Set by a line with a transfer's name and cleared only when a transfer has been added: a faulty transfer
+    // line leaves it set, and the next line is taken for a transfer whatever its name.
+    bool m_is_transfer = false;
+
+    // What stands behind a line of the autorun pseudo-kernel; the same for all lines, since no line makes an
+    // autorun kernel.
+    bool m_autorun_collected = false;
+    std::vector<TlyKernel*> m_autorun_kernels;
+    std::vector<TlyModuleInst*> m_autorun_insts;
+};
+
+bool MonitorReader::readLine(std::string_view text) {
+    ++m_line_number;
+    if (text.empty()) {
+        diagnose("warning: empty .mon line {}\n", m_line_number);
+        return true;
+    }
+    m_name.assign(nameIn(text));
+    Receiver receiver;
+    if (isTransferName(m_name))
+        m_is_transfer = true;
+    else if (!findReceiver(receiver))
+        return true;
+
+    m_line.split(text);
+    LineHead head;
+    if (!readHead(head) || !readLastField(head))
+        return true;
+    if (m_is_transfer) {
+        addTransfer(head);
+        return true;
+    }
+    return addSample(receiver, head);
+}
+
+// Finds the kernel that a line names and its instances. False if the line has to be left out.
+bool MonitorReader::findReceiver(Receiver& receiver) {
+    receiver.kernel = findKernel();
+    if (!receiver.kernel)
+        return false;
+    receiver.autorun = m_name == autorun_profile_dummy_kernel;
+    if (receiver.autorun)
+        collectAutorunKernels();
+    receiver.insts = receiver.autorun ? &m_autorun_insts : &receiver.kernel->module_insts();
+    if (receiver.insts->empty() && !m_no_profiler) {
+        diagnose("profile.mon has some kernel that does not have any moduleinsts - Skipping line {}\n",
+                 m_line_number);
+        return false;
+    }
+    return true;
+}
+
+// The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if
+// nothing knows the name and no kernel may be made.
+TlyKernel* MonitorReader::findKernel() {
+    const auto known = m_kernels.find(m_name);
+    if (known != m_kernels.end())
+        return known->second;
+    const auto mapped = m_original_names.find(m_name);
+    if (mapped != m_original_names.end()) {
+        m_name = mapped->second;
+        return m_kernels.at(m_name);
+    }
+    if (m_no_profiler)
+        return m_kernels.emplace(m_name, new TlyKernel(m_name)).first->second;
+    diagnose(
+        "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
+        "----> kernel in .mon at line {}: {}\n",
+        m_line_number, m_name);
+    return nullptr;
+}
+
+void MonitorReader::collectAutorunKernels() {
+    if (std::exchange(m_autorun_collected, true))
+        return;
+    for (const auto& [name, kernel] : m_kernels) {
+        if (!kernel->is_autorun_kernel())
+            continue;
+        m_autorun_kernels.push_back(kernel);
+        const auto& insts = kernel->module_insts();
+        m_autorun_insts.insert(m_autorun_insts.end(), insts.begin(), insts.end());
+    }
+}
+
+bool MonitorReader::setHeadField(const HeadField& field, LineHead& head) {
+    if (field.set(head, m_line.fields()[field.index]))
+        return true;
+    diagnose("ERROR: Unable to parse {}. Ignoring .mon line {}\n", field.name, m_line_number);
+    return false;
+}
+
+// Reads the fixed fields that a comma ends.
+bool MonitorReader::readHead(LineHead& head) {
+    for (const HeadField& field : head_fields) {
+        if (field.index < m_line.num_commas() && !setHeadField(field, head))
+            return false;
+    }
+    return true;
+}
+
+// Reads the last field, where it is a fixed one; false if the line has a wrong number of fields.
+bool MonitorReader::readLastField(LineHead& head) {
+    const std::size_t last = m_line.num_commas();
+    if (last >= first_counter_field)
+        return true;
+    if ((last == sample_time_field && m_is_transfer) || (last == num_counters_field && m_no_profiler)) {
+        const auto* field = std::find_if(std::begin(head_fields), std::end(head_fields),
+                                         [&](const HeadField& row) { return row.index == last; });
+        return setHeadField(*field, head);
+    }
+    diagnose("ERROR: Unexpected number of values. Ignoring .mon line {}\n", m_line_number);
+    return false;
+}
+
+void MonitorReader::addTransfer(const LineHead& head) {
+    ptree node = getMemTransferJSON(m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
+    append_node(m_tree.get_child("memtransfers.nodes"), "", node);
+    m_is_transfer = false;
+}
+
+// Adds the sample of a kernel line. False if the run has to end.
+bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
+    const auto num_counters = static_cast<long long>(m_line.fields().size() - first_counter_field);
+    if (!m_no_profiler && num_counters != head.num_counters) {
+        diagnose(
+            "Warning: number of .mon entries does not match number of counters for this kernel. Skipping "
+            "line "
+            "{}\n",
+            m_line_number);
+        return true;
+    }
+    const bool for_autorun_kernels = receiver.autorun && !m_autorun_kernels.empty();
+    const auto targets = for_autorun_kernels ? std::span<TlyKernel* const>(m_autorun_kernels)
+                                             : std::span<TlyKernel* const>(&receiver.kernel, 1);
+
+    // A start time of its own tells a line of a new invocation, and -1 a kernel without any.
+    const long long known_start = receiver.kernel->get_start_time();
+    const bool sets_start_time = known_start == -1 || known_start != head.start_time;
+    if (sets_start_time && known_start != -1) {
+        for (TlyKernel* kernel : targets)
+            pullKernelInfo(kernel, &m_tree, true, m_ext_mems);
+    }
+    for (TlyKernel* kernel : targets)
+        record(*kernel, head, sets_start_time);
+    if (for_autorun_kernels && sets_start_time)
+        receiver.kernel->set_start_time(head.start_time);
+
+    if (m_no_profiler)
+        return true;
+    if (!updateInstances(receiver, head.shared_type))
+        return false;
+    updateTotalCycles(receiver);
+    return true;
+}
+
+void MonitorReader::record(TlyKernel& kernel, const LineHead& head, bool sets_start_time) {
+    kernel.add_device_id(head.device_id);
+    kernel.add_command_queue(head.queue_id);
+    kernel.add_sample_timestamp(head.sample_time);
+    kernel.set_shared_run_type(head.shared_type);
+    if (sets_start_time)
+        kernel.set_start_time(head.start_time);
+    kernel.set_in_mon(true);
+}
+
+// Hands the line's counters to the instances. False if the design and the run differ about shared counters.
+bool MonitorReader::updateInstances(const Receiver& receiver, SharedCounterTypes type) {
+    constexpr int first_compute_unit = 0;
+    for (TlyModuleInst* inst : *receiver.insts) {
+        if (inst->compiledSharedCounters() && type == SHARED_NONE) {
+            diagnose(
+                "ERROR: .zanx file has shared counters data but .mon does not at line {}. Data will not "
+                "match. "
+                "Ensure host is run with the Profiler Runtime Wrapper using the shared counter option. "
+                "ABORT\n",
+                m_line_number);
+            return false;
+        }
+        if (!inst->compiledSharedCounters() && type != SHARED_NONE) {
+            diagnose(
+                "ERROR: .mon file has shared counters data at line {} but .zanx does not. Data will not "
+                "match. "
+                "Ensure design is compiled with the profile shared counters flag. ABORT\n",
+                m_line_number);
+            return false;
+        }
+        inst->updateCounters(m_line.fields(), first_compute_unit, true, type, m_line_number);
+    }
+    return true;
+}
+
+void MonitorReader::updateTotalCycles(const Receiver& receiver) {
+    if (receiver.autorun) {
+        for (TlyKernel* kernel : m_autorun_kernels) {
+            if (kernel->module_insts().empty())
+                continue;
+            SampleList<long long> cycles = kernel->module_insts().front()->totalCycles();
+            if (!cycles.empty())
+                kernel->add_sample_totalcycle(std::move(cycles));
+        }
+    }
+    if (!receiver.insts->empty())
+        receiver.kernel->add_sample_totalcycle(receiver.insts->front()->totalCycles());
+}
+
+void MonitorReader::finish() {
+    for (const auto& [name, kernel] : m_kernels) {
+        if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
+            pullKernelInfo(kernel, &m_tree, false, m_ext_mems);
+        else
+            diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
+                     kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
+    }
+}
+
+} // namespace
+
+int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
+                         const std::map<std::string, std::string>& originalNames,
+                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
+    LineReader lines(monPath);
+    if (!lines.is_open()) {
+        diagnose("ABORT: .mon file errored while trying to open.\n");
+        return 1;
+    }
+    MonitorReader reader(*kernels, *tree, originalNames, extMems, noProfiler);
+    std::string_view line;
+    while (lines.next(line)) {
+        if (!reader.readLine(line))
+            return 1;
+    }
+    reader.finish();
+    return 0;
+}
+
+int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
+                   std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    if (kernel->get_name() != autorun_profile_dummy_kernel) {
+        ptree node = kernel->getJSON(reset, extMems);
+        append_node(tree->get_child("kernels.nodes"), "", node);
+    }
+    return 1;
+}

@@ -1,0 +1,39 @@
+// The readers of a run: package sections and the monitor file go into the profile model and the report.
+#pragma once
+
+#include <map>
+#include <string>
+#include <unordered_map>
+
+#include "report_tree.h"
+#include "tly_ext_mem.h"
+#include "tly_kernel.h"
+
+// Copies a section of the package at `packagePath` into a new text, ended by a NUL, in `*buffer`. The caller
+// sets
+// `*buffer` to null first and frees it with delete[]. Gives 0, or 1 if the package has no such section, or 2
+// if it can't be opened; then no text was made.
+int get_zanx_sect(const char* section, const char* packagePath, char** buffer);
+
+// Puts the first line of the package's version section at "versions.zanx_version". Gives 0, or 1 with a
+// message if there is none.
+int parseVersionFile(ptree* tree, const char* packagePath);
+
+// Puts the clock frequency that the timing report names, or "0.0", under "fmax" of the run information node.
+// Gives 0, or 1 with a message if the package has no timing report.
+int parseVelmoraReport(ptree* tree, const char* packagePath);
+
+// Reads a monitor file into the kernels and appends to the report a node for each transfer and for each
+// kernel invocation that has ended. `originalNames` maps names that the file may use to kernel names. With
+// `noProfiler` there is no profiler description: unknown kernels are made (in `kernels`, whose owner deletes
+// them), and counters are not read. Lines with faults are told on standard error and left out. Gives 0, or 1
+// with a message if the file can't be opened, or if the design and the run differ about shared counters.
+// Throws std::out_of_range for a line of digits and commas alone.
+int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
+                         const std::map<std::string, std::string>& originalNames,
+                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler);
+
+// Appends the node of the kernel's current invocation to "kernels.nodes", and resets the kernel if `reset` is
+// set. Does nothing for the kernel that stands for all autorun kernels. Gives 1.
+int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
+                   std::unordered_map<std::string, TlyExtMem*>& extMems);
