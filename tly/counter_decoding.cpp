@@ -82,6 +82,7 @@ void TlyModuleInst::updateSingleCounter(const std::string& tag, long long value,
         ExtMemPort port{decodeExtMemTag(tag)};
         recordExtMem(port, value, push);
     } else {
+        activate(meaning);
         addValue(meaning, value);
     }
 }

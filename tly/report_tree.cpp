@@ -3,31 +3,6 @@
 #include <deque>
 #include <iterator>
 
-namespace {
-
-template <class T>
-char* write_integer(char* out, T value) {
-    return std::to_chars(out, out + max_number_text, value).ptr;
-}
-
-} // namespace
-
-char* write_number(char* out, int value) {
-    return write_integer(out, value);
-}
-
-char* write_number(char* out, long long value) {
-    return write_integer(out, value);
-}
-
-char* write_number(char* out, unsigned int value) {
-    return write_integer(out, value);
-}
-
-char* write_number(char* out, unsigned long value) {
-    return write_integer(out, value);
-}
-
 char* write_number(char* out, float value) {
     constexpr int significant_digits = 7;
     return std::to_chars(out, out + max_number_text, static_cast<double>(value), std::chars_format::general,

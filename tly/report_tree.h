@@ -59,10 +59,10 @@ inline constexpr std::size_t max_number_text = 24;
 
 // Writes the report's text of a number at `out`, which has room for max_number_text bytes, and gives the end.
 // Integers are decimal; a float has the 7 significant digits that a stream's default format would give.
-char* write_number(char* out, int value);
-char* write_number(char* out, long long value);
-char* write_number(char* out, unsigned int value);
-char* write_number(char* out, unsigned long value);
+template <std::integral T>
+char* write_number(char* out, T value) {
+    return std::to_chars(out, out + max_number_text, value).ptr;
+}
 char* write_number(char* out, float value);
 
 template <class T>

@@ -267,19 +267,40 @@ class Writer {
 
     template <class T>
     void write_values(const SampleList<T>& values, const std::string& separator) {
-        const auto stored = values.stored();
-        const std::size_t zeros = values.size() - stored.size();
-        for (std::size_t i = 0; i < stored.size(); ++i) {
+        if (separator.size() <= short_separator) {
+            write_values_in_chunks(values, separator);
+            return;
+        }
+        for (std::size_t i = 0; i < values.size(); ++i) {
             if (i != 0)
                 m_out.append(separator);
-            m_out.advance(write_number(m_out.reserve(max_number_text), stored[i]));
-        }
-        for (std::size_t i = 0; i < zeros; ++i) {
-            if (i != 0 || !stored.empty())
-                m_out.append(separator);
-            m_out.append("0");
+            m_out.advance(write_number(m_out.reserve(max_number_text), values[i]));
         }
     }
+
+    // Nearly all values of a report go through here. Each is followed by a whole block that starts with the
+    // separator: copying a fixed size takes a few instructions, and what is too much is overwritten.
+    template <class T>
+    void write_values_in_chunks(const SampleList<T>& values, const std::string& separator) {
+        constexpr std::size_t chunk = 256;
+        std::array<char, short_separator> block{};
+        separator.copy(block.data(), block.size());
+        const auto stored = values.stored();
+        for (std::size_t begin = 0; begin < values.size(); begin += chunk) {
+            const std::size_t end = std::min(begin + chunk, values.size());
+            char* out = m_out.reserve(chunk * (max_number_text + block.size()));
+            for (std::size_t i = begin; i < end; ++i) {
+                out = write_number(out, i < stored.size() ? stored[i] : T{});
+                std::memcpy(out, block.data(), block.size());
+                out += separator.size();
+            }
+            if (end == values.size())
+                out -= separator.size();
+            m_out.advance(out);
+        }
+    }
+
+    static constexpr std::size_t short_separator = 64;
 
     TextBuffer& m_out;
     std::vector<OpenNode> m_open;

@@ -1,6 +1,7 @@
 // The samples of one counter: one value for each monitor line of an invocation.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -45,10 +46,21 @@ class SampleList {
         return result;
     }
 
+    // The first `count` values, sharing the storage; `count` is at most the size.
+    SampleList first(std::size_t count) const {
+        SampleList result = *this;
+        result.m_stored = std::min(m_stored, count);
+        result.m_size = count;
+        return result;
+    }
+
     void push_back(T value) {
-        if (!isZero(value))
-            store(value);
-        ++m_size;
+        if (isZero(value))
+            ++m_size;
+        else if (m_values && m_stored == m_size && m_values->size() == m_stored)
+            appendStored(value);
+        else
+            storeBehindZeros(value);
     }
     // Replaces the last value of a list that is not empty.
     void set_back(T value) {
@@ -83,14 +95,18 @@ class SampleList {
             return value == 0;
     }
 
-    void store(T value) {
+    void appendStored(T value) {
+        m_values->push_back(value);
+        m_stored = ++m_size;
+    }
+
+    void storeBehindZeros(T value) {
         if (!m_values)
             m_values = std::make_shared<std::vector<T>>();
         else if (m_values->size() != m_stored) // a copy has grown since: leave its values alone
             ownValues();
         m_values->resize(m_size);
-        m_values->push_back(value);
-        m_stored = m_size + 1;
+        appendStored(value);
     }
 
     void ownValues() {

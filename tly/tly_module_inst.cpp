@@ -109,6 +109,7 @@ int TlyModuleInst::getIsCallsite(int i) const {
 
 void TlyModuleInst::addPortTag(std::string tag, int offset, int compUnit) {
     const TagMeaning meaning = meaningOfTag(tag, m_total_cycles_tag);
+    activate(meaning);
     if (meaning.target == TagMeaning::Target::total_cycles)
         m_total_cycles_offset = offset;
     if (meaning.target == TagMeaning::Target::ext_mem)
@@ -164,14 +165,28 @@ int TlyModuleInst::getSharedOffset(const std::string& tag) const {
     return found == m_shared_tags.end() ? -1 : found->second;
 }
 
+// Gives a counter that a tag names its list, which starts with zeros for the samples so far.
+void TlyModuleInst::activate(const TagMeaning& meaning) {
+    const auto index = static_cast<std::size_t>(meaning.counter);
+    if (meaning.target != TagMeaning::Target::counter || m_is_active[index])
+        return;
+    m_is_active[index] = true;
+    m_active.push_back(meaning.counter);
+    m_samples[index] = m_zeros;
+}
+
 void TlyModuleInst::partialReset() {
-    m_current.fill(0);
+    for (const Counter counter : m_active)
+        m_current[static_cast<std::size_t>(counter)] = 0;
     m_total_cycles_current = 0;
 }
 
 void TlyModuleInst::pushValuesOnVectors() {
-    for (std::size_t i = 0; i < num_counters; ++i)
-        m_samples[i].push_back(m_current[i]);
+    for (const Counter counter : m_active) {
+        const auto index = static_cast<std::size_t>(counter);
+        m_samples[index].push_back(m_current[index]);
+    }
+    m_zeros.push_back(0);
     if (!m_has_total_cycles)
         return;
     if (!m_function_cycles)
@@ -187,6 +202,7 @@ void TlyModuleInst::reset() {
     m_has_total_cycles = false;
     for (Samples& list : m_samples)
         list.clear();
+    m_zeros.clear();
     m_sample_timestamps.clear();
     m_invalid_values.clear();
     const auto cycles = m_total_cycles.find(m_function);

@@ -181,7 +181,10 @@ class TlyModuleInst {
     long long getTotalBurstWordsSample(int i) const { return sample(Counter::burst_words, i); }
 
     // All samples of a family. A copy of the list shares its storage, the getters above copy it.
-    const Samples& samples(Counter counter) const { return m_samples[static_cast<std::size_t>(counter)]; }
+    const Samples& samples(Counter counter) const {
+        const auto index = static_cast<std::size_t>(counter);
+        return m_is_active[index] ? m_samples[index] : m_zeros;
+    }
 
     // A request count, or in a run with shared counters any that could have been one, has been seen.
     bool getIReqCountValid() const { return m_ireq_count_valid; }
@@ -233,6 +236,7 @@ class TlyModuleInst {
     };
 
     long long sample(Counter counter, int i) const;
+    void activate(const TagMeaning& meaning);
     void markInvalid(std::string_view text, int lineNumber);
     void addValue(const TagMeaning& meaning, long long value);
     void recordExtMem(ExtMemPort& port, long long value, bool push);
@@ -270,7 +274,12 @@ class TlyModuleInst {
     int m_num_has_shared = 0;
 
     std::array<long long, num_counters> m_current{};
+    // Most instances have few of the counters. Those that no tag names have no list of their own: as many
+    // zeros as there are samples stand for each.
+    std::vector<Counter> m_active;
+    std::array<bool, num_counters> m_is_active{};
     std::array<Samples, num_counters> m_samples;
+    Samples m_zeros;
     Samples* m_function_cycles = nullptr; // the entry of m_total_cycles, once there is one
     bool m_has_total_cycles = false;
     bool m_ireq_count_valid = false;

@@ -105,14 +105,12 @@ void appendBandwidth(ptree& details, const TlyModuleInst& inst, const Kind& kind
     if (sampleCycles.size() != requests.size())
         diagnose("Warning: number of cycle samples is not equal to number of valid cycles\n");
 
-    Samples activity;
     SampleList<float> bandwidths;
     SampleList<float> efficiencies;
     const std::size_t count = std::min(sampleCycles.size(), requests.size());
     for (std::size_t i = 0; i < count; ++i) {
         if (requests[i] == -1)
             diagnose("Warning: Invalid request count. Bandwidth measurement might be incorrect.\n");
-        activity.push_back(requests[i]);
         if (!kind.channel && !kind.global)
             continue;
         const Bandwidth bandwidth =
@@ -121,7 +119,7 @@ void appendBandwidth(ptree& details, const TlyModuleInst& inst, const Kind& kind
         if (!kind.channel)
             efficiencies.push_back(bandwidth.efficiency);
     }
-    append_samples(details, "activity_samples", activity);
+    append_samples(details, "activity_samples", requests.first(count));
     append_samples(details, "bandwidth_samples", bandwidths);
     append_samples(details, "bandwidth_eff_samples", efficiencies);
 }

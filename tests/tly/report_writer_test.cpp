@@ -216,6 +216,24 @@ TEST(ReportWriter, NumbersAgreeWithAStream) {
     }
 }
 
+TEST(ReportWriter, PackedArraysAgreeAtAnyLengthAndDepth) {
+    for (const std::size_t length : {1, 2, 255, 256, 257, 512, 513, 100000}) {
+        for (const int depth : {1, 12, 13, 14, 15, 40}) { // indents around and beyond a block of 64 bytes
+            SampleList<long long> list;
+            for (std::size_t i = 0; i < length; ++i)
+                list.push_back(i < length / 2 ? static_cast<long long>(i) - 100 : 0);
+            ptree tree = packedArray(list);
+            for (int level = 0; level < depth; ++level) {
+                ptree parent;
+                append_node(parent, "k", tree);
+                tree.swap(parent);
+            }
+            ASSERT_TRUE(written(tree) == slowReport(expanded(tree)))
+                << length << " values at depth " << depth;
+        }
+    }
+}
+
 TEST(ReportWriter, TextsLongerThanAnyBufferAreWhole) {
     ptree tree;
     const std::string text(3000000, 'x');

@@ -1,0 +1,126 @@
+// Reading a monitor file and the stages of it.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstring>
+
+#include "design.h"
+#include "line_reader.h"
+#include "mon_line.h"
+
+namespace {
+
+constexpr int num_insts = 60;
+constexpr int num_lines = 5000;
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = text.find('\n', begin);
+        lines.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return lines;
+}
+
+void countValues(benchmark::State& state, int lines, int counters) {
+    state.SetItemsProcessed(state.iterations() * lines * counters);
+}
+
+// The floor of reading: the same bytes, split at commas and newlines, each field through std::from_chars.
+long long sumOfFields(const char* position, const char* end) {
+    long long sum = 0;
+    while (position < end) {
+        const auto* newline =
+            static_cast<const char*>(std::memchr(position, '\n', static_cast<std::size_t>(end - position)));
+        const char* line_end = newline ? newline : end;
+        while (position < line_end) {
+            const auto* comma = static_cast<const char*>(
+                std::memchr(position, ',', static_cast<std::size_t>(line_end - position)));
+            const char* field_end = comma ? comma : line_end;
+            long long value = 0;
+            std::from_chars(position, field_end, value);
+            sum += value;
+            position = field_end + 1;
+        }
+        position = line_end + 1;
+    }
+    return sum;
+}
+
+void readFloor(benchmark::State& state) {
+    const Design design(num_insts);
+    const std::string text = design.monitorText(num_lines);
+    const TemporaryFile file(text);
+    std::vector<char> bytes(text.size());
+    for (auto _ : state) {
+        const int fd = ::open(file.path().c_str(), O_RDONLY);
+        std::size_t size = 0;
+        for (ssize_t count = 1; count > 0; size += static_cast<std::size_t>(count))
+            count = ::read(fd, bytes.data() + size, std::min(bytes.size() - size, std::size_t{1} << 18));
+        ::close(fd);
+        benchmark::DoNotOptimize(sumOfFields(bytes.data(), bytes.data() + size));
+    }
+    countValues(state, num_lines, design.num_counters());
+}
+BENCHMARK(readFloor)->Unit(benchmark::kMillisecond);
+
+// The whole reader: lines, names, invocations, counters, sample lists; and the one node at the end of the
+// file.
+void readAll(benchmark::State& state) {
+    Design design(num_insts);
+    const TemporaryFile file(design.monitorText(num_lines));
+    for (auto _ : state) {
+        design.read(file.path());
+        state.PauseTiming();
+        design.reset();
+        state.ResumeTiming();
+    }
+    countValues(state, num_lines, design.num_counters());
+}
+BENCHMARK(readAll)->Unit(benchmark::kMillisecond);
+
+// Lines and fields alone.
+void splitLines(benchmark::State& state) {
+    const Design design(num_insts);
+    const std::vector<std::string> lines = linesOf(design.monitorText(num_lines));
+    MonLine line;
+    for (auto _ : state) {
+        for (const std::string& text : lines) {
+            line.split(text);
+            benchmark::DoNotOptimize(line.fields().data());
+        }
+    }
+    countValues(state, num_lines, design.num_counters());
+}
+BENCHMARK(splitLines)->Unit(benchmark::kMillisecond);
+
+// Counters of lines that are split already, over a growing number of instances: time for a value stays the
+// same.
+void decodeCounters(benchmark::State& state) {
+    Design design(static_cast<int>(state.range(0)));
+    const std::string text = design.monitorText(1);
+    MonLine line;
+    line.split(std::string_view(text).substr(0, text.size() - 1));
+    constexpr int lines_of_invocation = 1000;
+    std::size_t held = 0;
+    for (auto _ : state) {
+        const std::size_t before = heapBytes();
+        for (int i = 0; i < lines_of_invocation; ++i) {
+            for (const auto& inst : design.insts())
+                inst->updateCounters(line.fields(), 0, true, SHARED_NONE, 1);
+        }
+        held = heapBytes() - before;
+        state.PauseTiming();
+        design.reset();
+        state.ResumeTiming();
+    }
+    countValues(state, lines_of_invocation, design.num_counters());
+    state.counters["bytes_per_value"] =
+        static_cast<double>(held) / (static_cast<double>(lines_of_invocation) * design.num_counters());
+}
+BENCHMARK(decodeCounters)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
+
+} // namespace

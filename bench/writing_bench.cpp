@@ -1,0 +1,107 @@
+// Building report nodes and writing the report.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "design.h"
+
+namespace {
+
+constexpr int num_insts = 60;
+constexpr int num_lines = 5000;
+
+long long numValues(const ptree& node) {
+    const ptree& children = node;
+    long long values = 0;
+    node.data().visit_packed([&](const auto& list) { values += static_cast<long long>(list.size()); });
+    for (const auto& [key, child] : children)
+        values += numValues(child);
+    return values;
+}
+
+// The node of an invocation from samples that are at hand, and the bytes of heap that it takes beside them.
+void buildNode(benchmark::State& state) {
+    Design design(num_insts);
+    const TemporaryFile file(design.monitorText(num_lines));
+    design.read(file.path());
+    std::size_t held = 0;
+    long long values = 0;
+    for (auto _ : state) {
+        const std::size_t before = heapBytes();
+        ptree node = design.kernel().getJSON(false, design.ext_mems);
+        state.PauseTiming();
+        held = heapBytes() - before;
+        values = numValues(node);
+        dismantle(node);
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * values);
+    state.counters["bytes_per_value"] = static_cast<double>(held) / static_cast<double>(values);
+}
+BENCHMARK(buildNode)->Unit(benchmark::kMillisecond);
+
+template <class T>
+SampleList<T> samples(std::size_t count) {
+    SampleList<T> list;
+    for (std::size_t i = 0; i < count; ++i)
+        list.push_back(static_cast<T>(i * 7919 % 1000003) / (std::is_same_v<T, float> ? T{10} : T{1}));
+    return list;
+}
+
+constexpr std::size_t values_of_list = 1000000;
+
+void writeList(benchmark::State& state, ptree array) {
+    ptree tree;
+    append_node(tree, "samples", array);
+    for (auto _ : state)
+        write_report("/dev/null", tree);
+    state.SetItemsProcessed(state.iterations() * static_cast<long long>(values_of_list));
+}
+
+// The floor of writing: the same bytes into one buffer with std::to_chars, and one write.
+template <class ToChars, class T>
+void writeFloor(benchmark::State& state, const SampleList<T>& list, ToChars to_chars) {
+    const std::vector<T> values = list.to_vector();
+    std::vector<char> bytes(values.size() * 48);
+    constexpr std::string_view before = "        \"";
+    constexpr std::string_view after = "\",\n";
+    for (auto _ : state) {
+        char* out = bytes.data();
+        for (const T value : values) {
+            out = std::copy(before.begin(), before.end(), out);
+            out = to_chars(out, value);
+            out = std::copy(after.begin(), after.end(), out);
+        }
+        const int fd = ::open("/dev/null", O_WRONLY);
+        benchmark::DoNotOptimize(::write(fd, bytes.data(), static_cast<std::size_t>(out - bytes.data())));
+        ::close(fd);
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<long long>(values.size()));
+}
+
+void writeCountsFloor(benchmark::State& state) {
+    writeFloor(state, samples<long long>(values_of_list),
+               [](char* out, long long value) { return std::to_chars(out, out + 24, value).ptr; });
+}
+BENCHMARK(writeCountsFloor)->Unit(benchmark::kMillisecond);
+
+void writeCounts(benchmark::State& state) {
+    writeList(state, packedArray(samples<long long>(values_of_list)));
+}
+BENCHMARK(writeCounts)->Unit(benchmark::kMillisecond);
+
+void writeMetricsFloor(benchmark::State& state) {
+    writeFloor(state, samples<float>(values_of_list), [](char* out, float value) {
+        return std::to_chars(out, out + 24, static_cast<double>(value), std::chars_format::general, 7).ptr;
+    });
+}
+BENCHMARK(writeMetricsFloor)->Unit(benchmark::kMillisecond);
+
+void writeMetrics(benchmark::State& state) {
+    writeList(state, packedArray(samples<float>(values_of_list)));
+}
+BENCHMARK(writeMetrics)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,92 @@
+// What the reader costs in allocations.
+#include <gtest/gtest.h>
+
+#include "counting_new.h"
+#include "run_fixture.h"
+
+namespace {
+
+constexpr const char* kernel_name = "a_kernel_with_a_name_longer_than_a_small_string";
+
+// Gives the kernel instances of three counters each, and their number of counters.
+int addInstances(RunFixture& run, int num_insts) {
+    TlyKernel& made = run.kernel(kernel_name);
+    int offset = 7;
+    for (int i = 0; i < num_insts; ++i) {
+        TlyModuleInst& block = run.inst(made, "block" + std::to_string(i));
+        block.addPortTag(i == 0 ? "clock" : "idle", offset++, 0);
+        block.addPortTag("ivalid", offset++, 0);
+        block.addPortTag("profile_extmem_k_function_memory_bank1_port2_read_data_inc_en_x", offset++, 0);
+    }
+    return offset - 7;
+}
+
+std::string monitorText(int num_lines, int num_counters) {
+    std::string content;
+    for (int line = 0; line < num_lines; ++line) {
+        content += "0,1," + std::string(kernel_name) + ",1000," + std::to_string(line + 1) + ",-1," +
+                   std::to_string(num_counters);
+        for (int counter = 0; counter < num_counters; ++counter)
+            content += "," + std::to_string(1 + line * 7 + counter);
+        content += "\n";
+    }
+    return content;
+}
+
+// Allocations while a kernel with that many instances reads that many lines. Without any instance there is no
+// description.
+std::size_t allocationsOf(int num_lines, int num_insts) {
+    RunFixture run;
+    const bool no_profiler = num_insts == 0;
+    const int num_counters = no_profiler ? 5 : addInstances(run, num_insts);
+    const std::string path = run.file(monitorText(num_lines, num_counters));
+    const std::size_t before = numAllocations();
+    EXPECT_EQ(run.readFile(path, no_profiler), 0);
+    return numAllocations() - before;
+}
+
+// A list grows by doubling. Between 10,000 and 20,000 values that is once, at 16,384: three lists of each
+// instance, and of the kernel's four those that aren't zeros alone.
+TEST(Allocation, TenThousandMoreLinesCostNoMoreThanTheGrowthOfTheLists) {
+    constexpr int num_insts = 20;
+    EXPECT_LE(allocationsOf(20000, num_insts), allocationsOf(10000, num_insts) + 3 * num_insts + 4);
+}
+
+TEST(Allocation, WithoutADescriptionLinesCostOnlyTheGrowthOfTheKernelsLists) {
+    EXPECT_LE(allocationsOf(20000, 0), allocationsOf(10000, 0) + 4);
+}
+
+// Were a line to cost anything for each of its 500 instances, 1,000 more lines would show it 500,000 times.
+// The lists grow once, at 1,024.
+TEST(Allocation, InstancesCostNothingOnALine) {
+    constexpr int num_insts = 500;
+    EXPECT_LE(allocationsOf(2000, num_insts), allocationsOf(1000, num_insts) + 3 * num_insts + 4);
+}
+
+TEST(Allocation, CountersThatAreAlwaysZeroStoreNothing) {
+    SampleList<long long> zeros;
+    const std::size_t before = numAllocations();
+    for (int i = 0; i < 1000000; ++i)
+        zeros.push_back(0);
+    EXPECT_EQ(numAllocations(), before);
+    EXPECT_EQ(zeros.size(), 1000000u);
+}
+
+// The node of an invocation shares the lists of its kernel: its allocations don't grow with the samples.
+TEST(Allocation, ANodeCopiesNoSamples) {
+    TlyKernel kernel("k");
+    const auto allocations_of_node = [&] {
+        std::unordered_map<std::string, TlyExtMem*> no_memories;
+        const std::size_t before = numAllocations();
+        ptree node = kernel.getJSON(false, no_memories);
+        return numAllocations() - before;
+    };
+    kernel.add_sample_timestamp(1);
+    const std::size_t with_one = allocations_of_node();
+    for (int i = 0; i < 100000; ++i)
+        kernel.add_sample_timestamp(i);
+    EXPECT_LE(allocations_of_node(),
+              with_one + 1); // the text of the last time may be too long for a small string
+}
+
+} // namespace
