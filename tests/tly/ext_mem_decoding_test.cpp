@@ -1,0 +1,187 @@
+// Tags of external memory ports.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "capture.h"
+#include "inst_builder.h"
+
+namespace {
+
+using Values = std::vector<long long>;
+
+TEST(ExtMemTag, NamesMemoryBankPortAndOperation) {
+    const std::pair<const char*, ExtMemOpType> rows[] = {
+        {"_read_data_inc_en_", EXT_MEM_READ},
+        {"_write_data_inc_en_", EXT_MEM_WRITE},
+        {"_read_burst_count_en_", EXT_MEM_READ_BURST},
+        {"_write_burst_count_en_", EXT_MEM_WRITE_BURST},
+    };
+    for (const auto& [word, op] : rows) {
+        const ExtMemTag tag =
+            decodeExtMemTag("profile_extmem_k_function_mem_bank1_port2" + std::string(word) + "x");
+        EXPECT_EQ(tag.op, op) << word;
+        EXPECT_TRUE(tag.names_op);
+        EXPECT_EQ(tag.memory, "mem");
+        EXPECT_EQ(tag.bank, 1);
+        EXPECT_EQ(tag.port, 2);
+        EXPECT_EQ(tag.fault, ExtMemTag::Fault::none);
+    }
+}
+
+// "_bank" starts inside "_function_", so the length of the name is negative, and the name is all that
+// follows.
+TEST(ExtMemTag, AnEmptyMemoryNameTakesTheRestOfTheTag) {
+    const ExtMemTag tag = decodeExtMemTag("profile_extmem_k_function_bank1_port2_read_data_inc_en_x");
+    EXPECT_EQ(tag.memory, "bank1_port2_read_data_inc_en_x");
+    EXPECT_EQ(tag.bank, 1);
+    EXPECT_EQ(tag.port, 2);
+}
+
+TEST(ExtMemTag, TheFirstOccurrenceOfEachWordCounts) {
+    // The kernel's own name holds "_bank" in front of "_function_": the bank text is all up to "_port".
+    const ExtMemTag tag =
+        decodeExtMemTag("profile_extmem_my_bank7_k_function_mem_bank1_port2_read_data_inc_en_x");
+    EXPECT_EQ(tag.bank, 7);
+    EXPECT_EQ(tag.port, 2);
+    EXPECT_EQ(tag.memory, "mem_bank1_port2_read_data_inc_en_x");
+}
+
+class ExtMemDecodingTest : public testing::Test {
+  protected:
+    // The messages of two lines on an instance with that tag. Each line owes them anew.
+    std::string messagesOf(const std::string& tag) {
+        inst = InstBuilder{.function = "ext_mem", .tags = {tag}}.make();
+        std::string first = stderrOf([&] { addSample(*inst, {"5"}); });
+        const std::string second = stderrOf([&] { addSample(*inst, {"6"}); });
+        EXPECT_EQ(first, second);
+        return first;
+    }
+
+    std::unique_ptr<TlyModuleInst> inst;
+};
+
+TEST_F(ExtMemDecodingTest, SamplesGoToTheNamedPort) {
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_mem_bank1_port2_read_data_inc_en_x"), "");
+    EXPECT_EQ(inst->getNumExtReads("mem", 1, 2), (Values{5, 6}));
+    EXPECT_TRUE(inst->getNumExtWrites("mem", 1, 2).empty());
+    EXPECT_TRUE(inst->getNumExtReadBurstStarts("mem", 1, 2).empty());
+    EXPECT_TRUE(inst->getNumExtWriteBurstStarts("mem", 1, 2).empty());
+    EXPECT_TRUE(inst->getNumExtReads("mem", 1, 1).empty());
+    EXPECT_TRUE(inst->getNumExtReads("other", 1, 2).empty());
+    EXPECT_EQ(inst->getExtMemNames(), (std::vector<std::string>{"mem"}));
+}
+
+TEST_F(ExtMemDecodingTest, ATagWithoutAnOperationCountsAsReadBursts) {
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_mem_bank1_port2_nothing"),
+              "WARNING: extmem port tag does not match an op type\n");
+    EXPECT_EQ(inst->getNumExtReadBurstStarts("mem", 1, 2), (Values{5, 6}));
+}
+
+TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
+    for (const std::string tag : {"profile_extmem_k_mem_bank1_port2_read_data_inc_en_x",
+                                  "profile_extmem_k_function_mem_port2_read_data_inc_en_x",
+                                  "profile_extmem_k_function_mem_bank1_read_data_inc_en_x"}) {
+        EXPECT_EQ(messagesOf(tag),
+                  "WARNING: something went wrong when decoding the properties of the external memory " + tag +
+                      "\n");
+        EXPECT_EQ(inst->getNumExtMems(), 0);
+    }
+}
+
+TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreTold) {
+    EXPECT_EQ(messagesOf("profile_extmem_"),
+              "WARNING: extmem port tag does not match an op type\n"
+              "WARNING: something went wrong when decoding the properties of the external memory "
+              "profile_extmem_\n");
+}
+
+TEST_F(ExtMemDecodingTest, ABadBankIsToldAlone) {
+    const std::string start = "WARNING: value for external memory bank was invalid: ";
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bankX_portY_read_data_inc_en_x"), start + "X\n");
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank_port2_read_data_inc_en_x"), start + "\n");
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank2147483648_port2_read_data_inc_en_x"),
+              start + "2147483648\n");
+    EXPECT_EQ(inst->getNumExtMems(), 0);
+}
+
+TEST_F(ExtMemDecodingTest, ABadPortIsToldWithAllThatFollowsIt) {
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank1_portY_read_data_inc_en_x"),
+              "WARNING: value for external memory port was invalid: Y_read_data_inc_en_x\n");
+    EXPECT_EQ(inst->getNumExtMems(), 0);
+}
+
+TEST_F(ExtMemDecodingTest, NegativeNumbersAreInvalid) {
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank-1_port2_read_data_inc_en_x"),
+              "WARNING: value for external memory bank was invalid: -1\n");
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank1_port-2_read_data_inc_en_x"),
+              "WARNING: value for external memory port was invalid: -2_read_data_inc_en_x\n");
+    EXPECT_EQ(inst->getNumExtMems(), 0);
+}
+
+TEST_F(ExtMemDecodingTest, ABankOrPortOfTwoThousandMillionIsRecorded) {
+    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank2000000000_port2000000000_write_data_inc_en_x"),
+              "");
+    EXPECT_EQ(inst->getNumExtWrites("m", 2000000000, 2000000000), (Values{5, 6}));
+}
+
+TEST_F(ExtMemDecodingTest, ATagIsDecodedInEveryRunWithSharedCounters) {
+    inst = InstBuilder{.function = "ext_shared",
+                       .shared = true,
+                       .tags = {"profile_extmem_k_function_m_bank0_port0_read_data_inc_en_x"}}
+               .make();
+    addSample(*inst, {"5"}, SHARED_IDLE);
+    EXPECT_EQ(inst->getNumExtReads("m", 0, 0), (Values{5}));
+}
+
+TEST(UpdateExtMemCounter, RecordsAndAddsToTheLastSample) {
+    const auto inst = InstBuilder{.function = "direct"}.make();
+    inst->updateExtMemCounter("m", EXT_MEM_WRITE, 0, 1, 5, true);
+    inst->updateExtMemCounter("m", EXT_MEM_WRITE, 0, 1, 6, false);
+    EXPECT_EQ(inst->getNumExtWrites("m", 0, 1), (Values{11}));
+}
+
+TEST(UpdateExtMemCounter, NegativeNumbersAreToldAndRecordNothing) {
+    const auto inst = InstBuilder{.function = "direct_negative"}.make();
+    EXPECT_EQ(stderrOf([&] {
+                  inst->updateExtMemCounter("m", EXT_MEM_READ, -7, -8, 5, true);
+                  inst->updateExtMemCounter("m", EXT_MEM_READ, 0, -8, 5, true);
+              }),
+              "WARNING: value for external memory bank was invalid: -7\n"
+              "WARNING: value for external memory port was invalid: -8\n");
+    EXPECT_EQ(inst->getNumExtMems(), 0);
+}
+
+TEST(UpdateSingleCounter, AppliesOneValueByItsTag) {
+    const auto inst = InstBuilder{.function = "single"}.make();
+    inst->updateSingleCounter("ivalid", 5, true);
+    inst->updateSingleCounter("ivalid", 6, true);
+    inst->updateSingleCounter("nothing", 7, true);
+    inst->updateSingleCounter("clock_single_function", 8, true);
+    inst->updateSingleCounter("profile_extmem_k_function_m_bank0_port0_read_data_inc_en_x", 9, true);
+    inst->pushValuesOnVectors();
+    EXPECT_EQ(inst->getIValidCount(), (Values{11}));
+    EXPECT_EQ(inst->getTotalCycles(), (Values{8}));
+    EXPECT_EQ(inst->getNumExtReads("m", 0, 0), (Values{9}));
+}
+
+// The names come in the order of a hash map that was filled alike, also after it has been emptied.
+TEST(ExtMemNames, FollowTheIterationOrderOfTheMap) {
+    const auto inst = InstBuilder{.function = "names"}.make();
+    std::unordered_map<std::string, int> alike;
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 40; ++i) {
+            const std::string name = "memory" + std::to_string(i * 7 % 40);
+            inst->updateExtMemCounter(name, EXT_MEM_READ, 0, 0, 1, true);
+            alike[name] = 1;
+        }
+        std::vector<std::string> expected;
+        for (const auto& [name, value] : alike)
+            expected.push_back(name);
+        EXPECT_EQ(inst->getExtMemNames(), expected);
+        inst->reset();
+        alike.clear();
+    }
+}
+
+} // namespace
