@@ -64,22 +64,22 @@ TEST_F(LayoutTest, ADataSectionIsPlainAndAligned) {
 }
 
 TEST_F(LayoutTest, TenThousandSectionsAreAllReadBack) {
-    constexpr int count = 10000;
+    constexpr std::size_t count = 10000;
     std::vector<std::string> contents;
     std::string all_names;
-    for (int i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         contents.push_back("content " + std::to_string(i));
         all_names += (i == 0 ? "s" : "\ns") + std::to_string(i);
     }
     {
         const Package pkg = open(create_mode);
-        for (int i = 0; i < count; ++i)
+        for (std::size_t i = 0; i < count; ++i)
             ASSERT_EQ(zan_pkg_add_data_section(pkg.get(), ("s" + std::to_string(i)).c_str(),
                                                contents[i].data(), contents[i].size()),
                       1);
     }
     const Package pkg = open(ZAN_PKG_READ);
-    for (int i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i)
         ASSERT_EQ(section(pkg.get(), "s" + std::to_string(i)), contents[i]);
     EXPECT_EQ(names(pkg.get()), all_names);
 }

@@ -51,7 +51,8 @@ TEST_F(LineReaderTest, GivesWhatGetlineGives) {
 TEST_F(LineReaderTest, LinesAcrossAndBeyondBlocksAreWhole) {
     // Lengths around the size of a block, and lines much longer than one.
     std::string content;
-    for (const std::size_t length : {262143, 262144, 262145, 1, 131072, 1000000, 0, 3000000, 5})
+    for (const std::size_t length :
+         std::initializer_list<std::size_t>{262143, 262144, 262145, 1, 131072, 1000000, 0, 3000000, 5})
         content += std::string(length, 'x') + "\n";
     content += "last";
     EXPECT_TRUE(linesOf(file(content)) == linesByGetline(content));

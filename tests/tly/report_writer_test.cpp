@@ -217,7 +217,8 @@ TEST(ReportWriter, NumbersAgreeWithAStream) {
 }
 
 TEST(ReportWriter, PackedArraysAgreeAtAnyLengthAndDepth) {
-    for (const std::size_t length : {1, 2, 255, 256, 257, 512, 513, 100000}) {
+    for (const std::size_t length :
+         std::initializer_list<std::size_t>{1, 2, 255, 256, 257, 512, 513, 100000}) {
         for (const int depth : {1, 12, 13, 14, 15, 40}) { // indents around and beyond a block of 64 bytes
             SampleList<long long> list;
             for (std::size_t i = 0; i < length; ++i)
