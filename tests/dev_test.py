@@ -1,0 +1,107 @@
+"""What ./dev says and does where it can't go on. The commands that install and build run on stand-ins."""
+
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+DEV = pathlib.Path(__file__).resolve().parent.parent / "dev"
+
+
+class Dev(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.programs = pathlib.Path(folder.name)
+        self.calls = self.programs / "calls"
+        self.calls.write_text("")
+
+    def stand_in(self, name, commands):
+        program = self.programs / name
+        program.write_text(f'#!/bin/sh\necho "{name} $*" >>{self.calls}\n{commands}\n')
+        program.chmod(0o755)
+
+    def dev(self, *arguments):
+        environment = os.environ | {"PATH": f"{self.programs}:/usr/bin:/bin"}
+        options = {"env": environment, "text": True, "capture_output": True, "stdin": subprocess.DEVNULL}
+        run = subprocess.run([DEV, *arguments], **options)
+        return run.returncode, run.stdout, run.stderr
+
+    def calls_of(self, name):
+        return [line for line in self.calls.read_text().splitlines() if line.startswith(name + " ")]
+
+    def nothing_is_installed(self, user):
+        self.stand_in("dpkg-query", "exit 1")
+        self.stand_in("id", f"echo {user}")
+        self.stand_in("apt-get", "exit 7")
+
+    def test_alone_it_lists_its_commands(self):
+        status, out, err = self.dev()
+        self.assertEqual((status, err), (0, ""))
+        self.assertTrue(out.startswith("usage: ./dev COMMAND\n"))
+        for command in ("demo", "test", "bench", "format", "help"):
+            self.assertRegex(out, rf"(?m)^  {command}\b.*  \S")
+        self.assertEqual(self.dev("help"), (0, out, ""))
+        self.assertEqual(self.dev("--help"), (0, out, ""))
+
+    def test_an_unknown_command_is_told_with_the_nearest_one(self):
+        for word, nearest in {"tset": "test", "dem": "demo", "formats": "format", "bnch": "bench"}.items():
+            with self.subTest(word):
+                status, out, err = self.dev(word)
+                self.assertEqual((status, out), (2, ""))
+                self.assertEqual(err.splitlines()[0], f"dev: unknown command '{word}'; did you mean '{nearest}'?")
+                self.assertIn("usage: ./dev COMMAND\n", err)
+
+    def test_a_word_near_no_command_gets_no_suggestion(self):
+        status, _, err = self.dev("something")
+        self.assertEqual((status, err.splitlines()[0]), (2, "dev: unknown command 'something'"))
+
+    def test_functions_of_the_script_are_no_commands(self):
+        self.assertEqual(self.dev("need")[0], 2)
+
+    def test_test_refuses_what_it_does_not_know(self):
+        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes --again or nothing, not 'release'\n"))
+
+    def test_without_root_and_sudo_it_names_the_packages_and_stops(self):
+        self.nothing_is_installed(user=1000)
+        self.stand_in("sudo", "exit 1")
+        status, out, err = self.dev("demo")
+        self.assertEqual((status, out), (1, ""))
+        lines = err.splitlines()
+        self.assertEqual(lines[0], "dev: some packages are missing, and installing them takes root or sudo:")
+        self.assertRegex(lines[1], r"^    apt-get install -y --no-install-recommends g\+\+ cmake .*libelf-dev")
+        self.assertEqual(len(lines), 2)
+        self.assertEqual(self.calls_of("apt-get"), [])
+
+    def test_only_missing_packages_are_named(self):
+        self.nothing_is_installed(user=1000)
+        self.stand_in("sudo", "exit 1")
+        self.stand_in("dpkg-query", 'case "$*" in *libelf-dev) exit 1 ;; esac; echo "install ok installed"')
+        self.assertIn("apt-get install -y --no-install-recommends libelf-dev\n", self.dev("demo")[2])
+
+    def test_a_package_that_was_removed_again_is_missing(self):
+        self.nothing_is_installed(user=1000)
+        self.stand_in("sudo", "exit 1")
+        self.stand_in("dpkg-query", 'echo "deinstall ok config-files"')
+        self.assertIn("apt-get install", self.dev("demo")[2])
+
+    def test_root_installs_and_a_failure_ends_it(self):
+        self.nothing_is_installed(user=0)
+        status, out, _ = self.dev("demo")
+        self.assertEqual(status, 7)
+        self.assertTrue(out.startswith("installing g++ cmake "))
+        self.assertEqual(self.calls_of("apt-get"), ["apt-get update -qq"])
+
+    def test_others_install_by_sudo(self):
+        self.nothing_is_installed(user=1000)
+        self.stand_in("sudo", '[ "$1" = -n ] && shift; exec "$@"')
+        self.stand_in("apt-get", 'case "$*" in *install*) exit 7 ;; esac')
+        self.assertEqual(self.dev("demo")[0], 7)
+        update, install = self.calls_of("apt-get")
+        self.assertEqual(update, "apt-get update -qq")
+        self.assertRegex(install, r"^apt-get install -y --no-install-recommends .* g\+\+ cmake ")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,48 @@
+"""The pages tell what is there: links lead somewhere, and what they show of a report is in one."""
+
+import pathlib
+import re
+import textwrap
+import unittest
+
+TOP = pathlib.Path(__file__).resolve().parent.parent
+NOT_PAGES = {".git", "build"}
+
+
+def pages():
+    found = TOP.rglob("*.md")
+    return [page for page in found if not NOT_PAGES & set(page.relative_to(TOP).parts)]
+
+
+def blocks(text):
+    """The indented blocks of a page, without their indentation."""
+    return [textwrap.dedent(block) for block in re.findall(r"(?:^    .*\n)+", text, re.MULTILINE)]
+
+
+class Docs(unittest.TestCase):
+    def test_links_lead_to_files(self):
+        for page in pages():
+            for target in re.findall(r"\]\(([^)#:]+)\)", page.read_text()):
+                with self.subTest(page=str(page.relative_to(TOP)), target=target):
+                    self.assertTrue((page.parent / target).exists())
+
+    def test_the_piece_of_a_report_in_the_readme_is_in_the_report_of_the_sample(self):
+        piece = next(block for block in blocks((TOP / "README.md").read_text()) if '"start_time"' in block)
+        report = (TOP / "samples" / "vector_add" / "expected_report.json").read_text()
+        self.assertIn(textwrap.indent(piece, " " * 16), report)
+
+    def test_lines_of_a_monitor_file_shown_with_the_sample_are_in_it(self):
+        sample = TOP / "samples" / "vector_add"
+        shown = next(block for block in blocks((sample / "README.md").read_text()) if "vector_add,8000" in block)
+        self.assertIn(shown, (sample / "profile.mon").read_text())
+
+    def test_the_commands_that_pages_name_are_commands_of_dev(self):
+        commands = set(re.findall(r"^command_(\w+)\(\)", (TOP / "dev").read_text(), re.MULTILINE))
+        for page in pages():
+            for command in re.findall(r"\./dev (\w+)", page.read_text()):
+                with self.subTest(page=str(page.relative_to(TOP)), command=command):
+                    self.assertIn(command, commands)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,221 @@
+// Runs zanl-profile-tly on the cases of the folder `cases` and compares every byte it gives.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <boost/property_tree/json_parser.hpp>
+#include <boost/property_tree/ptree.hpp>
+#include <memory>
+#include <set>
+#include <sstream>
+
+#include "case_file.h"
+#include "run_program.h"
+#include "temp_dir.h"
+#include "tly_constants.h"
+#include "whole_file.h"
+
+namespace {
+
+using boost::property_tree::ptree;
+
+const std::filesystem::path program = ZAN_PROGRAM;
+const std::filesystem::path folder_of_cases = ZAN_CASES_FOLDER;
+
+ReportFrame frame() {
+    return {readFile(folder_of_cases.parent_path() / "frame.json"), tly_version};
+}
+
+TestCase read_case(const std::string& name) {
+    return parse_case(readFile(folder_of_cases / (name + ".case")), frame());
+}
+
+std::vector<std::string> case_names() {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_of_cases))
+        names.push_back(entry.path().stem().string());
+    if (names.empty())
+        throw std::runtime_error("no case in " + folder_of_cases.string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// The monitor file, if it is a file; else null.
+CaseInput* monitor_file(TestCase& test) {
+    const auto found = std::find_if(test.inputs.begin(), test.inputs.end(),
+                                    [](const CaseInput& input) { return input.name == "profile.mon"; });
+    return found != test.inputs.end() && found->kind == CaseInput::file ? &*found : nullptr;
+}
+
+// Cases that read a monitor file to its end.
+std::vector<std::string> monitor_case_names() {
+    std::vector<std::string> names = case_names();
+    std::erase_if(names, [](const std::string& name) {
+        try {
+            TestCase test = read_case(name);
+            return !monitor_file(test) || !test.report || !test.out.empty() || test.status != "0";
+        } catch (const std::runtime_error&) {
+            return true; // its first test says what is wrong with it
+        }
+    });
+    return names;
+}
+
+// All that a run leaves behind.
+struct Result {
+    Outcome outcome;
+    std::optional<std::string> report;
+    std::set<std::string> strays; // files that the run has made beside the report
+};
+
+// The one file that a run may write.
+std::string report_name(const TestCase& test) {
+    const bool is_named = !test.arguments.empty() && test.arguments.back().ends_with("json");
+    return is_named ? test.arguments.back() : "report.json";
+}
+
+// Makes an input; a pipe needs somebody who writes into it for as long as the program runs.
+std::unique_ptr<PipeWriter> lay_out(const CaseInput& input, const TempDir& folder) {
+    const std::filesystem::path path = folder.path(input.name);
+    switch (input.kind) {
+        case CaseInput::file:
+            writeFile(path, input.bytes);
+            break;
+        case CaseInput::folder:
+            std::filesystem::create_directory(path);
+            break;
+        case CaseInput::link:
+            std::filesystem::create_symlink(input.bytes, path);
+            break;
+        case CaseInput::pipe:
+            return std::make_unique<PipeWriter>(path, input.bytes);
+    }
+    return nullptr;
+}
+
+std::set<std::string> files_in(const TempDir& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+// Lays out the case's files in a new folder and runs the program in it.
+Result run(const TestCase& test) {
+    const TempDir folder;
+    if (test.package)
+        make_package(folder.path("design.zanx"), *test.package);
+    std::vector<std::unique_ptr<PipeWriter>> pipes;
+    for (const CaseInput& input : test.inputs)
+        pipes.push_back(lay_out(input, folder));
+    const std::set<std::string> before = files_in(folder);
+    Result result;
+    result.outcome = run_program(program, test.arguments, folder.path());
+    result.strays = files_in(folder);
+    std::erase_if(result.strays, [&](const std::string& name) {
+        return before.contains(name) || name == report_name(test);
+    });
+    const std::filesystem::path report = folder.path(report_name(test));
+    if (std::filesystem::is_regular_file(report))
+        result.report = readFile(report);
+    return result;
+}
+
+class Case : public testing::TestWithParam<std::string> {
+  protected:
+    TestCase m_case = read_case(GetParam());
+};
+
+class MonitorCase : public Case {};
+
+TEST_P(Case, GivesEveryByteItStates) {
+    SCOPED_TRACE(m_case.title);
+    const Result result = run(m_case);
+    EXPECT_EQ(result.outcome.status, m_case.status);
+    EXPECT_EQ(result.outcome.out, m_case.out);
+    EXPECT_EQ(result.report.has_value(), m_case.report.has_value());
+    EXPECT_EQ(result.report.value_or(""), m_case.report.value_or(""));
+    EXPECT_THAT(result.strays, testing::IsEmpty());
+    if (m_case.status != "signal") {
+        EXPECT_EQ(result.outcome.err, m_case.err);
+        return;
+    }
+    // The last words are the C++ library's own. A sanitizer's would be a fault of the program.
+    EXPECT_TRUE(result.outcome.err.starts_with(m_case.err)) << result.outcome.err;
+    EXPECT_EQ(result.outcome.err.find("Sanitizer"), std::string::npos) << result.outcome.err;
+    EXPECT_EQ(result.outcome.err.find("runtime error"), std::string::npos) << result.outcome.err;
+}
+
+TEST_P(MonitorCase, IsTheSameThroughAPipe) {
+    const Result from_file = run(m_case);
+    monitor_file(m_case)->kind = CaseInput::pipe;
+    const Result from_pipe = run(m_case);
+    EXPECT_EQ(from_pipe.outcome, from_file.outcome);
+    EXPECT_EQ(from_pipe.report, from_file.report);
+}
+
+// Where a monitor line may end up other than in the report: in a message that says it was left out.
+constexpr std::array<std::string_view, 6> left_out_messages = {
+    "warning: empty .mon line ",
+    "ERROR: Unable to parse ",
+    "ERROR: Unexpected number of values.",
+    "----> kernel in .mon at line ",
+    "profile.mon has some kernel that does not have any moduleinsts",
+    "Warning: number of .mon entries does not match",
+};
+
+struct LineCounts {
+    std::size_t all = 0;
+    std::size_t of_pseudo_kernel = 0; // whose samples never reach the report by themselves
+};
+
+LineCounts count_lines(const std::string& text) {
+    LineCounts counts;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line); ++counts.all)
+        counts.of_pseudo_kernel += line.find(autorun_profile_dummy_kernel) != line.npos;
+    return counts;
+}
+
+std::size_t count_left_out(const std::string& messages) {
+    std::size_t count = 0;
+    std::istringstream stream(messages);
+    for (std::string line; std::getline(stream, line);) {
+        count +=
+            static_cast<std::size_t>(std::count_if(left_out_messages.begin(), left_out_messages.end(),
+                                                   [&](auto message) { return line.starts_with(message); }));
+    }
+    return count;
+}
+
+// The number of samples, with each list of the node as long as it has to be.
+std::size_t check_kernel_node(const ptree& node) {
+    const std::size_t count = std::stoul(node.get<std::string>("num_samples"));
+    for (const char* list : {"device_ids", "command_queue_id", "sample_timestamps"})
+        EXPECT_EQ(node.get_child(list).size(), count) << list;
+    EXPECT_GT(count, 0u) << "an invocation without a sample";
+    EXPECT_EQ(node.get<std::string>("end_time"), node.get_child("sample_timestamps").back().second.data());
+    return count;
+}
+
+TEST_P(MonitorCase, CountsInEqualCountsOut) {
+    const Result result = run(m_case);
+    std::istringstream text(result.report.value_or(""));
+    ptree report;
+    ASSERT_NO_THROW(boost::property_tree::read_json(text, report));
+
+    std::size_t counted = count_left_out(result.outcome.err);
+    for (const auto& [key, node] : report.get_child("kernels.nodes"))
+        counted += check_kernel_node(node);
+    counted += report.get_child("memtransfers.nodes").size();
+    const LineCounts lines = count_lines(monitor_file(m_case)->bytes);
+    EXPECT_LE(counted, lines.all);
+    EXPECT_GE(counted + lines.of_pseudo_kernel, lines.all);
+}
+
+const auto name_of_case = [](const auto& info) { return info.param; };
+INSTANTIATE_TEST_SUITE_P(EndToEnd, Case, testing::ValuesIn(case_names()), name_of_case);
+INSTANTIATE_TEST_SUITE_P(EndToEnd, MonitorCase, testing::ValuesIn(monitor_case_names()), name_of_case);
+
+} // namespace

@@ -1,0 +1,54 @@
+"""A plain copy of the sources, without git's data, builds and runs; its version has zeros in place of a commit.
+
+The copy and its build are kept under build/plain_copy, so that a second run builds only what has changed.
+"""
+
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+TOP = pathlib.Path(__file__).resolve().parent.parent
+FOLDER = TOP / "build" / "plain_copy"
+SAMPLE = pathlib.PurePath("samples") / "vector_add"
+NOT_COPIED = {".git", "build"}
+
+
+def update_copy(source, target):
+    """Makes `target` the same as `source`; files that are the same already keep their times."""
+    target.mkdir(parents=True, exist_ok=True)
+    names = {path.name for path in source.iterdir()} - NOT_COPIED
+    for path in target.iterdir():
+        if path.name not in names:
+            shutil.rmtree(path) if path.is_dir() and not path.is_symlink() else path.unlink()
+    for name in names:
+        if (source / name).is_dir():
+            update_copy(source / name, target / name)
+        elif not (target / name).is_file() or (source / name).read_bytes() != (target / name).read_bytes():
+            shutil.copy2(source / name, target / name)
+
+
+def run(*command, **options):
+    result = subprocess.run(command, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
+    if result.returncode != 0:
+        raise AssertionError(f"{command} failed:\n{result.stdout}")
+
+
+class PlainCopy(unittest.TestCase):
+    def test_it_builds_and_its_report_has_zeros_for_the_commit(self):
+        sources, build = FOLDER / "sources", FOLDER / "build"
+        update_copy(TOP, sources)
+        options = ["-DCMAKE_BUILD_TYPE=Debug", "-DZAN_BUILD_TESTS=OFF", "-DZAN_BUILD_BENCH=OFF"]
+        run("cmake", "-G", "Ninja", "-S", sources, "-B", build, *options)
+        run("cmake", "--build", build, "--target", "zanl-profile-tly", "make_package")
+        with tempfile.TemporaryDirectory() as folder:
+            run(build / "make_package", sources / SAMPLE, "design.zanx", cwd=folder)
+            files = ["design.zanx", sources / SAMPLE / "profile.mon", "report.json"]
+            run(build / "zanl-profile-tly", *files, cwd=folder)
+            report = (pathlib.Path(folder) / "report.json").read_text()
+        self.assertRegex(report, r'"profiler_json_version": "\d{4}\.\d+\.\d+\.0{40}"')
+
+
+if __name__ == "__main__":
+    unittest.main()

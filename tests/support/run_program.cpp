@@ -1,0 +1,105 @@
+#include "run_program.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+#include "temp_dir.h"
+#include "whole_file.h"
+
+namespace {
+
+constexpr unsigned time_limit_seconds = 120;
+constexpr int status_not_started = 127;
+
+// The package handles of a run leak on purpose, which must not turn into an exit status.
+void switch_leak_check_off() {
+    const char* const options = std::getenv("ASAN_OPTIONS");
+    const std::string all = (options && *options ? std::string(options) + ":" : "") + "detect_leaks=0";
+    ::setenv("ASAN_OPTIONS", all.c_str(), 1);
+}
+
+bool redirect(int descriptor, const std::filesystem::path& path, int flags) {
+    const int file = ::open(path.c_str(), flags, 0600);
+    return file >= 0 && ::dup2(file, descriptor) == descriptor;
+}
+
+[[noreturn]] void become(const std::filesystem::path& program, char* const* arguments,
+                         const std::filesystem::path& folder, const TempDir& output) {
+    constexpr rlimit no_core_file = {0, 0};
+    ::setrlimit(RLIMIT_CORE, &no_core_file);
+    ::alarm(time_limit_seconds);
+    switch_leak_check_off();
+    if (redirect(STDIN_FILENO, "/dev/null", O_RDONLY) &&
+        redirect(STDOUT_FILENO, output.path("out"), O_WRONLY | O_CREAT) &&
+        redirect(STDERR_FILENO, output.path("err"), O_WRONLY | O_CREAT) && ::chdir(folder.c_str()) == 0)
+        ::execv(program.c_str(), arguments);
+    ::_exit(status_not_started);
+}
+
+std::string status_text(int status) {
+    if (!WIFSIGNALED(status))
+        return std::to_string(WEXITSTATUS(status));
+    if (WTERMSIG(status) == SIGALRM)
+        throw std::runtime_error("the program did not end in time");
+    return "signal";
+}
+
+int checked_fork() {
+    const int process = ::fork();
+    if (process < 0)
+        throw std::runtime_error("can't start a process");
+    return process;
+}
+
+int wait_for(int process) {
+    int status = 0;
+    if (::waitpid(process, &status, 0) != process)
+        throw std::runtime_error("can't wait for the program");
+    return status;
+}
+
+} // namespace
+
+Outcome run_program(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                    const std::filesystem::path& folder) {
+    const TempDir output;
+    std::vector<std::string> texts = arguments;
+    texts.insert(texts.begin(), program.filename().string());
+    std::vector<char*> pointers;
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+
+    const int process = checked_fork();
+    if (process == 0)
+        become(program, pointers.data(), folder, output);
+    const std::string status = status_text(wait_for(process));
+    return {readFile(output.path("out")), readFile(output.path("err")), status};
+}
+
+PipeWriter::PipeWriter(const std::filesystem::path& path, const std::string& bytes) {
+    if (::mkfifo(path.c_str(), 0600) != 0)
+        throw std::runtime_error("can't make the pipe " + path.string());
+    m_process = checked_fork();
+    if (m_process != 0)
+        return;
+    // Opening waits for a reader. The odd size of a piece makes lines arrive in parts.
+    constexpr std::size_t piece = 7;
+    const int pipe = ::open(path.c_str(), O_WRONLY);
+    for (std::size_t i = 0; i < bytes.size(); i += piece) {
+        if (::write(pipe, bytes.data() + i, std::min(piece, bytes.size() - i)) < 0)
+            break;
+    }
+    ::_exit(0);
+}
+
+PipeWriter::~PipeWriter() {
+    ::kill(m_process, SIGKILL);
+    ::waitpid(m_process, nullptr, 0);
+}
