@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,25 +12,9 @@
 #include "capture.h"
 #include "pkg_editor.h"
 #include "temp_dir.h"
+#include "whole_file.h"
 
 using Bytes = std::string;
-
-inline Bytes readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void writeFile(const std::string& path, const Bytes& content) {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-// What `function` writes to standard output.
-template <class Function>
-std::string stdoutOf(Function function) {
-    testing::internal::CaptureStdout();
-    function();
-    return testing::internal::GetCapturedStdout();
-}
 
 struct CloseFile {
     void operator()(zan_pkg_file* pkg) const { zan_pkg_close_file(pkg); }

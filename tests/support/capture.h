@@ -12,3 +12,11 @@ std::string stderrOf(Function function) {
     function();
     return testing::internal::GetCapturedStderr();
 }
+
+// What `function` writes to standard output.
+template <class Function>
+std::string stdoutOf(Function function) {
+    testing::internal::CaptureStdout();
+    function();
+    return testing::internal::GetCapturedStdout();
+}

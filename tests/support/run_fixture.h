@@ -2,7 +2,6 @@
 // reader.
 #pragma once
 
-#include <fstream>
 #include <list>
 #include <map>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "temp_dir.h"
 #include "tly_parse.h"
+#include "whole_file.h"
 
 class RunFixture {
   public:
@@ -49,7 +49,7 @@ class RunFixture {
     }
     std::string file(const std::string& content) {
         const std::string path = m_dir.path("profile.mon");
-        std::ofstream(path, std::ios::binary) << content;
+        writeFile(path, content);
         return path;
     }
 

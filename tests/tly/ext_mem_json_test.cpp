@@ -11,9 +11,10 @@ namespace {
 // A memory with two interfaces, 512 and 256 bits wide.
 class ExtMemNodeTest : public testing::Test {
   protected:
-    // Interfaces live as long as the process, so each kind of memory is made once.
+    // Interfaces live as long as the process, so each kind of memory is made once, and the map that knows
+    // them lives as long.
     static TlyExtMem* memory(unsigned int max_burst_count = 0) {
-        static std::unordered_map<unsigned int, TlyExtMem*> made;
+        static auto& made = *new std::unordered_map<unsigned int, TlyExtMem*>;
         TlyExtMem*& mem = made[max_burst_count];
         if (!mem) {
             mem = new TlyExtMem("DDR", 0.0f);

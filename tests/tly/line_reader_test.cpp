@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "temp_dir.h"
+#include "whole_file.h"
 
 namespace {
 
@@ -27,7 +28,7 @@ class LineReaderTest : public testing::Test {
   protected:
     std::string file(const std::string& content) const {
         const std::string path = m_dir.path("file");
-        std::ofstream(path, std::ios::binary) << content;
+        writeFile(path, content);
         return path;
     }
     static Lines linesByGetline(const std::string& content) {

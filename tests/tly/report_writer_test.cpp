@@ -6,7 +6,6 @@
 #include <boost/property_tree/json_parser.hpp>
 #include <cmath>
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <random>
@@ -15,6 +14,7 @@
 #include "report_tree.h"
 #include "slow_report.h"
 #include "temp_dir.h"
+#include "whole_file.h"
 
 namespace {
 
@@ -321,14 +321,12 @@ TEST(ReportWriter, ABadStreamIsAWriteError) {
 TEST(ReportWriter, ANodeWithDataAndChildrenIsRefusedAndTheFileIsEmptied) {
     const TempDir dir;
     const std::string path = dir.path("report.json");
-    std::ofstream(path) << "an older report";
+    writeFile(path, "an older report");
     ptree tree;
     tree.put("a.b", 1);
     tree.put("a", "data");
     EXPECT_THAT(errorOf([&] { write_report(path, tree); }), IsError(unrepresentable, path));
-    std::ifstream file(path);
-    EXPECT_TRUE(file.is_open());
-    EXPECT_EQ(file.peek(), std::ifstream::traits_type::eof());
+    EXPECT_EQ(readFile(path), "");
 }
 
 TEST(ReportWriter, ARootWithDataIsRefused) {
@@ -340,11 +338,9 @@ TEST(ReportWriter, ARootWithDataIsRefused) {
 TEST(ReportWriter, AnOlderLongerReportIsReplaced) {
     const TempDir dir;
     const std::string path = dir.path("report.json");
-    std::ofstream(path) << std::string(1000, 'x');
+    writeFile(path, std::string(1000, 'x'));
     write_report(path, ptree());
-    std::stringstream content;
-    content << std::ifstream(path).rdbuf();
-    EXPECT_EQ(content.str(), "{\n}\n");
+    EXPECT_EQ(readFile(path), "{\n}\n");
 }
 
 } // namespace
