@@ -1,11 +1,8 @@
 #include "design.h"
 
 #include <malloc.h>
-#include <unistd.h>
 
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <stdexcept>
 
@@ -65,20 +62,7 @@ void Design::reset() {
     dismantle(tree.get_child("kernels.nodes"));
 }
 
-std::size_t heapBytes() {
+std::ptrdiff_t HeldBytes::heapBytes() {
     const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
-
-TemporaryFile::TemporaryFile(const std::string& content) {
-    m_path = (std::filesystem::temp_directory_path() / "zan_bench_XXXXXX").string();
-    const int fd = ::mkstemp(m_path.data());
-    if (fd < 0)
-        throw std::runtime_error("cannot make " + m_path);
-    ::close(fd);
-    std::ofstream(m_path, std::ios::binary) << content;
-}
-
-TemporaryFile::~TemporaryFile() {
-    ::unlink(m_path.c_str());
+    return static_cast<std::ptrdiff_t>(info.uordblks + info.hblkhd);
 }

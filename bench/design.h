@@ -1,6 +1,9 @@
 // Designs made by code, and monitor text that fits them.
 #pragma once
 
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -8,7 +11,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "temp_dir.h"
 #include "tly_parse.h"
+#include "whole_file.h"
 
 // One kernel with module instances of three counters each: a clock, requests and stalls for the first, and
 // global reads with requests, stalls and bandwidth for the others.
@@ -38,19 +43,31 @@ class Design {
     int m_num_counters = 0;
 };
 
-// Bytes that the program has taken from the heap.
-std::size_t heapBytes();
-
-// A file with that content in the folder for temporary files; removed with the object.
-class TemporaryFile {
+// What a piece of work leaves on the heap. Lists keep their storage from one round of a benchmark to the
+// next, so the most that any round took is the true figure.
+class HeldBytes {
   public:
-    explicit TemporaryFile(const std::string& content);
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile();
-
-    const std::string& path() const { return m_path; }
+    void start() { m_before = heapBytes(); }
+    void stop() { m_most = std::max(m_most, heapBytes() - m_before); }
+    // Adds the counter "bytes_per_value".
+    void report(benchmark::State& state, double num_values) const {
+        state.counters["bytes_per_value"] = static_cast<double>(m_most) / num_values;
+    }
 
   private:
-    std::string m_path;
+    static std::ptrdiff_t heapBytes();
+
+    std::ptrdiff_t m_before = 0;
+    std::ptrdiff_t m_most = 0;
+};
+
+// A monitor file of a benchmark's own, removed with the object.
+class MonitorFile {
+  public:
+    explicit MonitorFile(const std::string& content) { writeFile(path(), content); }
+
+    std::string path() const { return m_dir.path("profile.mon"); }
+
+  private:
+    TempDir m_dir;
 };

@@ -53,7 +53,7 @@ long long sumOfFields(const char* position, const char* end) {
 void readFloor(benchmark::State& state) {
     const Design design(num_insts);
     const std::string text = design.monitorText(num_lines);
-    const TemporaryFile file(text);
+    const MonitorFile file(text);
     std::vector<char> bytes(text.size());
     for (auto _ : state) {
         const int fd = ::open(file.path().c_str(), O_RDONLY);
@@ -71,14 +71,18 @@ BENCHMARK(readFloor)->Unit(benchmark::kMillisecond);
 // file.
 void readAll(benchmark::State& state) {
     Design design(num_insts);
-    const TemporaryFile file(design.monitorText(num_lines));
+    const MonitorFile file(design.monitorText(num_lines));
+    HeldBytes held;
     for (auto _ : state) {
+        held.start();
         design.read(file.path());
         state.PauseTiming();
+        held.stop();
         design.reset();
         state.ResumeTiming();
     }
     countValues(state, num_lines, design.num_counters());
+    held.report(state, static_cast<double>(num_lines) * design.num_counters());
 }
 BENCHMARK(readAll)->Unit(benchmark::kMillisecond);
 
@@ -98,28 +102,27 @@ void splitLines(benchmark::State& state) {
 BENCHMARK(splitLines)->Unit(benchmark::kMillisecond);
 
 // Counters of lines that are split already, over a growing number of instances: time for a value stays the
-// same.
+// same, but for what no longer fits the caches.
 void decodeCounters(benchmark::State& state) {
     Design design(static_cast<int>(state.range(0)));
     const std::string text = design.monitorText(1);
     MonLine line;
     line.split(std::string_view(text).substr(0, text.size() - 1));
     constexpr int lines_of_invocation = 1000;
-    std::size_t held = 0;
+    HeldBytes held;
     for (auto _ : state) {
-        const std::size_t before = heapBytes();
+        held.start();
         for (int i = 0; i < lines_of_invocation; ++i) {
             for (const auto& inst : design.insts())
                 inst->updateCounters(line.fields(), 0, true, SHARED_NONE, 1);
         }
-        held = heapBytes() - before;
         state.PauseTiming();
+        held.stop();
         design.reset();
         state.ResumeTiming();
     }
     countValues(state, lines_of_invocation, design.num_counters());
-    state.counters["bytes_per_value"] =
-        static_cast<double>(held) / (static_cast<double>(lines_of_invocation) * design.num_counters());
+    held.report(state, static_cast<double>(lines_of_invocation) * design.num_counters());
 }
 BENCHMARK(decodeCounters)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
 

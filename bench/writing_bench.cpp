@@ -24,21 +24,21 @@ long long numValues(const ptree& node) {
 // The node of an invocation from samples that are at hand, and the bytes of heap that it takes beside them.
 void buildNode(benchmark::State& state) {
     Design design(num_insts);
-    const TemporaryFile file(design.monitorText(num_lines));
+    const MonitorFile file(design.monitorText(num_lines));
     design.read(file.path());
-    std::size_t held = 0;
+    HeldBytes held;
     long long values = 0;
     for (auto _ : state) {
-        const std::size_t before = heapBytes();
+        held.start();
         ptree node = design.kernel().getJSON(false, design.ext_mems);
         state.PauseTiming();
-        held = heapBytes() - before;
+        held.stop();
         values = numValues(node);
         dismantle(node);
         state.ResumeTiming();
     }
     state.SetItemsProcessed(state.iterations() * values);
-    state.counters["bytes_per_value"] = static_cast<double>(held) / static_cast<double>(values);
+    held.report(state, static_cast<double>(values));
 }
 BENCHMARK(buildNode)->Unit(benchmark::kMillisecond);
 

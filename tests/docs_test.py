@@ -43,6 +43,11 @@ class Docs(unittest.TestCase):
                 with self.subTest(page=str(page.relative_to(TOP)), command=command):
                     self.assertIn(command, commands)
 
+    def test_the_page_on_packages_names_the_functions_that_there_are(self):
+        functions = r"\bzan_pkg_(?!file\b)\w+"
+        header = set(re.findall(functions, (TOP / "lib" / "pkg_editor" / "src" / "pkg_editor.h").read_text()))
+        self.assertEqual(set(re.findall(functions, (TOP / "docs" / "package.md").read_text())), header)
+
 
 if __name__ == "__main__":
     unittest.main()
