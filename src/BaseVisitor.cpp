@@ -1,0 +1,167 @@
+#include "BaseVisitor.h"
+
+#include <algorithm>
+
+#include "contract.h"
+
+namespace zan::xml {
+
+namespace {
+
+template <typename Names>
+std::string path_of(const Names& names) {
+    std::string path;
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (i > 0)
+            path += '/';
+        path += names[i];
+    }
+    return path;
+}
+
+const BaseVisitor* checked_parent(const BaseVisitor* parent) {
+    ZAN_CONTRACT(parent != nullptr, "parent != 0");
+    return parent;
+}
+
+} // namespace
+
+BaseVisitor::BaseVisitor(VisitorCallbacks* callbacks, bool debug)
+    : m_debug_mode(debug), m_callbacks(callbacks) {
+}
+
+BaseVisitor::BaseVisitor(BaseVisitor* parent)
+    : m_debug_mode(checked_parent(parent)->m_debug_mode), m_callbacks(parent->m_callbacks) {
+}
+
+BaseVisitor::~BaseVisitor() = default;
+
+bool BaseVisitor::VisitEnter(const XMLDocument&) {
+    debug("[xml] entering document\n");
+    return !m_has_error;
+}
+
+bool BaseVisitor::VisitExit(const XMLDocument&) {
+    debug("[xml] exiting document\n");
+    return !m_has_error;
+}
+
+bool BaseVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute*) {
+    if (m_has_error)
+        return false;
+    m_elem_stack.push_back(elem.Value());
+    ++get_elem_stack_count_entry();
+    if (m_debug_mode)
+        debug("[xml] entering " + get_elem_stack_key() + "\n");
+    return !m_has_error;
+}
+
+bool BaseVisitor::VisitExit(const XMLElement& elem) {
+    if (m_has_error)
+        return false;
+    ZAN_CONTRACT(!m_elem_stack.empty(), "m_elem_stack.size() > 0");
+    ZAN_CONTRACT(m_elem_stack.back() == elem.Value(), "m_elem_stack.back() == elem.Value()");
+    if (m_debug_mode)
+        debug("[xml] exiting " + get_elem_stack_key() + "\n");
+    m_elem_stack.pop_back();
+    return !m_has_error;
+}
+
+bool BaseVisitor::Visit(const XMLDeclaration&) {
+    return !m_has_error;
+}
+
+bool BaseVisitor::Visit(const XMLText&) {
+    return !m_has_error;
+}
+
+bool BaseVisitor::Visit(const XMLComment&) {
+    return !m_has_error;
+}
+
+bool BaseVisitor::Visit(const XMLUnknown&) {
+    return !m_has_error;
+}
+
+bool BaseVisitor::attribute_exists(const XMLElement& elem, const char* name) {
+    return elem.Attribute(name, nullptr) != nullptr;
+}
+
+const char* BaseVisitor::get_source_name() const {
+    ZAN_CONTRACT(m_callbacks != nullptr, "m_callbacks != 0");
+    return m_callbacks->get_source_name();
+}
+
+std::string BaseVisitor::get_elem_stack_key() const {
+    return path_of(m_elem_stack);
+}
+
+unsigned int& BaseVisitor::get_elem_stack_count_entry() {
+    return m_elem_counts[get_elem_stack_key()];
+}
+
+BaseVisitor::Names BaseVisitor::take_names(unsigned int n, va_list names) {
+    Names taken;
+    for (unsigned int i = 0; i < n; ++i) {
+        const char* elem_name = va_arg(names, const char*);
+        ZAN_CONTRACT(elem_name != nullptr, "elem_name != 0");
+        taken.emplace_back(elem_name);
+    }
+    return taken;
+}
+
+bool BaseVisitor::stack_begins_with(const Names& names) const {
+    return names.size() <= m_elem_stack.size() &&
+           std::equal(names.begin(), names.end(), m_elem_stack.begin());
+}
+
+bool BaseVisitor::check_element_stack_va(unsigned int n, va_list names) const {
+    const Names ancestors = take_names(n, names);
+    return m_elem_stack.size() == ancestors.size() + 1 && stack_begins_with(ancestors);
+}
+
+bool BaseVisitor::check_element_stack(unsigned int n, ...) const {
+    va_list names;
+    va_start(names, n);
+    const bool holds = check_element_stack_va(n, names);
+    va_end(names);
+    return holds;
+}
+
+bool BaseVisitor::check_element_stack_with_top_va(unsigned int n, va_list names) const {
+    const Names elements = take_names(n, names);
+    return m_elem_stack.size() == elements.size() && stack_begins_with(elements);
+}
+
+bool BaseVisitor::check_element_stack_with_top(unsigned int n, ...) const {
+    va_list names;
+    va_start(names, n);
+    const bool holds = check_element_stack_with_top_va(n, names);
+    va_end(names);
+    return holds;
+}
+
+unsigned int BaseVisitor::get_element_count_va(unsigned int n, va_list names) const {
+    const auto entry = m_elem_counts.find(path_of(take_names(n, names)));
+    return entry == m_elem_counts.end() ? 0 : entry->second;
+}
+
+unsigned int BaseVisitor::get_element_count(unsigned int n, ...) const {
+    va_list names;
+    va_start(names, n);
+    const unsigned int count = get_element_count_va(n, names);
+    va_end(names);
+    return count;
+}
+
+void BaseVisitor::debug(const std::string& text) {
+    if (m_debug_mode && m_callbacks)
+        m_callbacks->debug(text);
+}
+
+bool BaseVisitor::hand_over(const XMLElement& elem, BaseVisitor* child) {
+    m_has_error |= !elem.Accept(child);
+    return false;
+}
+
+} // namespace zan::xml

@@ -1,0 +1,98 @@
+#include "BaseXmlLoader.h"
+
+#include <iostream>
+
+#include "contract.h"
+
+namespace zan::xml {
+
+namespace {
+
+constexpr const char* MEMORY_SOURCE_NAME = "[mem]";
+constexpr size_t NUL_TERMINATED = static_cast<size_t>(-1);
+
+std::unique_ptr<XMLDocument> new_document() {
+    return std::make_unique<XMLDocument>(true, tinyxml2::PRESERVE_WHITESPACE);
+}
+
+} // namespace
+
+XMLDocument* BaseXmlLoader::parse_file(const char* filename) {
+    ZAN_CONTRACT(filename != nullptr, "filename != __null");
+    m_source_name = filename;
+    reset_errors();
+    std::unique_ptr<XMLDocument> doc = new_document();
+    if (doc->LoadFile(filename) == tinyxml2::XML_SUCCESS && !doc->Error())
+        return doc.release();
+    std::printf("ERROR FOUND: %s\n", doc->ErrorName());
+    // The line has to be seen even if the caller ends the process abnormally.
+    std::fflush(stdout);
+    set_last_error(doc.get());
+    return nullptr;
+}
+
+// Other than parse_file, this prints nothing: the text comes from a package, whose reader has its own
+// message.
+XMLDocument* BaseXmlLoader::parse_xml(const char* xml) {
+    ZAN_CONTRACT(xml != nullptr, "xml != __null");
+    m_source_name = MEMORY_SOURCE_NAME;
+    reset_errors();
+    std::unique_ptr<XMLDocument> doc = new_document();
+    doc->Parse(xml, NUL_TERMINATED);
+    if (!doc->Error())
+        return doc.release();
+    set_last_error(doc.get());
+    return nullptr;
+}
+
+void BaseXmlLoader::report_error(const std::string& text) {
+    m_errors.push_back(text);
+}
+
+void BaseXmlLoader::report_warning(const std::string& text) {
+    m_warnings.push_back(text);
+}
+
+const char* BaseXmlLoader::get_source_name() const {
+    return m_source_name;
+}
+
+void BaseXmlLoader::debug(const std::string& text) {
+    std::cerr << text;
+}
+
+const std::string& BaseXmlLoader::get_error(unsigned int index) const {
+    ZAN_CONTRACT(index < m_errors.size(), "index < m_errors.size()");
+    return m_errors[index];
+}
+
+const std::string& BaseXmlLoader::get_warning(unsigned int index) const {
+    ZAN_CONTRACT(index < m_warnings.size(), "index < m_warnings.size()");
+    return m_warnings[index];
+}
+
+void BaseXmlLoader::reset_errors() {
+    m_errors.clear();
+    m_warnings.clear();
+}
+
+void BaseXmlLoader::set_last_error(XMLDocument* doc) {
+    report_error(std::string("XML error: ") + doc->ErrorName() + ", " + doc->ErrorStr() + "\n");
+}
+
+std::string BaseXmlLoader::doc_to_string(XMLDocument* doc) {
+    ZAN_CONTRACT(doc != nullptr, "doc != __null");
+    PrettyPrinter printer;
+    doc->Accept(&printer);
+    return printer.CStr();
+}
+
+PrettyPrinter::PrettyPrinter(FILE*, bool, int) : XMLPrinter(nullptr, false, 0) {
+}
+
+void PrettyPrinter::PrintSpace(int depth) {
+    for (int level = 0; level < depth; ++level)
+        Write("  ");
+}
+
+} // namespace zan::xml

@@ -1,0 +1,24 @@
+// What a visitor knows of the loader it works for.
+#pragma once
+
+#include <string>
+
+namespace zan::xml {
+
+// Takes the messages of a walk. A visitor forms them and never stores or prints one itself.
+class VisitorCallbacks {
+  public:
+    virtual ~VisitorCallbacks() {}
+
+    // One whole message each, ended by a newline.
+    virtual void report_error(const std::string& text) = 0;
+    virtual void report_warning(const std::string& text) = 0;
+
+    // The name of the input that messages show; owned by the callbacks or by their caller.
+    virtual const char* get_source_name() const = 0;
+
+    // Progress text of debug mode; newlines are the sender's.
+    virtual void debug(const std::string& text) = 0;
+};
+
+} // namespace zan::xml
