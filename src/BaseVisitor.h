@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "AttributeValues.h"
-#include "VisitorCallbacks.h"
+#include "BaseVisitorAttributes.h"
+#include "BaseVisitorCallbacks.h"
 
 namespace zan::xml {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "VisitorCallbacks.h"
+#include "BaseVisitorCallbacks.h"
 
 namespace zan::xml {
 

@@ -1,4 +1,4 @@
-#include "AttributeValues.h"
+#include "BaseVisitorAttributes.h"
 
 #include <cstdlib>
 #include <sstream>
