@@ -19,6 +19,7 @@ std::string path_of(const Names& names) {
     return path;
 }
 
+// Checks the parent before the first field is taken from it.
 const BaseVisitor* checked_parent(const BaseVisitor* parent) {
     ZAN_CONTRACT(parent != nullptr, "parent != 0");
     return parent;
@@ -57,6 +58,7 @@ bool BaseVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute*) {
 }
 
 bool BaseVisitor::VisitExit(const XMLElement& elem) {
+    // After an error elements are left that were never pushed, so the stack can't be checked any more.
     if (m_has_error)
         return false;
     ZAN_CONTRACT(!m_elem_stack.empty(), "m_elem_stack.size() > 0");
@@ -100,6 +102,7 @@ unsigned int& BaseVisitor::get_elem_stack_count_entry() {
     return m_elem_counts[get_elem_stack_key()];
 }
 
+// All names are taken before any is compared, so that a null name stops the process on every document.
 BaseVisitor::Names BaseVisitor::take_names(unsigned int n, va_list names) {
     Names taken;
     for (unsigned int i = 0; i < n; ++i) {
@@ -110,14 +113,10 @@ BaseVisitor::Names BaseVisitor::take_names(unsigned int n, va_list names) {
     return taken;
 }
 
-bool BaseVisitor::stack_begins_with(const Names& names) const {
-    return names.size() <= m_elem_stack.size() &&
-           std::equal(names.begin(), names.end(), m_elem_stack.begin());
-}
-
 bool BaseVisitor::check_element_stack_va(unsigned int n, va_list names) const {
     const Names ancestors = take_names(n, names);
-    return m_elem_stack.size() == ancestors.size() + 1 && stack_begins_with(ancestors);
+    return !m_elem_stack.empty() &&
+           std::equal(ancestors.begin(), ancestors.end(), m_elem_stack.begin(), m_elem_stack.end() - 1);
 }
 
 bool BaseVisitor::check_element_stack(unsigned int n, ...) const {
@@ -130,7 +129,7 @@ bool BaseVisitor::check_element_stack(unsigned int n, ...) const {
 
 bool BaseVisitor::check_element_stack_with_top_va(unsigned int n, va_list names) const {
     const Names elements = take_names(n, names);
-    return m_elem_stack.size() == elements.size() && stack_begins_with(elements);
+    return std::equal(elements.begin(), elements.end(), m_elem_stack.begin(), m_elem_stack.end());
 }
 
 bool BaseVisitor::check_element_stack_with_top(unsigned int n, ...) const {
@@ -159,6 +158,8 @@ void BaseVisitor::debug(const std::string& text) {
         m_callbacks->debug(text);
 }
 
+// The child's own walk is all that tells of its failure: the result of its VisitEnter is lost in the parser,
+// and its messages have gone to the callbacks already.
 bool BaseVisitor::hand_over(const XMLElement& elem, BaseVisitor* child) {
     m_has_error |= !elem.Accept(child);
     return false;

@@ -148,7 +148,6 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     using Names = std::vector<std::string_view>;
 
     static Names take_names(unsigned int n, va_list names);
-    bool stack_begins_with(const Names& names) const;
     bool report_error_where(const std::string& where, const std::string& msg);
     bool report_count_outside(const XMLElement& elem, unsigned int count, unsigned int min_count,
                               unsigned int max_count);

@@ -32,8 +32,8 @@ class unsigned64_hex {
 };
 
 // Converts the whole of `text`, which has to begin with a decimal digit: no sign, no blank. Too large a
-// number is not an error; its lower 32 bits are stored. On failure `out` may hold the number that the text
-// begins with.
+// number is not an error: its lower 32 bits are stored, or those of the largest 64-bit number beyond that. On
+// failure `out` may hold the number that the text begins with.
 bool convert_to_unsigned(const char* text, unsigned int* out, int base);
 
 // The same in 64 bits; too large a number is stored as the largest.

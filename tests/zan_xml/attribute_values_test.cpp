@@ -336,6 +336,18 @@ TEST(ConvertToUnsigned, TakesAnyBase) {
     EXPECT_EQ(number, 31u);
 }
 
+TEST(ConvertToUnsigned, LeavesTheTargetUnlessADigitComesFirst) {
+    unsigned int number = 7;
+    unsigned long long number64 = 7;
+    // "/" and ":" are the neighbours of the digits.
+    for (const char* text : {"", " 1", "-1", "+1", "/1", ":1", "a"}) {
+        EXPECT_FALSE(xml::convert_to_unsigned(text, &number, 10)) << text;
+        EXPECT_FALSE(xml::convert_to_unsigned64(text, &number64, 10)) << text;
+    }
+    EXPECT_EQ(number, 7u);
+    EXPECT_EQ(number64, 7ull);
+}
+
 TEST(ConvertToUnsigned64, TakesAnyBaseAndSaturates) {
     unsigned long long number = 0;
     EXPECT_TRUE(xml::convert_to_unsigned64("100000000", &number, 16));

@@ -286,6 +286,14 @@ TEST(LoadModel, DebugModePrintsTheDocumentBeforeTheWalk) {
               "[xml] exiting document\n");
 }
 
+TEST(LoadModel, WithoutDebugModeNothingIsPrinted) {
+    ModelLoader loader;
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(loader.load_xml("<list><x/></list>"));
+    EXPECT_FALSE(loader.load_xml("<bad/>"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(LoadModel, ALoaderServesManyLoads) {
     ModelLoader loader;
     EXPECT_FALSE(loader.load_xml("<bad/>"));
