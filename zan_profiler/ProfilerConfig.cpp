@@ -1,0 +1,213 @@
+#include "ProfilerConfig.h"
+
+namespace zan::profiler {
+
+namespace {
+
+template <typename Record>
+Record* find(const ProfilerConfigIndex<Record>& index, std::string_view key) {
+    const auto found = index.find(key);
+    return found == index.end() ? nullptr : found->second;
+}
+
+template <typename Record>
+void delete_all(const std::vector<Record*>& records) {
+    for (const Record* record : records)
+        delete record;
+}
+
+// Appends a record that is known by `key`, a text of its own.
+template <typename Record>
+void append(std::vector<Record*>& list, ProfilerConfigIndex<Record>& index, Record* record,
+            const std::string& key) {
+    list.push_back(record);
+    index[key] = record;
+}
+
+} // namespace
+
+void ProfilerConfigDebug::addCallsite(const std::string& file, unsigned int line, unsigned int column) {
+    m_callsiteFiles.push_back(file);
+    m_callsiteLines.push_back(line);
+    m_callsiteColumns.push_back(column);
+}
+
+const std::string& ProfilerConfigDebug::getCallsiteFile(unsigned int i) const {
+    ZAN_CONTRACT(i < m_callsiteFiles.size(), "i < m_callsiteFiles.size()");
+    return m_callsiteFiles[i];
+}
+
+unsigned int ProfilerConfigDebug::getCallsiteLine(unsigned int i) const {
+    ZAN_CONTRACT(i < m_callsiteLines.size(), "i < m_callsiteLines.size()");
+    return m_callsiteLines[i];
+}
+
+unsigned int ProfilerConfigDebug::getCallsiteColumn(unsigned int i) const {
+    ZAN_CONTRACT(i < m_callsiteColumns.size(), "i < m_callsiteColumns.size()");
+    return m_callsiteColumns[i];
+}
+
+ProfilerConfigModuleInst::~ProfilerConfigModuleInst() {
+    delete_all(m_debugs);
+    delete_all(m_signals);
+}
+
+ProfilerConfigDebug* ProfilerConfigModuleInst::addDebug(const std::string& file, unsigned int line,
+                                                        unsigned int column) {
+    return m_debugs.emplace_back(new ProfilerConfigDebug(file, line, column));
+}
+
+ProfilerConfigDebug* ProfilerConfigModuleInst::getDebug(unsigned int i) const {
+    ZAN_CONTRACT(i < m_debugs.size(), "i < m_debugs.size()");
+    return m_debugs[i];
+}
+
+void ProfilerConfigModuleInst::addSignal(std::string cntl_name, std::string incr_name,
+                                         ProfilerConfigPort* port) {
+    m_signals.push_back(new ProfilerConfigSignal(std::move(cntl_name), std::move(incr_name), port));
+}
+
+ProfilerConfigSignal* ProfilerConfigModuleInst::getSignal(unsigned int i) const {
+    ZAN_CONTRACT(i < m_signals.size(), "i < m_signals.size()");
+    return m_signals[i];
+}
+
+ProfilerConfigPort* ProfilerConfigModule::addPortToModule(const std::string& cntl_name,
+                                                          const std::string& incr_name,
+                                                          const std::string& tag, const std::string& desc,
+                                                          unsigned int flag) {
+    return m_ports.emplace_back(new ProfilerConfigPort(cntl_name, incr_name, tag, desc, this, flag));
+}
+
+ProfilerConfigPort* ProfilerConfigModule::getPort(unsigned int i) const {
+    ZAN_CONTRACT(i < m_ports.size(), "i < m_ports.size()");
+    return m_ports[i];
+}
+
+ProfilerConfigModuleInst* ProfilerConfigFunction::addModuleInst(const std::string& name,
+                                                                const std::string& module,
+                                                                const std::string& attribute,
+                                                                const bool& is_autorun,
+                                                                const bool& shared_on) {
+    return m_moduleInsts.emplace_back(new ProfilerConfigModuleInst(name, this, find(*m_moduleMapPtr, module),
+                                                                   attribute, is_autorun, shared_on));
+}
+
+ProfilerConfigConnection* ProfilerConfigFunction::addConnection(ProfilerConfigModuleInst* inst, int id,
+                                                                unsigned int compute_unit,
+                                                                const std::string& port_tag,
+                                                                const std::string& shared_with) {
+    return m_connections.emplace_back(
+        new ProfilerConfigConnection(inst, id, compute_unit, port_tag, shared_with));
+}
+
+ProfilerConfigModuleInst* ProfilerConfigFunction::getModuleInst(unsigned int i) const {
+    ZAN_CONTRACT(i < m_moduleInsts.size(), "i < m_moduleInsts.size()");
+    return m_moduleInsts[i];
+}
+
+ProfilerConfigConnection* ProfilerConfigFunction::getConnection(unsigned int i) const {
+    ZAN_CONTRACT(i < m_connections.size(), "i < m_connections.size()");
+    return m_connections[i];
+}
+
+ProfilerConfig::~ProfilerConfig() {
+    delete_all(m_connectionList);
+    delete_all(m_moduleInstList);
+    delete_all(m_portList);
+    delete_all(m_moduleList);
+    delete_all(m_functionList);
+}
+
+ProfilerConfigFunction* ProfilerConfig::getFunctionWithName(const std::string& name) const {
+    return find(m_functionMap, name);
+}
+
+ProfilerConfigModule* ProfilerConfig::getModuleWithName(const std::string& name) const {
+    return find(m_moduleMap, name);
+}
+
+ProfilerConfigPort* ProfilerConfig::getPortWithTag(const std::string& tag) const {
+    return find(m_portMap, tag);
+}
+
+std::size_t ProfilerConfig::InstKeyHash::operator()(const InstKey& key) const {
+    const std::hash<std::string_view> hash;
+    constexpr std::size_t odd = 0x9e3779b97f4a7c15; // spreads the bits, so that a swapped pair differs
+    return hash(key.first) * odd + hash(key.second);
+}
+
+ProfilerConfigModuleInst* ProfilerConfig::getModuleInstWithNameAndFunction(
+    const std::string& name, const std::string& function) const {
+    const auto found = m_moduleInstMap.find({name, function});
+    return found == m_moduleInstMap.end() ? nullptr : found->second;
+}
+
+ProfilerConfigFunction* ProfilerConfig::getFunction(unsigned int i) const {
+    ZAN_CONTRACT(i < m_functionList.size(), "i < m_functionList.size()");
+    return m_functionList[i];
+}
+
+ProfilerConfigModule* ProfilerConfig::getModule(unsigned int i) const {
+    ZAN_CONTRACT(i < m_moduleList.size(), "i < m_moduleList.size()");
+    return m_moduleList[i];
+}
+
+ProfilerConfigPort* ProfilerConfig::getPort(unsigned int i) const {
+    ZAN_CONTRACT(i < m_portList.size(), "i < m_portList.size()");
+    return m_portList[i];
+}
+
+ProfilerConfigModuleInst* ProfilerConfig::getModuleInst(unsigned int i) const {
+    ZAN_CONTRACT(i < m_moduleInstList.size(), "i < m_moduleInstList.size()");
+    return m_moduleInstList[i];
+}
+
+ProfilerConfigConnection* ProfilerConfig::getConnection(unsigned int i) const {
+    ZAN_CONTRACT(i < m_connectionList.size(), "i < m_connectionList.size()");
+    return m_connectionList[i];
+}
+
+void ProfilerConfig::addFunction(const std::string& name, unsigned int num_compute_units,
+                                 const std::string& filename, unsigned int linenum,
+                                 const std::string& original_name, const std::string& user_friendly_name) {
+    auto* function = new ProfilerConfigFunction(name, num_compute_units, filename, linenum, original_name,
+                                                user_friendly_name, &m_moduleMap);
+    append(m_functionList, m_functionMap, function, function->getName());
+}
+
+void ProfilerConfig::addModule(const std::string& name, const std::string& function, bool is_kernel_wrapper) {
+    auto* module = new ProfilerConfigModule(name, function.empty() ? nullptr : getFunctionWithName(function),
+                                            is_kernel_wrapper);
+    append(m_moduleList, m_moduleMap, module, module->getName());
+}
+
+void ProfilerConfig::addPort(const std::string& cntl_name, const std::string& incr_name,
+                             const std::string& tag, const std::string& desc, const std::string& module,
+                             unsigned int flag) {
+    auto* port = new ProfilerConfigPort(cntl_name, incr_name, tag, desc, getModuleWithName(module), flag);
+    append(m_portList, m_portMap, port, port->getTag());
+}
+
+ProfilerConfigModuleInst* ProfilerConfig::addModuleInst(const std::string& name, const std::string& function,
+                                                        const std::string& module,
+                                                        const std::string& attribute, const bool& is_autorun,
+                                                        const bool& shared_on) {
+    auto* inst = m_moduleInstList.emplace_back(new ProfilerConfigModuleInst(
+        name, getFunctionWithName(function), getModuleWithName(module), attribute, is_autorun, shared_on));
+    if (inst->getFunction())
+        m_moduleInstMap.try_emplace({inst->getName(), inst->getFunction()->getName()}, inst);
+    return inst;
+}
+
+ProfilerConfigConnection* ProfilerConfig::addConnection(const std::string& moduleinst,
+                                                        const std::string& function,
+                                                        unsigned int compute_unit,
+                                                        const std::string& port_tag,
+                                                        const std::string& shared_with) {
+    return m_connectionList.emplace_back(new ProfilerConfigConnection(
+        getModuleInstWithNameAndFunction(moduleinst, function), getFunctionWithName(function), compute_unit,
+        getPortWithTag(port_tag), shared_with.empty() ? nullptr : getPortWithTag(shared_with)));
+}
+
+} // namespace zan::profiler
