@@ -39,7 +39,7 @@ struct Run {
     std::map<std::string, TlyKernel*>* kernels = new std::map<std::string, TlyKernel*>;
     std::unordered_map<std::string, TlyExtMem*> ext_mems;
     std::map<std::string, std::string> original_names;
-    bool no_profiler = true;
+    bool no_profiler = false;
 };
 
 // A stage gives its status, 0 for success; `failure` is what ends the run otherwise.
@@ -48,12 +48,19 @@ struct Stage {
     const char* failure;
 };
 
-// In the order of a run: the clock must stand in the tree before counters are read.
+// In the order of a run: the clock must stand in the tree before the profiler description is read.
 constexpr Stage stages[] = {
     {[](Run& run, const char* zanxPath, const char*) { return parseVersionFile(run.tree, zanxPath); },
      "ABORT: Error parsing version."},
     {[](Run& run, const char* zanxPath, const char*) { return parseVelmoraReport(run.tree, zanxPath); },
      "ABORT: Error parsing Velmora report."},
+    {[](Run& run, const char* zanxPath, const char*) {
+         constexpr int no_description = 2;
+         const int status = parseProfilerXMLFile(run.kernels, run.tree, zanxPath, &run.original_names);
+         run.no_profiler = status == no_description;
+         return run.no_profiler ? 0 : status;
+     },
+     "ABORT: Error parsing profiler .xml file."},
     {[](Run& run, const char*, const char* monPath) {
          return parseProfilerMONFile(run.kernels, run.tree, monPath, run.original_names, run.ext_mems,
                                      run.no_profiler);

@@ -29,16 +29,21 @@ TlyKernel::TlyKernel(std::string name) : TlyKernel(std::move(name), false) {
 void TlyKernel::add_module_inst(TlyModuleInst* inst) {
     ZAN_CONTRACT(inst != nullptr, "inst != nullptr");
     m_module_insts.push_back(inst);
-    if (inst->getName() == m_name + "_function_wrapper")
+    m_first_of_name.try_emplace(inst->name(), inst);
+    if (inst->name() == m_name + "_function_wrapper")
         set_extmem_module_inst(inst);
 }
 
+void TlyKernel::set_module_insts(std::vector<TlyModuleInst*> insts) {
+    m_module_insts = std::move(insts);
+    m_first_of_name.clear();
+    for (TlyModuleInst* inst : m_module_insts)
+        m_first_of_name.try_emplace(inst->name(), inst);
+}
+
 TlyModuleInst* TlyKernel::check_module_exists(const std::string& name) const {
-    for (TlyModuleInst* inst : m_module_insts) {
-        if (inst->name() == name)
-            return inst;
-    }
-    return nullptr;
+    const auto found = m_first_of_name.find(name);
+    return found == m_first_of_name.end() ? nullptr : found->second;
 }
 
 void TlyKernel::resetKernel() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -66,7 +67,7 @@ class TlyKernel {
     std::vector<TlyModuleInst*> get_module_insts() const { return m_module_insts; }
     // The same list without a copy, in the order of adding.
     const std::vector<TlyModuleInst*>& module_insts() const { return m_module_insts; }
-    void set_module_insts(std::vector<TlyModuleInst*> insts) { m_module_insts = std::move(insts); }
+    void set_module_insts(std::vector<TlyModuleInst*> insts);
     // Appends an instance, which must not be null. One named after the kernel with "_function_wrapper" behind
     // also becomes the external memory instance. (The report knows the wrapper by another suffix.)
     void add_module_inst(TlyModuleInst* inst);
@@ -101,5 +102,6 @@ class TlyKernel {
     Samples m_sample_timestamps;
     Samples m_sample_totalcycles;
     std::vector<TlyModuleInst*> m_module_insts;
+    std::unordered_map<std::string_view, TlyModuleInst*> m_first_of_name; // keys are the instances' own names
     TlyModuleInst* m_extmem_module_inst = nullptr;
 };

@@ -6,18 +6,9 @@
 
 #include "diagnostics.h"
 #include "pkg_editor.h"
+#include "tly_parse_section.h"
 
 namespace {
-
-using SectionText = std::unique_ptr<char[]>;
-
-// The text of a section, up to its first NUL; null if it can't be had.
-SectionText readSection(const char* section, const char* packagePath) {
-    char* buffer = nullptr;
-    const int status = get_zanx_sect(section, packagePath, &buffer);
-    SectionText text(buffer);
-    return status == 0 ? std::move(text) : nullptr;
-}
 
 // The clock frequency as the timing report spells it. Only a line that ends in a newline counts.
 std::string clockText(std::string_view report) {
@@ -50,23 +41,23 @@ int get_zanx_sect(const char* section, const char* packagePath, char** buffer) {
 }
 
 int parseVersionFile(ptree* tree, const char* packagePath) {
-    const SectionText text = readSection(".zan.version", packagePath);
-    if (!text) {
+    const PackageSection section = readSection(".zan.version", packagePath);
+    if (!section.text) {
         diagnose("Error: unable to get version zanx section\n");
         return 1;
     }
-    const std::string_view version = text.get();
+    const std::string_view version = section.text.get();
     tree->put("versions.zanx_version", std::string(version.substr(0, version.find('\n'))));
     return 0;
 }
 
 int parseVelmoraReport(ptree* tree, const char* packagePath) {
-    const SectionText text = readSection(".zan.velmora_report", packagePath);
-    if (!text) {
+    const PackageSection section = readSection(".zan.velmora_report", packagePath);
+    if (!section.text) {
         diagnose("Error: unable to get velmora report zanx section\n");
         return 1;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.
-    tree->get_child("run_info.nodes..").put("fmax", clockText(text.get()));
+    tree->get_child("run_info.nodes..").put("fmax", clockText(section.text.get()));
     return 0;
 }

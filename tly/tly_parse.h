@@ -10,9 +10,8 @@
 #include "tly_kernel.h"
 
 // Copies a section of the package at `packagePath` into a new text, ended by a NUL, in `*buffer`. The caller
-// sets
-// `*buffer` to null first and frees it with delete[]. Gives 0, or 1 if the package has no such section, or 2
-// if it can't be opened; then no text was made.
+// sets `*buffer` to null first and frees it with delete[]. Gives 0, or 1 if the package has no such section,
+// or 2 if it can't be opened; then no text was made.
 int get_zanx_sect(const char* section, const char* packagePath, char** buffer);
 
 // Puts the first line of the package's version section at "versions.zanx_version". Gives 0, or 1 with a
@@ -22,6 +21,14 @@ int parseVersionFile(ptree* tree, const char* packagePath);
 // Puts the clock frequency that the timing report names, or "0.0", under "fmax" of the run information node.
 // Gives 0, or 1 with a message if the package has no timing report.
 int parseVelmoraReport(ptree* tree, const char* packagePath);
+
+// Builds the profile model from the package's profiler description: a kernel for each function, a module
+// instance for each one that is connected, and for each connection a counter with the index of its field on a
+// monitor line. The clock is read back from `tree`. The caller owns the kernels and their instances;
+// `originalNames` gets the kernel name for each original name. Gives 0, or 2 with a message if the package
+// has no description, or 1 with a message if there is one that can't be loaded.
+int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* packagePath,
+                         std::map<std::string, std::string>* originalNames);
 
 // Reads a monitor file into the kernels and appends to the report a node for each transfer and for each
 // kernel invocation that has ended. `originalNames` maps names that the file may use to kernel names. With

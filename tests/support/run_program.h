@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,12 @@ struct Outcome {
     std::string status; // the exit status in decimal, or "signal" if a signal ended the program
 
     friend bool operator==(const Outcome&, const Outcome&) = default;
+    // How a failed test shows it.
+    friend void PrintTo(const Outcome& outcome, std::ostream* os) {
+        *os << "status " << outcome.status << "\n--- stdout\n"
+            << outcome.out << "--- stderr\n"
+            << outcome.err;
+    }
 };
 
 // Runs `program` with the arguments in `folder`, with an empty standard input, and waits for it. Throws

@@ -1,0 +1,228 @@
+// From the profiler description to kernels, module instances, and the places of their counters on a line.
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <set>
+
+#include "ProfilerConfigXml.h"
+#include "diagnostics.h"
+#include "tly_parse.h"
+#include "tly_parse_section.h"
+
+namespace {
+
+using zan::profiler::ProfilerConfig;
+using zan::profiler::ProfilerConfigConnection;
+using zan::profiler::ProfilerConfigDebug;
+using zan::profiler::ProfilerConfigFunction;
+using zan::profiler::ProfilerConfigModuleInst;
+using zan::profiler::ProfilerConfigXmlLoader;
+
+// Behind the fixed fields of a line.
+constexpr int first_counter_offset = 7;
+
+// The attribute text of an instance, taken apart. With fewer than seven fields only the first one counts.
+struct InstAttributes {
+    std::string memory_type;
+    std::string rw;
+    std::string lsu_type;
+    std::string global_mem_name;
+    std::string byte_width;
+    std::string memory_opt;
+};
+
+InstAttributes splitAttributes(std::string_view text) {
+    constexpr std::size_t num_fields = 7;
+    std::array<std::string, num_fields> fields;
+    std::size_t found = 0;
+    for (std::size_t begin = 0; begin <= text.size() && found < num_fields; ++found) {
+        const std::size_t end = std::min(text.find(';', begin), text.size());
+        fields[found] = text.substr(begin, end - begin);
+        begin = end + 1;
+    }
+    if (found < num_fields)
+        return {fields[0], "", "", "", "", ""};
+    return {fields[0], fields[1], fields[2], fields[3], fields[4], fields[6]}; // nothing reads field 5
+}
+
+// Each location with the call sites that lead to it behind it. A call site of line 0 is none.
+void addLocations(TlyModuleInst& inst, const ProfilerConfigModuleInst& described) {
+    const auto add = [&](const std::string& file, unsigned int line, unsigned int column, bool is_callsite) {
+        inst.addLine(static_cast<int>(line));
+        inst.addFilename(file);
+        inst.addColNum(static_cast<int>(column));
+        inst.addIsCallsite(is_callsite);
+    };
+    for (unsigned int i = 0; i < described.getNumDebugs(); ++i) {
+        const ProfilerConfigDebug& debug = *described.getDebug(i);
+        add(debug.getFile(), debug.getLine(), debug.getColumn(), false);
+        for (unsigned int k = 0; k < debug.getNumCallsiteLines(); ++k) {
+            if (debug.getCallsiteLine(k) != 0)
+                add(debug.getCallsiteFile(k), debug.getCallsiteLine(k), debug.getCallsiteColumn(k), true);
+        }
+    }
+}
+
+bool isSharedTag(const std::string& tag) {
+    return tag == TlyModuleInst::CNT_SHARED || tag == TlyModuleInst::CNT_SHARED_CHWRITE ||
+           tag == TlyModuleInst::CNT_SHARED_CHREAD;
+}
+
+// Builds the profile model. Nothing that it leaves behind points into the description.
+class ProfilerImport {
+  public:
+    ProfilerImport(std::map<std::string, TlyKernel*>& kernels,
+                   std::map<std::string, std::string>& originalNames, float fmax)
+        : m_kernels(kernels), m_original_names(originalNames), m_fmax(fmax) {}
+
+    void run(const ProfilerConfig& config) {
+        for (unsigned int i = 0; i < config.getNumFunctions(); ++i)
+            addFunction(*config.getFunction(i));
+        for (unsigned int i = 0; i < config.getNumConnections(); ++i)
+            addConnection(*config.getConnection(i));
+        if (m_counter_offsets.contains(autorun_profile_dummy_kernel))
+            shiftAutorunKernels();
+    }
+
+  private:
+    void addFunction(const ProfilerConfigFunction& function) {
+        const std::string& name = function.getName();
+        if (!function.getOriginalName().empty())
+            m_original_names.emplace(function.getOriginalName(), name); // the first claim stays
+        m_kernels[name] = new TlyKernel(name, function.getUserFriendlyName(), function.getOriginalName(),
+                                        function.getFilename(), static_cast<int>(function.getLinenum()));
+    }
+
+    void addConnection(const ProfilerConfigConnection& connection) {
+        const int offset = nextOffset(connection);
+        TlyModuleInst& inst = instOf(connection);
+        const std::string& tag = connection.getPort()->getTag();
+        if (isSharedTag(tag))
+            inst.addSharedTag(tag, offset);
+        addPortTag(inst, connection, offset);
+        if (inst.isAutorun())
+            m_autorun_kernels.insert(inst.getFunction());
+    }
+
+    // A connection that shares a port takes no field of its own, but for the first one of a kernel.
+    int nextOffset(const ProfilerConfigConnection& connection) {
+        const auto [entry, is_first] =
+            m_counter_offsets.try_emplace(connection.getFunction()->getName(), first_counter_offset);
+        if (!is_first && !connection.getSharedPort())
+            ++entry->second;
+        return entry->second;
+    }
+
+    TlyModuleInst& instOf(const ProfilerConfigConnection& connection) {
+        const ProfilerConfigModuleInst& described = *connection.getModuleInst();
+        const std::string& function = connection.getFunction()->getName();
+        const auto kernel = m_kernels.find(function);
+        TlyModuleInst* inst =
+            kernel == m_kernels.end() ? nullptr : kernel->second->check_module_exists(described.getName());
+        if (!inst) {
+            inst = makeInst(described);
+            attach(inst, function);
+        }
+        return *inst;
+    }
+
+    TlyModuleInst* makeInst(const ProfilerConfigModuleInst& described) const {
+        constexpr int num_compute_units = 1;
+        InstAttributes attributes = splitAttributes(described.getAttribute());
+        auto* inst = new TlyModuleInst(described.getName(), described.getModule()->getName(),
+                                       described.getFunction()->getName(), std::move(attributes.memory_type),
+                                       std::move(attributes.rw), std::move(attributes.lsu_type),
+                                       std::move(attributes.global_mem_name),
+                                       std::move(attributes.byte_width), std::move(attributes.memory_opt),
+                                       described.getIsAutorun(), num_compute_units, described.getSharedOn());
+        addLocations(*inst, described);
+        inst->setFmax(m_fmax);
+        return inst;
+    }
+
+    void attach(TlyModuleInst* inst, const std::string& function) {
+        TlyKernel*& kernel = m_kernels[function];
+        if (!kernel)
+            kernel = new TlyKernel(function, inst->isAutorun());
+        else if (inst->isAutorun() && !kernel->is_autorun_kernel())
+            kernel->set_autorun();
+        kernel->add_module_inst(inst);
+    }
+
+    static void addPortTag(TlyModuleInst& inst, const ProfilerConfigConnection& connection, int offset) {
+        const std::string& tag = connection.getPort()->getTag();
+        const int compute_unit = static_cast<int>(connection.getComputeUnit());
+        const auto* shared_port = connection.getSharedPort();
+        if (!shared_port) {
+            inst.addPortTag(tag, offset, compute_unit);
+            return;
+        }
+        const int shared_offset = inst.getSharedOffset(shared_port->getTag());
+        if (shared_offset == -1) {
+            diagnose("ERROR: No shared offset was found for kernel {}. ABORT\n", inst.getFunction());
+            return; // in spite of the last word the run goes on
+        }
+        inst.addPortTag(tag, shared_offset, compute_unit);
+        inst.addHasShared(1);
+    }
+
+    // All autorun kernels report on the lines of one pseudo-kernel, the greatest name first, so the counters
+    // of each lie behind those of the kernels before it.
+    void shiftAutorunKernels() {
+        int running_offset = 1;
+        for (auto entry = m_autorun_kernels.rbegin(); entry != m_autorun_kernels.rend(); ++entry) {
+            const std::string& name = *entry;
+            const auto kernel = m_kernels.find(name);
+            if (kernel == m_kernels.end())
+                diagnose("Warning: {} is listed as an autorun kernel but no kernel exists\n", name);
+            else if (kernel->second->get_name() != autorun_profile_dummy_kernel)
+                running_offset += shiftKernel(*kernel->second, running_offset);
+        }
+    }
+
+    // Gives the number of fields that the kernel's counters take.
+    static int shiftKernel(const TlyKernel& kernel, int delta) {
+        int num_fields = 0;
+        for (TlyModuleInst* inst : kernel.module_insts()) {
+            inst->updateAutorunOffsets(delta);
+            num_fields += inst->getNTags();
+            if (inst->compiledSharedCounters())
+                num_fields -= inst->getNumHasShared();
+        }
+        return num_fields;
+    }
+
+    std::map<std::string, TlyKernel*>& m_kernels;
+    std::map<std::string, std::string>& m_original_names;
+    float m_fmax;
+    std::map<std::string, int> m_counter_offsets; // by kernel: that of the connection in hand
+    std::set<std::string> m_autorun_kernels;
+};
+
+} // namespace
+
+int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* packagePath,
+                         std::map<std::string, std::string>* originalNames) {
+    constexpr int failure = 1;
+    constexpr int no_description = 2;
+    const PackageSection section = readSection(".zan.profiler.xml", packagePath);
+    if (section.status == 1) {
+        diagnose(
+            "Warning: No profiler elf section. Will only return kernel start/stop time and memory "
+            "transfer times between device & host.\n");
+        return no_description;
+    }
+    if (section.status != 0) {
+        diagnose("Error unable to read profiler elf section\n");
+        return failure;
+    }
+    const std::unique_ptr<ProfilerConfig> config(ProfilerConfigXmlLoader(false).load_xml(section.text.get()));
+    if (!config) {
+        diagnose("Error: unable to load profiler.xml file\n");
+        return failure;
+    }
+    // The doubled dot leads to the one element of the array, whose key is empty.
+    const float fmax = tree->get_optional<float>("run_info.nodes..fmax").value_or(0.0f);
+    ProfilerImport(*kernels, *originalNames, fmax).run(*config);
+    return 0;
+}
