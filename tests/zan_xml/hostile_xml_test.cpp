@@ -8,7 +8,8 @@
 
 #include "BaseVisitor.h"
 #include "BaseXmlLoader.h"
-#include "temporary_folder.h"
+#include "temp_dir.h"
+#include "whole_file.h"
 #include "xml_probe.h"
 
 namespace zan::test {
@@ -271,11 +272,6 @@ TEST(HostileXml, TenThousandAttributes) {
     expect_each_attribute_reported(10000);
 }
 
-// The parser compares each attribute with all before it, which takes minutes here: run it by hand.
-TEST(HostileXml, DISABLED_AHundredThousandAttributes) {
-    expect_each_attribute_reported(100000);
-}
-
 TEST(HostileXml, Entities) {
     // Values are decoded when they are read, after the parser has accepted the document; none can make it
     // fail.
@@ -302,10 +298,10 @@ TEST(HostileXml, NulEndsTheText) {
 }
 
 TEST(HostileXml, NulInAFile) {
-    const TemporaryFolder folder;
-    const std::string path = (folder / "a.xml").string();
+    const TempDir folder;
+    const std::string path = folder.path("a.xml");
     for (size_t i = 0; i <= SMALL.size(); ++i) {
-        write_file(path, std::string(SMALL).insert(i, 1, '\0'));
+        writeFile(path, std::string(SMALL).insert(i, 1, '\0'));
         HostileLoader loader;
         testing::internal::CaptureStdout();
         const auto items = loader.load_file(path);

@@ -3,7 +3,8 @@
 
 #include "BaseVisitor.h"
 #include "contract_death.h"
-#include "temporary_folder.h"
+#include "temp_dir.h"
+#include "whole_file.h"
 #include "xml_probe.h"
 
 namespace zan::test {
@@ -84,9 +85,9 @@ TEST(ParseXml, DiscardsTheMessagesOfTheLoadBefore) {
 }
 
 TEST(ParseFile, GivesTheDocument) {
-    const TemporaryFolder folder;
-    const std::string path = (folder / "a.xml").string();
-    write_file(path, "<a>\n<b/></a>");
+    const TempDir folder;
+    const std::string path = folder.path("a.xml");
+    writeFile(path, "<a>\n<b/></a>");
     BaseXmlLoader loader;
     testing::internal::CaptureStdout();
     const Document doc(loader.parse_file(path.c_str()));
@@ -109,14 +110,14 @@ std::string printed_for(const std::filesystem::path& path, const std::string& er
 }
 
 TEST(ParseFile, FailuresArePrintedAndListed) {
-    const TemporaryFolder folder;
-    write_file(folder / "empty.xml", "");
-    write_file(folder / "open.xml", "<a>");
-    EXPECT_EQ(printed_for(folder / "missing.xml", "XML_ERROR_FILE_NOT_FOUND"),
+    const TempDir folder;
+    writeFile(folder.path("empty.xml"), "");
+    writeFile(folder.path("open.xml"), "<a>");
+    EXPECT_EQ(printed_for(folder.path("missing.xml"), "XML_ERROR_FILE_NOT_FOUND"),
               "ERROR FOUND: XML_ERROR_FILE_NOT_FOUND\n");
-    EXPECT_EQ(printed_for(folder / "empty.xml", "XML_ERROR_EMPTY_DOCUMENT"),
+    EXPECT_EQ(printed_for(folder.path("empty.xml"), "XML_ERROR_EMPTY_DOCUMENT"),
               "ERROR FOUND: XML_ERROR_EMPTY_DOCUMENT\n");
-    EXPECT_EQ(printed_for(folder / "open.xml", "XML_ERROR_MISMATCHED_ELEMENT"),
+    EXPECT_EQ(printed_for(folder.path("open.xml"), "XML_ERROR_MISMATCHED_ELEMENT"),
               "ERROR FOUND: XML_ERROR_MISMATCHED_ELEMENT\n");
     EXPECT_EQ(printed_for(folder.path(), "XML_ERROR_FILE_READ_ERROR"),
               "ERROR FOUND: XML_ERROR_FILE_READ_ERROR\n");
