@@ -84,7 +84,13 @@ void loadDescription(benchmark::State& state) {
     measure(
         state, growth, [&] { config = loader.load_xml(xml.c_str()); }, [&] { delete config; });
 }
-BENCHMARK(loadDescription)->Arg(1)->Arg(2)->Arg(4)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(loadDescription)
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(4)
+    ->UseManualTime()
+    ->MinTime(2.0)
+    ->Unit(benchmark::kMillisecond);
 
 // A package to kernels and instances: all that a run does with a description.
 void importDescription(benchmark::State& state) {
@@ -106,6 +112,12 @@ void importDescription(benchmark::State& state) {
             kernels.clear();
         });
 }
-BENCHMARK(importDescription)->Arg(1)->Arg(2)->Arg(4)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(importDescription)
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(4)
+    ->UseManualTime()
+    ->MinTime(2.0)
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
