@@ -21,7 +21,7 @@ struct AttributeRow {
     const char* name;
     AttributeTarget<Values> target;
     AttributeNeed need;
-    const char* message; // what is reported, besides the reader's own words, if it can't be read
+    const char* message = nullptr; // what is reported, besides the reader's own words, if it can't be read
     // What else must hold of the values read so far; reports what is wrong. May be null.
     bool (Visitor::*check)(const XMLElement& elem, const Values& values) = nullptr;
     // The attribute at whose line the message is reported, where it isn't this one.
@@ -51,9 +51,10 @@ bool read_attributes(Visitor& visitor, const XMLElement& elem, const AttributeRo
                 return visitor.query_attribute(elem, row.name, &(values.*target), true, true);
             },
             row.target);
+        if (!read && row.message)
+            visitor.report_attr_error(elem, row.reported_name ? row.reported_name : row.name, row.message);
         if (!read)
-            return visitor.report_attr_error(elem, row.reported_name ? row.reported_name : row.name,
-                                             row.message);
+            return false;
         if (row.check && !(visitor.*row.check)(elem, values))
             return false;
     }

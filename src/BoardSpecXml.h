@@ -1,0 +1,29 @@
+// Loading board descriptions from XML. docs/board.md tells the format.
+#pragma once
+
+#include "BaseXmlLoader.h"
+#include "BoardSpec.h"
+
+namespace zan::board {
+
+// Loads descriptions, one after the other. Each load gives a model that the caller owns, or null with the
+// reasons in the error list.
+class BoardSpecXmlLoader : public zan::xml::BaseXmlLoader {
+  public:
+    // With `debug` the loads tell their progress on standard error. With `skip_global_mem_checks` the global
+    // memories aren't compared with each other.
+    BoardSpecXmlLoader(bool debug, bool skip_global_mem_checks)
+        : m_debug(debug), m_skip_global_mem_checks(skip_global_mem_checks) {}
+
+    // `path` isn't copied and has to live as long as the load.
+    BoardSpec* load_file(const char* path);
+    BoardSpec* load_xml(const char* text);
+    // Deletes the document. A null one gives null and reports nothing.
+    BoardSpec* load_board_spec(zan::xml::XMLDocument* doc);
+
+  private:
+    bool m_debug;
+    bool m_skip_global_mem_checks;
+};
+
+} // namespace zan::board

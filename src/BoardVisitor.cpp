@@ -1,0 +1,153 @@
+#include "BoardVisitor.h"
+
+#include <cstdlib>
+
+#include "BaseAttributeTable.h"
+#include "BoardCompileVisitor.h"
+#include "BoardGlobalMemChecks.h"
+#include "BoardGlobalMemVisitor.h"
+#include "BoardInterfaceVisitors.h"
+#include "BoardSectionVisitors.h"
+#include "contract.h"
+
+namespace zan::board::xml {
+
+using zan::xml::AttributeNeed;
+using zan::xml::AttributeRow;
+using zan::xml::check_attributes;
+using zan::xml::read_attributes;
+
+namespace {
+
+// A board of this name need not have a memory, nor memories that go together.
+constexpr const char* board_without_checks = "custom_ipa";
+
+BoardSpec::Version version_of(const std::string& text) {
+    return BoardSpec::Version(static_cast<float>(std::strtod(text.c_str(), nullptr)));
+}
+
+} // namespace
+
+struct BoardVisitor::Board {
+    std::string version;
+    std::string name;
+};
+
+BoardVisitor::BoardVisitor(BoardSpec* spec, VisitorCallbacks* callbacks, bool debug,
+                           bool skip_global_mem_checks)
+    : BaseVisitor(callbacks, debug), m_spec(spec), m_skip_global_mem_checks(skip_global_mem_checks) {
+    ZAN_CONTRACT(spec != nullptr, "spec != __null");
+}
+
+bool BoardVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_attribute) {
+    using enum Occurrence;
+    static constexpr ElementHandler<BoardVisitor> handlers[] = {
+        {"board", &BoardVisitor::visit_board_elem},
+        {"device", &BoardVisitor::visit_section<DeviceVisitor, once>},
+        {"compile", &BoardVisitor::visit_section<CompileVisitor, any>},
+        {"global_mem", &BoardVisitor::visit_section<GlobalMemVisitor, any>},
+        {"host", &BoardVisitor::visit_section<HostVisitor, once>},
+        {"channels", &BoardVisitor::visit_section<ChannelsVisitor, once>},
+        {"interfaces", &BoardVisitor::visit_section<InterfacesVisitor, once>},
+    };
+    BaseVisitor::VisitEnter(elem, first_attribute);
+    return visit_by_name(this, elem, handlers);
+}
+
+// Between 0.9 and 14.1 there is no version, and what isn't a number is none.
+bool BoardVisitor::check_version(const XMLElement& elem, const Board& board) {
+    const BoardSpec::Version version = version_of(board.version);
+    return version == BoardSpec::Version_0_9 || version >= BoardSpec::Version(14.1f) ||
+           report_attr_error(elem, "version", "Unsupported version string.");
+}
+
+bool BoardVisitor::visit_board_elem(const XMLElement& elem) {
+    static constexpr AttributeRow<BoardVisitor, Board> rows[] = {
+        {"version", &Board::version, AttributeNeed::required, nullptr, &BoardVisitor::check_version},
+        {"name", &Board::name, AttributeNeed::required},
+    };
+    Board board;
+    if (!report_unexpected_elem_stack(elem, 0) || !report_unexpected_elem_stack_count(elem, 1) ||
+        !check_attributes(*this, elem, rows) || !read_attributes(*this, elem, rows, board))
+        return !m_has_error;
+    m_spec->set_version(version_of(board.version));
+    m_spec->set_name(board.name);
+    return !m_has_error;
+}
+
+template <typename SectionVisitor, BoardVisitor::Occurrence occurrence>
+bool BoardVisitor::visit_section(const XMLElement& elem) {
+    if (!report_unexpected_elem_stack(elem, 1, "board") ||
+        (occurrence == Occurrence::once && !report_unexpected_elem_stack_count(elem, 1)))
+        return !m_has_error;
+    SectionVisitor child(this, m_spec);
+    return hand_over(elem, &child);
+}
+
+bool BoardVisitor::VisitExit(const XMLDocument&) {
+    if (m_has_error)
+        return false;
+    return check_sections() && complete_compile_configs();
+}
+
+bool BoardVisitor::check_sections() {
+    if (!m_spec->has_device_config())
+        return report_error("Missing device configuration (<device>) in board specification.");
+    if (!check_global_mems())
+        return false;
+    if (!m_spec->has_host_config())
+        return report_error("Missing host configuration (<host>) in board specification.");
+    if (!m_spec->has_interface_config())
+        return report_error("Missing interface configuration (<interfaces>) in board specification.");
+    return true;
+}
+
+bool BoardVisitor::check_global_mems() {
+    const bool checked = m_spec->get_name() != board_without_checks;
+    if (checked && !m_spec->has_global_mem_config())
+        return report_error("Missing global memory configuration (<global_mem>) in board specification.");
+    if (checked && !m_skip_global_mem_checks) {
+        if (const char* conflict = find_global_mem_conflict(*m_spec))
+            return report_error(conflict);
+    }
+    if (const std::string* unknown = find_unknown_can_access(*m_spec))
+        return report_error("No valid memory interface matching can_access list entry '" + *unknown + "'.");
+    return true;
+}
+
+// The oldest format has no compile configurations, and stands for one.
+bool BoardVisitor::complete_compile_configs() {
+    const bool has_config = m_spec->num_compile_configs() != 0;
+    if (m_spec->get_version() == BoardSpec::Version_0_9) {
+        if (has_config)
+            return report_error(
+                "Unexpected compile configuration (<compile>) found in 0.9 board specification.");
+        m_spec->set_compile_config(make_default_compile_config().release(),
+                                   CompileConfig::DEFAULT_CONFIG_NAME);
+    } else if (!has_config) {
+        return report_error("Missing compile configuration (<compile>) in board specification.");
+    }
+    return !m_has_error;
+}
+
+BoardSectionVisitor::BoardSectionVisitor(BaseVisitor* parent, BoardSpec* spec)
+    : BaseVisitor(parent), m_spec(spec) {
+    ZAN_CONTRACT(spec != nullptr, "spec != __null");
+}
+
+bool BoardSectionVisitor::require_attributes(const XMLElement& elem,
+                                             std::initializer_list<const char*> names) {
+    for (const char* name : names) {
+        if (!attribute_exists(elem, name))
+            return report_missing_attr(elem, name, "");
+    }
+    return true;
+}
+
+std::unique_ptr<Interface> BoardSectionVisitor::read_interface(const XMLElement& elem) {
+    InterfaceVisitor child(this);
+    hand_over(elem, &child);
+    return std::unique_ptr<Interface>(m_has_error ? nullptr : child.release_intf());
+}
+
+} // namespace zan::board::xml
