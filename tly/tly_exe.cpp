@@ -48,10 +48,15 @@ struct Stage {
     const char* failure;
 };
 
-// In the order of a run: the clock must stand in the tree before the profiler description is read.
+// In the order of a run: the memories must be there before counters are read, and the clock must stand in the
+// tree before the profiler description is.
 constexpr Stage stages[] = {
     {[](Run& run, const char* zanxPath, const char*) { return parseVersionFile(run.tree, zanxPath); },
      "ABORT: Error parsing version."},
+    {[](Run& run, const char* zanxPath, const char*) {
+         return parseBoardXMLFile(run.tree, zanxPath, run.ext_mems);
+     },
+     "ABORT: Error parsing board .xml file."},
     {[](Run& run, const char* zanxPath, const char*) { return parseVelmoraReport(run.tree, zanxPath); },
      "ABORT: Error parsing Velmora report."},
     {[](Run& run, const char* zanxPath, const char*) {

@@ -18,6 +18,12 @@ int get_zanx_sect(const char* section, const char* packagePath, char** buffer);
 // message if there is none.
 int parseVersionFile(ptree* tree, const char* packagePath);
 
+// Makes the external memories that the package's board description lists, into `extMems`, whose owner deletes
+// them, and appends the board's node to "boards.nodes". Gives 0, or 1 with a message if the package has no
+// description. One that can't be loaded ends the process by SIGSEGV, with no message.
+int parseBoardXMLFile(ptree* tree, const char* packagePath,
+                      std::unordered_map<std::string, TlyExtMem*>& extMems);
+
 // Puts the clock frequency that the timing report names, or "0.0", under "fmax" of the run information node.
 // Gives 0, or 1 with a message if the package has no timing report.
 int parseVelmoraReport(ptree* tree, const char* packagePath);

@@ -1,4 +1,5 @@
 #include "case_file.h"
+#include "whole_file.h"
 
 #include <algorithm>
 #include <map>
@@ -172,6 +173,11 @@ class CaseBuilder {
         expect_no_lines(part);
         result.package = {{".zan.version", "1.0\n"}, {".zan.velmora_report", "Actual clock freq: 100.0\n"}};
     }
+    void no_board(const Part& part, const std::string&) {
+        expect_no_lines(part);
+        m_has_board = false;
+    }
+    void add_board();
     void mon(const Part& part, const std::string&) { file(part, "profile.mon"); }
     void file(const Part& part, const std::string& name) {
         result.inputs.push_back({CaseInput::file, name, part.bytes});
@@ -196,6 +202,7 @@ class CaseBuilder {
 
     const ReportFrame& m_frame;
     std::set<std::string> m_seen;
+    bool m_has_board = true;
     std::optional<std::string> m_kernels;
     std::optional<std::string> m_transfers;
 };
@@ -204,6 +211,7 @@ const CaseBuilder::Kind CaseBuilder::kinds[] = {
     {"section", true, &CaseBuilder::section},
     {"empty package", false, &CaseBuilder::empty_package},
     {"plain package", false, &CaseBuilder::plain_package},
+    {"no board", false, &CaseBuilder::no_board},
     {"mon", false, &CaseBuilder::mon},
     {"file", true, &CaseBuilder::file},
     {"pipe", true, &CaseBuilder::pipe},
@@ -231,19 +239,35 @@ void CaseBuilder::add(const Part& part) {
     fail(part.line, "unknown part '" + part.headline + "'");
 }
 
+// A package with sections has a board, too.
+void CaseBuilder::add_board() {
+    constexpr const char* section = ".zan.board_spec.xml";
+    const bool has_sections = result.package && !result.package->empty();
+    if (m_has_board && has_sections && !m_seen.contains(std::string("section ") + section))
+        result.package->emplace_back(section, m_frame.board_spec);
+}
+
 TestCase CaseBuilder::finish() {
+    add_board();
     if (m_kernels || m_transfers) {
         if (result.report)
             throw std::runtime_error("'report' leaves no room for 'kernels' and 'memtransfers'");
         result.report = replaced(m_frame.frame, " @KERNELS@", array_text(m_kernels.value_or("")));
         result.report = replaced(*result.report, " @MEMTRANSFERS@", array_text(m_transfers.value_or("")));
     }
-    if (result.report)
+    if (result.report) {
+        result.report = replaced(*result.report, " @BOARDS@", array_text(m_frame.board_nodes));
         result.report = replaced(*result.report, "@VERSION@", m_frame.version);
+    }
     return std::move(result);
 }
 
 } // namespace
+
+ReportFrame read_frame(const std::filesystem::path& folder, const std::string& version) {
+    return {readFile(folder / "frame.json"), version, readFile(folder / "board_spec.xml"),
+            readFile(folder / "board_nodes.json")};
+}
 
 TestCase parse_case(std::string_view text, const ReportFrame& frame) {
     CaseBuilder builder(frame);

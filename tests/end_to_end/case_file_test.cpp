@@ -8,7 +8,10 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-const ReportFrame frame = {"k: @KERNELS@, m: @MEMTRANSFERS@, @VERSION@\n", "2026.1"};
+const ReportFrame frame = {"k: @KERNELS@, m: @MEMTRANSFERS@, @VERSION@\n", "2026.1", "<board/>", "b\n"};
+
+// The section that a package gets if it has none of its own.
+const auto board = Pair(".zan.board_spec.xml", "<board/>");
 
 TestCase parse(const std::string& text) {
     return parse_case("# Title\n" + text, frame);
@@ -38,7 +41,7 @@ TEST(CaseFile, ATitleAloneExpectsNothing) {
 TEST(CaseFile, SectionsMakeThePackageInTheirOrder) {
     const TestCase test = parse("--- section b\none\ntwo\n--- section a\n");
     ASSERT_TRUE(test.package);
-    EXPECT_THAT(*test.package, ElementsAre(Pair("b", "one\ntwo\n"), Pair("a", "")));
+    EXPECT_THAT(*test.package, ElementsAre(Pair("b", "one\ntwo\n"), Pair("a", ""), board));
 }
 
 TEST(CaseFile, AnEmptyPackageIsAPackage) {
@@ -51,7 +54,7 @@ TEST(CaseFile, ThePlainPackageHasAVersionAndAClock) {
     const TestCase test = parse("--- plain package\n");
     ASSERT_TRUE(test.package);
     EXPECT_THAT(*test.package, ElementsAre(Pair(".zan.version", "1.0\n"),
-                                           Pair(".zan.velmora_report", "Actual clock freq: 100.0\n")));
+                                           Pair(".zan.velmora_report", "Actual clock freq: 100.0\n"), board));
 }
 
 TEST(CaseFile, InputsHaveAKindANameAndBytes) {
@@ -99,6 +102,16 @@ TEST(CaseFile, TheFrameTakesTheNodesOfItsArrays) {
               "k:\n        [\n            {\n        ], m: \"\", 2026.1\n");
     EXPECT_EQ(parse("--- memtransfers\nx\n").report, "k: \"\", m:\n        [\nx\n        ], 2026.1\n");
     EXPECT_EQ(parse("--- kernels\n").report, "k: \"\", m: \"\", 2026.1\n");
+}
+
+TEST(CaseFile, PackagesWithSectionsHaveABoard) {
+    EXPECT_THAT(*parse("--- section s\nx\n").package, ElementsAre(Pair("s", "x\n"), board));
+    EXPECT_THAT(parse("--- plain package\n").package->back(), board);
+    EXPECT_THAT(*parse("--- empty package\n").package, ElementsAre());
+    EXPECT_THAT(*parse("--- section s\nx\n--- no board\n").package, ElementsAre(Pair("s", "x\n")));
+    EXPECT_THAT(*parse("--- section .zan.board_spec.xml\nx\n").package,
+                ElementsAre(Pair(".zan.board_spec.xml", "x\n")));
+    EXPECT_EQ(parse("--- report\nb: @BOARDS@\n").report, "b:\n        [\nb\n        ]\n");
 }
 
 TEST(CaseFile, FaultsNameTheirLine) {

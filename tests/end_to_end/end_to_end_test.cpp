@@ -24,7 +24,7 @@ const std::filesystem::path program = ZAN_PROGRAM;
 const std::filesystem::path folder_of_cases = ZAN_CASES_FOLDER;
 
 ReportFrame frame() {
-    return {readFile(folder_of_cases.parent_path() / "frame.json"), tly_version};
+    return read_frame(folder_of_cases.parent_path(), tly_version);
 }
 
 TestCase read_case(const std::string& name) {

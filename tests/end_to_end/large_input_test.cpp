@@ -57,8 +57,7 @@ std::string kernel_node(int count) {
 
 // The plain package and its report with these kernel nodes.
 TestCase plain_case(const std::string& kernels) {
-    const ReportFrame frame = {readFile(std::filesystem::path(ZAN_CASES_FOLDER).parent_path() / "frame.json"),
-                               tly_version};
+    const ReportFrame frame = read_frame(std::filesystem::path(ZAN_CASES_FOLDER).parent_path(), tly_version);
     return parse_case("# Large\n--- plain package\n--- kernels\n" + kernels, frame);
 }
 

@@ -47,7 +47,7 @@ std::string status_text(int status) {
         return std::to_string(WEXITSTATUS(status));
     if (WTERMSIG(status) == SIGALRM)
         throw std::runtime_error("the program did not end in time");
-    return "signal";
+    return WTERMSIG(status) == SIGSEGV ? "SIGSEGV" : "signal";
 }
 
 int checked_fork() {

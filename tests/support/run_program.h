@@ -9,7 +9,7 @@
 struct Outcome {
     std::string out;    // standard output
     std::string err;    // standard error
-    std::string status; // the exit status in decimal, or "signal" if a signal ended the program
+    std::string status; // the exit status in decimal, "SIGSEGV", or "signal" for an end by another one
 
     friend bool operator==(const Outcome&, const Outcome&) = default;
     // How a failed test shows it.

@@ -1,0 +1,84 @@
+// From the board description to external memories and the board's node.
+#include <csignal>
+#include <cstdlib>
+#include <memory>
+
+#include "BoardSpecXml.h"
+#include "diagnostics.h"
+#include "tly_json.h"
+#include "tly_parse.h"
+#include "tly_parse_section.h"
+
+namespace {
+
+using zan::board::BoardSpec;
+using zan::board::BoardSpecXmlLoader;
+using zan::board::GlobalMemConfig;
+using zan::board::Interface;
+
+// Ends the process as a read through a null pointer would, whoever has taken, ignored or blocked that signal.
+[[noreturn]] void endBySegmentationFault() {
+    std::signal(SIGSEGV, SIG_DFL);
+    sigset_t fault;
+    sigemptyset(&fault);
+    sigaddset(&fault, SIGSEGV);
+    sigprocmask(SIG_UNBLOCK, &fault, nullptr);
+    std::raise(SIGSEGV);
+    std::abort();
+}
+
+std::vector<std::string> portNames(const Interface& intf) {
+    std::vector<std::string> names;
+    for (unsigned int i = 0; i < intf.get_num_ports(); ++i)
+        names.push_back(intf.get_port_name(i));
+    return names;
+}
+
+// What the report says of a board's memories, by their names.
+struct MemoryMaps {
+    std::unordered_map<std::string, float> max_bandwidths;
+    std::unordered_map<std::string, unsigned int> max_burst_counts;
+};
+
+// Makes the memory that counters refer to. All of its interfaces have one burst count.
+TlyExtMem* makeExtMem(const GlobalMemConfig& described, MemoryMaps& maps) {
+    const std::string& name = described.get_name();
+    maps.max_bandwidths[name] = described.get_max_bandwidth();
+    auto* memory = new TlyExtMem(name, described.get_max_bandwidth());
+    for (unsigned int i = 0; i < described.get_num_intfs(); ++i) {
+        const Interface& intf = described.get_intf(i);
+        memory->add_interface(intf.get_name(), intf.get_data_width(), portNames(intf));
+    }
+    if (described.get_num_intfs() > 0) {
+        maps.max_burst_counts[name] = described.get_max_burst_count();
+        memory->set_max_burst_count(described.get_max_burst_count());
+    }
+    return memory;
+}
+
+} // namespace
+
+int parseBoardXMLFile(ptree* tree, const char* packagePath,
+                      std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    const PackageSection section = readSection(".zan.board_spec.xml", packagePath);
+    if (!section.text) {
+        diagnose("Error: unable to get board xml zanx section\n");
+        return 1;
+    }
+    const std::unique_ptr<BoardSpec> spec(BoardSpecXmlLoader(false, false).load_xml(section.text.get()));
+    // Callers know a board that can't be loaded by this end; what is wrong with it is told nowhere.
+    if (!spec)
+        endBySegmentationFault();
+    MemoryMaps maps;
+    for (const auto& described : spec->get_global_mem_configs()) {
+        // A second memory of a name is in the maps, but the first one keeps its place; the second belongs to
+        // nobody, and lives as long as the run.
+        if (!extMems.try_emplace(described->get_name(), makeExtMem(*described, maps)).second)
+            diagnose(
+                "Warning: trying to insert new global memory object with a name that already belongs to "
+                "an existing global memory. Global memory names must be unique\n");
+    }
+    ptree board = getBoardJSON(spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
+    append_node(tree->get_child("boards.nodes"), "", board);
+    return 0;
+}
