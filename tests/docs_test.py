@@ -27,9 +27,9 @@ class Docs(unittest.TestCase):
                     self.assertTrue((page.parent / target).exists())
 
     def test_the_piece_of_a_report_in_the_readme_is_in_the_report_of_the_sample(self):
-        piece = next(block for block in blocks((TOP / "README.md").read_text()) if '"start_time"' in block)
+        piece = next(block for block in blocks((TOP / "README.md").read_text()) if '"bandwidth_samples"' in block)
         report = (TOP / "samples" / "vector_add" / "expected_report.json").read_text()
-        self.assertIn(textwrap.indent(piece, " " * 16), report)
+        self.assertIn(textwrap.indent(piece, " " * 28), report)
 
     def test_lines_of_a_monitor_file_shown_with_the_sample_are_in_it(self):
         sample = TOP / "samples" / "vector_add"
