@@ -31,10 +31,20 @@ class Docs(unittest.TestCase):
         report = (TOP / "samples" / "vector_add" / "expected_report.json").read_text()
         self.assertIn(textwrap.indent(piece, " " * 28), report)
 
-    def test_lines_of_a_monitor_file_shown_with_the_sample_are_in_it(self):
-        sample = TOP / "samples" / "vector_add"
-        shown = next(block for block in blocks((sample / "README.md").read_text()) if "vector_add,8000" in block)
-        self.assertIn(shown, (sample / "profile.mon").read_text())
+    def test_lines_of_files_shown_with_a_sample_are_in_them(self):
+        shown_lines = {"profile.mon": r"\d+,\d+,.*", "sections/profiler.xml": r"\s*<.*>"}
+        for page in (TOP / "samples").glob("*/README.md"):
+            shown = [line for block in blocks(page.read_text()) for line in block.splitlines()]
+            for file, form in shown_lines.items():
+                lines = {line.strip() for line in (page.parent / file).read_text().splitlines()}
+                for line in shown:
+                    if re.fullmatch(form, line):
+                        with self.subTest(sample=page.parent.name, file=file, line=line):
+                            self.assertIn(line.strip(), lines)
+
+    def test_the_table_of_samples_has_them_all(self):
+        named = re.findall(r"^\| \[(\w+)\]\(\1\)", (TOP / "samples" / "README.md").read_text(), re.MULTILINE)
+        self.assertCountEqual(named, [page.parent.name for page in (TOP / "samples").glob("*/profile.mon")])
 
     def test_the_commands_that_pages_name_are_commands_of_dev(self):
         commands = set(re.findall(r"^command_(\w+)\(\)", (TOP / "dev").read_text(), re.MULTILINE))
