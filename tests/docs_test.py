@@ -28,7 +28,7 @@ class Docs(unittest.TestCase):
 
     def test_the_piece_of_a_report_in_the_readme_is_in_the_report_of_the_sample(self):
         piece = next(block for block in blocks((TOP / "README.md").read_text()) if '"bandwidth_samples"' in block)
-        report = (TOP / "samples" / "vector_add" / "expected_report.json").read_text()
+        report = (TOP / "samples" / "image_pipeline" / "expected_report.json").read_text()
         self.assertIn(textwrap.indent(piece, " " * 28), report)
 
     def test_lines_of_files_shown_with_a_sample_are_in_them(self):
