@@ -35,7 +35,7 @@ class CompileVisitor : public BoardSectionVisitor {
     bool leave_auto_migration_elem(const XMLElement& elem);
     bool has_named_configs() const;
 
-    CompileConfig* m_config = nullptr; // the one that is being read; the spec owns it
+    CompileConfig* m_config = nullptr; // the one that is being read; the board owns it
 };
 
 // The configuration that a document of version 0.9 stands for.

@@ -9,7 +9,7 @@ namespace zan::board::xml {
 // addresses only if one is the other's secondary.
 const char* find_global_mem_conflict(const BoardSpec& spec);
 
-// The first entry of a memory's list of accessible memories that names none, or null. It belongs to the spec.
+// The first entry of a memory's list of accessible memories that names none, or null. It belongs to `spec`.
 const std::string* find_unknown_can_access(const BoardSpec& spec);
 
 } // namespace zan::board::xml

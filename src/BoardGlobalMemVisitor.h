@@ -30,7 +30,7 @@ class GlobalMemVisitor : public BoardSectionVisitor {
     bool read_config_addr(const XMLElement& elem);
     bool check_interfaces(const XMLElement& elem);
 
-    GlobalMemConfig* m_gmem = nullptr; // the one that is being read; the spec owns it
+    GlobalMemConfig* m_gmem = nullptr; // the one that is being read; the board owns it
 };
 
 } // namespace zan::board::xml

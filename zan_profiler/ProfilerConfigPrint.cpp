@@ -1,4 +1,6 @@
 // The text of a profiler description. Odd as some of it is, tools compare it.
+#include <concepts>
+
 #include "ProfilerConfig.h"
 
 namespace zan::profiler {
@@ -12,10 +14,14 @@ constexpr const char* indent_8 = "        ";
 constexpr const char* indent_10 = "          ";
 constexpr const char* indent_12 = "            ";
 
-// Values in the order of the names; nothing is escaped.
-template <typename Value>
-void print_attribute(std::ostream& os, const char* name, const Value& value) {
+// Nothing is escaped.
+void print_attribute(std::ostream& os, const char* name, const std::string& value) {
     os << ' ' << name << "=\"" << value << '"';
+}
+
+// In decimal, whatever the stream is set to.
+void print_attribute(std::ostream& os, const char* name, std::integral auto value) {
+    print_attribute(os, name, std::to_string(value));
 }
 
 // The name of a record that may be missing.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "BoardSpecXml.h"
+#include "load_result.h"
 
 namespace zan::test {
 
@@ -51,19 +52,10 @@ inline std::string memory_at(const std::string& name, const std::string& address
            "type='agent' width='512' address='" + address + "' size='" + size + "'/></global_mem>";
 }
 
-struct LoadedBoard {
-    std::unique_ptr<board::BoardSpec> spec;
-    std::vector<std::string> errors;
-};
+using LoadedBoard = Loaded<board::BoardSpec>;
 
 inline LoadedBoard load(const std::string& text, bool skip_global_mem_checks = false) {
-    board::BoardSpecXmlLoader loader(false, skip_global_mem_checks);
-    LoadedBoard loaded;
-    loaded.spec.reset(loader.load_xml(text.c_str()));
-    for (unsigned int i = 0; i < loader.get_num_errors(); ++i)
-        loaded.errors.push_back(loader.get_error(i));
-    EXPECT_EQ(loader.get_num_warnings(), 0u);
-    return loaded;
+    return load_with<board::BoardSpec>(board::BoardSpecXmlLoader(false, skip_global_mem_checks), text);
 }
 
 inline LoadedBoard load(const BoardDocument& document) {
@@ -74,16 +66,8 @@ inline LoadedBoard load(const BoardDocument& document) {
 inline std::unique_ptr<board::BoardSpec> load_good(const BoardDocument& document) {
     LoadedBoard loaded = load(document);
     EXPECT_THAT(loaded.errors, testing::IsEmpty());
-    EXPECT_TRUE(loaded.spec);
-    return std::move(loaded.spec);
-}
-
-// Entries of the error list.
-inline std::string at_line(int line, const std::string& text) {
-    return "Error in '[mem]', line " + std::to_string(line) + "\n" + text + "\n";
-}
-inline std::string of_document(const std::string& text) {
-    return "Error in '[mem]':\n" + text + "\n";
+    EXPECT_TRUE(loaded.model);
+    return std::move(loaded.model);
 }
 
 // One fault: what it changes, and the whole error list that it gives.

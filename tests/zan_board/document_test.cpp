@@ -18,7 +18,7 @@ TEST_P(BoardFault, GivesExactlyTheseErrorsAndNoBoard) {
     GetParam().change(document);
     const LoadedBoard loaded = load(document);
     EXPECT_THAT(loaded.errors, ElementsAreArray(GetParam().errors));
-    EXPECT_FALSE(loaded.spec);
+    EXPECT_FALSE(loaded.model);
 }
 
 using D = BoardDocument;
@@ -46,23 +46,23 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         FaultCase{"Device",
                   [](D& d) { d.device = ""; },
-                  {of_document("Missing device configuration (<device>) in board specification.")}},
+                  {without_line("Missing device configuration (<device>) in board specification.")}},
         FaultCase{"AllOfThem",
                   [](D& d) { d.device = d.memory = d.host = d.interfaces = d.compile = ""; },
-                  {of_document("Missing device configuration (<device>) in board specification.")}},
+                  {without_line("Missing device configuration (<device>) in board specification.")}},
         FaultCase{
             "GlobalMem",
             [](D& d) { d.memory = d.host = d.interfaces = d.compile = ""; },
-            {of_document("Missing global memory configuration (<global_mem>) in board specification.")}},
+            {without_line("Missing global memory configuration (<global_mem>) in board specification.")}},
         FaultCase{"Host",
                   [](D& d) { d.host = d.interfaces = d.compile = ""; },
-                  {of_document("Missing host configuration (<host>) in board specification.")}},
+                  {without_line("Missing host configuration (<host>) in board specification.")}},
         FaultCase{"Interfaces",
                   [](D& d) { d.interfaces = d.compile = ""; },
-                  {of_document("Missing interface configuration (<interfaces>) in board specification.")}},
+                  {without_line("Missing interface configuration (<interfaces>) in board specification.")}},
         FaultCase{"Compile",
                   [](D& d) { d.compile = ""; },
-                  {of_document("Missing compile configuration (<compile>) in board specification.")}}),
+                  {without_line("Missing compile configuration (<compile>) in board specification.")}}),
     name_of);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -159,8 +159,8 @@ INSTANTIATE_TEST_SUITE_P(
                   {at_line(5, "Unexpected element 'x'.")}},
         FaultCase{"NoConfig",
                   [](D& d) { d.host = "<host/>"; },
-                  {of_document("Missing kernel configuration (<kernel_config>) in host specification "
-                               "(<host>).")}},
+                  {without_line("Missing kernel configuration (<kernel_config>) in host specification "
+                                "(<host>).")}},
         FaultCase{"ConfigTwice",
                   [](D& d) {
                       d.host =
@@ -277,7 +277,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {at_line(8, "Unexpected element 'port'.")}},
         FaultCase{"NoClockReset",
                   [](D& d) { d.interfaces = "<interfaces>" + interface_with("") + "</interfaces>"; },
-                  {of_document("Missing kernel clock-reset interface (<kernel_clk_reset>).")}},
+                  {without_line("Missing kernel clock-reset interface (<kernel_clk_reset>).")}},
         FaultCase{"ClockResetTwice",
                   [](D& d) {
                       d.interfaces =
@@ -323,8 +323,8 @@ TEST(BoardDocument, AGoodOneGivesAllOfItsSections) {
 TEST(BoardDocument, SectionsMayComeInAnyOrder) {
     const BoardDocument d;
     const std::string text = d.board + d.interfaces + d.memory + d.host + d.compile + d.device + "</board>";
-    EXPECT_TRUE(load(text).spec);
-    EXPECT_FALSE(load(text).spec->has_channel_config()); // the one section that may be absent
+    EXPECT_TRUE(load(text).model);
+    EXPECT_FALSE(load(text).model->has_channel_config()); // the one section that may be absent
 }
 
 TEST(BoardDocument, Versions) {
@@ -353,8 +353,8 @@ TEST(BoardDocument, Versions) {
         const LoadedBoard loaded = load(document);
         if (expected.version != 0.0f) {
             EXPECT_THAT(loaded.errors, IsEmpty()) << expected.text;
-            ASSERT_TRUE(loaded.spec) << expected.text;
-            EXPECT_EQ(loaded.spec->get_version().value(), expected.version) << expected.text;
+            ASSERT_TRUE(loaded.model) << expected.text;
+            EXPECT_EQ(loaded.model->get_version().value(), expected.version) << expected.text;
         } else {
             EXPECT_THAT(loaded.errors, ElementsAre(at_line(2, "Unsupported version string.")))
                 << expected.text;
@@ -377,13 +377,13 @@ TEST(BoardDocument, AnotherRootIsUnexpectedAndNothingElseIsChecked) {
 
 TEST(BoardDocument, ATextWithoutARootMissesItsDevice) {
     EXPECT_THAT(load("<!-- nothing -->").errors,
-                ElementsAre(of_document("Missing device configuration (<device>) in board specification.")));
+                ElementsAre(without_line("Missing device configuration (<device>) in board specification.")));
 }
 
 TEST(BoardDocument, WhatIsNoXmlIsTheParsersError) {
     const LoadedBoard loaded = load("<board");
     EXPECT_THAT(loaded.errors, ElementsAre(testing::StartsWith("XML error: ")));
-    EXPECT_FALSE(loaded.spec);
+    EXPECT_FALSE(loaded.model);
 }
 
 TEST(BoardDocument, ALogicCellCountsTwice) {

@@ -233,7 +233,7 @@ TEST(GlobalMemInterface, ErrorsOfAnInterfaceAreToldOnce) {
 
 // ---- Several memories
 
-const std::string overlap = of_document("Global memory regions overlap.");
+const std::string overlap = without_line("Global memory regions overlap.");
 
 TEST(GlobalMems, OverlapsAreRefusedButForOneByte) {
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x1000") + memory_at("b", "0x1000", "0x1000")),
@@ -252,10 +252,10 @@ TEST(GlobalMems, OverlapsAreRefusedButForOneByte) {
 TEST(GlobalMems, ALoadMayDoWithoutTheComparison) {
     const BoardDocument overlapping =
         with_memories(memory_at("a", "0", "0x2000") + memory_at("b", "0x1000", "0x2000"));
-    EXPECT_TRUE(load(overlapping.text(), true).spec);
+    EXPECT_TRUE(load(overlapping.text(), true).model);
     BoardDocument custom = overlapping;
     custom.board = "<board version='14.1' name='custom_ipa'>";
-    EXPECT_TRUE(load(custom).spec);
+    EXPECT_TRUE(load(custom).model);
 }
 
 TEST(GlobalMems, TwoOfOneNameMayStandSideBySide) {
@@ -272,7 +272,7 @@ TEST(GlobalMems, ASecondaryLiesOnItsPrimary) {
 
 TEST(GlobalMems, ASecondaryHasTheRangeAndKindOfItsPrimaryAndIsListedThere) {
     const std::string primary = memory_at("p", "0", "0x1000", "can_access='s'");
-    const auto of_message = [](const std::string& text) { return ElementsAre(of_document(text)); };
+    const auto of_message = [](const std::string& text) { return ElementsAre(without_line(text)); };
     const auto ranges = of_message("Primary and secondary memory interfaces have different address ranges.");
     EXPECT_THAT(errors_of_memories(primary + memory_at("s", "0", "0x1001", "primary_interface='p'")), ranges);
     EXPECT_THAT(errors_of_memories(memory_at("s", "1", "0xfff", "primary_interface='p'") + primary), ranges);
@@ -287,13 +287,13 @@ TEST(GlobalMems, ASecondaryHasTheRangeAndKindOfItsPrimaryAndIsListedThere) {
 TEST(GlobalMems, APrimaryIsNoSecondary) {
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='b'") +
                                    memory_at("b", "0", "1", "primary_interface='c'")),
-                ElementsAre(of_document("Interface cannot be a primary and a secondary interface.")));
+                ElementsAre(without_line("Interface cannot be a primary and a secondary interface.")));
 }
 
 TEST(GlobalMems, TwoSecondariesOfOneNameAreRefused) {
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='p'") +
                                    memory_at("a", "8", "1", "primary_interface='q'")),
-                ElementsAre(of_document(
+                ElementsAre(without_line(
                     "Two secondary memory interfaces to the same primary interface is not allowed.")));
 }
 
@@ -305,7 +305,7 @@ TEST(GlobalMems, TwoSecondariesOfOnePrimaryOverlap) {
 }
 
 TEST(GlobalMems, APrimaryThatIsNotThereIsToldBehindOverlaps) {
-    const std::string unknown = of_document("Global memory named in primary_interface does not exist.");
+    const std::string unknown = without_line("Global memory named in primary_interface does not exist.");
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='x'")), ElementsAre(unknown));
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface=''")), ElementsAre(unknown));
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x10", "primary_interface='x'") +
@@ -317,17 +317,17 @@ TEST(GlobalMems, AccessibleMemoriesMustBeThere) {
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access='a,b'") + memory_at("b", "8", "1")),
                 IsEmpty()); // a memory may name itself
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access='a, b'") + memory_at("b", "8", "1")),
-                ElementsAre(of_document(
+                ElementsAre(without_line(
                     "No valid memory interface matching can_access list entry ' b'."))); // nothing is trimmed
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access='a,'")), IsEmpty());
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access=',a'")),
-                ElementsAre(of_document("No valid memory interface matching can_access list entry ''.")));
+                ElementsAre(without_line("No valid memory interface matching can_access list entry ''.")));
 }
 
 TEST(GlobalMems, AccessIsCheckedInAnyLoad) {
     const BoardDocument document = with_memories(memory_at("a", "0", "1", "can_access='x'"));
     const auto unknown =
-        ElementsAre(of_document("No valid memory interface matching can_access list entry 'x'."));
+        ElementsAre(without_line("No valid memory interface matching can_access list entry 'x'."));
     EXPECT_THAT(load(document.text(), true).errors, unknown);
     BoardDocument custom = document;
     custom.board = "<board version='14.1' name='custom_ipa'>";

@@ -27,7 +27,7 @@ std::string whole_document() {
 // A refused text has a message, but for an encoding that is too large.
 void load_any(const std::string& text) {
     const LoadedBoard loaded = load(text);
-    if (loaded.spec) {
+    if (loaded.model) {
         EXPECT_TRUE(loaded.errors.empty()) << text.substr(0, 1000);
     }
 }
@@ -35,14 +35,14 @@ void load_any(const std::string& text) {
 TEST(HostileBoard, TheWholeDocumentItselfIsGood) {
     const LoadedBoard loaded = load(whole_document());
     EXPECT_THAT(loaded.errors, testing::IsEmpty());
-    EXPECT_TRUE(loaded.spec);
+    EXPECT_TRUE(loaded.model);
 }
 
 TEST(HostileBoard, CutAtEveryByteItIsNoBoard) {
     const std::string text = whole_document();
     const std::size_t end = text.find("</board>") + 8;
     for (std::size_t size = 0; size < end; ++size)
-        EXPECT_FALSE(load(text.substr(0, size)).spec) << "cut at " << size;
+        EXPECT_FALSE(load(text.substr(0, size)).model) << "cut at " << size;
 }
 
 // Bytes that break an element's name could make a configuration lack a part, which stops the process; the
@@ -78,7 +78,7 @@ TEST(HostileBoard, DeepNesting) {
         "<global_mem max_bandwidth='1'><interface name='i' type='agent' width='8' address='0' "
         "size='1'>" +
         ports + "</interface></global_mem>";
-    EXPECT_FALSE(load(document).spec);
+    EXPECT_FALSE(load(document).model);
 }
 
 TEST(HostileBoard, ExtremeNumbers) {
@@ -92,8 +92,8 @@ TEST(HostileBoard, ExtremeNumbers) {
         "<device device_model=''><used_resources><lcells num='4294967295'/><ffs num='99999999999'/>"
         "<dsps num='0'/><rams num='0'/></used_resources></device>";
     const LoadedBoard loaded = load(document);
-    ASSERT_TRUE(loaded.spec);
-    EXPECT_EQ(loaded.spec->get_device_config().get_used_resources().les, 4294967294u); // twice, in 32 bits
+    ASSERT_TRUE(loaded.model);
+    EXPECT_EQ(loaded.model->get_device_config().get_used_resources().les, 4294967294u); // twice, in 32 bits
 }
 
 TEST(HostileBoard, ManyMemoriesAndLongValues) {
@@ -104,7 +104,7 @@ TEST(HostileBoard, ManyMemoriesAndLongValues) {
     document.device = "<device device_model='" + std::string(5'000'000, 'x') +
                       "'><used_resources><les num='1'/>"
                       "<ffs num='1'/><dsps num='1'/><rams num='1'/></used_resources></device>";
-    EXPECT_TRUE(load(document).spec);
+    EXPECT_TRUE(load(document).model);
 }
 
 } // namespace

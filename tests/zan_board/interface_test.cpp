@@ -139,7 +139,7 @@ TEST_P(InterfaceFault, IsTheOnlyErrorAtTheLineOfTheAttribute) {
     const std::string attribute = std::string("\n") + GetParam().attribute + "='" + GetParam().text + "'";
     const LoadedBoard loaded = load(with_attributes(attribute));
     EXPECT_THAT(loaded.errors, ElementsAre(at_line(9, GetParam().error)));
-    EXPECT_FALSE(loaded.spec);
+    EXPECT_FALSE(loaded.model);
 }
 
 std::string wrong_type(const std::string& attribute) {
@@ -334,11 +334,11 @@ TEST(InterfacePort, AnEncodingThatIsTooLargeFailsWithoutAWord) {
                                " port='a'"));
     };
     const std::string three_bits = "hazard_free_attributes='false' attribute_width='3'";
-    EXPECT_TRUE(with_encoding(three_bits, "7").spec);
-    EXPECT_FALSE(with_encoding(three_bits, "8").spec);
+    EXPECT_TRUE(with_encoding(three_bits, "7").model);
+    EXPECT_FALSE(with_encoding(three_bits, "8").model);
     EXPECT_THAT(with_encoding(three_bits, "8").errors, IsEmpty());
-    EXPECT_TRUE(with_encoding("", "0").spec);
-    EXPECT_FALSE(with_encoding("", "1").spec);
+    EXPECT_TRUE(with_encoding("", "0").model);
+    EXPECT_FALSE(with_encoding("", "1").model);
     EXPECT_THAT(with_encoding("", "1").errors, IsEmpty());
 }
 
