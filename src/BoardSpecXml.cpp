@@ -1,7 +1,5 @@
 #include "BoardSpecXml.h"
 
-#include "BoardVisitor.h"
-
 namespace zan::board {
 
 BoardSpec* BoardSpecXmlLoader::load_file(const char* path) {

@@ -1,8 +1,13 @@
-// Loading board descriptions from XML. docs/board.md tells the format.
+// Loading board descriptions from XML, and the visitors that do it. docs/board.md tells the format.
 #pragma once
 
 #include "BaseXmlLoader.h"
+#include "BoardCompileVisitor.h"
+#include "BoardGlobalMemVisitor.h"
+#include "BoardInterfaceVisitors.h"
+#include "BoardSectionVisitors.h"
 #include "BoardSpec.h"
+#include "BoardVisitor.h"
 
 namespace zan::board {
 

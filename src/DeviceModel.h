@@ -23,7 +23,7 @@ struct DeviceResources {
     DeviceResources() = default;
     // Rounds to the nearest count, halves upwards. What no count can hold becomes the nearest that can, and a
     // NaN 0.
-    explicit DeviceResources(const DeviceResourcesFP& fp);
+    DeviceResources(const DeviceResourcesFP& fp);
 
     unsigned int les = 0;
     unsigned int ffs = 0;

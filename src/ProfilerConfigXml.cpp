@@ -1,7 +1,5 @@
 #include "ProfilerConfigXml.h"
 
-#include "ProfilerConfigVisitors.h"
-
 namespace zan::profiler {
 
 ProfilerConfig* ProfilerConfigXmlLoader::load_file(const char* filename) {

@@ -1,8 +1,9 @@
-// Loading profiler descriptions from XML. docs/profiler.md tells the format.
+// Loading profiler descriptions from XML, and the visitors that do it. docs/profiler.md tells the format.
 #pragma once
 
 #include "BaseXmlLoader.h"
 #include "ProfilerConfig.h"
+#include "ProfilerConfigVisitors.h"
 
 namespace zan::profiler {
 
