@@ -37,8 +37,10 @@ void TlyKernel::add_module_inst(TlyModuleInst* inst) {
 void TlyKernel::set_module_insts(std::vector<TlyModuleInst*> insts) {
     m_module_insts = std::move(insts);
     m_first_of_name.clear();
-    for (TlyModuleInst* inst : m_module_insts)
-        m_first_of_name.try_emplace(inst->name(), inst);
+    for (TlyModuleInst* inst : m_module_insts) {
+        if (inst)
+            m_first_of_name.try_emplace(inst->name(), inst);
+    }
 }
 
 TlyModuleInst* TlyKernel::check_module_exists(const std::string& name) const {

@@ -67,6 +67,7 @@ class TlyKernel {
     std::vector<TlyModuleInst*> get_module_insts() const { return m_module_insts; }
     // The same list without a copy, in the order of adding.
     const std::vector<TlyModuleInst*>& module_insts() const { return m_module_insts; }
+    // Replaces the list, which may hold null where an instance is gone.
     void set_module_insts(std::vector<TlyModuleInst*> insts);
     // Appends an instance, which must not be null. One named after the kernel with "_function_wrapper" behind
     // also becomes the external memory instance. (The report knows the wrapper by another suffix.)

@@ -119,6 +119,16 @@ TEST(TlyKernelDeathTest, AnInstanceMustNotBeNull) {
     EXPECT_DEATH(kernel.add_module_inst(nullptr), "Assertion `inst != nullptr' failed");
 }
 
+TEST(TlyKernel, AListOfInstancesMayHoldNull) {
+    TlyKernel kernel("k");
+    const auto inst = InstBuilder{.function = "k", .name = "a"}.make();
+    kernel.set_module_insts({nullptr, inst.get()});
+    EXPECT_EQ(kernel.get_module_insts(), (std::vector<TlyModuleInst*>{nullptr, inst.get()}));
+    EXPECT_EQ(kernel.check_module_exists("a"), inst.get());
+    kernel.set_module_insts({});
+    EXPECT_EQ(kernel.check_module_exists("a"), nullptr);
+}
+
 TEST(TlyKernel, ResettingKeepsTheStartTimeAndTheInstances) {
     const auto inst = InstBuilder{.function = "reset_kernel", .tags = {"ivalid"}}.make();
     addSample(*inst, {"5"});
