@@ -1,4 +1,4 @@
-/* Design packages: ELF files of the 32-bit class, used as stores of named sections.
+/* Design packages: ELF files of the 32-bit class, used as stores of named sections; and directory streams.
  *
  * Open a package, read and edit it any number of times, close it. Edits reach the file when it is closed.
  * Functions that return int give 1 for success and 0 for failure, unless noted. Nothing is thrown. A null
@@ -77,6 +77,26 @@ int zan_pkg_update_section(zan_pkg_file* pkg, const char* name, const void* data
  * error whatever the show flags. */
 int zan_pkg_add_data_section_from_file(zan_pkg_file* pkg, const char* name, const char* filename);
 int zan_pkg_update_section_from_file(zan_pkg_file* pkg, const char* name, const char* filename);
+
+/* Directory streams: a tree of files and folders as one run of compressed bytes, for instance as a section of
+ * a package. These functions tell each failure on standard error, and leave behind what they have written by
+ * then. Only files and folders are stored; a symbolic link counts as what it points to. docs/stream.md tells
+ * the format. */
+
+/* Packs the files and folders at `paths`, a list that ends with a null, into a stream at `filename`, in place
+ * of what the file held. Names in the stream are the paths as they are given. A file's bytes pass through
+ * memory in one piece. Of a file's size the low 32 bits count: a file of 4 GiB or more is cut without a word.
+ * A failed write of the very last bytes may go unnoticed. */
+int zan_pkg_pack(const char* filename, const char* const* paths);
+
+/* Unpacks the stream at `filename`, or for "-" from standard input, into the folder `directory`, which is
+ * made if it isn't there; the folders above it and above an entry are not. Files that exist are overwritten;
+ * permissions are the process's usual ones. Names in the stream are joined to `directory` as they stand, ".."
+ * too: unpack only what you trust. Gives 2 where there is no memory for a file. */
+int zan_pkg_unpack(const char* filename, const char* directory);
+
+/* The same for a stream of `size` bytes in memory, which must not be null. */
+int zan_pkg_unpack_buffer(const void* buffer, size_t size, const char* directory);
 
 #ifdef __cplusplus
 }
