@@ -41,9 +41,10 @@ class PlainCopy(unittest.TestCase):
         update_copy(TOP, sources)
         options = ["-DCMAKE_BUILD_TYPE=Debug", "-DZAN_BUILD_TESTS=OFF", "-DZAN_BUILD_BENCH=OFF"]
         run("cmake", "-G", "Ninja", "-S", sources, "-B", build, *options)
-        run("cmake", "--build", build, "--target", "zanl-profile-tly", "make_package")
+        run("cmake", "--build", build, "--target", "zanl-profile-tly", "zanl-profile")
         with tempfile.TemporaryDirectory() as folder:
-            run(build / "make_package", sources / SAMPLE, "design.zanx", cwd=folder)
+            toolbox = build / "tools" / "zanl_profile" / "zanl-profile"
+            run(toolbox, "package", "create", "design.zanx", "--from", sources / SAMPLE, cwd=folder)
             files = ["design.zanx", sources / SAMPLE / "profile.mon", "report.json"]
             run(build / "zanl-profile-tly", *files, cwd=folder)
             report = (pathlib.Path(folder) / "report.json").read_text()

@@ -1,0 +1,39 @@
+// All sections of a package at once, and edits whose end is told: for C++ callers who need more than the
+// plain functions give.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "pkg_editor.h"
+
+namespace zan::pkg {
+
+struct SectionInfo {
+    std::string name;
+    std::uint64_t offset; // of its bytes in the file
+    std::size_t size;     // in bytes
+    bool in_file; // whether all its bytes are there; one without contents may claim a size, damage too
+};
+
+// Whether the file is an ELF file of the 32-bit class with a table of section names. Others can be opened for
+// reading, but nothing is found in them, and they must not be opened for writing.
+bool is_package(const zan_pkg_file* pkg);
+
+// All sections that lists show, in order, as the headers tell of them: their bytes are not read. The package
+// must have been opened from a file, and have no edits.
+std::vector<SectionInfo> list_sections(const zan_pkg_file* pkg);
+
+// The package's open file, which stays the package's.
+int file_descriptor(const zan_pkg_file* pkg);
+
+// Writes the edits, has them reach the disk, and closes the package. Gives an empty text, or why that failed;
+// the handle is gone in either case. Nothing is printed.
+std::string close_edited(zan_pkg_file* pkg);
+
+// Closes the package without writing the edits. Nothing is printed.
+void discard_edited(zan_pkg_file* pkg);
+
+} // namespace zan::pkg

@@ -1,0 +1,221 @@
+// Looking into packages: list, show, extract.
+#include <elf.h>
+
+#include <cstring>
+
+#include "toolbox_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+const std::string all_bytes = [] {
+    std::string bytes;
+    for (int i = 0; i < 1000; ++i)
+        bytes += static_cast<char>(i);
+    return bytes;
+}();
+
+class PackageRead : public Toolbox {
+  protected:
+    // Changes the header of a section of a package that the library has made; sections count from 0 here.
+    template <typename Change>
+    void change_header(const std::string& name, std::size_t section, Change change) const {
+        constexpr std::size_t own_sections = 3; // null, names, and the nameless one
+        std::string file = read(name);
+        Elf32_Ehdr header;
+        std::memcpy(&header, file.data(), sizeof header);
+        Elf32_Shdr changed;
+        char* const place = file.data() + header.e_shoff + (own_sections + section) * sizeof changed;
+        std::memcpy(&changed, place, sizeof changed);
+        change(changed);
+        std::memcpy(place, &changed, sizeof changed);
+        write(name, file);
+    }
+};
+
+TEST_F(PackageRead, ListTellsNamesSizesAndMeanings) {
+    make("p.zanx", {{".zan.version", "1\n"},
+                    {".zan.board_spec.xml", std::string(12345, ' ')},
+                    {".zan.velmora_report", "r"},
+                    {".zan.profiler.xml", ""},
+                    {".zan.opt.rpt.xml", "o"},
+                    {".zan.source0", "s"},
+                    {".zan.file.0", "f"},
+                    {"mine", "m"}});
+    EXPECT_EQ(run({"package", "list", "p.zanx"}),
+              (Outcome{"NAME                  SIZE  MEANING\n"
+                       ".zan.version             2  version\n"
+                       ".zan.board_spec.xml  12345  board description\n"
+                       ".zan.velmora_report      1  timing report\n"
+                       ".zan.profiler.xml        0  profiler description\n"
+                       ".zan.opt.rpt.xml         1  optimization report\n"
+                       ".zan.source0             1  kernel source\n"
+                       ".zan.file.0              1  name of a source file\n"
+                       "mine                     1\n",
+                       "", "0"}));
+}
+
+TEST_F(PackageRead, ListGivesJson) {
+    make("p.zanx", {{".zan.version", "1\n"}, {"a\"\n\xFF\xC3\xA4", "x"}});
+    EXPECT_EQ(run({"package", "list", "--json", "p.zanx"}),
+              (Outcome{R"({
+    "package": "p.zanx",
+    "sections": [
+        {
+            "name": ".zan.version",
+            "size": 2,
+            "kind": "version",
+            "meaning": "version"
+        },
+        {
+            "name": "a\"\n)"
+                       "\xEF\xBF\xBD\xC3\xA4" // U+FFFD, then the letter
+                       R"(",
+            "size": 1,
+            "kind": "other",
+            "meaning": ""
+        }
+    ]
+}
+)",
+                       "", "0"}));
+}
+
+TEST_F(PackageRead, APackageWithoutSectionsHasAnEmptyList) {
+    make("p.zanx", {});
+    EXPECT_EQ(run({"package", "list", "p.zanx"}), (Outcome{"NAME  SIZE  MEANING\n", "", "0"}));
+    EXPECT_EQ(run({"package", "list", "p.zanx", "--json"}),
+              (Outcome{"{\n    \"package\": \"p.zanx\",\n    \"sections\": []\n}\n", "", "0"}));
+}
+
+TEST_F(PackageRead, NamesCannotCommandATerminal) {
+    make("p.zanx", {{"a\x1b[2J\n\x7f", ""}});
+    EXPECT_THAT(run({"package", "list", "p.zanx"}).out, HasSubstr("a\\x1B[2J\\x0A\\x7F  "));
+}
+
+TEST_F(PackageRead, ADirectoryStreamIsKnownByItsContents) {
+    write("f", "1");
+    ASSERT_EQ(shell("$T package create p.zanx a=f && $T package pack p.zanx:tree f"), silent_success);
+    EXPECT_THAT(run({"package", "list", "p.zanx"}).out, HasSubstr("  directory stream\n"));
+    EXPECT_THAT(run({"package", "list", "p.zanx", "--json"}).out, HasSubstr("\"kind\": \"stream\""));
+}
+
+TEST_F(PackageRead, ASectionWithoutItsBytesIsDamaged) {
+    make("p.zanx", {{"beyond", "1"}, {"nobits", "1"}, {"good", "1"}});
+    change_header("p.zanx", 0, [](Elf32_Shdr& header) { header.sh_size = 1 << 20; });
+    change_header("p.zanx", 1, [](Elf32_Shdr& header) { header.sh_type = SHT_NOBITS; });
+    EXPECT_EQ(run({"package", "list", "p.zanx"}).out,
+              "NAME       SIZE  MEANING\n"
+              "beyond  1048576  damaged: its bytes are not in the file\n"
+              "nobits        1  damaged: its bytes are not in the file\n"
+              "good          1\n");
+    const Outcome damaged = trouble("can't read section 'beyond' of 'p.zanx': its bytes are not in the file");
+    EXPECT_EQ(run({"package", "show", "p.zanx", "beyond"}), damaged);
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}), damaged);
+    EXPECT_EQ(run({"package", "copy", "p.zanx", "p.zanx", "beyond"}), damaged);
+    EXPECT_EQ(run({"package", "unpack", "p.zanx:beyond", "-o", "d"}), damaged);
+    EXPECT_FALSE(exists("d"));
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "good", "-o", "d"}), silent_success);
+    EXPECT_EQ(tree("d"), (Tree{{"good", "1"}}));
+}
+
+TEST_F(PackageRead, WhatIsNoPackageIsTold) {
+    write("text", "no package\n");
+    write("empty", "");
+    const std::string reason = " is no package: it is no ELF file of the 32-bit class with named sections";
+    for (const char* command : {"list", "show"}) {
+        std::vector<std::string> arguments = {"package", command, "text"};
+        if (std::string(command) == "show")
+            arguments.push_back("a");
+        EXPECT_EQ(run(arguments), trouble("'text'" + reason));
+        arguments[2] = "empty";
+        EXPECT_EQ(run(arguments), trouble("'empty'" + reason));
+        arguments[2] = "none";
+        EXPECT_EQ(run(arguments), trouble("can't open 'none': No such file or directory"));
+        arguments[2] = ".";
+        EXPECT_EQ(run(arguments), trouble("can't open '.': Is a directory"));
+    }
+    EXPECT_EQ(run({"package", "list", ZAN_TOOLBOX}), trouble(std::string("'") + ZAN_TOOLBOX + "'" + reason));
+}
+
+TEST_F(PackageRead, ShowGivesTheBytesAsTheyAre) {
+    make("p.zanx", {{"a", all_bytes}, {"empty", ""}, {"text", "no newline"}});
+    EXPECT_TRUE(run({"package", "show", "p.zanx", "a"}) == (Outcome{all_bytes, "", "0"}));
+    EXPECT_EQ(run({"package", "show", "p.zanx", "empty"}), silent_success);
+    EXPECT_EQ(run({"package", "show", "p.zanx", "text"}), (Outcome{"no newline", "", "0"}));
+    // Through a pipe, which bytes go another way.
+    EXPECT_TRUE(shell("$T package show p.zanx a | cat") == (Outcome{all_bytes, "", "0"}));
+}
+
+TEST_F(PackageRead, OfTwoSectionsOfANameTheFirstIsMeant) {
+    make("p.zanx", {{"a", "1"}, {"b", "22"}});
+    std::string file = read("p.zanx");
+    file[file.find(std::string("\0b\0", 3)) + 1] = 'a'; // in the table of names
+    write("p.zanx", file);
+    EXPECT_EQ(run({"package", "list", "p.zanx"}).out, "NAME  SIZE  MEANING\na        1\na        2\n");
+    EXPECT_EQ(run({"package", "show", "p.zanx", "a"}).out, "1");
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}), silent_success);
+    EXPECT_EQ(tree("d"), (Tree{{"a", "1"}, {"a%~2", "22"}}));
+}
+
+TEST_F(PackageRead, ASectionThatIsNotThereIsANo) {
+    make("p.zanx", {{"a", "1"}});
+    const Outcome no = says_no("'p.zanx' has no section 'b'");
+    EXPECT_EQ(run({"package", "show", "p.zanx", "b"}), no);
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d", "a", "b"}), no);
+    EXPECT_FALSE(exists("d"));
+}
+
+TEST_F(PackageRead, ExtractWritesEachSectionIntoAFile) {
+    make("p.zanx", {{".zan.version", "1\n"}, {"a", all_bytes}, {"empty", ""}});
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "some/folder"}), silent_success);
+    EXPECT_TRUE(tree("some/folder") == (Tree{{".zan.version", "1\n"}, {"a", all_bytes}, {"empty", ""}}));
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "empty", "a", "a", "--output", "other"}), silent_success);
+    EXPECT_TRUE(tree("other") == (Tree{{"a", all_bytes}, {"a%~2", all_bytes}, {"empty", ""}}));
+}
+
+TEST_F(PackageRead, ExtractReplacesFilesOfItsNames) {
+    make("p.zanx", {{"a", "new"}});
+    write("d/a", "something older and longer");
+    write("d/b", "kept");
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}), silent_success);
+    EXPECT_EQ(tree("d"), (Tree{{"a", "new"}, {"b", "kept"}}));
+}
+
+TEST_F(PackageRead, NamesOfSectionsCannotLeadOutOfTheFolder) {
+    const std::string long_name(4096, 'n');
+    make("p.zanx", {{"/etc/a", "1"},
+                    {"../b", "2"},
+                    {"..", "3"},
+                    {".", "4"},
+                    {"50%", "5"},
+                    {"c\n\x7f", "6"},
+                    {long_name, "7"},
+                    {long_name.substr(1), "8"}});
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}), silent_success);
+    const std::string cut(220, 'n');
+    EXPECT_EQ(tree(), (Tree{{"p.zanx", read("p.zanx")},
+                            {"d/", ""},
+                            {"d/%2Fetc%2Fa", "1"},
+                            {"d/..%2Fb", "2"},
+                            {"d/%2E%2E", "3"},
+                            {"d/%2E", "4"},
+                            {"d/50%25", "5"},
+                            {"d/c%0A%7F", "6"},
+                            {"d/" + cut + "%~1", "7"},
+                            {"d/" + cut + "%~2", "8"}}));
+}
+
+TEST_F(PackageRead, ExtractLeavesNoPartOfAFile) {
+    make("p.zanx", {{"a", "1"}, {"b", std::string(3000, 'b')}});
+    // Files may not grow above 2048 bytes, which is told to the program as an error and not by a signal.
+    const Outcome outcome = shell("trap '' XFSZ; ulimit -f 2; $T package extract p.zanx -o d");
+    EXPECT_EQ(outcome.status, "2");
+    EXPECT_THAT(outcome.err, HasSubstr("File too large"));
+    EXPECT_EQ(tree("d"), (Tree{{"a", "1"}}));
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "p.zanx/d"}),
+              trouble("can't make the folder 'p.zanx/d': Not a directory"));
+}
+
+} // namespace

@@ -1,0 +1,179 @@
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+
+#include "failure.h"
+#include "tly_constants.h"
+
+namespace zan::tool {
+
+namespace {
+
+constexpr const char* program_name = "zanl-profile";
+
+// The commands of the toolbox; each has others below it.
+constexpr Command toolbox_commands[] = {
+    {"package", "look into design packages, make and change them", define_package_commands},
+};
+
+std::vector<std::string> command_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+std::vector<std::string> option_names(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    }
+    return names;
+}
+
+std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
+    const std::string nearest = nearest_word(word, words);
+    return nearest.empty() ? "" : "; did you mean " + in_quotes(nearest) + "?";
+}
+
+// The command that the arguments lead to: the program itself, or the last one that they name. Throws Failure
+// for a word where a command should stand.
+const CLI::App& command_meant(const CLI::App& program, const std::vector<std::string>& arguments) {
+    const CLI::App* app = &program;
+    for (const std::string& word : arguments) {
+        const auto names = command_names(*app);
+        if (names.empty() || word.starts_with('-'))
+            break;
+        if (std::ranges::find(names, word) == names.end())
+            throw Failure("unknown command " + in_quotes(word) + suggestion(word, names));
+        app = app->get_subcommand(word);
+    }
+    return *app;
+}
+
+std::string full_name(const CLI::App& app) {
+    const CLI::App* const parent = app.get_parent();
+    return parent ? full_name(*parent) + " " + app.get_name() : app.get_name();
+}
+
+// What the parser says, with the option that may have been meant.
+std::string wrong_use(const CLI::App& app, const std::vector<std::string>& arguments,
+                      const CLI::ParseError& error) {
+    const auto names = option_names(app);
+    for (const std::string& word : arguments) {
+        const std::string option = word.substr(0, word.find('='));
+        if (option.starts_with("--") && std::ranges::find(names, option) == names.end())
+            return "unknown option " + in_quotes(option) + suggestion(option, names);
+    }
+    return command_names(app).empty() ? printable(error.what()) : "no command is given";
+}
+
+int fail(const std::string& text, int status) {
+    std::fprintf(stderr, "%s: %s\n", program_name, text.c_str());
+    return status;
+}
+
+int print_text(const std::string& text) {
+    if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) != 0)
+        throw system_failure("can't write to standard output");
+    return 0;
+}
+
+int run(CLI::App& program, std::vector<std::string> arguments) {
+    const CLI::App& command = command_meant(program, arguments);
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as the parser wants them
+    try {
+        program.parse(std::move(reversed));
+        return 0;
+    } catch (const CLI::CallForHelp&) {
+        return print_text(command.help(command.get_parent() ? full_name(*command.get_parent()) : ""));
+    } catch (const CLI::CallForVersion&) {
+        return print_text(std::string(program_name) + " " + tly_version + "\n");
+    } catch (const CLI::ParseError& error) {
+        fail(wrong_use(command, arguments, error), status_trouble);
+        std::fprintf(stderr, "see '%s --help'\n", full_name(command).c_str());
+        return status_trouble;
+    }
+}
+
+} // namespace
+
+void add_commands(CLI::App& app, std::span<const Command> commands) {
+    app.require_subcommand(1);
+    for (const Command& command : commands)
+        command.define(*app.add_subcommand(command.name, command.summary));
+}
+
+std::string nearest_word(const std::string& word, const std::vector<std::string>& words) {
+    constexpr std::size_t near_enough = 2;
+    std::string nearest;
+    std::size_t least = near_enough + 1;
+    for (const std::string& candidate : words) {
+        // rows[i][j]: how far the first i letters of the word are from the first j of the candidate.
+        std::vector<std::vector<std::size_t>> rows(word.size() + 1,
+                                                   std::vector<std::size_t>(candidate.size() + 1));
+        for (std::size_t i = 0; i <= word.size(); ++i) {
+            for (std::size_t j = 0; j <= candidate.size(); ++j) {
+                if (i == 0 || j == 0) {
+                    rows[i][j] = i + j;
+                    continue;
+                }
+                const bool same = word[i - 1] == candidate[j - 1];
+                rows[i][j] =
+                    std::min({rows[i - 1][j] + 1, rows[i][j - 1] + 1, rows[i - 1][j - 1] + (same ? 0 : 1)});
+                if (i > 1 && j > 1 && word[i - 1] == candidate[j - 2] && word[i - 2] == candidate[j - 1])
+                    rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
+            }
+        }
+        const std::size_t distance = rows[word.size()][candidate.size()];
+        if (distance < least && distance < candidate.size()) {
+            least = distance;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+namespace {
+
+// The parser's words for the parts of a help page, in ours.
+void label_help(CLI::App& program) {
+    constexpr std::pair<const char*, const char*> labels[] = {
+        {"SUBCOMMAND", "COMMAND"},
+        {"SUBCOMMANDS", "COMMANDS"},
+        {"Subcommands", "Commands"},
+        {"Positionals", "Arguments"},
+        {"TEXT", ""},
+        {"REQUIRED", ""},
+    };
+    for (const auto& [key, label] : labels)
+        program.get_formatter()->label(key, label);
+    program.set_help_flag("-h,--help", "print this help");
+}
+
+} // namespace
+
+int run_toolbox(int argc, const char* const* argv) {
+    try {
+        CLI::App program("Looks into what a profiled FPGA design has left behind.", program_name);
+        label_help(program);
+        program.set_version_flag("--version", std::string(), "print the version");
+        add_commands(program, toolbox_commands);
+        std::vector<std::string> arguments;
+        if (argc > 0)
+            arguments.assign(argv + 1, argv + argc);
+        return run(program, std::move(arguments));
+    } catch (const Failure& failure) {
+        return fail(failure.what(), failure.status());
+    } catch (const std::bad_alloc&) {
+        return fail("there is not enough memory", status_trouble);
+    } catch (const std::exception& error) {
+        return fail(error.what(), status_trouble);
+    }
+}
+
+} // namespace zan::tool

@@ -1,0 +1,32 @@
+// How a command ends early.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace zan::tool {
+
+// Exit statuses of the toolbox; 0 is for all well.
+constexpr int status_no = 1;      // what was asked for isn't there
+constexpr int status_trouble = 2; // wrong use, or input and output that can't be read or written
+
+// Ends the command with the status; the text is shown on standard error, behind the program's name.
+class Failure : public std::runtime_error {
+  public:
+    explicit Failure(const std::string& text, int status = status_trouble)
+        : std::runtime_error(text), m_status(status) {}
+    int status() const { return m_status; }
+
+  private:
+    int m_status;
+};
+
+// A failure of a system call, with errno's reason: "can't open 'design.zanx': No such file or directory".
+Failure system_failure(const std::string& what);
+
+// A text of the user's or of a file, in quotes, with what a terminal would take for a command shown as \xNN.
+std::string in_quotes(const std::string& text);
+// The same without the quotes.
+std::string printable(const std::string& text);
+
+} // namespace zan::tool

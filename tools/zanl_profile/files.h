@@ -1,0 +1,99 @@
+// Files as the commands use them: every call is checked, and a failure names the file and the reason.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace zan::tool {
+
+// The name of standard input, or output, where a file is asked for.
+constexpr const char* standard_stream = "-";
+
+// An open file that is closed with it.
+class Descriptor {
+  public:
+    Descriptor() = default;
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_fd, other.m_fd);
+        return *this;
+    }
+    ~Descriptor();
+    int get() const { return m_fd; }
+    // Closes it now; false, with errno set, if what was written may be lost.
+    bool close();
+
+  private:
+    int m_fd = -1;
+};
+
+// Bytes in memory that own their storage: whole pages of the system's, since a package has many sections of
+// many pages each, and a heap would put something of its own beside every one.
+class FileBytes {
+  public:
+    FileBytes() = default;
+    // Room for that many bytes, all zero. Throws std::bad_alloc.
+    explicit FileBytes(std::size_t size);
+    FileBytes(FileBytes&& other) noexcept
+        : m_data(std::exchange(other.m_data, nullptr)), m_size(std::exchange(other.m_size, 0)) {}
+    FileBytes& operator=(FileBytes&& other) noexcept {
+        std::swap(m_data, other.m_data);
+        std::swap(m_size, other.m_size);
+        return *this;
+    }
+    ~FileBytes();
+
+    // Null if there are no bytes.
+    char* data() const { return m_data; }
+    std::size_t size() const { return m_size; }
+    // Makes room for more bytes, or gives some up; the others stay. Throws std::bad_alloc.
+    void resize(std::size_t size);
+
+  private:
+    char* m_data = nullptr;
+    std::size_t m_size = 0;
+};
+
+// All bytes of a file, of a pipe, or for "-" of standard input. Throws Failure, for a file of more than
+// `max_size` bytes before it is read.
+FileBytes read_bytes(const std::string& path, std::uint64_t max_size);
+// `size` bytes from `offset` on; `name` is shown in a Failure, as where there are fewer.
+FileBytes read_range(int fd, std::uint64_t offset, std::size_t size, const std::string& name);
+
+// Writes all bytes. Throws Failure, naming `name`.
+void write_all(int fd, const void* data, std::size_t size, const std::string& name);
+// Copies `size` bytes at `offset` of one file to where the other one stands, inside the kernel if it can do
+// that. Throws Failure, naming the files as `from_name` and `to_name`.
+void copy_range(int from, std::uint64_t offset, std::uint64_t size, int to, const std::string& from_name,
+                const std::string& to_name);
+
+// A file that appears under its name only when it is whole. Until then its bytes are in a file beside it,
+// which goes when the object does without commit().
+class UnfinishedFile {
+  public:
+    // `target` is the name to come; a symbolic link is followed, and permissions of a file in its place are
+    // kept. Throws Failure if `target` is something else than a file.
+    explicit UnfinishedFile(const std::string& target);
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+    ~UnfinishedFile();
+
+    const std::string& path() const { return m_path; }
+    int fd() const { return m_file.get(); }
+    // Has what was written reach the disk.
+    void sync();
+    // Puts the file in place of the target. Throws Failure, also for a write that is only now found to have
+    // failed.
+    void commit();
+
+  private:
+    std::string m_name;   // as the user gave it
+    std::string m_target; // behind symbolic links
+    std::string m_path;   // empty once it has its name
+    Descriptor m_file;
+};
+
+} // namespace zan::tool

@@ -1,0 +1,25 @@
+#include <filesystem>
+
+#include "failure.h"
+#include "file_names.h"
+#include "package_commands.h"
+#include "package_file.h"
+
+namespace zan::tool {
+
+void extract_sections(const ExtractOptions& options) {
+    const PackageFile package(options.package);
+    const auto sections = package.sections_named(options.sections);
+    std::error_code error;
+    std::filesystem::create_directories(options.folder, error);
+    if (error)
+        throw Failure("can't make the folder " + in_quotes(options.folder) + ": " + error.message());
+    FileNames names;
+    for (const SectionInfo* section : sections) {
+        UnfinishedFile file(options.folder + "/" + names.next(section->name));
+        package.copy(*section, file.fd(), file.path());
+        file.commit();
+    }
+}
+
+} // namespace zan::tool

@@ -1,0 +1,36 @@
+#include "listing.h"
+#include "package_commands.h"
+#include "package_file.h"
+#include "section_kinds.h"
+
+namespace zan::tool {
+
+namespace {
+
+constexpr SectionKind damaged_kind = {"damaged", "damaged: its bytes are not in the file"};
+
+SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
+    if (!section.in_file)
+        return damaged_kind;
+    const SectionKind kind = kind_of_name(section.name);
+    if (!kind.meaning.empty())
+        return kind;
+    const FileBytes beginning = package.first_bytes(section, stream_beginning);
+    return begins_stream(beginning.data(), beginning.size()) ? stream_kind : kind;
+}
+
+} // namespace
+
+void list_package(const ListOptions& options) {
+    const PackageFile package(options.package);
+    Listing listing{"package", options.package, "sections", {"name", "size", "kind", "meaning"},
+                    {},        {"kind"}};
+    for (const SectionInfo& section : package.sections()) {
+        const SectionKind kind = kind_of(package, section);
+        listing.rows.push_back(
+            {section.name, std::uint64_t{section.size}, std::string(kind.key), std::string(kind.meaning)});
+    }
+    print(listing, options.json);
+}
+
+} // namespace zan::tool

@@ -1,0 +1,137 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include "failure.h"
+#include "files.h"
+#include "package_commands.h"
+#include "package_file.h"
+#include "pkg_stream.h"
+#include "section_argument.h"
+#include "stream_plan.h"
+
+namespace zan::tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t piece = 1 << 18;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+// Writes the planned entries as a stream to `output`, which messages call `name`.
+class PlannedStream {
+  public:
+    PlannedStream(std::FILE* output, std::string name)
+        : m_output(output), m_name(std::move(name)), m_writer(output) {}
+
+    void write(const std::vector<PlannedEntry>& plan) {
+        if (!m_writer.start())
+            throw Failure("there is no memory to pack " + in_quotes(m_name));
+        for (const PlannedEntry& entry : plan)
+            write_entry(entry);
+        if (!m_writer.finish() || std::fflush(m_output) != 0)
+            fail();
+    }
+
+  private:
+    [[noreturn]] void fail() const { throw system_failure("can't write " + in_quotes(m_name)); }
+
+    void check(bool written) const {
+        if (!written)
+            fail();
+    }
+
+    void write_entry(const PlannedEntry& entry) {
+        const auto type = entry.is_folder ? zan::pkg::record_directory : zan::pkg::record_file;
+        check(m_writer.append_entry(type, entry.mode, entry.name, entry.size));
+        if (!entry.is_folder)
+            write_data(entry);
+    }
+
+    void write_data(const PlannedEntry& entry) {
+        const Descriptor file(::open(entry.path.c_str(), O_RDONLY | O_CLOEXEC));
+        if (file.get() < 0)
+            throw system_failure("can't open " + in_quotes(entry.path));
+        for (std::size_t done = 0; done < entry.size;) {
+            const ssize_t got = ::read(file.get(), m_piece.get(), std::min(piece, entry.size - done));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got < 0)
+                throw system_failure("can't read " + in_quotes(entry.path));
+            if (got == 0)
+                throw Failure("can't read " + in_quotes(entry.path) + ": it became shorter meanwhile");
+            check(m_writer.append(m_piece.get(), static_cast<std::size_t>(got)));
+            done += static_cast<std::size_t>(got);
+        }
+    }
+
+    std::FILE* m_output;
+    const std::string m_name;
+    zan::pkg::StreamWriter m_writer;
+    const std::unique_ptr<char[]> m_piece{new char[piece]};
+};
+
+void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry>& plan) {
+    PackageEdit package = PackageEdit::change(place.package);
+    const File stream(std::tmpfile());
+    if (!stream)
+        throw system_failure("can't make a temporary file");
+    PlannedStream(stream.get(), "a temporary file").write(plan);
+    const auto size = static_cast<std::size_t>(std::ftell(stream.get()));
+    package.put(place.section, read_range(::fileno(stream.get()), 0, size, "a temporary file"));
+    package.commit();
+}
+
+void pack_into_open_file(int fd, const std::string& name, const std::vector<PlannedEntry>& plan) {
+    const File output(::fdopen(::dup(fd), "wb"));
+    if (!output)
+        throw system_failure("can't write " + in_quotes(name));
+    PlannedStream(output.get(), name).write(plan);
+}
+
+// Into what can't be replaced: a pipe, a device.
+void pack_into_special_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
+    const Descriptor output(::open(name.c_str(), O_WRONLY | O_CLOEXEC));
+    if (output.get() < 0)
+        throw system_failure("can't write " + in_quotes(name));
+    pack_into_open_file(output.get(), name, plan);
+}
+
+void pack_into_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
+    UnfinishedFile output(name);
+    pack_into_open_file(output.fd(), name, plan);
+    output.sync();
+    output.commit();
+}
+
+} // namespace
+
+void pack_stream(const PackOptions& options) {
+    const auto place = parse_section_place(options.output);
+    const bool is_stdout = options.output == standard_stream;
+    const auto plan = plan_stream(options.paths, options.directory,
+                                  is_stdout ? ""
+                                  : place   ? place->package
+                                            : options.output);
+    std::error_code ignored;
+    const fs::file_status status = fs::status(options.output, ignored);
+    if (place)
+        pack_into_section(*place, plan);
+    else if (is_stdout)
+        pack_into_open_file(STDOUT_FILENO, "standard output", plan);
+    else if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status))
+        pack_into_special_file(options.output, plan);
+    else
+        pack_into_file(options.output, plan);
+}
+
+} // namespace zan::tool

@@ -1,0 +1,179 @@
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "failure.h"
+#include "files.h"
+#include "listing.h"
+#include "package_commands.h"
+#include "package_file.h"
+#include "pkg_stream.h"
+#include "section_argument.h"
+#include "staged_folder.h"
+
+namespace zan::tool {
+
+namespace {
+
+using zan::pkg::StreamReader;
+
+constexpr std::size_t piece = 1 << 18;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// Where a stream comes from: a file, standard input, or a section.
+class StreamSource {
+  public:
+    explicit StreamSource(const std::string& name) {
+        if (name == standard_stream) {
+            m_file = stdin;
+        } else if (const auto place = parse_section_place(name)) {
+            const PackageFile package(place->package);
+            m_bytes = package.bytes(package.section(place->section));
+        } else {
+            m_opened.reset(std::fopen(name.c_str(), "rb"));
+            m_file = m_opened.get();
+            if (!m_file)
+                throw system_failure("can't open " + in_quotes(name));
+        }
+    }
+
+    std::unique_ptr<StreamReader> reader() const {
+        return m_file ? std::make_unique<StreamReader>(m_file)
+                      : std::make_unique<StreamReader>(m_bytes.data(), m_bytes.size());
+    }
+    bool is_section() const { return m_file == nullptr; }
+    const FileBytes& bytes() const { return m_bytes; }
+
+  private:
+    std::unique_ptr<std::FILE, CloseFile> m_opened;
+    std::FILE* m_file = nullptr; // null for a section
+    FileBytes m_bytes;
+};
+
+// One entry after the other, with the bytes of files.
+class Entries {
+  public:
+    Entries(const StreamSource& source, std::string name)
+        : m_name(std::move(name)), m_reader(source.reader()) {
+        if (!m_reader->start())
+            throw Failure("there is no memory to unpack " + in_quotes(m_name));
+    }
+
+    // Goes on to the next entry; false at the end.
+    bool next() {
+        switch (m_reader->next()) {
+            case StreamReader::Next::entry:
+                return true;
+            case StreamReader::Next::end:
+                if (!m_reader->ends_well())
+                    fail("its end is damaged");
+                return false;
+            case StreamReader::Next::cut:
+                fail("it ends without an end record");
+            case StreamReader::Next::bad_header:
+                fail("it ends early, is damaged, or is no directory stream");
+            case StreamReader::Next::bad_magic:
+                fail("there is something else where an entry should begin");
+            case StreamReader::Next::bad_name:
+                fail("an entry has no name that can be read");
+        }
+        return false;
+    }
+
+    std::string name() const { return m_reader->name(); }
+    bool is_folder() const { return m_reader->header().type == zan::pkg::record_directory; }
+    std::uint32_t mode() const { return m_reader->header().mode; }
+    std::uint32_t size() const { return m_reader->header().size; }
+
+    // Hands the bytes of a file over in pieces: `take(bytes, size)`.
+    template <typename Take>
+    void read_data(Take take) {
+        for (std::size_t left = is_folder() ? 0 : size(); left != 0;) {
+            const std::size_t count = std::min(left, piece);
+            if (!m_reader->read(m_piece.get(), count))
+                fail("it ends inside " + in_quotes(name()));
+            take(m_piece.get(), count);
+            left -= count;
+        }
+    }
+
+  private:
+    [[noreturn]] void fail(const std::string& reason) const {
+        throw Failure("can't unpack " + in_quotes(m_name) + ": " + reason);
+    }
+
+    const std::string m_name;
+    const std::unique_ptr<StreamReader> m_reader;
+    const std::unique_ptr<char[]> m_piece{new char[piece]};
+};
+
+void check_name(TargetFolder& target, const Entries& entries) {
+    const std::string name = entries.name();
+    const std::string fault = name_fault(name);
+    if (!fault.empty())
+        throw Failure("refused the name " + in_quotes(name) + ": " + fault + "; --trust-names takes it");
+    target.check(name, entries.is_folder());
+}
+
+void list_entries(Entries& entries, const UnpackOptions& options) {
+    TargetFolder target(options.folder);
+    Listing listing{"stream", options.stream, "entries", {"type", "size", "path"}, {}};
+    while (entries.next()) {
+        if (!options.trust_names)
+            check_name(target, entries);
+        entries.read_data([](const char*, std::size_t) {});
+        listing.rows.push_back({std::string(entries.is_folder() ? "folder" : "file"),
+                                std::uint64_t{entries.is_folder() ? 0 : entries.size()},
+                                options.folder + "/" + entries.name()});
+    }
+    print(listing, options.json);
+}
+
+void unpack_entries(Entries& entries, const std::string& folder) {
+    TargetFolder target(folder);
+    StagedFolder staged(folder);
+    while (entries.next()) {
+        check_name(target, entries);
+        if (entries.is_folder()) {
+            staged.add_folder(entries.name());
+            continue;
+        }
+        Descriptor file = staged.add_file(entries.name(), entries.mode());
+        const std::string path = folder + "/" + entries.name();
+        entries.read_data(
+            [&](const char* bytes, std::size_t size) { write_all(file.get(), bytes, size, path); });
+        if (!file.close())
+            throw system_failure("can't write to " + in_quotes(path));
+    }
+    staged.commit();
+}
+
+// As the library does it: names as they stand, straight into the folder.
+void unpack_trusted(const StreamSource& source, const UnpackOptions& options) {
+    const char* const folder = options.folder.c_str();
+    const FileBytes& bytes = source.bytes();
+    const char* const data = bytes.data() ? bytes.data() : "";
+    const int result = source.is_section() ? zan_pkg_unpack_buffer(data, bytes.size(), folder)
+                                           : zan_pkg_unpack(options.stream.c_str(), folder);
+    if (result != 1)
+        throw Failure("can't unpack " + in_quotes(options.stream));
+}
+
+} // namespace
+
+void unpack_stream(const UnpackOptions& options) {
+    const StreamSource source(options.stream);
+    if (options.trust_names && !options.dry_run)
+        return unpack_trusted(source, options);
+    Entries entries(source, options.stream);
+    if (options.dry_run)
+        list_entries(entries, options);
+    else
+        unpack_entries(entries, options.folder);
+}
+
+} // namespace zan::tool

@@ -1,0 +1,29 @@
+#include "section_argument.h"
+
+#include <filesystem>
+
+#include "failure.h"
+
+namespace zan::tool {
+
+NamedFile parse_named_file(const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == argument.size())
+        throw Failure("a section is given as NAME=FILE, not as " + in_quotes(argument));
+    return {argument.substr(0, equals), argument.substr(equals + 1)};
+}
+
+std::optional<SectionPlace> parse_section_place(const std::string& argument) {
+    std::error_code ignored;
+    if (std::filesystem::exists(argument, ignored))
+        return std::nullopt;
+    for (std::size_t colon = argument.find(':'); colon != std::string::npos;
+         colon = argument.find(':', colon + 1)) {
+        const std::string package = argument.substr(0, colon);
+        if (package.ends_with("zanx") || std::filesystem::is_regular_file(package, ignored))
+            return SectionPlace{package, argument.substr(colon + 1)};
+    }
+    return std::nullopt;
+}
+
+} // namespace zan::tool

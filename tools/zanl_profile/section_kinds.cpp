@@ -1,0 +1,43 @@
+#include "section_kinds.h"
+
+#include "pkg_stream.h"
+#include "tly_constants.h"
+
+namespace zan::tool {
+
+namespace {
+
+struct NamedKind {
+    std::string_view name; // or how names begin
+    bool is_prefix;
+    SectionKind kind;
+};
+
+const NamedKind named_kinds[] = {
+    {".zan.version", false, {"version", "version"}},
+    {".zan.board_spec.xml", false, {"board", "board description"}},
+    {".zan.velmora_report", false, {"timing", "timing report"}},
+    {".zan.profiler.xml", false, {"profiler", "profiler description"}},
+    {opt_rpt_elf_section, false, {"optimization", "optimization report"}},
+    {file_name_elf_section, true, {"file", "name of a source file"}},
+    {kernel_source_elf_section_prefix, true, {"source", "kernel source"}},
+};
+
+} // namespace
+
+SectionKind kind_of_name(std::string_view name) {
+    for (const NamedKind& each : named_kinds) {
+        if (each.is_prefix ? name.starts_with(each.name) : name == each.name)
+            return each.kind;
+    }
+    return {"other", ""};
+}
+
+bool begins_stream(const char* bytes, std::size_t size) {
+    zan::pkg::StreamReader reader(bytes, size);
+    std::uint32_t magic = 0;
+    return size != 0 && reader.start() && reader.read(&magic, sizeof magic) &&
+           magic == zan::pkg::record_magic;
+}
+
+} // namespace zan::tool
