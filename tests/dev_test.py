@@ -40,7 +40,7 @@ class Dev(unittest.TestCase):
         status, out, err = self.dev()
         self.assertEqual((status, err), (0, ""))
         self.assertTrue(out.startswith("usage: ./dev COMMAND\n"))
-        for command in ("demo", "test", "bench", "format", "help"):
+        for command in ("demo", "test", "bench", "fuzz", "format", "help"):
             self.assertRegex(out, rf"(?m)^  {command}\b.*  \S")
         self.assertEqual(self.dev("help"), (0, out, ""))
         self.assertEqual(self.dev("--help"), (0, out, ""))
@@ -62,6 +62,15 @@ class Dev(unittest.TestCase):
 
     def test_test_refuses_what_it_does_not_know(self):
         self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes --again or nothing, not 'release'\n"))
+
+    def test_fuzz_names_the_fuzzers_that_there_are(self):
+        for name in ((), ("none",)):
+            status, out, err = self.dev("fuzz", *name)
+            self.assertEqual((status, out), (1, ""))
+            first, *fuzzers = err.splitlines()
+            self.assertEqual(first, "dev: fuzz takes the name of a fuzzer, one of:")
+            sources = DEV.parent.glob("fuzz/*_fuzz.cpp")
+            self.assertCountEqual(fuzzers, [f"    {path.name.removesuffix('_fuzz.cpp')}" for path in sources])
 
     def test_without_root_and_sudo_it_names_the_packages_and_stops(self):
         self.nothing_is_installed(user=1000)

@@ -1,0 +1,116 @@
+#!/usr/bin/env python3
+"""package_bench.py TOOLBOX [--mib N] [--rounds N]: `zanl-profile package` against the usual tools.
+
+Sections: extracts and adds N MiB in 1,000 sections, against objcopy. Trees: packs and unpacks N MiB in 1,000 files of
+words, against tar with gzip -9. In each round ours and theirs run one after the other; what is told is the median of
+each, the ratio of the medians, and the peak memory of the largest process.
+"""
+
+import argparse
+import pathlib
+import random
+import shlex
+import shutil
+import statistics
+import subprocess
+import tempfile
+
+FILES = 1000
+
+
+def measured(command, folder):
+    """Seconds, and the peak memory in MiB of the largest process."""
+    shell_command = command if isinstance(command, str) else shlex.join(command)
+    # A small process between this one and the command, which would else count this one's memory as its own.
+    run = subprocess.run(["/usr/bin/time", "-f", "%e %M", "sh", "-c", shell_command], cwd=folder, text=True,
+                         stderr=subprocess.PIPE)
+    if run.returncode != 0:
+        raise SystemExit(f"failed: {shell_command[:80]}\n{run.stderr}")
+    seconds, kibibytes = run.stderr.split()[-2:]
+    return float(seconds), float(kibibytes) / 1024
+
+
+def write_noise(folder, size):
+    """Files no two of which are the same."""
+    folder.mkdir()
+    block = random.Random(1).randbytes(size)
+    for i in range(FILES):
+        (folder / f"f{i}").write_bytes(i.to_bytes(8, "little") + block[8:])
+
+
+def write_words(folder, size):
+    """Files that compress as text does."""
+    chance = random.Random(2)
+    words = [f"w{chance.getrandbits(24):x}" for _ in range(5000)]
+    for i in range(FILES):
+        path = folder / f"d{i // 50}" / f"f{i}"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(" ".join(chance.choices(words, k=size // 7))[:size])
+
+
+def compare(name, rounds, folder, ours, theirs, prepare):
+    """Prints a row; `prepare` runs ahead of each command, untimed."""
+    results = {True: [], False: []}
+    for _ in range(rounds):
+        for is_ours, command in ((True, ours), (False, theirs)):
+            prepare()
+            results[is_ours].append(measured(command, folder))
+    ours_s, theirs_s = (statistics.median(s for s, _ in results[who]) for who in (True, False))
+    ours_m, theirs_m = (statistics.median(m for _, m in results[who]) for who in (True, False))
+    print(f"| {name} | {ours_s:.2f} s | {theirs_s:.2f} s | {ours_s / theirs_s:.2f} "
+          f"| {ours_m:.0f} MiB | {theirs_m:.0f} MiB |", flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("toolbox", type=pathlib.Path)
+    parser.add_argument("--mib", type=int, default=1000, help="size of all sections, or files, together")
+    parser.add_argument("--rounds", type=int, default=3)
+    arguments = parser.parse_args()
+    toolbox, rounds = str(arguments.toolbox.resolve()), arguments.rounds
+    size = arguments.mib * (1 << 20) // FILES
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        write_noise(folder / "in", size)
+        write_words(folder / "tree", size)
+        (folder / "empty").write_bytes(b"")
+        subprocess.run([toolbox, "package", "create", "base", "s=empty"], cwd=folder, check=True)
+        sections = [f"s{i}=in/f{i}" for i in range(FILES)]
+        subprocess.run([toolbox, "package", "create", "full", *sections], cwd=folder, check=True)
+
+        def fresh():
+            for entry in ("out", "work", "to"):
+                path = folder / entry
+                shutil.rmtree(path) if path.is_dir() else path.unlink(missing_ok=True)
+            (folder / "out").mkdir()
+
+        def fresh_base():
+            fresh()
+            shutil.copy(folder / "base", folder / "work")
+
+        def fresh_full():
+            fresh()
+            shutil.copy(folder / "full", folder / "work")
+
+        print(f"{arguments.mib} MiB in {FILES} sections or files, {rounds} rounds\n")
+        print("| | ours | theirs | ratio | ours | theirs |\n|---|---|---|---|---|---|", flush=True)
+        compare("extract all sections; objcopy", rounds, folder,
+                [toolbox, "package", "extract", "full", "-o", "out"],
+                ["objcopy", *(f"--dump-section=s{i}=out/s{i}" for i in range(FILES)), "full", "work"], fresh)
+        compare("add all sections; objcopy", rounds, folder,
+                [toolbox, "package", "add", "work", *sections],
+                ["objcopy", *(f"--add-section={section}" for section in sections), "work"], fresh_base)
+        compare("add one more section; objcopy", rounds, folder,
+                [toolbox, "package", "add", "work", "one=in/f0"],
+                ["objcopy", "--add-section=one=in/f0", "work"], fresh_full)
+        compare("pack a tree; tar, gzip -9", rounds, folder,
+                [toolbox, "package", "pack", "work", "tree"], "tar c tree | gzip -9 >work", fresh)
+        subprocess.run([toolbox, "package", "pack", "stream", "tree"], cwd=folder, check=True)
+        subprocess.run("tar c tree | gzip -9 >tgz", cwd=folder, shell=True, check=True)
+        compare("unpack a tree; gzip, tar", rounds, folder,
+                [toolbox, "package", "unpack", "stream", "-o", "to"],
+                "mkdir to && gzip -dc tgz | tar x -C to", fresh)
+
+
+if __name__ == "__main__":
+    main()
