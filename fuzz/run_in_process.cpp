@@ -1,0 +1,71 @@
+#include "run_in_process.h"
+
+#include <fcntl.h>
+#include <libelf.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <vector>
+
+#include "expected_stop.h"
+#include "tly_exe.h"
+
+namespace {
+
+// What runs open and don't close.
+std::vector<int> open_files;
+std::vector<Elf*> open_packages;
+
+} // namespace
+
+extern "C" {
+
+// The linker puts these in place of the functions that they are named after.
+Elf* __real_elf_begin(int fd, Elf_Cmd command, Elf* reference);
+int __real_elf_end(Elf* package);
+
+Elf* __wrap_elf_begin(int fd, Elf_Cmd command, Elf* reference) {
+    Elf* const package = __real_elf_begin(fd, command, reference);
+    open_files.push_back(fd);
+    if (package)
+        open_packages.push_back(package);
+    return package;
+}
+
+// Failed openings end and close what they have begun; all of it is left to the end of the run.
+int __wrap_elf_end(Elf*) {
+    return 0;
+}
+
+} // extern "C"
+
+void run_in_process(const std::string& package, std::string_view monitor_lines) {
+    const MemoryFile monitor(monitor_lines);
+    std::string zanx = package, mon = monitor.path(), json = "/dev/null";
+    try {
+        runTLY(zanx.data(), mon.data(), json.data());
+    } catch (const ExpectedStop&) {
+    } catch (const std::exception&) {
+    }
+    for (Elf* each : open_packages)
+        __real_elf_end(each);
+    for (const int file : open_files)
+        ::close(file); // already closed where opening has failed
+    open_packages.clear();
+    open_files.clear();
+}
+
+MemoryFile::MemoryFile(std::string_view bytes) : m_fd(::memfd_create("input", MFD_CLOEXEC)) {
+    if (m_fd < 0 || ::write(m_fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+        std::abort();
+}
+
+MemoryFile::~MemoryFile() {
+    ::close(m_fd);
+}
+
+std::string MemoryFile::path() const {
+    return "/proc/self/fd/" + std::to_string(m_fd);
+}

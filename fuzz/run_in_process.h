@@ -1,0 +1,22 @@
+// Whole runs of the post-processor inside a fuzz target.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Joins the package at `package` and these lines into a report that nobody reads. Ends that input may bring
+// about, and exceptions, are caught. What a run leaves behind for the end of its process is released.
+void run_in_process(const std::string& package, std::string_view monitor_lines);
+
+// A file in memory; `path` opens it for as long as the object lives.
+class MemoryFile {
+  public:
+    explicit MemoryFile(std::string_view bytes);
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    ~MemoryFile();
+    std::string path() const;
+
+  private:
+    int m_fd;
+};
