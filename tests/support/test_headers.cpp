@@ -1,0 +1,1 @@
+// What the headers that are compiled ahead of the tests belong to.
