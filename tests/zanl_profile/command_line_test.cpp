@@ -1,6 +1,5 @@
 // Help, versions and wrong use.
-#include "command_line.h"
-
+#include "nearest_word.h"
 #include "tly_constants.h"
 #include "toolbox_fixture.h"
 

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "failure.h"
+#include "nearest_word.h"
 #include "tly_constants.h"
 
 namespace zan::tool {
@@ -66,7 +67,7 @@ std::string wrong_use(const CLI::App& app, const std::vector<std::string>& argum
     const auto names = option_names(app);
     for (const std::string& word : arguments) {
         const std::string option = word.substr(0, word.find('='));
-        if (option.starts_with("--") && std::ranges::find(names, option) == names.end())
+        if (option.starts_with("--") && option != "--" && std::ranges::find(names, option) == names.end())
             return "unknown option " + in_quotes(option) + suggestion(option, names);
     }
     return command_names(app).empty() ? printable(error.what()) : "no command is given";
@@ -106,36 +107,6 @@ void add_commands(CLI::App& app, std::span<const Command> commands) {
     app.require_subcommand(1);
     for (const Command& command : commands)
         command.define(*app.add_subcommand(command.name, command.summary));
-}
-
-std::string nearest_word(const std::string& word, const std::vector<std::string>& words) {
-    constexpr std::size_t near_enough = 2;
-    std::string nearest;
-    std::size_t least = near_enough + 1;
-    for (const std::string& candidate : words) {
-        // rows[i][j]: how far the first i letters of the word are from the first j of the candidate.
-        std::vector<std::vector<std::size_t>> rows(word.size() + 1,
-                                                   std::vector<std::size_t>(candidate.size() + 1));
-        for (std::size_t i = 0; i <= word.size(); ++i) {
-            for (std::size_t j = 0; j <= candidate.size(); ++j) {
-                if (i == 0 || j == 0) {
-                    rows[i][j] = i + j;
-                    continue;
-                }
-                const bool same = word[i - 1] == candidate[j - 1];
-                rows[i][j] =
-                    std::min({rows[i - 1][j] + 1, rows[i][j - 1] + 1, rows[i - 1][j - 1] + (same ? 0 : 1)});
-                if (i > 1 && j > 1 && word[i - 1] == candidate[j - 2] && word[i - 2] == candidate[j - 1])
-                    rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
-            }
-        }
-        const std::size_t distance = rows[word.size()][candidate.size()];
-        if (distance < least && distance < candidate.size()) {
-            least = distance;
-            nearest = candidate;
-        }
-    }
-    return nearest;
 }
 
 namespace {

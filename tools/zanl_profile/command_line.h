@@ -2,8 +2,6 @@
 #pragma once
 
 #include <span>
-#include <string>
-#include <vector>
 
 namespace CLI {
 class App;
@@ -23,9 +21,6 @@ void add_commands(CLI::App& app, std::span<const Command> commands);
 
 // The commands of `zanl-profile package`.
 void define_package_commands(CLI::App& app);
-
-// The word nearest to this one by letters to add, drop, change or swap; empty if none is near.
-std::string nearest_word(const std::string& word, const std::vector<std::string>& words);
 
 // Runs the toolbox: does what the arguments say, tells on standard error what went wrong, and gives the exit
 // status. No exception leaves it.

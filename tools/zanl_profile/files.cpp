@@ -17,7 +17,6 @@ namespace zan::tool {
 
 namespace {
 
-constexpr std::size_t piece = 1 << 18;
 constexpr mode_t default_permissions = 0666;
 constexpr mode_t all_permissions = 07777;
 
@@ -34,7 +33,7 @@ std::size_t checked_read(int fd, void* target, std::size_t size, const std::stri
 
 // The bytes of a file that can't say how many there are.
 FileBytes read_to_end(int fd, const std::string& name) {
-    FileBytes bytes(piece);
+    FileBytes bytes(io_piece);
     std::size_t size = 0;
     while (const std::size_t got = checked_read(fd, bytes.data() + size, bytes.size() - size, name)) {
         size += got;
@@ -45,17 +44,11 @@ FileBytes read_to_end(int fd, const std::string& name) {
     return bytes;
 }
 
-mode_t usual_permissions() {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return default_permissions & ~mask;
-}
-
 // Copies through memory what the kernel can't copy by itself.
 void copy_piecewise(int from, std::uint64_t offset, std::uint64_t size, int to, const std::string& from_name,
                     const std::string& to_name) {
     while (size != 0) {
-        const FileBytes bytes = read_range(from, offset, std::min<std::uint64_t>(size, piece), from_name);
+        const FileBytes bytes = read_range(from, offset, std::min<std::uint64_t>(size, io_piece), from_name);
         write_all(to, bytes.data(), bytes.size(), to_name);
         offset += bytes.size();
         size -= bytes.size();
@@ -63,6 +56,12 @@ void copy_piecewise(int from, std::uint64_t offset, std::uint64_t size, int to, 
 }
 
 } // namespace
+
+unsigned masked_permissions(unsigned permissions) {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return permissions & ~mask;
+}
 
 Descriptor::~Descriptor() {
     if (m_fd >= 0)
@@ -162,7 +161,8 @@ UnfinishedFile::UnfinishedFile(const std::string& target) : m_name(target), m_ta
         m_path.clear();
         throw system_failure("can't write " + in_quotes(target));
     }
-    ::fchmod(m_file.get(), exists ? status.st_mode & all_permissions : usual_permissions());
+    ::fchmod(m_file.get(),
+             exists ? status.st_mode & all_permissions : masked_permissions(default_permissions));
 }
 
 UnfinishedFile::~UnfinishedFile() {

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -10,6 +12,17 @@ namespace zan::tool {
 
 // The name of standard input, or output, where a file is asked for.
 constexpr const char* standard_stream = "-";
+
+// How many bytes go through memory at once.
+constexpr std::size_t io_piece = 1 << 18;
+
+struct CloseStream {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileStream = std::unique_ptr<std::FILE, CloseStream>;
+
+// These permissions without those that the user's mask takes away.
+unsigned masked_permissions(unsigned permissions);
 
 // An open file that is closed with it.
 class Descriptor {

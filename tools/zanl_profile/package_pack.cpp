@@ -20,13 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t piece = 1 << 18;
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
 // Writes the planned entries as a stream to `output`, which messages call `name`.
 class PlannedStream {
   public:
@@ -62,7 +55,7 @@ class PlannedStream {
         if (file.get() < 0)
             throw system_failure("can't open " + in_quotes(entry.path));
         for (std::size_t done = 0; done < entry.size;) {
-            const ssize_t got = ::read(file.get(), m_piece.get(), std::min(piece, entry.size - done));
+            const ssize_t got = ::read(file.get(), m_piece.get(), std::min(io_piece, entry.size - done));
             if (got < 0 && errno == EINTR)
                 continue;
             if (got < 0)
@@ -77,12 +70,12 @@ class PlannedStream {
     std::FILE* m_output;
     const std::string m_name;
     zan::pkg::StreamWriter m_writer;
-    const std::unique_ptr<char[]> m_piece{new char[piece]};
+    const std::unique_ptr<char[]> m_piece{new char[io_piece]};
 };
 
 void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry>& plan) {
     PackageEdit package = PackageEdit::change(place.package);
-    const File stream(std::tmpfile());
+    const FileStream stream(std::tmpfile());
     if (!stream)
         throw system_failure("can't make a temporary file");
     PlannedStream(stream.get(), "a temporary file").write(plan);
@@ -92,7 +85,7 @@ void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry
 }
 
 void pack_into_open_file(int fd, const std::string& name, const std::vector<PlannedEntry>& plan) {
-    const File output(::fdopen(::dup(fd), "wb"));
+    const FileStream output(::fdopen(::dup(fd), "wb"));
     if (!output)
         throw system_failure("can't write " + in_quotes(name));
     PlannedStream(output.get(), name).write(plan);

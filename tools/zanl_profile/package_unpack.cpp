@@ -18,12 +18,6 @@ namespace {
 
 using zan::pkg::StreamReader;
 
-constexpr std::size_t piece = 1 << 18;
-
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 // Where a stream comes from: a file, standard input, or a section.
 class StreamSource {
   public:
@@ -49,7 +43,7 @@ class StreamSource {
     const FileBytes& bytes() const { return m_bytes; }
 
   private:
-    std::unique_ptr<std::FILE, CloseFile> m_opened;
+    FileStream m_opened;
     std::FILE* m_file = nullptr; // null for a section
     FileBytes m_bytes;
 };
@@ -93,7 +87,7 @@ class Entries {
     template <typename Take>
     void read_data(Take take) {
         for (std::size_t left = is_folder() ? 0 : size(); left != 0;) {
-            const std::size_t count = std::min(left, piece);
+            const std::size_t count = std::min(left, io_piece);
             if (!m_reader->read(m_piece.get(), count))
                 fail("it ends inside " + in_quotes(name()));
             take(m_piece.get(), count);
@@ -108,7 +102,7 @@ class Entries {
 
     const std::string m_name;
     const std::unique_ptr<StreamReader> m_reader;
-    const std::unique_ptr<char[]> m_piece{new char[piece]};
+    const std::unique_ptr<char[]> m_piece{new char[io_piece]};
 };
 
 void check_name(TargetFolder& target, const Entries& entries) {

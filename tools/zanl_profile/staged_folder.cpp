@@ -130,9 +130,7 @@ Descriptor StagedFolder::add_file(const std::string& name, std::uint32_t mode) {
 void StagedFolder::commit() {
     if (m_target_exists)
         return move_into_target();
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::chmod(m_stage.c_str(), folder_permissions & ~mask);
+    ::chmod(m_stage.c_str(), masked_permissions(folder_permissions));
     if (::rename(m_stage.c_str(), m_target.c_str()) != 0)
         throw system_failure("can't make the folder " + in_quotes(m_target));
     m_stage.clear();
