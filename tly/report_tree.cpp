@@ -3,13 +3,6 @@
 #include <deque>
 #include <iterator>
 
-char* write_number(char* out, float value) {
-    constexpr int significant_digits = 7;
-    return std::to_chars(out, out + max_number_text, static_cast<double>(value), std::chars_format::general,
-                         significant_digits)
-        .ptr;
-}
-
 template <class T>
 ptree packedArray(SampleList<T> values) {
     return ptree(ReportValue(std::move(values)));

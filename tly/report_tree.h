@@ -13,6 +13,7 @@
 #include <variant>
 #include <vector>
 
+#include "decimal_digits.h"
 #include "sample_list.h"
 
 // The data of one node of the report: a text, or a whole array of numbers. A packed array stands for as many
@@ -61,6 +62,16 @@ inline constexpr std::size_t max_number_text = 24;
 // Integers are decimal; a float has the 7 significant digits that a stream's default format would give.
 template <std::integral T>
 char* write_number(char* out, T value) {
+    constexpr std::uint64_t block = 100'000'000; // what eight digits hold
+    if (has_digit_blocks && value >= 0) {
+        const auto number = static_cast<std::uint64_t>(value);
+        if (number < block)
+            return writeUpTo8Digits(out, static_cast<std::uint32_t>(number));
+        if (number < block * block) {
+            out = writeUpTo8Digits(out, static_cast<std::uint32_t>(number / block));
+            return write8Digits(out, static_cast<std::uint32_t>(number % block));
+        }
+    }
     return std::to_chars(out, out + max_number_text, value).ptr;
 }
 char* write_number(char* out, float value);

@@ -285,12 +285,13 @@ class Writer {
         constexpr std::size_t chunk = 256;
         std::array<char, short_separator> block{};
         separator.copy(block.data(), block.size());
-        const auto stored = values.stored();
+        std::array<T, chunk> numbers;
         for (std::size_t begin = 0; begin < values.size(); begin += chunk) {
             const std::size_t end = std::min(begin + chunk, values.size());
+            values.read(begin, end - begin, numbers.data());
             char* out = m_out.reserve(chunk * (max_number_text + block.size()));
-            for (std::size_t i = begin; i < end; ++i) {
-                out = write_number(out, i < stored.size() ? stored[i] : T{});
+            for (std::size_t i = 0; i < end - begin; ++i) {
+                out = write_number(out, numbers[i]);
                 std::memcpy(out, block.data(), block.size());
                 out += separator.size();
             }

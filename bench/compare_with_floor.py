@@ -1,0 +1,126 @@
+#!/usr/bin/env python3
+"""Runs zanl-profile-tly and the floor program in turn on the shapes of bench/workload.h, and compares them.
+
+usage: compare_with_floor.py [--build FOLDER] [--runs N] [--growth] [SHAPE...]
+
+Without --growth: medians of wall time, their ratio, the most memory held, that memory beyond 8 MiB for each value of
+the report, and the share of time by stage. With --growth: each size at 1, 2, 4 and 8 times, and what doubling costs.
+A value is a line of the report that holds one: an element of an array, or a key with a text.
+"""
+
+import argparse
+import os
+import pathlib
+import re
+import statistics
+import subprocess
+import tempfile
+import time
+
+TOP = pathlib.Path(__file__).resolve().parent.parent
+SHAPES = ["S", "L", "M", "W", "A", "X"]
+PROCESS_BYTES = 8 << 20
+# What grows, on which shape, from which number on. The sizes are such that the work of a run outweighs its start.
+GROWTH = [
+    ("lines", "L", {"lines": 10_000}, "lines"),
+    ("instances", "L", {"lines": 2_000, "insts_per_kernel": 60}, "insts_per_kernel"),
+    ("kernels", "W", {"lines": 40_000, "kernels": 10, "insts_per_kernel": 20}, "kernels"),
+    ("invocations", "M", {"lines": 60_000}, "lines"),
+]
+
+
+def run(command):
+    """Wall time in seconds and the most memory held, in bytes."""
+    begin = time.perf_counter()
+    process = subprocess.Popen(command, stderr=subprocess.DEVNULL)
+    _, status, usage = os.wait4(process.pid, 0)
+    seconds = time.perf_counter() - begin
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        raise SystemExit(f"{' '.join(map(str, command))} ended with {process.returncode}")
+    return seconds, usage.ru_maxrss * 1024
+
+
+def count_values(report):
+    """Lines of the report that hold a value: they end in a quote, or a quote and a comma."""
+    values, tail = 0, b""
+    with open(report, "rb") as file:
+        while block := file.read(1 << 24):
+            block = tail + block
+            values += block.count(b'",\n') + block.count(b'"\n')
+            tail = block[-2:]
+            values -= tail.count(b'"\n') + tail.count(b'",\n')
+    return values + (tail == b'"\n')
+
+
+class Workload:
+    def __init__(self, build, folder, shape, numbers=()):
+        self.bench = build / "bench"
+        self.program = build / "zanl-profile-tly"
+        self.folder = pathlib.Path(folder)
+        arguments = [f"{name}={number}" for name, number in dict(numbers).items()]
+        subprocess.run([self.bench / "workloads", shape, folder, *arguments], check=True)
+        self.report = self.folder / "report.json"
+        self.files = [self.folder / "design.zanx", self.folder / "profile.mon", self.report]
+
+    def run_program(self):
+        return run([self.program, *self.files])
+
+    def run_floor(self, values, size):
+        return run([self.bench / "floor", self.files[1], self.folder / "floor.out", str(values), str(size)])
+
+    def stages(self):
+        text = subprocess.run([self.bench / "stages", *self.files], check=True, text=True, capture_output=True).stdout
+        return {name: float(ms) for name, ms in re.findall(r"^(\S+) ([\d.]+)$", text, re.MULTILINE)}
+
+
+def compare(build, shape, runs):
+    with tempfile.TemporaryDirectory() as folder:
+        work = Workload(build, folder, shape)
+        work.run_program()
+        values, size = count_values(work.report), work.report.stat().st_size
+        work.run_floor(values, size)
+        pairs = [(work.run_program(), work.run_floor(values, size)) for _ in range(runs)]
+        ours, floor = (statistics.median(pair[i][0] for pair in pairs) for i in (0, 1))
+        memory = max(pair[0][1] for pair in pairs)
+        stages = work.stages()
+    share = ", ".join(f"{name} {ms / sum(stages.values()):.0%}" for name, ms in stages.items())
+    beyond = max(0, memory - PROCESS_BYTES) / values
+    print(
+        f"| {shape} | {values:,} | {ours * 1e3:.1f} | {floor * 1e3:.1f} | {ours / floor:.2f} "
+        f"| {memory / 2**20:.1f} | {beyond:.1f} | {share} |",
+        flush=True,
+    )
+
+
+def grow(build, what, shape, numbers, name, runs):
+    rows = []
+    for factor in (1, 2, 4, 8):
+        with tempfile.TemporaryDirectory() as folder:
+            work = Workload(build, folder, shape, {**numbers, name: numbers[name] * factor})
+            measured = [work.run_program() for _ in range(runs)]
+        rows.append((statistics.median(row[0] for row in measured), max(row[1] for row in measured)))
+    for factor, row, last in zip((1, 2, 4, 8), rows, [None, *rows]):
+        costs = ("", "") if last is None else (f"{row[0] / last[0]:.2f}", f"{row[1] / last[1]:.2f}")
+        print(f"| {what} | {factor} | {row[0] * 1e3:.0f} | {costs[0]} | {row[1] / 2**20:.1f} | {costs[1]} |", flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=pathlib.Path, default=TOP / "build" / "release")
+    parser.add_argument("--runs", type=int, default=5)
+    parser.add_argument("--growth", action="store_true")
+    parser.add_argument("shapes", nargs="*", metavar="SHAPE")
+    options = parser.parse_args()
+    if options.growth:
+        print("| twice the | size | ms | times the last | MiB | times the last |\n|---|---|---|---|---|---|")
+        for row in GROWTH:
+            grow(options.build, *row, options.runs)
+        return
+    print("| shape | values | ms | floor ms | ratio | MiB | bytes a value | stages |\n|---|---|---|---|---|---|---|---|")
+    for shape in options.shapes or SHAPES:
+        compare(options.build, shape, options.runs)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,39 @@
+// stages PACKAGE MONITOR REPORT: does what a run does, and prints how many milliseconds each stage took.
+#include <chrono>
+#include <cstdio>
+#include <map>
+
+#include "tly_parse.h"
+
+namespace {
+
+template <class Stage>
+void measure(const char* name, Stage stage) {
+    const auto begin = std::chrono::steady_clock::now();
+    stage();
+    const std::chrono::duration<double, std::milli> passed = std::chrono::steady_clock::now() - begin;
+    std::printf("%s %.3f\n", name, passed.count());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 4)
+        return 2;
+    ptree tree;
+    for (const char* list : {"kernels.nodes", "boards.nodes", "memtransfers.nodes"})
+        tree.put(list, "");
+    tree.put("run_info.nodes..", "");
+    std::map<std::string, TlyKernel*> kernels;
+    std::map<std::string, std::string> original_names;
+    std::unordered_map<std::string, TlyExtMem*> ext_mems;
+    measure("design", [&] {
+        parseVersionFile(&tree, argv[1]);
+        parseBoardXMLFile(&tree, argv[1], ext_mems);
+        parseVelmoraReport(&tree, argv[1]);
+        parseProfilerXMLFile(&kernels, &tree, argv[1], &original_names);
+    });
+    measure("reading", [&] { parseProfilerMONFile(&kernels, &tree, argv[2], original_names, ext_mems, false); });
+    measure("writing", [&] { write_report(argv[3], tree); });
+    return 0;
+}
