@@ -83,6 +83,7 @@ class SampleList {
             store(values, num_stored);
         m_size += count - num_stored;
     }
+    void appendZeros(std::size_t count) { m_size += count; }
     // Replaces the last value of a list that is not empty.
     void set_back(T value) {
         --m_size;
