@@ -9,13 +9,11 @@ A value is a line of the report that holds one: an element of an array, or a key
 """
 
 import argparse
-import os
 import pathlib
 import re
 import statistics
 import subprocess
 import tempfile
-import time
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
 SHAPES = ["S", "L", "M", "W", "A", "X"]
@@ -29,16 +27,13 @@ GROWTH = [
 ]
 
 
-def run(command):
+def run(measure, *command):
     """Wall time in seconds and the most memory held, in bytes."""
-    begin = time.perf_counter()
-    process = subprocess.Popen(command, stderr=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    seconds = time.perf_counter() - begin
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        raise SystemExit(f"{' '.join(map(str, command))} ended with {process.returncode}")
-    return seconds, usage.ru_maxrss * 1024
+    done = subprocess.run([measure, *command], text=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    if done.returncode != 0:
+        raise SystemExit(f"{' '.join(map(str, command))} ended with {done.returncode}")
+    seconds, kib = done.stdout.split()
+    return float(seconds), int(kib) * 1024
 
 
 def count_values(report):
@@ -64,10 +59,11 @@ class Workload:
         self.files = [self.folder / "design.zanx", self.folder / "profile.mon", self.report]
 
     def run_program(self):
-        return run([self.program, *self.files])
+        return run(self.bench / "measure", self.program, *self.files)
 
     def run_floor(self, values, size):
-        return run([self.bench / "floor", self.files[1], self.folder / "floor.out", str(values), str(size)])
+        output = self.folder / "floor.out"
+        return run(self.bench / "measure", self.bench / "floor", self.files[1], output, str(values), str(size))
 
     def stages(self):
         text = subprocess.run([self.bench / "stages", *self.files], check=True, text=True, capture_output=True).stdout

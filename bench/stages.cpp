@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
     ptree tree;
     for (const char* list : {"kernels.nodes", "boards.nodes", "memtransfers.nodes"})
         tree.put(list, "");
-    tree.put("run_info.nodes..", "");
+    tree.put("run_info.nodes", "").push_back({"", ptree()});
     std::map<std::string, TlyKernel*> kernels;
     std::map<std::string, std::string> original_names;
     std::unordered_map<std::string, TlyExtMem*> ext_mems;

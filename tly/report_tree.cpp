@@ -3,6 +3,8 @@
 #include <deque>
 #include <iterator>
 
+#include "report_fold.h"
+
 template <class T>
 ptree packedArray(SampleList<T> values) {
     return ptree(ReportValue(std::move(values)));
@@ -68,6 +70,14 @@ boost::property_tree::ptree expanded(const ptree& tree) {
             for (std::size_t i = 0; i < values.size(); ++i)
                 to.push_back({std::string(), Plain(report_text(values[i]))});
         });
+        if (const FoldedNodes* nodes = from.data().folded()) {
+            ptree unfolded;
+            TreeSink sink(unfolded);
+            nodes->tell(sink);
+            for (const auto& entry : expanded(unfolded))
+                to.push_back(entry);
+            dismantle(unfolded);
+        }
     });
     return result;
 }

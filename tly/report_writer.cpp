@@ -7,8 +7,9 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <optional>
 
-#include "report_tree.h"
+#include "report_fold.h"
 
 namespace {
 
@@ -176,53 +177,21 @@ void verify(const ptree& root, const std::string& path) {
         throw json_parser_error("ptree contains data that cannot be represented in JSON format", path, 0);
 }
 
-// Writes a verified tree. Nodes that are open stand on a list of their own, so the depth of the report is not
-// bounded by the size of the stack.
-class Writer {
+// The text of nodes, told one after the other. Those that are open stand on a list.
+class NodeText {
   public:
-    explicit Writer(TextBuffer& out) : m_out(out) {}
+    explicit NodeText(TextBuffer& out) : m_out(out) {}
 
-    void write(const ptree& root) {
-        open(root);
-        while (!m_open.empty()) {
-            if (m_open.back().next == m_open.back().node->end())
-                close();
-            else
-                write_next_child();
+    // The root is an object in any case.
+    void openRoot() { openItems(false); }
+    void open(std::string_view key, bool is_array) {
+        beginItem();
+        if (!m_open.back().is_array) {
+            m_out.append_quoted(key);
+            m_out.append(":\n");
+            m_out.append_blanks(m_open.size() * indent_width);
         }
-        m_out.append("\n");
-    }
-
-  private:
-    struct OpenNode {
-        const ptree* node;
-        ptree::const_iterator next;
-        bool is_array;
-        bool has_items;
-    };
-
-    static bool is_leaf(const ptree& node) { return node.empty() && !node.data().is_packed(); }
-    static bool is_array(const ptree& node) {
-        for (const auto& entry : node) {
-            if (!entry.first.empty())
-                return false;
-        }
-        return true;
-    }
-
-    void begin_item(OpenNode& parent) {
-        if (parent.has_items)
-            m_out.append(",\n");
-        parent.has_items = true;
-        m_out.append_blanks(m_open.size() * indent_width);
-    }
-
-    // The root is an object in any case; below it, only nodes with items are opened.
-    void open(const ptree& node) {
-        const bool array = !m_open.empty() && is_array(node);
-        m_out.append(array ? "[\n" : "{\n");
-        m_open.push_back({&node, node.begin(), array, false});
-        node.data().visit_packed([&](const auto& values) { write_packed(values); });
+        openItems(is_array);
     }
     void close() {
         const OpenNode closed = m_open.back();
@@ -232,78 +201,214 @@ class Writer {
         m_out.append_blanks(m_open.size() * indent_width);
         m_out.append(closed.is_array ? "]" : "}");
     }
-
-    void write_next_child() {
-        OpenNode& parent = m_open.back();
-        const auto& [key, child] = *parent.next++;
-        begin_item(parent);
-        const bool leaf = is_leaf(child);
-        if (!parent.is_array) {
+    void leaf(std::string_view key, std::string_view text) {
+        beginItem();
+        if (!m_open.back().is_array) {
             m_out.append_quoted(key);
-            m_out.append(leaf ? ": " : ":\n");
-            if (!leaf)
-                m_out.append_blanks(m_open.size() * indent_width);
+            m_out.append(": ");
         }
-        if (leaf)
-            m_out.append_quoted(child.data().text());
-        else
-            open(child);
+        m_out.append_quoted(text);
     }
-
-    // The values of a packed array, the first items of the node that was opened last.
-    template <class T>
-    void write_packed(const SampleList<T>& values) {
-        OpenNode& node = m_open.back();
+    // Numbers as further items of the node that was opened last; there is at least one. `read(begin, count,
+    // numbers)` gives them, some at a time.
+    template <class T, class Read>
+    void numbers(std::size_t size, Read read) {
+        const bool in_array = m_open.back().is_array;
         // What stands between two values is the same for all of them.
         std::string separator = "\",\n";
         separator.append(m_open.size() * indent_width, ' ');
-        separator.append(node.is_array ? "\"" : "\"\": \"");
+        separator.append(in_array ? "\"" : "\"\": \"");
 
-        begin_item(node);
-        m_out.append(node.is_array ? "\"" : "\"\": \"");
-        write_values(values, separator);
+        beginItem();
+        m_out.append(in_array ? "\"" : "\"\": \"");
+        if (separator.size() <= short_separator)
+            writeNumbers<T>(size, read, separator);
+        else
+            writeNumbersFarIn<T>(size, read, separator);
         m_out.append("\"");
     }
-
     template <class T>
-    void write_values(const SampleList<T>& values, const std::string& separator) {
-        if (separator.size() <= short_separator) {
-            write_values_in_chunks(values, separator);
-            return;
-        }
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            if (i != 0)
-                m_out.append(separator);
-            m_out.advance(write_number(m_out.reserve(max_number_text), values[i]));
-        }
+    void numbers(const SampleList<T>& list) {
+        numbers<T>(list.size(), [&](std::size_t begin, std::size_t count, T* numbers) {
+            list.read(begin, count, numbers);
+        });
+    }
+
+  private:
+    struct OpenNode {
+        bool is_array;
+        bool has_items;
+    };
+    static constexpr std::size_t short_separator = 64;
+    static constexpr std::size_t chunk = 256; // values that are read at once
+
+    void openItems(bool is_array) {
+        m_out.append(is_array ? "[\n" : "{\n");
+        m_open.push_back({is_array, false});
+    }
+    void beginItem() {
+        OpenNode& parent = m_open.back();
+        if (parent.has_items)
+            m_out.append(",\n");
+        parent.has_items = true;
+        m_out.append_blanks(m_open.size() * indent_width);
     }
 
     // Nearly all values of a report go through here. Each is followed by a whole block that starts with the
     // separator: copying a fixed size takes a few instructions, and what is too much is overwritten.
-    template <class T>
-    void write_values_in_chunks(const SampleList<T>& values, const std::string& separator) {
-        constexpr std::size_t chunk = 256;
+    template <class T, class Read>
+    void writeNumbers(std::size_t size, Read read, const std::string& separator) {
         std::array<char, short_separator> block{};
         separator.copy(block.data(), block.size());
         std::array<T, chunk> numbers;
-        for (std::size_t begin = 0; begin < values.size(); begin += chunk) {
-            const std::size_t end = std::min(begin + chunk, values.size());
-            values.read(begin, end - begin, numbers.data());
-            char* out = m_out.reserve(chunk * (max_number_text + block.size()));
-            for (std::size_t i = 0; i < end - begin; ++i) {
+        for (std::size_t begin = 0; begin < size; begin += chunk) {
+            const std::size_t count = std::min(chunk, size - begin);
+            read(begin, count, numbers.data());
+            char* out = m_out.reserve(count * (max_number_text + block.size()));
+            for (std::size_t i = 0; i < count; ++i) {
                 out = write_number(out, numbers[i]);
                 std::memcpy(out, block.data(), block.size());
                 out += separator.size();
             }
-            if (end == values.size())
+            if (begin + count == size)
                 out -= separator.size();
             m_out.advance(out);
         }
     }
 
-    static constexpr std::size_t short_separator = 64;
+    template <class T, class Read>
+    void writeNumbersFarIn(std::size_t size, Read read, const std::string& separator) {
+        for (std::size_t i = 0; i < size; ++i) {
+            if (i != 0)
+                m_out.append(separator);
+            T number;
+            read(i, 1, &number);
+            m_out.advance(write_number(m_out.reserve(max_number_text), number));
+        }
+    }
 
     TextBuffer& m_out;
+    std::vector<OpenNode> m_open;
+};
+
+// Writes folded nodes. Whether a node is a leaf, an array or an object shows with what comes next.
+class TextSink final : public ReportSink {
+  public:
+    explicit TextSink(NodeText& out) : m_out(out) {}
+
+    void text(std::string_view key, std::string_view text) override {
+        openPending(key);
+        m_out.leaf(key, text);
+    }
+    void open(std::string_view key) override {
+        openPending(key);
+        m_pending = key;
+    }
+    void close() override {
+        if (m_pending)
+            m_out.leaf(*std::exchange(m_pending, std::nullopt), "");
+        else
+            m_out.close();
+    }
+    void list(std::string_view key, const SampleList<int>& values) override { writeList(key, values); }
+    void list(std::string_view key, const SampleList<long long>& values) override { writeList(key, values); }
+    void list(std::string_view key, const SampleList<float>& values) override { writeList(key, values); }
+    void values(std::string_view key, const int* values, std::size_t count) override {
+        writeValues(key, values, count);
+    }
+    void values(std::string_view key, const long long* values, std::size_t count) override {
+        writeValues(key, values, count);
+    }
+    void values(std::string_view key, const float* values, std::size_t count) override {
+        writeValues(key, values, count);
+    }
+
+  private:
+    void openPending(std::string_view first_key) {
+        if (m_pending)
+            m_out.open(*std::exchange(m_pending, std::nullopt), first_key.empty());
+    }
+    template <class T>
+    void writeList(std::string_view key, const SampleList<T>& values) {
+        openPending(key);
+        m_out.open(key, true);
+        m_out.numbers(values);
+        m_out.close();
+    }
+    template <class T>
+    void writeValues(std::string_view key, const T* values, std::size_t count) {
+        openPending(key);
+        m_out.open(key, true);
+        m_out.numbers<T>(count, [&](std::size_t begin, std::size_t size, T* numbers) {
+            std::copy_n(values + begin, size, numbers);
+        });
+        m_out.close();
+    }
+
+    NodeText& m_out;
+    std::optional<std::string_view> m_pending; // the key of a node that nothing has been told of yet
+};
+
+// Writes a verified tree. The depth of the report is not bounded by the size of the stack.
+class TreeWriter {
+  public:
+    explicit TreeWriter(TextBuffer& out) : m_buffer(out), m_out(out) {}
+
+    void write(const ptree& root) {
+        m_out.openRoot();
+        enter(root);
+        while (!m_open.empty()) {
+            OpenNode& node = m_open.back();
+            if (node.next == node.end) {
+                m_open.pop_back();
+                m_out.close();
+                continue;
+            }
+            const auto& [key, child] = *node.next++;
+            if (is_leaf(child)) {
+                m_out.leaf(key, child.data().text());
+            } else {
+                m_out.open(key, is_array(child));
+                enter(child);
+            }
+        }
+        m_buffer.append("\n");
+    }
+
+  private:
+    struct OpenNode {
+        ptree::const_iterator next;
+        ptree::const_iterator end;
+    };
+
+    static bool has_folded(const ptree& node) {
+        const FoldedNodes* nodes = node.data().folded();
+        return nodes && !nodes->empty();
+    }
+    static bool is_leaf(const ptree& node) {
+        return node.empty() && !node.data().is_packed() && !has_folded(node);
+    }
+    // Folded nodes are kept in arrays only.
+    static bool is_array(const ptree& node) {
+        for (const auto& entry : node) {
+            if (!entry.first.empty())
+                return false;
+        }
+        return true;
+    }
+
+    // Writes the items that stand in front of the node's children.
+    void enter(const ptree& node) {
+        m_open.push_back({node.begin(), node.end()});
+        node.data().visit_packed([&](const auto& values) { m_out.numbers(values); });
+        if (has_folded(node)) {
+            TextSink sink(m_out);
+            node.data().folded()->tell(sink);
+        }
+    }
+
+    TextBuffer& m_buffer;
+    NodeText m_out;
     std::vector<OpenNode> m_open;
 };
 
@@ -311,7 +416,7 @@ class Writer {
 bool write_text(Target& target, const ptree& tree, const std::string& path) {
     verify(tree, path);
     TextBuffer out(target);
-    Writer(out).write(tree);
+    TreeWriter(out).write(tree);
     out.flush();
     return out.good();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -37,7 +38,8 @@ template <class T>
 class SampleList {
   public:
     SampleList() = default;
-    SampleList(const std::vector<T>& values) { append(values.data(), values.size()); }
+    SampleList(const T* values, std::size_t count) { append(values, count); }
+    SampleList(const std::vector<T>& values) : SampleList(values.data(), values.size()) {}
     SampleList(std::initializer_list<T> values) : SampleList(std::vector<T>(values)) {}
 
     std::size_t size() const { return m_size; }
@@ -48,7 +50,7 @@ class SampleList {
     T back() const { return (*this)[m_size - 1]; }
     // The values up to the last that is not zero; all behind them, up to the size, are zeros.
     StoredSamples<T> stored() const { return {m_values.get(), m_stored}; }
-    // Copies `count` values from `begin` on, all of which must be there.
+    // Copies `count` values from `begin` on. What the list doesn't have is zeros.
     void read(std::size_t begin, std::size_t count, T* out) const {
         const std::size_t num_stored = begin < m_stored ? std::min(count, m_stored - begin) : 0;
         if (num_stored != 0)
@@ -148,4 +150,26 @@ class SampleList {
     std::shared_ptr<SampleBuffer<T>> m_values; // may be longer than m_stored where a copy has grown
     std::size_t m_stored = 0;
     std::size_t m_size = 0;
+};
+
+// Goes over a list from its front. Behind the list's end there are zeros.
+template <class T>
+class SampleCursor {
+  public:
+    explicit SampleCursor(const SampleList<T>& list) : m_list(list) {}
+
+    T next() {
+        if (m_position == m_block.size()) {
+            m_list.read(m_begin, m_block.size(), m_block.data());
+            m_begin += m_block.size();
+            m_position = 0;
+        }
+        return m_block[m_position++];
+    }
+
+  private:
+    const SampleList<T>& m_list;
+    std::size_t m_begin = 0; // of the next block
+    std::array<T, 64> m_block;
+    std::size_t m_position = 64;
 };
