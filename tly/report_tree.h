@@ -35,7 +35,8 @@ class ReportValue {
             m_value = std::move(values);
     }
 
-    ReportValue(std::shared_ptr<const FoldedNodes> nodes) : m_value(std::move(nodes)) {}
+    ReportValue(std::shared_ptr<FoldedNodes> nodes)
+        : m_value(std::shared_ptr<const FoldedNodes>(std::move(nodes))) {}
 
     // The text; empty for a packed array and for folded nodes.
     const std::string& text() const {

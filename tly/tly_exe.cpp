@@ -4,6 +4,8 @@
 #include <sstream>
 
 #include "diagnostics.h"
+#include "report_fold.h"
+#include "tly_mon_reader.h"
 #include "tly_parse.h"
 
 namespace {
@@ -42,6 +44,29 @@ struct Run {
     bool no_profiler = false;
 };
 
+// Holds the nodes of the monitor file folded.
+class FoldedLists final : public MonitorNodes {
+  public:
+    ReportSink& kernels() override { return *m_kernels; }
+    ReportSink& transfers() override { return *m_transfers; }
+    void moveInto(ptree& tree) const {
+        tree.get_child("kernels.nodes").data() = ReportValue(m_kernels);
+        tree.get_child("memtransfers.nodes").data() = ReportValue(m_transfers);
+    }
+
+  private:
+    std::shared_ptr<FoldedNodes> m_kernels = std::make_shared<FoldedNodes>();
+    std::shared_ptr<FoldedNodes> m_transfers = std::make_shared<FoldedNodes>();
+};
+
+int readMonitorFile(Run& run, const char* monPath) {
+    FoldedLists lists;
+    const int status = readMonitorFile(*run.kernels, lists, monPath, run.original_names, run.ext_mems,
+                                       run.no_profiler);
+    lists.moveInto(*run.tree);
+    return status;
+}
+
 // A stage gives its status, 0 for success; `failure` is what ends the run otherwise.
 struct Stage {
     int (*run)(Run& run, const char* zanxPath, const char* monPath);
@@ -66,10 +91,7 @@ constexpr Stage stages[] = {
          return run.no_profiler ? 0 : status;
      },
      "ABORT: Error parsing profiler .xml file."},
-    {[](Run& run, const char*, const char* monPath) {
-         return parseProfilerMONFile(run.kernels, run.tree, monPath, run.original_names, run.ext_mems,
-                                     run.no_profiler);
-     },
+    {[](Run& run, const char*, const char* monPath) { return readMonitorFile(run, monPath); },
      "ABORT: Error parsing .mon file."},
 };
 

@@ -1,4 +1,7 @@
+#include "tly_mon_reader.h"
+
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 #include "diagnostics.h"
@@ -76,13 +79,36 @@ std::string_view nameIn(std::string_view line) {
     return line.substr(begin, line.find(',', begin) - begin);
 }
 
+// Tells the node of the kernel's invocation, and resets the kernel if that is wanted.
+void tellInvocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+                    std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    if (kernel.get_name() == autorun_profile_dummy_kernel)
+        return;
+    ReportSink& sink = nodes.kernels();
+    sink.open("");
+    kernel.tellNode(sink, reset, extMems);
+    sink.close();
+}
+
+// The lists of a report tree, which have to be there when the first node comes.
+class TreeNodes final : public MonitorNodes {
+  public:
+    explicit TreeNodes(ptree& tree) : m_tree(tree) {}
+    ReportSink& kernels() override { return m_sink.emplace(m_tree.get_child("kernels.nodes")); }
+    ReportSink& transfers() override { return m_sink.emplace(m_tree.get_child("memtransfers.nodes")); }
+
+  private:
+    ptree& m_tree;
+    std::optional<TreeSink> m_sink;
+};
+
 class MonitorReader {
   public:
-    MonitorReader(std::map<std::string, TlyKernel*>& kernels, ptree& tree,
+    MonitorReader(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
                   const std::map<std::string, std::string>& originalNames,
                   std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler)
         : m_kernels(kernels),
-          m_tree(tree),
+          m_nodes(nodes),
           m_original_names(originalNames),
           m_ext_mems(extMems),
           m_no_profiler(noProfiler),
@@ -107,7 +133,7 @@ class MonitorReader {
     bool updateInstances(const Receiver& receiver, SharedCounterTypes type);
 
     std::map<std::string, TlyKernel*>& m_kernels;
-    ptree& m_tree;
+    MonitorNodes& m_nodes;
     const std::map<std::string, std::string>& m_original_names;
     std::unordered_map<std::string, TlyExtMem*>& m_ext_mems;
     const bool m_no_profiler;
@@ -237,8 +263,10 @@ bool MonitorReader::readLastField(LineHead& head) {
 }
 
 void MonitorReader::addTransfer(const LineHead& head) {
-    ptree node = getMemTransferJSON(m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
-    append_node(m_tree.get_child("memtransfers.nodes"), "", node);
+    ReportSink& nodes = m_nodes.transfers();
+    nodes.open("");
+    tellMemTransfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
+    nodes.close();
     m_is_transfer = false;
 }
 
@@ -260,7 +288,7 @@ bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : receiver.targets())
-            pullKernelInfo(kernel, &m_tree, true, m_ext_mems);
+            tellInvocation(*kernel, m_nodes, true, m_ext_mems);
     }
     for (TlyKernel* kernel : receiver.targets()) {
         recordHead(*kernel, head);
@@ -308,7 +336,7 @@ void MonitorReader::finish() {
     decodeAll();
     for (const auto& [name, kernel] : m_kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            pullKernelInfo(kernel, &m_tree, false, m_ext_mems);
+            tellInvocation(*kernel, m_nodes, false, m_ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -317,15 +345,15 @@ void MonitorReader::finish() {
 
 } // namespace
 
-int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
-                         const std::map<std::string, std::string>& originalNames,
-                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
+int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes, const std::string& monPath,
+                    const std::map<std::string, std::string>& originalNames,
+                    std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
     LineReader lines(monPath);
     if (!lines.is_open()) {
         diagnose("ABORT: .mon file errored while trying to open.\n");
         return 1;
     }
-    MonitorReader reader(*kernels, *tree, originalNames, extMems, noProfiler);
+    MonitorReader reader(kernels, nodes, originalNames, extMems, noProfiler);
     std::string_view line;
     while (lines.next(line)) {
         if (!reader.readLine(line)) {
@@ -337,11 +365,16 @@ int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree
     return 0;
 }
 
+int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
+                         const std::map<std::string, std::string>& originalNames,
+                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
+    TreeNodes nodes(*tree);
+    return readMonitorFile(*kernels, nodes, monPath, originalNames, extMems, noProfiler);
+}
+
 int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
                    std::unordered_map<std::string, TlyExtMem*>& extMems) {
-    if (kernel->get_name() != autorun_profile_dummy_kernel) {
-        ptree node = kernel->getJSON(reset, extMems);
-        append_node(tree->get_child("kernels.nodes"), "", node);
-    }
+    TreeNodes nodes(*tree);
+    tellInvocation(*kernel, nodes, reset, extMems);
     return 1;
 }
