@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <map>
 
+#include "tly_exe.h"
+#include "tly_mon_reader.h"
 #include "tly_parse.h"
 
 namespace {
@@ -33,7 +35,12 @@ int main(int argc, char** argv) {
         parseVelmoraReport(&tree, argv[1]);
         parseProfilerXMLFile(&kernels, &tree, argv[1], &original_names);
     });
-    measure("reading", [&] { parseProfilerMONFile(&kernels, &tree, argv[2], original_names, ext_mems, false); });
+    measure("reading", [&] {
+        FoldedMonitorNodes nodes;
+        readMonitorFile(kernels, nodes, argv[2], original_names, ext_mems, false);
+        nodes.appendTo(tree);
+    });
     measure("writing", [&] { write_report(argv[3], tree); });
+    measure("freeing", [&] { clean_up(new ptree(std::move(tree)), new std::map(std::move(kernels)), ext_mems); });
     return 0;
 }

@@ -4,7 +4,6 @@
 #include <sstream>
 
 #include "diagnostics.h"
-#include "report_fold.h"
 #include "tly_mon_reader.h"
 #include "tly_parse.h"
 
@@ -44,26 +43,11 @@ struct Run {
     bool no_profiler = false;
 };
 
-// Holds the nodes of the monitor file folded.
-class FoldedLists final : public MonitorNodes {
-  public:
-    ReportSink& kernels() override { return *m_kernels; }
-    ReportSink& transfers() override { return *m_transfers; }
-    void moveInto(ptree& tree) const {
-        tree.get_child("kernels.nodes").data() = ReportValue(m_kernels);
-        tree.get_child("memtransfers.nodes").data() = ReportValue(m_transfers);
-    }
-
-  private:
-    std::shared_ptr<FoldedNodes> m_kernels = std::make_shared<FoldedNodes>();
-    std::shared_ptr<FoldedNodes> m_transfers = std::make_shared<FoldedNodes>();
-};
-
 int readMonitorFile(Run& run, const char* monPath) {
-    FoldedLists lists;
+    FoldedMonitorNodes lists;
     const int status = readMonitorFile(*run.kernels, lists, monPath, run.original_names, run.ext_mems,
                                        run.no_profiler);
-    lists.moveInto(*run.tree);
+    lists.appendTo(*run.tree);
     return status;
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "report_sink.h"
+#include "report_fold.h"
 #include "tly_ext_mem.h"
 #include "tly_kernel.h"
 
@@ -15,6 +15,22 @@ class MonitorNodes {
     virtual ~MonitorNodes() = default;
     virtual ReportSink& kernels() = 0;
     virtual ReportSink& transfers() = 0;
+};
+
+// Holds the nodes folded.
+class FoldedMonitorNodes final : public MonitorNodes {
+  public:
+    ReportSink& kernels() override { return *m_kernels; }
+    ReportSink& transfers() override { return *m_transfers; }
+    // Makes them the first children of the lists of a report, sharing them.
+    void appendTo(ptree& tree) const {
+        tree.get_child("kernels.nodes").data() = ReportValue(m_kernels);
+        tree.get_child("memtransfers.nodes").data() = ReportValue(m_transfers);
+    }
+
+  private:
+    std::shared_ptr<FoldedNodes> m_kernels = std::make_shared<FoldedNodes>();
+    std::shared_ptr<FoldedNodes> m_transfers = std::make_shared<FoldedNodes>();
 };
 
 // Does what parseProfilerMONFile does, with the nodes going to `nodes`.
