@@ -5,7 +5,7 @@
 
 #include "tly_exe.h"
 #include "tly_mon_reader.h"
-#include "tly_parse.h"
+#include "tly_parse_section.h"
 
 namespace {
 
@@ -30,10 +30,11 @@ int main(int argc, char** argv) {
     std::map<std::string, std::string> original_names;
     std::unordered_map<std::string, TlyExtMem*> ext_mems;
     measure("design", [&] {
-        parseVersionFile(&tree, argv[1]);
-        parseBoardXMLFile(&tree, argv[1], ext_mems);
-        parseVelmoraReport(&tree, argv[1]);
-        parseProfilerXMLFile(&kernels, &tree, argv[1], &original_names);
+        Package package(argv[1]);
+        parseVersion(tree, package);
+        parseBoard(tree, package, ext_mems);
+        parseTimingReport(tree, package);
+        parseDescription(kernels, tree, package, original_names);
     });
     measure("reading", [&] {
         FoldedMonitorNodes nodes;
