@@ -58,11 +58,14 @@ class Workload:
         self.report = self.folder / "report.json"
         self.files = [self.folder / "design.zanx", self.folder / "profile.mon", self.report]
 
+    # Both write a new file: to write over one would wait for the disk.
     def run_program(self):
+        self.report.unlink(missing_ok=True)
         return run(self.bench / "measure", self.program, *self.files)
 
     def run_floor(self, values, size):
         output = self.folder / "floor.out"
+        output.unlink(missing_ok=True)
         return run(self.bench / "measure", self.bench / "floor", self.files[1], output, str(values), str(size))
 
     def stages(self):

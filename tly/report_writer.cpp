@@ -121,21 +121,19 @@ class TextBuffer {
             "                                                                ";
         for (; count > blanks.size(); count -= blanks.size())
             append(blanks);
-        append(blanks.substr(0, count));
+        std::memcpy(reserve(blanks.size()), blanks.data(), blanks.size());
+        m_size += count;
     }
     void append_quoted(std::string_view text) {
+        constexpr std::size_t longest_piece = 4096;
         append("\"");
-        while (!text.empty()) {
-            std::size_t plain = 0;
-            while (plain < text.size() && escape_of(text[plain])[0] == 0)
-                ++plain;
-            append(text.substr(0, plain));
-            text.remove_prefix(plain);
-            if (!text.empty()) {
-                append(std::string_view(escape_of(text.front())));
-                text.remove_prefix(1);
-            }
+        if (text.size() <= longest_piece && append_plain(text)) {
+            append("\"");
+            return;
         }
+        for (; text.size() > longest_piece; text.remove_prefix(longest_piece))
+            append_escaped(text.substr(0, longest_piece));
+        append_escaped(text);
         append("\"");
     }
 
@@ -147,6 +145,61 @@ class TextBuffer {
 
   private:
     static constexpr std::size_t capacity = std::size_t{1} << 18;
+
+    // Appends a text that has nothing to escape and isn't very short, as nearly all are; else gives false.
+    // The last block starts where it ends with the text, so it may write some bytes again.
+    bool append_plain(std::string_view text) {
+        constexpr std::size_t block_size = 8;
+        if (text.size() < block_size)
+            return false;
+        char* const out = reserve(text.size());
+        for (std::size_t begin = 0;; begin = std::min(begin + block_size, text.size() - block_size)) {
+            std::uint64_t block;
+            std::memcpy(&block, text.data() + begin, block_size);
+            if (!is_plain(block))
+                return false;
+            std::memcpy(out + begin, &block, block_size);
+            if (begin + block_size == text.size())
+                break;
+        }
+        advance(out + text.size());
+        return true;
+    }
+
+    void append_escaped(std::string_view text) {
+        constexpr std::size_t longest_escape = 6;
+        const char* position = text.data();
+        const char* const end = position + text.size();
+        char* out = reserve(text.size() * longest_escape);
+        while (position != end) {
+            std::uint64_t block;
+            if (end - position >= 8 && (std::memcpy(&block, position, 8), is_plain(block))) {
+                std::memcpy(out, &block, 8);
+                position += 8;
+                out += 8;
+                continue;
+            }
+            const char* const escape = escape_of(*position);
+            if (escape[0] == 0)
+                *out++ = *position;
+            else
+                out = std::copy_n(escape, std::strlen(escape), out);
+            ++position;
+        }
+        advance(out);
+    }
+
+    // Whether each of eight bytes stands for itself. A byte of a kind leaves its highest bit, or makes one
+    // below it do so by a borrow, which is as good.
+    static bool is_plain(std::uint64_t bytes) {
+        constexpr std::uint64_t ones = 0x0101'0101'0101'0101;
+        constexpr std::uint64_t highest = 0x80 * ones;
+        const auto below = [&](std::uint64_t word, std::uint64_t limit) { return (word - limit * ones) & ~word; };
+        const auto equal = [&](char byte) {
+            return below(bytes ^ static_cast<unsigned char>(byte) * ones, 1);
+        };
+        return ((bytes | below(bytes, 0x20) | equal('"') | equal('\\') | equal('/')) & highest) == 0;
+    }
 
     static const char* escape_of(char byte) { return escapes[static_cast<unsigned char>(byte)].data(); }
 
@@ -214,11 +267,7 @@ class NodeText {
     template <class T, class Read>
     void numbers(std::size_t size, Read read) {
         const bool in_array = m_open.back().is_array;
-        // What stands between two values is the same for all of them.
-        std::string separator = "\",\n";
-        separator.append(m_open.size() * indent_width, ' ');
-        separator.append(in_array ? "\"" : "\"\": \"");
-
+        const std::string& separator = separatorOf(m_open.size(), in_array);
         beginItem();
         m_out.append(in_array ? "\"" : "\"\": \"");
         if (separator.size() <= short_separator)
@@ -252,6 +301,15 @@ class NodeText {
             m_out.append(",\n");
         parent.has_items = true;
         m_out.append_blanks(m_open.size() * indent_width);
+    }
+
+    // What stands between two values is the same for all of them.
+    const std::string& separatorOf(std::size_t depth, bool in_array) {
+        std::vector<std::string>& separators = m_separators[in_array ? 1 : 0];
+        while (separators.size() <= depth)
+            separators.push_back("\",\n" + std::string(separators.size() * indent_width, ' ') +
+                                 (in_array ? "\"" : "\"\": \""));
+        return separators[depth];
     }
 
     // Nearly all values of a report go through here. Each is followed by a whole block that starts with the
@@ -289,6 +347,7 @@ class NodeText {
 
     TextBuffer& m_out;
     std::vector<OpenNode> m_open;
+    std::array<std::vector<std::string>, 2> m_separators; // by depth; in objects, in arrays
 };
 
 // Writes folded nodes. Whether a node is a leaf, an array or an object shows with what comes next.
