@@ -1,6 +1,6 @@
 // floor MONITOR OUTPUT LINES BYTES: the least that any program has to do for a report. It reads the monitor
-// file in blocks, converts every field, and writes LINES lines with a converted value each: BYTES bytes in all
-// or a little more or less, the blanks in front of a value being as many as that takes.
+// file in blocks, converts every field, and writes LINES lines with a converted value each: BYTES bytes in
+// all or a little more or less, the blanks in front of a value being as many as that takes.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -69,7 +69,8 @@ std::size_t averageWidth(const LastValues& values) {
     std::size_t sum = 0;
     char digits[24];
     for (std::size_t i = 0; i < values.size(); ++i)
-        sum += static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, values[i]).ptr - digits);
+        sum +=
+            static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, values[i]).ptr - digits);
     return values.size() == 0 ? 1 : sum / values.size();
 }
 
@@ -112,8 +113,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     LastValues values;
-    if (!readAll(argv[1], values) ||
-        !writeAll(argv[2], values, std::strtoull(argv[3], nullptr, 10), std::strtoull(argv[4], nullptr, 10))) {
+    if (!readAll(argv[1], values) || !writeAll(argv[2], values, std::strtoull(argv[3], nullptr, 10),
+                                               std::strtoull(argv[4], nullptr, 10))) {
         std::fprintf(stderr, "floor: can't read or write\n");
         return 1;
     }

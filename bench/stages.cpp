@@ -42,6 +42,7 @@ int main(int argc, char** argv) {
         nodes.appendTo(tree);
     });
     measure("writing", [&] { write_report(argv[3], tree); });
-    measure("freeing", [&] { clean_up(new ptree(std::move(tree)), new std::map(std::move(kernels)), ext_mems); });
+    measure("freeing",
+            [&] { clean_up(new ptree(std::move(tree)), new std::map(std::move(kernels)), ext_mems); });
     return 0;
 }

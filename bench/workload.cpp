@@ -18,9 +18,9 @@ struct NamedShape {
 };
 
 constexpr NamedShape shapes[] = {
-    {"S", {3, 10, 5'000, 250, false, 1, 0, 1}},    {"L", {1, 60, 50'000, 0, false, 1, 0, 1}},
-    {"M", {50, 4, 600'000, 3, false, 1, 0, 3}},    {"W", {40, 50, 1'000, 0, false, 1, 0, 1}},
-    {"A", {20, 20, 5'000, 0, true, 1, 0, 1}},      {"X", {2, 4, 5'000, 0, false, 8, 64, 1}},
+    {"S", {3, 10, 5'000, 250, false, 1, 0, 1}}, {"L", {1, 60, 50'000, 0, false, 1, 0, 1}},
+    {"M", {50, 4, 600'000, 3, false, 1, 0, 3}}, {"W", {40, 50, 1'000, 0, false, 1, 0, 1}},
+    {"A", {20, 20, 5'000, 0, true, 1, 0, 1}},   {"X", {2, 4, 5'000, 0, false, 8, 64, 1}},
 };
 
 // What an instance is: its module, its attribute text, and its counters. One that can't have all counters has
@@ -69,7 +69,8 @@ std::vector<Inst> instsOf(const Shape& shape, const std::string& kernel) {
     std::size_t used = 1;
     const Kind* next = &globalAccess();
     for (int i = 1; i < shape.insts_per_kernel; ++i) {
-        const std::size_t left = static_cast<std::size_t>(counters_per_inst) * static_cast<std::size_t>(i + 1) - used;
+        const std::size_t left =
+            static_cast<std::size_t>(counters_per_inst) * static_cast<std::size_t>(i + 1) - used;
         const bool last = i + 1 == shape.insts_per_kernel;
         const Kind* kind = last ? &globalAccess() : left >= next->tags.size() ? next : &loop();
         if (kind == next)
@@ -135,7 +136,8 @@ std::string board(const Shape& shape) {
         "<board version='17.1' name='bench'>"
         "<device device_model='bench.xml'><used_resources><les num='1'/><ffs num='1'/><dsps num='0'/>"
         "<rams num='1'/></used_resources></device>"
-        "<compile name='default' project='top' revision='top' plexo_file='system.plexo' generic_kernel='true'>"
+        "<compile name='default' project='top' revision='top' plexo_file='system.plexo' "
+        "generic_kernel='true'>"
         "<generate cmd='g'/><synthesize cmd='s'/><auto_migrate platform_type='none'/></compile>";
     const int ports_each = std::max(1, (shape.ports + shape.memories - 1) / shape.memories);
     for (int memory = 0; memory < shape.memories; ++memory) {
@@ -216,12 +218,14 @@ void writeMonitor(const Shape& shape, std::ostream& out) {
         const long long start = 1'000'000'000'000 + 1'000'000'000LL * invocation + kernel;
         text.clear();
         if (shape.samples != 0 && sample % (shape.samples * 4) == 0) // transfers go before some invocations
-            text = "0,1,.mem_transfer_write," + std::to_string(start - 900) + "," + std::to_string(start) + "\n";
-        text += "0,1," + (shape.autorun ? pseudo_kernel : kernelName(kernel)) + "," + std::to_string(start) + "," +
-                std::to_string(start + 5'000LL * (1 + sample)) + ",-1," + std::to_string(num_counters);
+            text =
+                "0,1,.mem_transfer_write," + std::to_string(start - 900) + "," + std::to_string(start) + "\n";
+        text += "0,1," + (shape.autorun ? pseudo_kernel : kernelName(kernel)) + "," + std::to_string(start) +
+                "," + std::to_string(start + 5'000LL * (1 + sample)) + ",-1," + std::to_string(num_counters);
         for (int counter = 0; counter < num_counters; ++counter) {
             text += ',';
-            appendNumber(text, counter == 0 ? 100'000 + static_cast<int>(random() % 100'000) : counterValue(random));
+            appendNumber(
+                text, counter == 0 ? 100'000 + static_cast<int>(random() % 100'000) : counterValue(random));
         }
         text += '\n';
         out.write(text.data(), static_cast<std::streamsize>(text.size()));

@@ -15,11 +15,11 @@ struct Shape {
     int kernels;
     int insts_per_kernel;
     int lines;
-    int samples;         // lines of each invocation; 0: each kernel has one invocation
-    bool autorun;        // all kernels report on the lines of one pseudo-kernel
-    int memories;        // external memories, of which each kernel counts `ports` ports with their bursts
-    int ports;           // of each kernel, spread over the memories
-    int num_lines_each;  // lines of one kernel in a row
+    int samples;        // lines of each invocation; 0: each kernel has one invocation
+    bool autorun;       // all kernels report on the lines of one pseudo-kernel
+    int memories;       // external memories, of which each kernel counts `ports` ports with their bursts
+    int ports;          // of each kernel, spread over the memories
+    int num_lines_each; // lines of one kernel in a row
 };
 
 // The shapes that stand in bench/README.md: S, L, M, W, A and X. Nothing for other names.

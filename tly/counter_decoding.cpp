@@ -190,7 +190,8 @@ void TlyModuleInst::updateCounters(const LineBlock& lines, int firstCounter, int
             continue;
         if (type == SHARED_IVALID)
             m_ireq_count_valid = true;
-        if (type == SHARED_NONE || port.meaning.shared_type == SHARED_NONE || port.meaning.shared_type == type)
+        if (type == SHARED_NONE || port.meaning.shared_type == SHARED_NONE ||
+            port.meaning.shared_type == type)
             decodeColumn(port, lines, static_cast<std::size_t>(port.offset - firstCounter), columns);
     }
     pushColumns(columns, lines.size());

@@ -8,8 +8,8 @@
 
 inline constexpr bool has_digit_blocks = std::endian::native == std::endian::little;
 
-// The digits of a number below 10^8, leading zeros and all, the first one in the lowest byte: values of 0 to 9,
-// no characters.
+// The digits of a number below 10^8, leading zeros and all, the first one in the lowest byte: values of 0 to
+// 9, no characters.
 constexpr std::uint64_t digitsOf(std::uint32_t number) {
     // Halves of four digits, then quarters of two, then single ones, all of a kind divided by one
     // multiplication with a rounded reciprocal.

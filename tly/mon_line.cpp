@@ -68,7 +68,8 @@ bool PlainFields::digits(long long& value) {
 
 bool PlainFields::text(std::string_view& text) {
     const void* const found =
-        m_position == m_end ? nullptr : std::memchr(m_position, ',', static_cast<std::size_t>(m_end - m_position));
+        m_position == m_end ? nullptr
+                            : std::memchr(m_position, ',', static_cast<std::size_t>(m_end - m_position));
     if (!found)
         return false;
     text = std::string_view(m_position, static_cast<const char*>(found));

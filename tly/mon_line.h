@@ -19,8 +19,8 @@ struct MonField {
 // The field that a text stands for, commas and all.
 MonField readMonField(std::string_view text);
 
-// Reads the front of a line piece by piece, as long as it is what nearly all lines are: plain numbers of up to
-// 18 digits. A piece that is anything else ends the reading; then the line has to be split.
+// Reads the front of a line piece by piece, as long as it is what nearly all lines are: plain numbers of up
+// to 18 digits. A piece that is anything else ends the reading; then the line has to be split.
 class PlainFields {
   public:
     explicit PlainFields(std::string_view line) : m_position(line.data()), m_end(line.data() + line.size()) {}

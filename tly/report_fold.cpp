@@ -140,9 +140,9 @@ void FoldedNodes::addList(std::string_view key, const SampleList<T>& values) {
         addValues(key, copy.data(), values.size());
         return;
     }
-    constexpr Entry entry = std::is_same_v<T, int> ? Entry::int_list
-        : std::is_same_v<T, float>                 ? Entry::float_list
-                                                   : Entry::long_list;
+    constexpr Entry entry = std::is_same_v<T, int>     ? Entry::int_list
+                            : std::is_same_v<T, float> ? Entry::float_list
+                                                       : Entry::long_list;
     auto& lists = std::get<std::deque<SampleList<T>>>(m_lists);
     end(putNumber(begin(entry, key, max_number_bytes), lists.size()));
     lists.push_back(values);

@@ -10,8 +10,8 @@
 #include "report_sink.h"
 
 // Takes nodes and tells them again, in the same order. A run of many invocations has millions of small nodes,
-// which would cost some hundred bytes each in a tree: here it is the text's own bytes and two or three more, or
-// the values. Arrays of many values share the storage of their lists.
+// which would cost some hundred bytes each in a tree: here it is the text's own bytes and two or three more,
+// or the values. Arrays of many values share the storage of their lists.
 class FoldedNodes final : public ReportSink {
   public:
     void text(std::string_view key, std::string_view text) override;
@@ -36,16 +36,16 @@ class FoldedNodes final : public ReportSink {
   private:
     // What stands at the front of each entry, followed by the number of its key, if it has one.
     enum class Entry : unsigned char {
-        text,         // length, bytes
+        text, // length, bytes
         open,
         close,
-        ints,         // number of values, their bytes
-        long_longs,   // number of values, their bytes
-        narrow,       // long longs as 32 bits: number of values, their bytes
-        floats,       // number of values, their bytes
-        int_list,     // number of the list
-        long_list,    // number of the list
-        float_list,   // number of the list
+        ints,       // number of values, their bytes
+        long_longs, // number of values, their bytes
+        narrow,     // long longs as 32 bits: number of values, their bytes
+        floats,     // number of values, their bytes
+        int_list,   // number of the list
+        long_list,  // number of the list
+        float_list, // number of the list
     };
     struct Block {
         std::unique_ptr<char[]> bytes;
@@ -66,7 +66,7 @@ class FoldedNodes final : public ReportSink {
     void tellEntry(Entry entry, Reader& reader, ReportSink& sink) const;
 
     std::vector<Block> m_blocks;
-    std::size_t m_room = 0; // bytes behind the last block's
+    std::size_t m_room = 0;                                      // bytes behind the last block's
     std::unordered_map<std::string_view, std::size_t> m_numbers; // keys of m_keys
     std::deque<std::string> m_keys;
     // The keys told last, by some of their letters: most are found here.

@@ -126,11 +126,14 @@ class TextBuffer {
     }
     void append_quoted(std::string_view text) {
         constexpr std::size_t longest_piece = 4096;
-        append("\"");
-        if (text.size() <= longest_piece && append_plain(text)) {
-            append("\"");
+        char* const out = reserve(std::min(text.size(), longest_piece) + 2);
+        *out = '"';
+        if (text.size() <= longest_piece && copy_plain(text, out + 1)) {
+            out[text.size() + 1] = '"';
+            advance(out + text.size() + 2);
             return;
         }
+        advance(out + 1);
         for (; text.size() > longest_piece; text.remove_prefix(longest_piece))
             append_escaped(text.substr(0, longest_piece));
         append_escaped(text);
@@ -146,24 +149,33 @@ class TextBuffer {
   private:
     static constexpr std::size_t capacity = std::size_t{1} << 18;
 
-    // Appends a text that has nothing to escape and isn't very short, as nearly all are; else gives false.
-    // The last block starts where it ends with the text, so it may write some bytes again.
-    bool append_plain(std::string_view text) {
-        constexpr std::size_t block_size = 8;
-        if (text.size() < block_size)
-            return false;
-        char* const out = reserve(text.size());
-        for (std::size_t begin = 0;; begin = std::min(begin + block_size, text.size() - block_size)) {
-            std::uint64_t block;
-            std::memcpy(&block, text.data() + begin, block_size);
+    // Copies a text that has nothing to escape, as nearly all are; else gives false.
+    static bool copy_plain(std::string_view text, char* out) {
+        if (text.size() >= sizeof(std::uint64_t))
+            return copy_plain_blocks<std::uint64_t>(text, out);
+        if (text.size() >= sizeof(std::uint32_t))
+            return copy_plain_blocks<std::uint32_t>(text, out);
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (escape_of(text[i])[0] != 0)
+                return false;
+            out[i] = text[i];
+        }
+        return true;
+    }
+    // The text is a block or longer. The last block starts where it ends with the text, so it may copy some
+    // bytes again.
+    template <class Block>
+    static bool copy_plain_blocks(std::string_view text, char* out) {
+        const std::size_t last = text.size() - sizeof(Block);
+        for (std::size_t begin = 0;; begin = std::min(begin + sizeof(Block), last)) {
+            Block block;
+            std::memcpy(&block, text.data() + begin, sizeof block);
             if (!is_plain(block))
                 return false;
-            std::memcpy(out + begin, &block, block_size);
-            if (begin + block_size == text.size())
-                break;
+            std::memcpy(out + begin, &block, sizeof block);
+            if (begin == last)
+                return true;
         }
-        advance(out + text.size());
-        return true;
     }
 
     void append_escaped(std::string_view text) {
@@ -171,30 +183,23 @@ class TextBuffer {
         const char* position = text.data();
         const char* const end = position + text.size();
         char* out = reserve(text.size() * longest_escape);
-        while (position != end) {
-            std::uint64_t block;
-            if (end - position >= 8 && (std::memcpy(&block, position, 8), is_plain(block))) {
-                std::memcpy(out, &block, 8);
-                position += 8;
-                out += 8;
-                continue;
-            }
+        for (; position != end; ++position) {
             const char* const escape = escape_of(*position);
             if (escape[0] == 0)
                 *out++ = *position;
             else
                 out = std::copy_n(escape, std::strlen(escape), out);
-            ++position;
         }
         advance(out);
     }
 
-    // Whether each of eight bytes stands for itself. A byte of a kind leaves its highest bit, or makes one
-    // below it do so by a borrow, which is as good.
-    static bool is_plain(std::uint64_t bytes) {
-        constexpr std::uint64_t ones = 0x0101'0101'0101'0101;
-        constexpr std::uint64_t highest = 0x80 * ones;
-        const auto below = [&](std::uint64_t word, std::uint64_t limit) { return (word - limit * ones) & ~word; };
+    // Whether each byte of a block stands for itself. One that doesn't has or gets its highest bit, or makes
+    // one above it get that by a borrow, which is as good.
+    template <class Block>
+    static bool is_plain(Block bytes) {
+        constexpr Block ones = static_cast<Block>(0x0101'0101'0101'0101);
+        constexpr Block highest = 0x80 * ones;
+        const auto below = [&](Block word, Block limit) { return (word - limit * ones) & ~word; };
         const auto equal = [&](char byte) {
             return below(bytes ^ static_cast<unsigned char>(byte) * ones, 1);
         };

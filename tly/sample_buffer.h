@@ -11,8 +11,8 @@
 #include <type_traits>
 
 // An array of T at its end can be appended to and cut. Values of 64 bits take 32 until one comes that doesn't
-// fit, since counters rarely do. Growth is left to realloc, which moves large arrays without a copy; what lies
-// behind the last value is memory that was never touched, and so is none.
+// fit, since counters rarely do. Growth is left to realloc, which moves large arrays without a copy; what
+// lies behind the last value is memory that was never touched, and so is none.
 template <class T>
 class SampleBuffer {
   public:
@@ -102,8 +102,8 @@ class SampleBuffer {
     }
     void grow(std::size_t capacity) {
         auto* const bytes = capacity > std::numeric_limits<std::size_t>::max() / sizeof(T)
-            ? nullptr
-            : static_cast<char*>(std::realloc(m_bytes, capacity * valueSize()));
+                                ? nullptr
+                                : static_cast<char*>(std::realloc(m_bytes, capacity * valueSize()));
         if (!bytes)
             throw std::bad_alloc();
         m_bytes = bytes;

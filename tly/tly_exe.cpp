@@ -44,10 +44,9 @@ struct Run {
 };
 
 int readMonitorFile(Run& run) {
-    run.package.close();
     FoldedMonitorNodes lists;
-    const int status = readMonitorFile(*run.kernels, lists, run.mon_path, run.original_names, run.ext_mems,
-                                       run.no_profiler);
+    const int status =
+        readMonitorFile(*run.kernels, lists, run.mon_path, run.original_names, run.ext_mems, run.no_profiler);
     lists.appendTo(*run.tree);
     return status;
 }

@@ -58,8 +58,8 @@ float averageBurst(long long words, long long bursts) {
     return static_cast<float>(words) / static_cast<float>(bursts);
 }
 
-void tellPortMetrics(ReportSink& node, const PortSamples& port, std::size_t count, const Samples& sampleCycles,
-                     int width, float fmax, bool has_bursts) {
+void tellPortMetrics(ReportSink& node, const PortSamples& port, std::size_t count,
+                     const Samples& sampleCycles, int width, float fmax, bool has_bursts) {
     const bool has_write_bursts = has_bursts && count <= port.write_bursts.size();
     const bool has_read_bursts = has_bursts && count <= port.read_bursts.size();
     DerivedSamples bandwidths;
@@ -84,8 +84,8 @@ void tellPortMetrics(ReportSink& node, const PortSamples& port, std::size_t coun
 
 } // namespace
 
-void tellExtMem(ReportSink& node, const TlyModuleInst& inst, const Samples& sampleCycles, const TlyExtMem& mem,
-                unsigned long interfaceIndex, unsigned long portIndex) {
+void tellExtMem(ReportSink& node, const TlyModuleInst& inst, const Samples& sampleCycles,
+                const TlyExtMem& mem, unsigned long interfaceIndex, unsigned long portIndex) {
     const int bank = static_cast<int>(interfaceIndex);
     const int port_number = static_cast<int>(portIndex);
     const auto samples = [&](ExtMemOpType op) {

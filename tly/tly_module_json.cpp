@@ -113,7 +113,7 @@ Bandwidth bandwidthOf(bool channel, long long requests, int byteWidth, long long
 }
 
 void tellBandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind& kind,
-                     const Samples& sampleCycles) {
+                   const Samples& sampleCycles) {
     const Samples& requests = requestsOf(inst);
     const Samples& transferred = inst.samples(Counter::bandwidth);
     const int byte_width = byteWidthOf(inst);

@@ -157,8 +157,8 @@ bool MonitorBlocks::canDecodeTogether(const Receiver& receiver, std::size_t numC
         return !kernel->module_insts().empty() && !kernel->module_insts().front()->hasTotalCycles();
     };
     if (insts.empty() || !insts.front()->hasTotalCycles() ||
-        (receiver.autorun_kernels && std::any_of(receiver.autorun_kernels->begin(),
-                                                 receiver.autorun_kernels->end(), cycles_are_told)))
+        (receiver.autorun_kernels &&
+         std::any_of(receiver.autorun_kernels->begin(), receiver.autorun_kernels->end(), cycles_are_told)))
         return false;
     return std::all_of(insts.begin(), insts.end(), [&](const TlyModuleInst* inst) {
         return inst->compiledSharedCounters() == insts.front()->compiledSharedCounters() &&

@@ -61,8 +61,8 @@ class MonitorBlocks {
 
     // Takes a line, or gives false if it has to be read on its own.
     bool add(std::string_view line);
-    // Tells that a line of a kernel has been read on its own: further ones, with as many counters, may be taken.
-    // `name` is that of the line.
+    // Tells that a line of a kernel has been read on its own: further ones, with as many counters, may be
+    // taken. `name` is that of the line.
     void open(std::string_view name, const Receiver& receiver, std::size_t numCounters);
 
     // Decodes the lines that go to any of the receiver's kernels.

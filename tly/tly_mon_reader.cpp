@@ -345,8 +345,8 @@ void MonitorReader::finish() {
 
 } // namespace
 
-int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes, const std::string& monPath,
-                    const std::map<std::string, std::string>& originalNames,
+int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
+                    const std::string& monPath, const std::map<std::string, std::string>& originalNames,
                     std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
     LineReader lines(monPath);
     if (!lines.is_open()) {

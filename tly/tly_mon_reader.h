@@ -34,6 +34,6 @@ class FoldedMonitorNodes final : public MonitorNodes {
 };
 
 // Does what parseProfilerMONFile does, with the nodes going to `nodes`.
-int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes, const std::string& monPath,
-                    const std::map<std::string, std::string>& originalNames,
+int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
+                    const std::string& monPath, const std::map<std::string, std::string>& originalNames,
                     std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler);

@@ -212,6 +212,7 @@ int parseDescription(std::map<std::string, TlyKernel*>& kernels, const ptree& tr
     constexpr int failure = 1;
     constexpr int no_description = 2;
     const PackageSection section = package.read(".zan.profiler.xml");
+    package.close(); // the largest section is the last one: what the package holds of it isn't needed twice
     if (section.status == 1) {
         diagnose(
             "Warning: No profiler elf section. Will only return kernel start/stop time and memory "

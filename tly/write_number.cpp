@@ -18,8 +18,8 @@ constexpr double quick_limit = 1e15;
 constexpr std::array<double, 16> powers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
-// A number's first 7 digits, rounded to the nearest, from a tie to the even one; and the power of ten that the
-// first of them stands for.
+// A number's first 7 digits, rounded to the nearest, from a tie to the even one; and the power of ten that
+// the first of them stands for.
 struct Decimal {
     std::uint32_t digits;
     int exponent;
@@ -48,7 +48,8 @@ Decimal firstDigits(double magnitude) {
         digits = nearestInteger(magnitude * powers[static_cast<std::size_t>(num_digits - 1 - exponent)]);
     } else {
         const auto number = static_cast<std::uint64_t>(magnitude);
-        const auto unit = static_cast<std::uint64_t>(powers[static_cast<std::size_t>(exponent - num_digits + 1)]);
+        const auto unit =
+            static_cast<std::uint64_t>(powers[static_cast<std::size_t>(exponent - num_digits + 1)]);
         const std::uint64_t whole = number / unit;
         const std::uint64_t twice_rest = 2 * (number % unit);
         const bool up = twice_rest > unit || (twice_rest == unit && whole % 2 == 1);

@@ -89,7 +89,8 @@ TEST(MonitorBlocks, KernelsWhoseLinesComeInAnyOrder) {
         for (const char* name : {"k", "l"}) {
             TlyKernel& kernel = run.kernel(name);
             int offset = 7;
-            addTags(run.inst(kernel, std::string(name) + "_function_wrapper_inst"), offset, {"clock", port_tag});
+            addTags(run.inst(kernel, std::string(name) + "_function_wrapper_inst"), offset,
+                    {"clock", port_tag});
             addTags(run.inst(kernel, "a"), offset, {"ivalid", "memorystalls", "ivalid", "unknown"});
             addTags(run.inst(kernel, "b"), offset, {"totalreq", "idle"});
             run.inst(kernel, "c").addPortTag("ivalid", 9, 1); // another compute unit
@@ -143,8 +144,9 @@ TEST(MonitorBlocks, AutorunKernelsOnTheirOwnLinesAndOnThoseOfThePseudoKernel) {
         run.inst(run.kernel(autorun_profile_dummy_kernel), "p").addPortTag("clock", 7, 0);
     };
     for (unsigned seed = 0; seed < 10; ++seed)
-        expectSame(design,
-                   RandomLines(seed, {{"k", 8}, {"l", 8}, {autorun_profile_dummy_kernel, 8}}, "-1").make(1000));
+        expectSame(
+            design,
+            RandomLines(seed, {{"k", 8}, {"l", 8}, {autorun_profile_dummy_kernel, 8}}, "-1").make(1000));
 }
 
 TEST(MonitorBlocks, TwoNamesOfOneKernel) {

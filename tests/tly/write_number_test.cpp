@@ -14,7 +14,8 @@ namespace {
 std::string generalText(float value) {
     char text[64];
     const auto end =
-        std::to_chars(text, text + sizeof text, static_cast<double>(value), std::chars_format::general, 7).ptr;
+        std::to_chars(text, text + sizeof text, static_cast<double>(value), std::chars_format::general, 7)
+            .ptr;
     return std::string(text, end);
 }
 
