@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """Runs zanl-profile-tly and the floor program in turn on the shapes of bench/workload.h, and compares them.
 
-usage: compare_with_floor.py [--build FOLDER] [--runs N] [--growth] [SHAPE...]
+usage: compare_with_floor.py [--build FOLDER] [--runs N] [--growth | --instructions] [SHAPE...]
 
-Without --growth: medians of wall time, their ratio, the most memory held, that memory beyond 8 MiB for each value of
+Without an option: medians of wall time, their ratio, the most memory held, that memory beyond 8 MiB for each value of
 the report, and the share of time by stage. With --growth: each size at 1, 2, 4 and 8 times, and what doubling costs.
-A value is a line of the report that holds one: an element of an array, or a key with a text.
+With --instructions: what the program executes for each value on shortened shapes, counted by valgrind, which gives the
+same numbers on a busy machine. A value is a line of the report that holds one: an element of an array, or a key with a
+text.
 """
 
 import argparse
@@ -24,6 +26,16 @@ GROWTH = [
     ("instances", "L", {"lines": 2_000, "insts_per_kernel": 60}, "insts_per_kernel"),
     ("kernels", "W", {"lines": 40_000, "kernels": 10, "insts_per_kernel": 20}, "kernels"),
     ("invocations", "M", {"lines": 60_000}, "lines"),
+]
+# Lines of the shapes when instructions are counted.
+COUNTED_LINES = {"S": 5_000, "L": 1_000, "M": 15_000, "W": 1_000, "A": 200, "X": 500}
+# The hot loops, by the names of their functions. The first row that fits takes a function.
+HOT_LOOPS = [
+    ("fields to numbers", r"PlainFields::|MonLine::split|readField"),
+    ("numbers to lists", r"decodeColumn|pushColumns|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
+    ("metrics", r"tellDetails|tellPortMetrics|megabytesPerSecond|averageChannelDepth"),
+    ("numbers to text", r"write_number|writeNumbers|SampleList<.*::read"),
+    ("description", r"tinyxml2|zan::|parseDescription|meaningOfTag"),
 ]
 
 
@@ -92,6 +104,29 @@ def compare(build, shape, runs):
     )
 
 
+def count_instructions(build, shape):
+    with tempfile.TemporaryDirectory() as folder:
+        work = Workload(build, folder, shape, {"lines": COUNTED_LINES[shape]})
+        counts = f"{folder}/counts"
+        valgrind = ["valgrind", "--tool=callgrind", f"--callgrind-out-file={counts}", work.program, *work.files]
+        subprocess.run(valgrind, check=True, capture_output=True)
+        values = count_values(work.report)
+        annotate = ["callgrind_annotate", "--threshold=100", counts]
+        text = subprocess.run(annotate, check=True, text=True, capture_output=True).stdout
+    total, sums = 0, dict.fromkeys([name for name, _ in HOT_LOOPS], 0)
+    for count, function in re.findall(r"^ *([\d,]+) \([ \d.]+%\)  (.*)$", text, re.MULTILINE):
+        number = int(count.replace(",", ""))
+        if function == "PROGRAM TOTALS":
+            total = number
+            continue
+        loop = next((name for name, pattern in HOT_LOOPS if re.search(pattern, function)), None)
+        if loop:
+            sums[loop] += number
+    parts = " | ".join(f"{number / values:.1f}" for number in sums.values())
+    size = f"{COUNTED_LINES[shape]:,} | {values:,}"
+    print(f"| {shape} | {size} | {total / 1e6:.1f} | {total / values:.1f} | {parts} |", flush=True)
+
+
 def grow(build, what, shape, numbers, name, runs):
     rows = []
     for factor in (1, 2, 4, 8):
@@ -109,12 +144,19 @@ def main():
     parser.add_argument("--build", type=pathlib.Path, default=TOP / "build" / "release")
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--growth", action="store_true")
+    parser.add_argument("--instructions", action="store_true")
     parser.add_argument("shapes", nargs="*", metavar="SHAPE")
     options = parser.parse_args()
     if options.growth:
         print("| twice the | size | ms | times the last | MiB | times the last |\n|---|---|---|---|---|---|")
         for row in GROWTH:
             grow(options.build, *row, options.runs)
+        return
+    if options.instructions:
+        print(f"| shape | lines | values | millions | a value | {' | '.join(name for name, _ in HOT_LOOPS)} |")
+        print("|---" * (5 + len(HOT_LOOPS)) + "|")
+        for shape in options.shapes or SHAPES:
+            count_instructions(options.build, shape)
         return
     print("| shape | values | ms | floor ms | ratio | MiB | bytes a value | stages |\n|---|---|---|---|---|---|---|---|")
     for shape in options.shapes or SHAPES:

@@ -67,7 +67,7 @@ TLY_LAYERS = [
     ("report", ["tly/tly_json.*", "tly/tly_*_json.*", "tly/report_*"]),
     ("model", ["tly/*"]),
 ]
-# The one place where the model meets the report: TlyKernel::getJSON.
+# The one place where the model meets the report: TlyKernel::tellNode.
 MODEL_MEETS_REPORT = "tly/tly_kernel.*"
 JSON_HEADERS = ["boost/property_tree/*"]
 
