@@ -3,8 +3,9 @@
 
 usage: compare_with_floor.py [--build FOLDER] [--runs N] [--growth | --instructions] [SHAPE...]
 
-Without an option: medians of wall time, their ratio, the most memory held, that memory beyond 8 MiB for each value of
-the report, and the share of time by stage. With --growth: each size at 1, 2, 4 and 8 times, and what doubling costs.
+Without an option: medians of wall time, their ratio, that of processor time, the most memory held, that memory beyond
+8 MiB for each value of the report, and the share of time by stage. With --growth: each size at 1, 2, 4 and 8 times, and
+what doubling costs in processor time and memory.
 With --instructions: what the program executes for each value on shortened shapes, counted by valgrind, which gives the
 same numbers on a busy machine. A value is a line of the report that holds one: an element of an array, or a key with a
 text.
@@ -20,12 +21,12 @@ import tempfile
 TOP = pathlib.Path(__file__).resolve().parent.parent
 SHAPES = ["S", "L", "M", "W", "A", "X"]
 PROCESS_BYTES = 8 << 20
-# What grows, on which shape, from which number on. The sizes are such that the work of a run outweighs its start.
+# What grows, on which shape, the numbers that grow, and others. Kernels have 250 lines each. The sizes are such that the work of a run outweighs its start.
 GROWTH = [
-    ("lines", "L", {"lines": 10_000}, "lines"),
-    ("instances", "L", {"lines": 2_000, "insts_per_kernel": 60}, "insts_per_kernel"),
-    ("kernels", "W", {"lines": 40_000, "kernels": 10, "insts_per_kernel": 20}, "kernels"),
-    ("invocations", "M", {"lines": 60_000}, "lines"),
+    ("lines", "L", {"lines": 10_000}, {}),
+    ("instances", "L", {"insts_per_kernel": 60}, {"lines": 5_000}),
+    ("kernels", "W", {"kernels": 20, "lines": 5_000}, {}),
+    ("invocations", "M", {"lines": 60_000}, {}),
 ]
 # Lines of the shapes when instructions are counted.
 COUNTED_LINES = {"S": 5_000, "L": 1_000, "M": 15_000, "W": 1_000, "A": 200, "X": 500}
@@ -40,12 +41,12 @@ HOT_LOOPS = [
 
 
 def run(measure, *command):
-    """Wall time in seconds and the most memory held, in bytes."""
+    """Wall time and processor time in seconds, and the most memory held, in bytes."""
     done = subprocess.run([measure, *command], text=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     if done.returncode != 0:
         raise SystemExit(f"{' '.join(map(str, command))} ended with {done.returncode}")
-    seconds, kib = done.stdout.split()
-    return float(seconds), int(kib) * 1024
+    wall, processor, kib = done.stdout.split()
+    return float(wall), float(processor), int(kib) * 1024
 
 
 def count_values(report):
@@ -93,13 +94,14 @@ def compare(build, shape, runs):
         work.run_floor(values, size)
         pairs = [(work.run_program(), work.run_floor(values, size)) for _ in range(runs)]
         ours, floor = (statistics.median(pair[i][0] for pair in pairs) for i in (0, 1))
-        memory = max(pair[0][1] for pair in pairs)
+        processor = statistics.median(pair[0][1] for pair in pairs) / statistics.median(pair[1][1] for pair in pairs)
+        memory = max(pair[0][2] for pair in pairs)
         stages = work.stages()
     share = ", ".join(f"{name} {ms / sum(stages.values()):.0%}" for name, ms in stages.items())
     beyond = max(0, memory - PROCESS_BYTES) / values
     print(
         f"| {shape} | {values:,} | {ours * 1e3:.1f} | {floor * 1e3:.1f} | {ours / floor:.2f} "
-        f"| {memory / 2**20:.1f} | {beyond:.1f} | {share} |",
+        f"| {processor:.2f} | {memory / 2**20:.1f} | {beyond:.1f} | {share} |",
         flush=True,
     )
 
@@ -127,13 +129,14 @@ def count_instructions(build, shape):
     print(f"| {shape} | {size} | {total / 1e6:.1f} | {total / values:.1f} | {parts} |", flush=True)
 
 
-def grow(build, what, shape, numbers, name, runs):
+def grow(build, what, shape, growing, fixed, runs):
     rows = []
     for factor in (1, 2, 4, 8):
         with tempfile.TemporaryDirectory() as folder:
-            work = Workload(build, folder, shape, {**numbers, name: numbers[name] * factor})
+            numbers = {name: number * factor for name, number in growing.items()}
+            work = Workload(build, folder, shape, numbers | fixed)
             measured = [work.run_program() for _ in range(runs)]
-        rows.append((statistics.median(row[0] for row in measured), max(row[1] for row in measured)))
+        rows.append((statistics.median(row[1] for row in measured), max(row[2] for row in measured)))
     for factor, row, last in zip((1, 2, 4, 8), rows, [None, *rows]):
         costs = ("", "") if last is None else (f"{row[0] / last[0]:.2f}", f"{row[1] / last[1]:.2f}")
         print(f"| {what} | {factor} | {row[0] * 1e3:.0f} | {costs[0]} | {row[1] / 2**20:.1f} | {costs[1]} |", flush=True)
@@ -158,7 +161,8 @@ def main():
         for shape in options.shapes or SHAPES:
             count_instructions(options.build, shape)
         return
-    print("| shape | values | ms | floor ms | ratio | MiB | bytes a value | stages |\n|---|---|---|---|---|---|---|---|")
+    print("| shape | values | ms | floor ms | ratio | of processor time | MiB | bytes a value | stages |")
+    print("|---|---|---|---|---|---|---|---|---|")
     for shape in options.shapes or SHAPES:
         compare(options.build, shape, options.runs)
 

@@ -1,5 +1,6 @@
-// measure COMMAND ARGUMENT...: runs a command and prints its wall time in seconds and the most memory that it
-// held in KiB. Small itself, because a process starts with the memory of the one that made it.
+// measure COMMAND ARGUMENT...: runs a command and prints its wall time and its processor time in seconds and
+// the most memory that it held in KiB. Small itself, because a process starts with the memory of the one that
+// made it.
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -8,6 +9,10 @@
 #include <cstdio>
 
 extern char** environ;
+
+static double seconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
 
 int main(int argc, char** argv) {
     if (argc < 2) {
@@ -24,6 +29,7 @@ int main(int argc, char** argv) {
     struct rusage usage {};
     ::wait4(process, &status, 0, &usage);
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
-    std::printf("%.6f %ld\n", passed.count(), usage.ru_maxrss);
+    std::printf("%.6f %.6f %ld\n", passed.count(), seconds(usage.ru_utime) + seconds(usage.ru_stime),
+                usage.ru_maxrss);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }

@@ -103,8 +103,8 @@ BENCHMARK(splitLines)->Unit(benchmark::kMillisecond);
 
 constexpr int lines_of_invocation = 1000;
 
-// Counters of lines that are split already, one line after the other, over a growing number of instances: time
-// for a value stays the same, but for what no longer fits the caches.
+// Counters of lines that are split already, one line after the other, over a growing number of instances:
+// time for a value stays the same, but for what no longer fits the caches.
 void decodeCounters(benchmark::State& state) {
     Design design(static_cast<int>(state.range(0)));
     const std::string text = design.monitorText(1);
