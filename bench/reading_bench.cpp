@@ -101,14 +101,15 @@ void splitLines(benchmark::State& state) {
 }
 BENCHMARK(splitLines)->Unit(benchmark::kMillisecond);
 
-// Counters of lines that are split already, over a growing number of instances: time for a value stays the
-// same, but for what no longer fits the caches.
+constexpr int lines_of_invocation = 1000;
+
+// Counters of lines that are split already, one line after the other, over a growing number of instances:
+// time for a value stays the same, but for what no longer fits the caches.
 void decodeCounters(benchmark::State& state) {
     Design design(static_cast<int>(state.range(0)));
     const std::string text = design.monitorText(1);
     MonLine line;
     line.split(std::string_view(text).substr(0, text.size() - 1));
-    constexpr int lines_of_invocation = 1000;
     HeldBytes held;
     for (auto _ : state) {
         held.start();
@@ -125,5 +126,38 @@ void decodeCounters(benchmark::State& state) {
     held.report(state, static_cast<double>(lines_of_invocation) * design.num_counters());
 }
 BENCHMARK(decodeCounters)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
+
+// The same in blocks of lines.
+void decodeBlocks(benchmark::State& state) {
+    constexpr int first_counter = 7;
+    Design design(static_cast<int>(state.range(0)));
+    const std::string text = design.monitorText(1);
+    MonLine line;
+    line.split(std::string_view(text).substr(0, text.size() - 1));
+    LineBlock block;
+    block.reset(static_cast<std::size_t>(design.num_counters()));
+    while (!block.full()) {
+        std::transform(line.fields().begin() + first_counter, line.fields().end(), block.next(),
+                       [](const MonField& field) { return field.value; });
+        block.add();
+    }
+    const int num_blocks = lines_of_invocation / static_cast<int>(block.size());
+    HeldBytes held;
+    for (auto _ : state) {
+        held.start();
+        for (int i = 0; i < num_blocks; ++i) {
+            for (const auto& inst : design.insts())
+                inst->updateCounters(block, first_counter, 0, SHARED_NONE);
+        }
+        state.PauseTiming();
+        held.stop();
+        design.reset();
+        state.ResumeTiming();
+    }
+    const int num_lines_read = num_blocks * static_cast<int>(block.size());
+    countValues(state, num_lines_read, design.num_counters());
+    held.report(state, static_cast<double>(num_lines_read) * design.num_counters());
+}
+BENCHMARK(decodeBlocks)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
 
 } // namespace

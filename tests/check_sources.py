@@ -63,11 +63,11 @@ JOINS_LIBRARIES = "tly/tly_parse*"
 # matches is the profile model and its helpers, which know no JSON.
 TLY_LAYERS = [
     ("run driver", ["tly/main.cpp", "tly/tly_exe.*"]),
-    ("readers", ["tly/tly_parse*", "tly/tly_mon_reader.*", "tly/line_reader.*"]),
+    ("readers", ["tly/tly_parse*", "tly/tly_mon_*", "tly/line_reader.*"]),
     ("report", ["tly/tly_json.*", "tly/tly_*_json.*", "tly/report_*"]),
     ("model", ["tly/*"]),
 ]
-# The one place where the model meets the report: TlyKernel::getJSON.
+# The one place where the model meets the report: TlyKernel::tellNode.
 MODEL_MEETS_REPORT = "tly/tly_kernel.*"
 JSON_HEADERS = ["boost/property_tree/*"]
 

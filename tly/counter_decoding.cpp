@@ -1,4 +1,8 @@
 // How the numbers of a monitor line reach the counters of a module instance.
+#include <algorithm>
+#include <set>
+#include <tuple>
+
 #include "diagnostics.h"
 #include "tly_module_inst.h"
 #include "wrapping.h"
@@ -97,9 +101,13 @@ void TlyModuleInst::addValue(const TagMeaning& meaning, long long value) {
         return;
     long long& accumulator = m_current[static_cast<std::size_t>(meaning.counter)];
     accumulator = wrappingSum(accumulator, value);
-    m_ireq_count_valid = m_ireq_count_valid || meaning.counter == Counter::ireq;
-    m_has_total_fifo_size = m_has_total_fifo_size || meaning.counter == Counter::total_fifo;
-    m_has_max_fifo_size = m_has_max_fifo_size || meaning.counter == Counter::max_fifo;
+    noteCounter(meaning.counter);
+}
+
+void TlyModuleInst::noteCounter(Counter counter) {
+    m_ireq_count_valid = m_ireq_count_valid || counter == Counter::ireq;
+    m_has_total_fifo_size = m_has_total_fifo_size || counter == Counter::total_fifo;
+    m_has_max_fifo_size = m_has_max_fifo_size || counter == Counter::max_fifo;
 }
 
 void TlyModuleInst::recordExtMem(ExtMemPort& port, long long value, bool push) {
@@ -132,4 +140,105 @@ void TlyModuleInst::updateExtMemCounter(const std::string& memName, ExtMemOpType
     }
     ExtMemPort target{std::move(tag)};
     recordExtMem(target, value, push);
+}
+
+// The sums of each counter family, and of the total cycles, on each line of a block.
+struct TlyModuleInst::Columns {
+    using Column = std::array<long long, LineBlock::max_lines>;
+    static constexpr std::size_t total_cycles = num_counters;
+
+    std::array<Column, num_counters + 1> sums; // those that are there
+    std::array<bool, num_counters + 1> is_there{};
+
+    void add(std::size_t index, const LineBlock& lines, std::size_t column) {
+        if (is_there[index])
+            lines.addColumn(column, sums[index].data());
+        else
+            lines.column(column, sums[index].data());
+        is_there[index] = true;
+    }
+};
+
+bool TlyModuleInst::countsTotalCycles(int compUnit) const {
+    return std::any_of(m_ports.begin(), m_ports.end(), [&](const PortCounter& port) {
+        return port.comp_unit == compUnit && port.meaning.target == TagMeaning::Target::total_cycles;
+    });
+}
+
+bool TlyModuleInst::canTakeBlocks(int firstCounter, std::size_t numCounters, int compUnit) const {
+    std::set<std::tuple<std::string_view, ExtMemOpType, int, int>> lists;
+    for (const PortCounter& port : m_ports) {
+        if (port.comp_unit != compUnit)
+            continue;
+        if (port.offset < firstCounter || static_cast<std::size_t>(port.offset - firstCounter) >= numCounters)
+            return false;
+        if (port.meaning.target != TagMeaning::Target::ext_mem)
+            continue;
+        const ExtMemTag& tag = m_ext_mem_ports[port.ext_mem_port].tag;
+        if (tag.fault != ExtMemTag::Fault::none || !tag.names_op ||
+            !lists.emplace(tag.memory, tag.op, tag.bank, tag.port).second)
+            return false;
+    }
+    return true;
+}
+
+void TlyModuleInst::updateCounters(const LineBlock& lines, int firstCounter, int compUnit,
+                                   SharedCounterTypes type) {
+    Columns columns;
+    for (const PortCounter& port : m_ports) {
+        if (port.comp_unit != compUnit)
+            continue;
+        if (type == SHARED_IVALID)
+            m_ireq_count_valid = true;
+        if (type == SHARED_NONE || port.meaning.shared_type == SHARED_NONE ||
+            port.meaning.shared_type == type)
+            decodeColumn(port, lines, static_cast<std::size_t>(port.offset - firstCounter), columns);
+    }
+    pushColumns(columns, lines.size());
+}
+
+void TlyModuleInst::decodeColumn(const PortCounter& port, const LineBlock& lines, std::size_t column,
+                                 Columns& columns) {
+    switch (port.meaning.target) {
+        case TagMeaning::Target::nothing:
+            return;
+        case TagMeaning::Target::counter:
+            columns.add(static_cast<std::size_t>(port.meaning.counter), lines, column);
+            noteCounter(port.meaning.counter);
+            return;
+        case TagMeaning::Target::total_cycles:
+            columns.add(Columns::total_cycles, lines, column);
+            m_has_total_cycles = true;
+            return;
+        case TagMeaning::Target::ext_mem: {
+            ExtMemPort& target = m_ext_mem_ports[port.ext_mem_port];
+            if (!target.samples)
+                target.samples =
+                    extMemList(target.tag.memory, target.tag.op, target.tag.bank, target.tag.port);
+            Columns::Column values;
+            lines.column(column, values.data());
+            target.samples->append(values.data(), lines.size());
+        }
+    }
+}
+
+// What pushValuesOnVectors does after each line.
+void TlyModuleInst::pushColumns(const Columns& columns, std::size_t count) {
+    const auto push = [&](Samples& list, std::size_t index) {
+        if (columns.is_there[index])
+            list.append(columns.sums[index].data(), count);
+        else
+            list.appendZeros(count);
+    };
+    for (const Counter counter : m_active) {
+        const auto index = static_cast<std::size_t>(counter);
+        push(m_samples[index], index);
+        m_current[index] = columns.is_there[index] ? columns.sums[index][count - 1] : 0;
+    }
+    m_zeros.appendZeros(count);
+    if (!m_has_total_cycles)
+        return;
+    if (!m_function_cycles)
+        m_function_cycles = &m_total_cycles[m_function]; // entries stay in place
+    push(*m_function_cycles, Columns::total_cycles);
 }

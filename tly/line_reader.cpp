@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -20,20 +21,31 @@ LineReader::~LineReader() {
         ::close(m_fd);
 }
 
-// Makes room behind the bytes at hand and reads more into it; false if there are no more.
+// Moves the bytes at hand to the front of a buffer that has room behind them. What isn't read into is never
+// touched.
+void LineReader::makeRoom() {
+    const std::size_t size = m_end - m_begin;
+    if (m_capacity - size < block_size / 2) {
+        const std::size_t capacity = m_capacity + std::max(m_capacity, block_size);
+        auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+        std::copy_n(m_buffer.get() + m_begin, size, larger.get());
+        m_buffer = std::move(larger);
+        m_capacity = capacity;
+    } else if (m_begin != 0) {
+        std::memmove(m_buffer.get(), m_buffer.get() + m_begin, size);
+    }
+    m_begin = 0;
+    m_end = size;
+}
+
+// Reads more bytes behind those at hand; false if there are no more.
 bool LineReader::fill() {
     if (m_at_end || !is_open())
         return false;
-    if (m_begin != 0) {
-        std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
-        m_end -= m_begin;
-        m_begin = 0;
-    }
-    if (m_buffer.size() - m_end < block_size / 2)
-        m_buffer.resize(m_buffer.size() + std::max(m_buffer.size(), block_size));
+    makeRoom();
     ssize_t count = 0;
     do {
-        count = ::read(m_fd, m_buffer.data() + m_end, m_buffer.size() - m_end);
+        count = ::read(m_fd, m_buffer.get() + m_end, m_capacity - m_end);
     } while (count < 0 && errno == EINTR);
     m_at_end = count <= 0;
     if (!m_at_end)
@@ -45,7 +57,7 @@ bool LineReader::next(std::string_view& line) {
     std::size_t searched = 0; // bytes at the front that hold no newline
     while (true) {
         const std::size_t size = m_end - m_begin;
-        const char* const begin = m_buffer.data() + m_begin;
+        const char* const begin = m_buffer.get() + m_begin;
         const void* newline =
             size > searched ? std::memchr(begin + searched, '\n', size - searched) : nullptr;
         if (newline) {
@@ -56,7 +68,7 @@ bool LineReader::next(std::string_view& line) {
         searched = size;
         if (fill())
             continue;
-        line = std::string_view(m_buffer.data() + m_begin, size);
+        line = std::string_view(m_buffer.get() + m_begin, size);
         m_begin = m_end;
         return size != 0;
     }

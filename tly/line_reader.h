@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 // Reads what std::getline would read, from a regular file or a pipe. Memory is that of the longest line.
 class LineReader {
@@ -21,10 +21,12 @@ class LineReader {
     bool next(std::string_view& line);
 
   private:
+    void makeRoom();
     bool fill();
 
     int m_fd;
-    std::vector<char> m_buffer;
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_capacity = 0;
     std::size_t m_begin = 0; // of the bytes that no line has taken yet
     std::size_t m_end = 0;
     bool m_at_end = false;

@@ -1,7 +1,9 @@
 #include "mon_line.h"
 
 #include <algorithm>
+#include <cstring>
 
+#include "decimal_digits.h"
 #include "number_text.h"
 
 namespace {
@@ -39,6 +41,48 @@ const char* readField(const char* begin, const char* end, MonField& field) {
 MonField readMonField(std::string_view text) {
     const auto number = parseLongLong(text);
     return {text, number.value_or(0), number.has_value()};
+}
+
+bool PlainFields::digits(long long& value) {
+    const char* const begin = m_position;
+    const bool negative = m_position != m_end && *m_position == '-';
+    if (negative)
+        ++m_position;
+    long long magnitude = 0;
+    if (has_digit_blocks && m_end - m_position >= 8) {
+        std::uint64_t characters;
+        std::memcpy(&characters, m_position, sizeof characters);
+        const DigitRun run = readDigits(characters);
+        magnitude = run.value;
+        m_position += run.length;
+    }
+    // What is left of a number of more digits, or of the end of a line.
+    while (m_position != m_end && static_cast<unsigned>(*m_position - '0') < 10 &&
+           m_position - begin < safe_digits) {
+        magnitude = magnitude * 10 + (*m_position - '0');
+        ++m_position;
+    }
+    value = negative ? -magnitude : magnitude;
+    return m_position - begin > (negative ? 1 : 0);
+}
+
+bool PlainFields::text(std::string_view& text) {
+    const void* const found =
+        m_position == m_end ? nullptr
+                            : std::memchr(m_position, ',', static_cast<std::size_t>(m_end - m_position));
+    if (!found)
+        return false;
+    text = std::string_view(m_position, static_cast<const char*>(found));
+    m_position += text.size() + 1;
+    return true;
+}
+
+bool PlainFields::lastNumbers(long long* values, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!digits(values[i]) || (i + 1 < count && !comma()))
+            return false;
+    }
+    return m_position == m_end;
 }
 
 void MonLine::split(std::string_view line) {

@@ -3,12 +3,7 @@
 #include <deque>
 #include <iterator>
 
-char* write_number(char* out, float value) {
-    constexpr int significant_digits = 7;
-    return std::to_chars(out, out + max_number_text, static_cast<double>(value), std::chars_format::general,
-                         significant_digits)
-        .ptr;
-}
+#include "report_fold.h"
 
 template <class T>
 ptree packedArray(SampleList<T> values) {
@@ -75,6 +70,14 @@ boost::property_tree::ptree expanded(const ptree& tree) {
             for (std::size_t i = 0; i < values.size(); ++i)
                 to.push_back({std::string(), Plain(report_text(values[i]))});
         });
+        if (const FoldedNodes* nodes = from.data().folded()) {
+            ptree unfolded;
+            TreeSink sink(unfolded);
+            nodes->tell(sink);
+            for (const auto& entry : expanded(unfolded))
+                to.push_back(entry);
+            dismantle(unfolded);
+        }
     });
     return result;
 }

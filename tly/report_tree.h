@@ -5,6 +5,7 @@
 #include <boost/property_tree/ptree.hpp>
 #include <charconv>
 #include <concepts>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -13,10 +14,14 @@
 #include <variant>
 #include <vector>
 
+#include "decimal_digits.h"
 #include "sample_list.h"
 
-// The data of one node of the report: a text, or a whole array of numbers. A packed array stands for as many
-// children with the empty key, each holding the text of one number.
+class FoldedNodes;
+
+// The data of one node of the report: a text, a whole array of numbers, or children that are held folded. A
+// packed array stands for as many children with the empty key, each holding the text of one number; folded
+// nodes are children in front of those that the node has.
 class ReportValue {
   public:
     using Packed = std::variant<SampleList<int>, SampleList<long long>, SampleList<float>>;
@@ -30,19 +35,29 @@ class ReportValue {
             m_value = std::move(values);
     }
 
-    // The text; empty for a packed array.
+    ReportValue(std::shared_ptr<FoldedNodes> nodes)
+        : m_value(std::shared_ptr<const FoldedNodes>(std::move(nodes))) {}
+
+    // The text; empty for a packed array and for folded nodes.
     const std::string& text() const {
         static const std::string none;
         const auto* text = std::get_if<std::string>(&m_value);
         return text ? *text : none;
     }
-    bool is_packed() const { return !std::holds_alternative<std::string>(m_value); }
-    // Calls `function` with the packed SampleList; does nothing for a text.
+    bool is_packed() const { return !std::holds_alternative<std::string>(m_value) && !folded(); }
+    // The folded nodes, or null if the value is none.
+    const FoldedNodes* folded() const {
+        const auto* nodes = std::get_if<std::shared_ptr<const FoldedNodes>>(&m_value);
+        return nodes ? nodes->get() : nullptr;
+    }
+    // Calls `function` with the packed SampleList; does nothing for other values.
     template <class Function>
     void visit_packed(Function&& function) const {
         std::visit(
             [&](const auto& value) {
-                if constexpr (!std::is_same_v<std::decay_t<decltype(value)>, std::string>)
+                using Value = std::decay_t<decltype(value)>;
+                if constexpr (!std::is_same_v<Value, std::string> &&
+                              !std::is_same_v<Value, std::shared_ptr<const FoldedNodes>>)
                     function(value);
             },
             m_value);
@@ -51,7 +66,9 @@ class ReportValue {
     friend bool operator==(const ReportValue&, const ReportValue&) = default;
 
   private:
-    std::variant<std::string, SampleList<int>, SampleList<long long>, SampleList<float>> m_value;
+    std::variant<std::string, SampleList<int>, SampleList<long long>, SampleList<float>,
+                 std::shared_ptr<const FoldedNodes>>
+        m_value;
 };
 
 // Longest text of a number in the report.
@@ -61,6 +78,16 @@ inline constexpr std::size_t max_number_text = 24;
 // Integers are decimal; a float has the 7 significant digits that a stream's default format would give.
 template <std::integral T>
 char* write_number(char* out, T value) {
+    constexpr std::uint64_t block = 100'000'000; // what eight digits hold
+    if (has_digit_blocks && value >= 0) {
+        const auto number = static_cast<std::uint64_t>(value);
+        if (number < block)
+            return writeUpTo8Digits(out, static_cast<std::uint32_t>(number));
+        if (number < block * block) {
+            out = writeUpTo8Digits(out, static_cast<std::uint32_t>(number / block));
+            return write8Digits(out, static_cast<std::uint32_t>(number % block));
+        }
+    }
     return std::to_chars(out, out + max_number_text, value).ptr;
 }
 char* write_number(char* out, float value);

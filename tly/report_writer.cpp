@@ -7,8 +7,9 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <optional>
 
-#include "report_tree.h"
+#include "report_fold.h"
 
 namespace {
 
@@ -120,21 +121,22 @@ class TextBuffer {
             "                                                                ";
         for (; count > blanks.size(); count -= blanks.size())
             append(blanks);
-        append(blanks.substr(0, count));
+        std::memcpy(reserve(blanks.size()), blanks.data(), blanks.size());
+        m_size += count;
     }
     void append_quoted(std::string_view text) {
-        append("\"");
-        while (!text.empty()) {
-            std::size_t plain = 0;
-            while (plain < text.size() && escape_of(text[plain])[0] == 0)
-                ++plain;
-            append(text.substr(0, plain));
-            text.remove_prefix(plain);
-            if (!text.empty()) {
-                append(std::string_view(escape_of(text.front())));
-                text.remove_prefix(1);
-            }
+        constexpr std::size_t longest_piece = 4096;
+        char* const out = reserve(std::min(text.size(), longest_piece) + 2);
+        *out = '"';
+        if (text.size() <= longest_piece && copy_plain(text, out + 1)) {
+            out[text.size() + 1] = '"';
+            advance(out + text.size() + 2);
+            return;
         }
+        advance(out + 1);
+        for (; text.size() > longest_piece; text.remove_prefix(longest_piece))
+            append_escaped(text.substr(0, longest_piece));
+        append_escaped(text);
         append("\"");
     }
 
@@ -146,6 +148,63 @@ class TextBuffer {
 
   private:
     static constexpr std::size_t capacity = std::size_t{1} << 18;
+
+    // Copies a text that has nothing to escape, as nearly all are; else gives false.
+    static bool copy_plain(std::string_view text, char* out) {
+        if (text.size() >= sizeof(std::uint64_t))
+            return copy_plain_blocks<std::uint64_t>(text, out);
+        if (text.size() >= sizeof(std::uint32_t))
+            return copy_plain_blocks<std::uint32_t>(text, out);
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (escape_of(text[i])[0] != 0)
+                return false;
+            out[i] = text[i];
+        }
+        return true;
+    }
+    // The text is a block or longer. The last block starts where it ends with the text, so it may copy some
+    // bytes again.
+    template <class Block>
+    static bool copy_plain_blocks(std::string_view text, char* out) {
+        const std::size_t last = text.size() - sizeof(Block);
+        for (std::size_t begin = 0;; begin = std::min(begin + sizeof(Block), last)) {
+            Block block;
+            std::memcpy(&block, text.data() + begin, sizeof block);
+            if (!is_plain(block))
+                return false;
+            std::memcpy(out + begin, &block, sizeof block);
+            if (begin == last)
+                return true;
+        }
+    }
+
+    void append_escaped(std::string_view text) {
+        constexpr std::size_t longest_escape = 6;
+        const char* position = text.data();
+        const char* const end = position + text.size();
+        char* out = reserve(text.size() * longest_escape);
+        for (; position != end; ++position) {
+            const char* const escape = escape_of(*position);
+            if (escape[0] == 0)
+                *out++ = *position;
+            else
+                out = std::copy_n(escape, std::strlen(escape), out);
+        }
+        advance(out);
+    }
+
+    // Whether each byte of a block stands for itself. One that doesn't has or gets its highest bit, or makes
+    // one above it get that by a borrow, which is as good.
+    template <class Block>
+    static bool is_plain(Block bytes) {
+        constexpr Block ones = static_cast<Block>(0x0101'0101'0101'0101);
+        constexpr Block highest = 0x80 * ones;
+        const auto below = [&](Block word, Block limit) { return (word - limit * ones) & ~word; };
+        const auto equal = [&](char byte) {
+            return below(bytes ^ static_cast<unsigned char>(byte) * ones, 1);
+        };
+        return ((bytes | below(bytes, 0x20) | equal('"') | equal('\\') | equal('/')) & highest) == 0;
+    }
 
     static const char* escape_of(char byte) { return escapes[static_cast<unsigned char>(byte)].data(); }
 
@@ -176,53 +235,21 @@ void verify(const ptree& root, const std::string& path) {
         throw json_parser_error("ptree contains data that cannot be represented in JSON format", path, 0);
 }
 
-// Writes a verified tree. Nodes that are open stand on a list of their own, so the depth of the report is not
-// bounded by the size of the stack.
-class Writer {
+// The text of nodes, told one after the other. Those that are open stand on a list.
+class NodeText {
   public:
-    explicit Writer(TextBuffer& out) : m_out(out) {}
+    explicit NodeText(TextBuffer& out) : m_out(out) {}
 
-    void write(const ptree& root) {
-        open(root);
-        while (!m_open.empty()) {
-            if (m_open.back().next == m_open.back().node->end())
-                close();
-            else
-                write_next_child();
+    // The root is an object in any case.
+    void openRoot() { openItems(false); }
+    void open(std::string_view key, bool is_array) {
+        beginItem();
+        if (!m_open.back().is_array) {
+            m_out.append_quoted(key);
+            m_out.append(":\n");
+            m_out.append_blanks(m_open.size() * indent_width);
         }
-        m_out.append("\n");
-    }
-
-  private:
-    struct OpenNode {
-        const ptree* node;
-        ptree::const_iterator next;
-        bool is_array;
-        bool has_items;
-    };
-
-    static bool is_leaf(const ptree& node) { return node.empty() && !node.data().is_packed(); }
-    static bool is_array(const ptree& node) {
-        for (const auto& entry : node) {
-            if (!entry.first.empty())
-                return false;
-        }
-        return true;
-    }
-
-    void begin_item(OpenNode& parent) {
-        if (parent.has_items)
-            m_out.append(",\n");
-        parent.has_items = true;
-        m_out.append_blanks(m_open.size() * indent_width);
-    }
-
-    // The root is an object in any case; below it, only nodes with items are opened.
-    void open(const ptree& node) {
-        const bool array = !m_open.empty() && is_array(node);
-        m_out.append(array ? "[\n" : "{\n");
-        m_open.push_back({&node, node.begin(), array, false});
-        node.data().visit_packed([&](const auto& values) { write_packed(values); });
+        openItems(is_array);
     }
     void close() {
         const OpenNode closed = m_open.back();
@@ -232,77 +259,220 @@ class Writer {
         m_out.append_blanks(m_open.size() * indent_width);
         m_out.append(closed.is_array ? "]" : "}");
     }
-
-    void write_next_child() {
-        OpenNode& parent = m_open.back();
-        const auto& [key, child] = *parent.next++;
-        begin_item(parent);
-        const bool leaf = is_leaf(child);
-        if (!parent.is_array) {
+    void leaf(std::string_view key, std::string_view text) {
+        beginItem();
+        if (!m_open.back().is_array) {
             m_out.append_quoted(key);
-            m_out.append(leaf ? ": " : ":\n");
-            if (!leaf)
-                m_out.append_blanks(m_open.size() * indent_width);
+            m_out.append(": ");
         }
-        if (leaf)
-            m_out.append_quoted(child.data().text());
-        else
-            open(child);
+        m_out.append_quoted(text);
     }
-
-    // The values of a packed array, the first items of the node that was opened last.
-    template <class T>
-    void write_packed(const SampleList<T>& values) {
-        OpenNode& node = m_open.back();
-        // What stands between two values is the same for all of them.
-        std::string separator = "\",\n";
-        separator.append(m_open.size() * indent_width, ' ');
-        separator.append(node.is_array ? "\"" : "\"\": \"");
-
-        begin_item(node);
-        m_out.append(node.is_array ? "\"" : "\"\": \"");
-        write_values(values, separator);
+    // Numbers as further items of the node that was opened last; there is at least one. `read(begin, count,
+    // numbers)` gives them, some at a time.
+    template <class T, class Read>
+    void numbers(std::size_t size, Read read) {
+        const bool in_array = m_open.back().is_array;
+        const std::string& separator = separatorOf(m_open.size(), in_array);
+        beginItem();
+        m_out.append(in_array ? "\"" : "\"\": \"");
+        if (separator.size() <= short_separator)
+            writeNumbers<T>(size, read, separator);
+        else
+            writeNumbersFarIn<T>(size, read, separator);
         m_out.append("\"");
     }
-
     template <class T>
-    void write_values(const SampleList<T>& values, const std::string& separator) {
-        if (separator.size() <= short_separator) {
-            write_values_in_chunks(values, separator);
-            return;
-        }
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            if (i != 0)
-                m_out.append(separator);
-            m_out.advance(write_number(m_out.reserve(max_number_text), values[i]));
-        }
+    void numbers(const SampleList<T>& list) {
+        numbers<T>(list.size(), [&](std::size_t begin, std::size_t count, T* numbers) {
+            list.read(begin, count, numbers);
+        });
+    }
+
+  private:
+    struct OpenNode {
+        bool is_array;
+        bool has_items;
+    };
+    static constexpr std::size_t short_separator = 64;
+    static constexpr std::size_t chunk = 256; // values that are read at once
+
+    void openItems(bool is_array) {
+        m_out.append(is_array ? "[\n" : "{\n");
+        m_open.push_back({is_array, false});
+    }
+    void beginItem() {
+        OpenNode& parent = m_open.back();
+        if (parent.has_items)
+            m_out.append(",\n");
+        parent.has_items = true;
+        m_out.append_blanks(m_open.size() * indent_width);
+    }
+
+    // What stands between two values is the same for all of them.
+    const std::string& separatorOf(std::size_t depth, bool in_array) {
+        std::vector<std::string>& separators = m_separators[in_array ? 1 : 0];
+        while (separators.size() <= depth)
+            separators.push_back("\",\n" + std::string(separators.size() * indent_width, ' ') +
+                                 (in_array ? "\"" : "\"\": \""));
+        return separators[depth];
     }
 
     // Nearly all values of a report go through here. Each is followed by a whole block that starts with the
     // separator: copying a fixed size takes a few instructions, and what is too much is overwritten.
-    template <class T>
-    void write_values_in_chunks(const SampleList<T>& values, const std::string& separator) {
-        constexpr std::size_t chunk = 256;
+    template <class T, class Read>
+    void writeNumbers(std::size_t size, Read read, const std::string& separator) {
         std::array<char, short_separator> block{};
         separator.copy(block.data(), block.size());
-        const auto stored = values.stored();
-        for (std::size_t begin = 0; begin < values.size(); begin += chunk) {
-            const std::size_t end = std::min(begin + chunk, values.size());
-            char* out = m_out.reserve(chunk * (max_number_text + block.size()));
-            for (std::size_t i = begin; i < end; ++i) {
-                out = write_number(out, i < stored.size() ? stored[i] : T{});
+        std::array<T, chunk> numbers;
+        for (std::size_t begin = 0; begin < size; begin += chunk) {
+            const std::size_t count = std::min(chunk, size - begin);
+            read(begin, count, numbers.data());
+            char* out = m_out.reserve(count * (max_number_text + block.size()));
+            for (std::size_t i = 0; i < count; ++i) {
+                out = write_number(out, numbers[i]);
                 std::memcpy(out, block.data(), block.size());
                 out += separator.size();
             }
-            if (end == values.size())
+            if (begin + count == size)
                 out -= separator.size();
             m_out.advance(out);
         }
     }
 
-    static constexpr std::size_t short_separator = 64;
+    template <class T, class Read>
+    void writeNumbersFarIn(std::size_t size, Read read, const std::string& separator) {
+        for (std::size_t i = 0; i < size; ++i) {
+            if (i != 0)
+                m_out.append(separator);
+            T number;
+            read(i, 1, &number);
+            m_out.advance(write_number(m_out.reserve(max_number_text), number));
+        }
+    }
 
     TextBuffer& m_out;
+    std::vector<OpenNode> m_open;
+    std::array<std::vector<std::string>, 2> m_separators; // by depth; in objects, in arrays
+};
+
+// Writes folded nodes. Whether a node is a leaf, an array or an object shows with what comes next.
+class TextSink final : public ReportSink {
+  public:
+    explicit TextSink(NodeText& out) : m_out(out) {}
+
+    void text(std::string_view key, std::string_view text) override {
+        openPending(key);
+        m_out.leaf(key, text);
+    }
+    void open(std::string_view key) override {
+        openPending(key);
+        m_pending = key;
+    }
+    void close() override {
+        if (m_pending)
+            m_out.leaf(*std::exchange(m_pending, std::nullopt), "");
+        else
+            m_out.close();
+    }
+    void list(std::string_view key, const SampleList<int>& values) override { writeList(key, values); }
+    void list(std::string_view key, const SampleList<long long>& values) override { writeList(key, values); }
+    void list(std::string_view key, const SampleList<float>& values) override { writeList(key, values); }
+    void values(std::string_view key, const int* values, std::size_t count) override {
+        writeValues(key, values, count);
+    }
+    void values(std::string_view key, const long long* values, std::size_t count) override {
+        writeValues(key, values, count);
+    }
+    void values(std::string_view key, const float* values, std::size_t count) override {
+        writeValues(key, values, count);
+    }
+
+  private:
+    void openPending(std::string_view first_key) {
+        if (m_pending)
+            m_out.open(*std::exchange(m_pending, std::nullopt), first_key.empty());
+    }
+    template <class T>
+    void writeList(std::string_view key, const SampleList<T>& values) {
+        openPending(key);
+        m_out.open(key, true);
+        m_out.numbers(values);
+        m_out.close();
+    }
+    template <class T>
+    void writeValues(std::string_view key, const T* values, std::size_t count) {
+        openPending(key);
+        m_out.open(key, true);
+        m_out.numbers<T>(count, [&](std::size_t begin, std::size_t size, T* numbers) {
+            std::copy_n(values + begin, size, numbers);
+        });
+        m_out.close();
+    }
+
+    NodeText& m_out;
+    std::optional<std::string_view> m_pending; // the key of a node that nothing has been told of yet
+};
+
+// Writes a verified tree. The depth of the report is not bounded by the size of the stack.
+class TreeWriter {
+  public:
+    explicit TreeWriter(TextBuffer& out) : m_buffer(out), m_out(out) {}
+
+    void write(const ptree& root) {
+        m_out.openRoot();
+        enter(root);
+        while (!m_open.empty()) {
+            OpenNode& node = m_open.back();
+            if (node.next == node.end) {
+                m_open.pop_back();
+                m_out.close();
+                continue;
+            }
+            const auto& [key, child] = *node.next++;
+            if (is_leaf(child)) {
+                m_out.leaf(key, child.data().text());
+            } else {
+                m_out.open(key, is_array(child));
+                enter(child);
+            }
+        }
+        m_buffer.append("\n");
+    }
+
+  private:
+    struct OpenNode {
+        ptree::const_iterator next;
+        ptree::const_iterator end;
+    };
+
+    static bool has_folded(const ptree& node) {
+        const FoldedNodes* nodes = node.data().folded();
+        return nodes && !nodes->empty();
+    }
+    static bool is_leaf(const ptree& node) {
+        return node.empty() && !node.data().is_packed() && !has_folded(node);
+    }
+    // Folded nodes are kept in arrays only.
+    static bool is_array(const ptree& node) {
+        for (const auto& entry : node) {
+            if (!entry.first.empty())
+                return false;
+        }
+        return true;
+    }
+
+    // Writes the items that stand in front of the node's children.
+    void enter(const ptree& node) {
+        m_open.push_back({node.begin(), node.end()});
+        node.data().visit_packed([&](const auto& values) { m_out.numbers(values); });
+        if (has_folded(node)) {
+            TextSink sink(m_out);
+            node.data().folded()->tell(sink);
+        }
+    }
+
+    TextBuffer& m_buffer;
+    NodeText m_out;
     std::vector<OpenNode> m_open;
 };
 
@@ -310,7 +480,7 @@ class Writer {
 bool write_text(Target& target, const ptree& tree, const std::string& path) {
     verify(tree, path);
     TextBuffer out(target);
-    Writer(out).write(tree);
+    TreeWriter(out).write(tree);
     out.flush();
     return out.good();
 }

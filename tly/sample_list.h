@@ -2,15 +2,33 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
-#include <span>
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "sample_buffer.h"
+
+// The values that a list stores, in the width that they are stored in.
+template <class T>
+class StoredSamples {
+  public:
+    StoredSamples(const SampleBuffer<T>* buffer, std::size_t size) : m_buffer(buffer), m_size(size) {}
+    std::size_t size() const { return m_size; }
+    bool empty() const { return m_size == 0; }
+    T operator[](std::size_t index) const { return (*m_buffer)[index]; }
+    // Where they are; lists that share their storage give the same.
+    const void* data() const { return m_buffer ? m_buffer->data() : nullptr; }
+
+  private:
+    const SampleBuffer<T>* m_buffer;
+    std::size_t m_size;
+};
 
 // A list of numbers that is cheap where profiles are: zeros at its end are only counted, so a list that only
 // ever held zeros stores nothing, and a copy shares the stored values. Appending to one copy never shows in
@@ -20,13 +38,8 @@ template <class T>
 class SampleList {
   public:
     SampleList() = default;
-    SampleList(std::vector<T> values) : m_size(values.size()) {
-        while (!values.empty() && isZero(values.back()))
-            values.pop_back();
-        m_stored = values.size();
-        if (m_stored != 0)
-            m_values = std::make_shared<std::vector<T>>(std::move(values));
-    }
+    SampleList(const T* values, std::size_t count) { append(values, count); }
+    SampleList(const std::vector<T>& values) : SampleList(values.data(), values.size()) {}
     SampleList(std::initializer_list<T> values) : SampleList(std::vector<T>(values)) {}
 
     std::size_t size() const { return m_size; }
@@ -36,13 +49,17 @@ class SampleList {
     // The last value of a list that is not empty.
     T back() const { return (*this)[m_size - 1]; }
     // The values up to the last that is not zero; all behind them, up to the size, are zeros.
-    std::span<const T> stored() const {
-        return m_stored == 0 ? std::span<const T>() : std::span<const T>(m_values->data(), m_stored);
+    StoredSamples<T> stored() const { return {m_values.get(), m_stored}; }
+    // Copies `count` values from `begin` on. What the list doesn't have is zeros.
+    void read(std::size_t begin, std::size_t count, T* out) const {
+        const std::size_t num_stored = begin < m_stored ? std::min(count, m_stored - begin) : 0;
+        if (num_stored != 0)
+            m_values->read(begin, num_stored, out);
+        std::fill(out + num_stored, out + count, T{});
     }
     std::vector<T> to_vector() const {
-        const auto values = stored();
-        std::vector<T> result(values.begin(), values.end());
-        result.resize(m_size);
+        std::vector<T> result(m_size);
+        read(0, m_size, result.data());
         return result;
     }
 
@@ -57,25 +74,31 @@ class SampleList {
     void push_back(T value) {
         if (isZero(value))
             ++m_size;
-        else if (m_values && m_stored == m_size && m_values->size() == m_stored)
-            appendStored(value);
         else
-            storeBehindZeros(value);
+            store(&value, 1);
     }
+    void append(const T* values, std::size_t count) {
+        std::size_t num_stored = count;
+        while (num_stored != 0 && isZero(values[num_stored - 1]))
+            --num_stored;
+        if (num_stored != 0)
+            store(values, num_stored);
+        m_size += count - num_stored;
+    }
+    void appendZeros(std::size_t count) { m_size += count; }
     // Replaces the last value of a list that is not empty.
     void set_back(T value) {
         --m_size;
         if (m_size < m_stored) {
-            ownValues();
-            m_values->pop_back();
             --m_stored;
+            ownValues();
         }
         push_back(value);
     }
     // Empties the list. Storage that no copy shares is kept for the next values.
     void clear() {
         if (m_values && m_values.use_count() == 1)
-            m_values->clear();
+            m_values->cut(0);
         else
             m_values.reset();
         m_stored = 0;
@@ -95,30 +118,58 @@ class SampleList {
             return value == 0;
     }
 
-    void appendStored(T value) {
-        m_values->push_back(value);
-        m_stored = ++m_size;
-    }
-
-    void storeBehindZeros(T value) {
+    void store(const T* values, std::size_t count) {
         if (!m_values)
-            m_values = std::make_shared<std::vector<T>>();
+            m_values = std::make_shared<SampleBuffer<T>>();
         else if (m_values->size() != m_stored) // a copy has grown since: leave its values alone
             ownValues();
-        m_values->resize(m_size);
-        appendStored(value);
+        if (m_stored != m_size)
+            m_values->appendZeros(m_size - m_stored);
+        m_values->append(values, count);
+        m_size += count;
+        m_stored = m_size;
     }
 
+    // Leaves just the stored values in the storage, which is one of its own where others share it.
     void ownValues() {
         if (m_values.use_count() == 1) {
-            m_values->resize(m_stored);
+            m_values->cut(m_stored);
             return;
         }
-        const auto values = stored();
-        m_values = std::make_shared<std::vector<T>>(values.begin(), values.end());
+        auto own = std::make_shared<SampleBuffer<T>>();
+        constexpr std::size_t block_size = 256;
+        T block[block_size];
+        for (std::size_t begin = 0; begin < m_stored; begin += block_size) {
+            const std::size_t count = std::min(block_size, m_stored - begin);
+            m_values->read(begin, count, block);
+            own->append(block, count);
+        }
+        m_values = std::move(own);
     }
 
-    std::shared_ptr<std::vector<T>> m_values; // may be longer than m_stored where a copy has grown
+    std::shared_ptr<SampleBuffer<T>> m_values; // may be longer than m_stored where a copy has grown
     std::size_t m_stored = 0;
     std::size_t m_size = 0;
+};
+
+// Goes over a list from its front. Behind the list's end there are zeros.
+template <class T>
+class SampleCursor {
+  public:
+    explicit SampleCursor(const SampleList<T>& list) : m_list(list) {}
+
+    T next() {
+        if (m_position == m_block.size()) {
+            m_list.read(m_begin, m_block.size(), m_block.data());
+            m_begin += m_block.size();
+            m_position = 0;
+        }
+        return m_block[m_position++];
+    }
+
+  private:
+    const SampleList<T>& m_list;
+    std::size_t m_begin = 0; // of the next block
+    std::array<T, 64> m_block;
+    std::size_t m_position = 64;
 };

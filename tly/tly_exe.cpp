@@ -1,10 +1,8 @@
 #include "tly_exe.h"
 
-#include <boost/property_tree/json_parser.hpp>
-#include <sstream>
-
 #include "diagnostics.h"
-#include "tly_parse.h"
+#include "tly_mon_reader.h"
+#include "tly_parse_section.h"
 
 namespace {
 
@@ -23,18 +21,21 @@ int refuse(const std::string& reason) {
 }
 
 // The document that every run starts from.
-ptree seedDocument() {
-    std::stringstream seed;
-    seed << R"({"json_type": "Corvane Profiler JSON","versions":{"profiler_json_version": ")" << tly_version
-         << R"("},"kernels":{"nodes":[]},"boards":{"nodes": []},"memtransfers":{"nodes":[]},)"
-         << R"("channels":{"nodes":[]},"run_info":{"nodes":[{"type":"runinfo"}]}})";
-    boost::property_tree::ptree document;
-    boost::property_tree::read_json(seed, document);
-    return packed(document);
+void seedDocument(ptree& tree) {
+    append_text(tree, "json_type", "Corvane Profiler JSON");
+    append_text(append_text(tree, "versions", ""), "profiler_json_version", tly_version);
+    for (const char* list : {"kernels", "boards", "memtransfers", "channels"})
+        append_text(append_text(tree, list, ""), "nodes", "");
+    ptree& run_nodes = append_text(append_text(tree, "run_info", ""), "nodes", "");
+    append_text(append_text(run_nodes, "", ""), "type", "runinfo");
 }
 
 // What lives as long as a run.
 struct Run {
+    Run(const char* zanxPath, const char* monPath) : package(zanxPath), mon_path(monPath) {}
+
+    Package package;
+    const char* mon_path;
     ptree* tree = new ptree;
     std::map<std::string, TlyKernel*>* kernels = new std::map<std::string, TlyKernel*>;
     std::unordered_map<std::string, TlyExtMem*> ext_mems;
@@ -42,35 +43,36 @@ struct Run {
     bool no_profiler = false;
 };
 
+int readMonitorFile(Run& run) {
+    FoldedMonitorNodes lists;
+    const int status =
+        readMonitorFile(*run.kernels, lists, run.mon_path, run.original_names, run.ext_mems, run.no_profiler);
+    lists.appendTo(*run.tree);
+    return status;
+}
+
 // A stage gives its status, 0 for success; `failure` is what ends the run otherwise.
 struct Stage {
-    int (*run)(Run& run, const char* zanxPath, const char* monPath);
+    int (*run)(Run& run);
     const char* failure;
 };
 
 // In the order of a run: the memories must be there before counters are read, and the clock must stand in the
 // tree before the profiler description is.
 constexpr Stage stages[] = {
-    {[](Run& run, const char* zanxPath, const char*) { return parseVersionFile(run.tree, zanxPath); },
-     "ABORT: Error parsing version."},
-    {[](Run& run, const char* zanxPath, const char*) {
-         return parseBoardXMLFile(run.tree, zanxPath, run.ext_mems);
-     },
+    {[](Run& run) { return parseVersion(*run.tree, run.package); }, "ABORT: Error parsing version."},
+    {[](Run& run) { return parseBoard(*run.tree, run.package, run.ext_mems); },
      "ABORT: Error parsing board .xml file."},
-    {[](Run& run, const char* zanxPath, const char*) { return parseVelmoraReport(run.tree, zanxPath); },
+    {[](Run& run) { return parseTimingReport(*run.tree, run.package); },
      "ABORT: Error parsing Velmora report."},
-    {[](Run& run, const char* zanxPath, const char*) {
+    {[](Run& run) {
          constexpr int no_description = 2;
-         const int status = parseProfilerXMLFile(run.kernels, run.tree, zanxPath, &run.original_names);
+         const int status = parseDescription(*run.kernels, *run.tree, run.package, run.original_names);
          run.no_profiler = status == no_description;
          return run.no_profiler ? 0 : status;
      },
      "ABORT: Error parsing profiler .xml file."},
-    {[](Run& run, const char*, const char* monPath) {
-         return parseProfilerMONFile(run.kernels, run.tree, monPath, run.original_names, run.ext_mems,
-                                     run.no_profiler);
-     },
-     "ABORT: Error parsing .mon file."},
+    {[](Run& run) { return readMonitorFile(run); }, "ABORT: Error parsing .mon file."},
 };
 
 } // namespace
@@ -104,11 +106,11 @@ void printUsage() {
 }
 
 int runTLY(char* zanxPath, char* monPath, char* jsonPath) {
-    Run run;
-    seedDocument().swap(*run.tree);
+    Run run(zanxPath, monPath);
+    seedDocument(*run.tree);
     int status = 0;
     for (const Stage& stage : stages) {
-        status = stage.run(run, zanxPath, monPath);
+        status = stage.run(run);
         if (status != 0) {
             diagnose("{}\n", stage.failure);
             break;

@@ -51,56 +51,69 @@ float usedBandwidth(long long words, int width, long long cycles, float fmax) {
 }
 
 // The words of each burst. Too few bursts make no average worth showing.
-float averageBurst(long long words, const Samples& bursts, std::size_t index) {
+float averageBurst(long long words, long long bursts) {
     constexpr long long most_bursts_without_average = 10;
-    if (words <= 0 || bursts[index] <= most_bursts_without_average)
+    if (words <= 0 || bursts <= most_bursts_without_average)
         return 0.0f;
-    return static_cast<float>(words) / static_cast<float>(bursts[index]);
+    return static_cast<float>(words) / static_cast<float>(bursts);
+}
+
+void tellPortMetrics(ReportSink& node, const PortSamples& port, std::size_t count,
+                     const Samples& sampleCycles, int width, float fmax, bool has_bursts) {
+    const bool has_write_bursts = has_bursts && count <= port.write_bursts.size();
+    const bool has_read_bursts = has_bursts && count <= port.read_bursts.size();
+    DerivedSamples bandwidths;
+    DerivedSamples write_averages;
+    DerivedSamples read_averages;
+    SampleCursor<long long> write(port.writes);
+    SampleCursor<long long> read(port.reads);
+    SampleCursor<long long> write_burst(port.write_bursts);
+    SampleCursor<long long> read_burst(port.read_bursts);
+    SampleCursor<long long> cycles(sampleCycles);
+    for (std::size_t i = 0; i < count; ++i) {
+        const long long writes = write.next();
+        const long long reads = read.next();
+        bandwidths.push_back(usedBandwidth(wrappingSum(writes, reads), width, cycles.next(), fmax));
+        write_averages.push_back(has_write_bursts ? averageBurst(writes, write_burst.next()) : 0.0f);
+        read_averages.push_back(has_read_bursts ? averageBurst(reads, read_burst.next()) : 0.0f);
+    }
+    bandwidths.appendTo(node, "global_used_bw");
+    write_averages.appendTo(node, "avg_write_burst");
+    read_averages.appendTo(node, "avg_read_burst");
 }
 
 } // namespace
 
-ptree getExtMemJSON(TlyModuleInst* inst, const Samples& sampleCycles, TlyExtMem* mem,
-                    unsigned long interfaceIndex, unsigned long portIndex) {
+void tellExtMem(ReportSink& node, const TlyModuleInst& inst, const Samples& sampleCycles,
+                const TlyExtMem& mem, unsigned long interfaceIndex, unsigned long portIndex) {
     const int bank = static_cast<int>(interfaceIndex);
     const int port_number = static_cast<int>(portIndex);
     const auto samples = [&](ExtMemOpType op) {
-        return inst->extMemSamples(op, mem->get_name(), bank, port_number);
+        return inst.extMemSamples(op, mem.get_name(), bank, port_number);
     };
     const PortSamples port{samples(EXT_MEM_READ), samples(EXT_MEM_WRITE), samples(EXT_MEM_READ_BURST),
                            samples(EXT_MEM_WRITE_BURST)};
-    ptree node;
     if (port.reads.empty() && port.writes.empty()) {
         diagnose("Error: there is no external read and write data. Nothing to add to json.\n");
-        return node;
+        return;
     }
-    append_text(node, "type", "extmem");
-    append_text(node, "name", mem->get_name());
-    append_text(node, "interface", mem->get_interface_name(bank));
-    append_text(node, "port", mem->get_interface_port_name(bank, port_number));
+    node.text("type", "extmem");
+    node.text("name", mem.get_name());
+    node.text("interface", mem.get_interface_name(bank));
+    node.text("port", mem.get_interface_port_name(bank, port_number));
     const std::size_t count = commonLength(port, sampleCycles.size());
     if (port.reads.empty())
-        append_text(node, "write_only", report_text(true));
+        node.truth("write_only", true);
     else if (port.writes.empty())
-        append_text(node, "read_only", report_text(true));
+        node.truth("read_only", true);
+    tellPortMetrics(node, port, count, sampleCycles, mem.get_interface_width(bank), inst.getFmax(),
+                    mem.has_max_burst_count() && mem.get_max_burst_count() > 1);
+}
 
-    const int width = mem->get_interface_width(bank);
-    const float fmax = inst->getFmax();
-    const bool has_bursts = mem->has_max_burst_count() && mem->get_max_burst_count() > 1;
-    const bool has_write_bursts = has_bursts && count <= port.write_bursts.size();
-    const bool has_read_bursts = has_bursts && count <= port.read_bursts.size();
-    SampleList<float> bandwidths;
-    SampleList<float> write_averages;
-    SampleList<float> read_averages;
-    for (std::size_t i = 0; i < count; ++i) {
-        const long long writes = port.writes.empty() ? 0 : port.writes[i];
-        const long long reads = port.reads.empty() ? 0 : port.reads[i];
-        bandwidths.push_back(usedBandwidth(wrappingSum(writes, reads), width, sampleCycles[i], fmax));
-        write_averages.push_back(has_write_bursts ? averageBurst(writes, port.write_bursts, i) : 0.0f);
-        read_averages.push_back(has_read_bursts ? averageBurst(reads, port.read_bursts, i) : 0.0f);
-    }
-    append_samples(node, "global_used_bw", bandwidths);
-    append_samples(node, "avg_write_burst", write_averages);
-    append_samples(node, "avg_read_burst", read_averages);
+ptree getExtMemJSON(TlyModuleInst* inst, const Samples& sampleCycles, TlyExtMem* mem,
+                    unsigned long interfaceIndex, unsigned long portIndex) {
+    ptree node;
+    TreeSink sink(node);
+    tellExtMem(sink, *inst, sampleCycles, *mem, interfaceIndex, portIndex);
     return node;
 }

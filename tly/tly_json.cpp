@@ -1,38 +1,64 @@
 #include "tly_json.h"
 
+namespace {
+
+// The filename may hold a NUL, which ends it.
+void tellSource(ReportSink& node, const std::string& filename, unsigned int line) {
+    node.open("sourcefile");
+    node.text("filename", filename.c_str());
+    node.number("line", static_cast<int>(line));
+    node.close();
+}
+
+} // namespace
+
+void tellKernel(ReportSink& node, std::string_view name, const std::string& sourcefile, unsigned int line,
+                const SampleList<int>& deviceIds, int computeUnit, const SampleList<int>& commandQueues,
+                long long startTime, const SampleList<long long>& sampleTimestamps,
+                const SampleList<long long>& totalCycles, bool isAutorun, SharedCounterTypes sharedType) {
+    node.text("type", "kernel");
+    node.text("name", name);
+    node.number("compute_unit", computeUnit);
+    tellSource(node, sourcefile, line);
+    node.samples("device_ids", deviceIds);
+    node.samples("command_queue_id", commandQueues);
+    node.number("start_time", startTime);
+    if (!sampleTimestamps.empty())
+        node.number("end_time", sampleTimestamps.back());
+    node.number("num_samples", sampleTimestamps.size());
+    node.number("shared_counter_run_type", static_cast<int>(sharedType));
+    node.samples("sample_timestamps", sampleTimestamps);
+    node.samples("total_cycles_between_samples", totalCycles);
+    node.truth("is_autorun", isAutorun);
+}
+
 ptree getKernelJSON(std::string name, std::string sourcefile, unsigned int line,
                     const SampleList<int>& deviceIds, int computeUnit, const SampleList<int>& commandQueues,
                     long long startTime, const SampleList<long long>& sampleTimestamps,
                     const SampleList<long long>& totalCycles, bool isAutorun, SharedCounterTypes sharedType) {
     ptree node;
-    append_text(node, "type", "kernel");
-    append_text(node, "name", std::move(name));
-    append_text(node, "compute_unit", report_text(computeUnit));
-    ptree source = getSourceJSON(sourcefile.c_str(), static_cast<int>(line), -1, false);
-    append_node(node, "sourcefile", source);
-    append_samples(node, "device_ids", deviceIds);
-    append_samples(node, "command_queue_id", commandQueues);
-    append_text(node, "start_time", report_text(startTime));
-    if (!sampleTimestamps.empty())
-        append_text(node, "end_time", report_text(sampleTimestamps.back()));
-    append_text(node, "num_samples", report_text(sampleTimestamps.size()));
-    append_text(node, "shared_counter_run_type", report_text(sharedType));
-    append_samples(node, "sample_timestamps", sampleTimestamps);
-    append_samples(node, "total_cycles_between_samples", totalCycles);
-    append_text(node, "is_autorun", report_text(isAutorun));
-    append_text(node, "children", "");
+    TreeSink sink(node);
+    tellKernel(sink, name, sourcefile, line, deviceIds, computeUnit, commandQueues, startTime,
+               sampleTimestamps, totalCycles, isAutorun, sharedType);
+    sink.text("children", "");
     return node;
+}
+
+void tellMemTransfer(ReportSink& node, std::string_view name, int deviceId, int commandQueueId,
+                     long long startTime, long long endTime) {
+    node.text("type", "memtransfers");
+    node.text("type_transfer", name);
+    node.number("device_id", deviceId);
+    node.number("command_queue_id", commandQueueId);
+    node.number("start_time", startTime);
+    node.number("end_time", endTime);
 }
 
 ptree getMemTransferJSON(std::string name, int deviceId, int commandQueueId, long long startTime,
                          long long endTime) {
     ptree node;
-    append_text(node, "type", "memtransfers");
-    append_text(node, "type_transfer", std::move(name));
-    append_text(node, "device_id", report_text(deviceId));
-    append_text(node, "command_queue_id", report_text(commandQueueId));
-    append_text(node, "start_time", report_text(startTime));
-    append_text(node, "end_time", report_text(endTime));
+    TreeSink sink(node);
+    tellMemTransfer(sink, name, deviceId, commandQueueId, startTime, endTime);
     return node;
 }
 

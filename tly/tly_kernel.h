@@ -11,6 +11,8 @@
 #include "tly_constants.h"
 #include "tly_module_inst.h"
 
+class ReportSink;
+
 // The reader adds one entry to each sample list for every monitor line of the kernel, getJSON turns what has
 // accumulated into a report node, and resetKernel makes room for the next invocation.
 // A kernel points to its module instances and doesn't own them: whoever ends the run deletes them.
@@ -84,10 +86,12 @@ class TlyKernel {
     // The report node of the current invocation. A memory that the board doesn't list is told on standard
     // error and left out. With `reset` the kernel is reset behind it.
     ptree getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems);
+    // Tells a sink what that node consists of.
+    void tellNode(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems);
 
   private:
-    void appendExtMems(ptree& children, TlyModuleInst* wrapper,
-                       const std::unordered_map<std::string, TlyExtMem*>& extMems) const;
+    void tellExtMems(ReportSink& children, const TlyModuleInst& wrapper,
+                     const std::unordered_map<std::string, TlyExtMem*>& extMems) const;
 
     std::string m_name;
     std::string m_original_name;

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "line_block.h"
 #include "mon_line.h"
 #include "port_tag.h"
 #include "sample_list.h"
@@ -93,6 +94,8 @@ class TlyModuleInst {
     std::string getAttrByteWidth() const { return m_attr_byte_width; }
     std::string getAttrMemoryOpt() const { return m_attr_memory_opt; }
     std::string getFunction() const { return m_function; }
+    // The same text without a copy.
+    const std::string& function() const { return m_function; }
     bool isAutorun() const { return m_autorun; }
     int getNumComputeUnits() const { return m_num_compute_units; }
     bool compiledSharedCounters() const { return m_compiled_shared_counters; }
@@ -141,6 +144,12 @@ class TlyModuleInst {
     // in getInvalidValues() and counted as -1. Gives -1 if there was one, else 0.
     int updateCounters(std::span<const MonField> fields, int compUnit, bool push, SharedCounterTypes type,
                        int lineNumber);
+    // The same, with `push`, for a block of lines, whose counters start at the field `firstCounter`. The
+    // instance must be able to take the block, and `type` be the same on all lines.
+    void updateCounters(const LineBlock& lines, int firstCounter, int compUnit, SharedCounterTypes type);
+    // Whether decoding a block gives just what decoding its lines one after the other would: each counter is
+    // on the line, nothing has to be told, and no two of them make samples of one list.
+    bool canTakeBlocks(int firstCounter, std::size_t numCounters, int compUnit) const;
     // The same for a list of texts. `lineLength` is not used.
     int updateCounters(std::vector<std::string> tokens, int compUnit, int lineLength, bool push,
                        SharedCounterTypes type, int lineNumber);
@@ -196,6 +205,10 @@ class TlyModuleInst {
     std::vector<long long> getTotalCycles() const;
     // The same list, sharing its storage.
     Samples totalCycles() const;
+    // There is such a list, empty or not; once there, it stays.
+    bool hasTotalCycles() const { return m_function_cycles || m_total_cycles.contains(m_function); }
+    // One of its counters in the compute unit counts cycles of the function.
+    bool countsTotalCycles(int compUnit) const;
     // The share of the last sample's cycles that were stalls, in percent, rounded up at two decimals. There
     // must be a sample.
     float getStallPercentage() const;
@@ -239,6 +252,10 @@ class TlyModuleInst {
     void activate(const TagMeaning& meaning);
     void markInvalid(std::string_view text, int lineNumber);
     void addValue(const TagMeaning& meaning, long long value);
+    void noteCounter(Counter counter);
+    struct Columns;
+    void decodeColumn(const PortCounter& port, const LineBlock& lines, std::size_t column, Columns& columns);
+    void pushColumns(const Columns& columns, std::size_t count);
     void recordExtMem(ExtMemPort& port, long long value, bool push);
     Samples* extMemList(const std::string& memName, ExtMemOpType op, int bank, int port);
 

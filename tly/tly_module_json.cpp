@@ -26,26 +26,39 @@ const Samples& requestsOf(const TlyModuleInst& inst) {
     return inst.samples(inst.getIReqCountValid() ? Counter::ireq : Counter::ivalid);
 }
 
-// Rebuilds the call chains out of the instance's flat list, where each location is followed by its call
-// sites, the innermost first. The walk goes backwards, so the entries come in reverse order of the debug
-// records.
-void appendSources(ptree& sourcefiles, const TlyModuleInst& inst) {
-    const int last = std::min(std::min(inst.getNumLines(), inst.getNumFilenames()) - 1, inst.getNumCols());
-    ptree caller; // the chain so far
-    bool has_caller = false;
-    for (int i = last; i >= 0; --i) {
-        ptree location = getSourceJSON(inst.getFileName(i).c_str(), inst.getLine(i), inst.getColNum(i), true);
-        if (has_caller)
-            append_node(append_text(location, "callsite", ""), "", caller);
-        has_caller = i != 0 && inst.getIsCallsite(i) != 0;
-        if (has_caller)
-            caller.swap(location);
-        else
-            append_node(sourcefiles, "", location);
-    }
+void tellLocation(ReportSink& node, const TlyModuleInst& inst, int i) {
+    node.text("filename", inst.getFileName(i).c_str());
+    node.number("line", inst.getLine(i));
+    node.number("column_num", inst.getColNum(i));
 }
 
-void appendChannelDepth(ptree& details, const TlyModuleInst& inst) {
+// Tells the call chains of the instance's flat list, where each location is followed by its call sites, the
+// innermost first. The walk goes backwards, so the entries come in reverse order of the debug records.
+void tellSources(ReportSink& node, const TlyModuleInst& inst) {
+    node.open("sourcefiles");
+    int end = std::min(std::min(inst.getNumLines(), inst.getNumFilenames()) - 1, inst.getNumCols()) + 1;
+    while (end > 0) {
+        int begin = end - 1;
+        while (begin > 0 && inst.getIsCallsite(begin) != 0)
+            --begin;
+        node.open("");
+        tellLocation(node, inst, begin);
+        for (int i = begin + 1; i < end; ++i) {
+            node.open("callsite");
+            node.open("");
+            tellLocation(node, inst, i);
+        }
+        for (int i = begin + 1; i < end; ++i) {
+            node.close();
+            node.close();
+        }
+        node.close();
+        end = begin;
+    }
+    node.close();
+}
+
+void tellChannelDepth(ReportSink& details, const TlyModuleInst& inst) {
     if (inst.getHasMaxFifoSize() != inst.getHasTotalFifoSize())
         diagnose("Warning: only one of max and total fifo size counters exists in profile.mon.\n");
     if (!inst.compiledSharedCounters() && inst.getHasTotalFifoSize()) {
@@ -57,14 +70,17 @@ void appendChannelDepth(ptree& details, const TlyModuleInst& inst) {
                 "Warning: numbers of fifo size counts, channel stall counts, and request or invalid counts "
                 "do "
                 "not match.\n");
-        SampleList<float> depths;
+        DerivedSamples depths;
+        SampleCursor<long long> fill(fills);
+        SampleCursor<long long> request(requests);
+        SampleCursor<long long> stall(stalls);
         const std::size_t count = std::min({fills.size(), stalls.size(), requests.size()});
         for (std::size_t i = 0; i < count; ++i)
-            depths.push_back(averageChannelDepth(fills[i], requests[i], stalls[i]));
-        append_samples(details, "average_channel_depth_samples", depths);
+            depths.push_back(averageChannelDepth(fill.next(), request.next(), stall.next()));
+        depths.appendTo(details, "average_channel_depth_samples");
     }
     if (inst.getHasMaxFifoSize())
-        append_samples(details, "max_channel_depth_samples", inst.samples(Counter::max_fifo));
+        details.samples("max_channel_depth_samples", inst.samples(Counter::max_fifo));
 }
 
 // The instance's width in whole bytes; 1 if its attribute is no number of bits.
@@ -96,8 +112,8 @@ Bandwidth bandwidthOf(bool channel, long long requests, int byteWidth, long long
     return {used, used == 0.0f ? 0.0f : requested / used};
 }
 
-void appendBandwidth(ptree& details, const TlyModuleInst& inst, const Kind& kind,
-                     const Samples& sampleCycles) {
+void tellBandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind& kind,
+                   const Samples& sampleCycles) {
     const Samples& requests = requestsOf(inst);
     const Samples& transferred = inst.samples(Counter::bandwidth);
     const int byte_width = byteWidthOf(inst);
@@ -105,92 +121,106 @@ void appendBandwidth(ptree& details, const TlyModuleInst& inst, const Kind& kind
     if (sampleCycles.size() != requests.size())
         diagnose("Warning: number of cycle samples is not equal to number of valid cycles\n");
 
-    SampleList<float> bandwidths;
-    SampleList<float> efficiencies;
+    DerivedSamples bandwidths;
+    DerivedSamples efficiencies;
+    SampleCursor<long long> request(requests);
+    SampleCursor<long long> transfer(transferred);
+    SampleCursor<long long> cycles(sampleCycles);
     const std::size_t count = std::min(sampleCycles.size(), requests.size());
     for (std::size_t i = 0; i < count; ++i) {
-        if (requests[i] == -1)
+        const long long num_requests = request.next();
+        if (num_requests == -1)
             diagnose("Warning: Invalid request count. Bandwidth measurement might be incorrect.\n");
         if (!kind.channel && !kind.global)
             continue;
         const Bandwidth bandwidth =
-            bandwidthOf(kind.channel, requests[i], byte_width, transferred[i], sampleCycles[i], fmax);
+            bandwidthOf(kind.channel, num_requests, byte_width, transfer.next(), cycles.next(), fmax);
         bandwidths.push_back(bandwidth.used);
         if (!kind.channel)
             efficiencies.push_back(bandwidth.efficiency);
     }
-    append_samples(details, "activity_samples", requests.first(count));
-    append_samples(details, "bandwidth_samples", bandwidths);
-    append_samples(details, "bandwidth_eff_samples", efficiencies);
+    details.samples("activity_samples", requests.first(count));
+    bandwidths.appendTo(details, "bandwidth_samples");
+    efficiencies.appendTo(details, "bandwidth_eff_samples");
 }
 
-void appendCacheHits(ptree& details, const TlyModuleInst& inst) {
+void tellCacheHits(ReportSink& details, const TlyModuleInst& inst) {
     const std::string lsu_type = inst.getAttrLsuType();
     if (lsu_type == BURST_NON_ALIGNED || lsu_type == BURST_COALESCED || lsu_type == SEMI_STREAMING)
-        append_samples(details, "cache_hit_samples", inst.samples(Counter::cachehit));
+        details.samples("cache_hit_samples", inst.samples(Counter::cachehit));
     if (lsu_type == BURST_NON_ALIGNED)
-        append_samples(details, "non_aligned_access_samples", inst.samples(Counter::unaligned));
+        details.samples("non_aligned_access_samples", inst.samples(Counter::unaligned));
 }
 
 // Samples without bursts are left out, so the averages may be fewer than the samples.
-SampleList<float> averageBurstSizes(const TlyModuleInst& inst) {
+DerivedSamples averageBurstSizes(const TlyModuleInst& inst) {
     const Samples& words = inst.samples(Counter::burst_words);
     const Samples& bursts = inst.samples(Counter::nbursts);
     if (words.size() != bursts.size())
         diagnose(
             "Warning: Number of Total burst word samples does not match number of n bursts. May result in "
             "incorrect average burst size data\n");
-    SampleList<float> averages;
+    DerivedSamples averages;
+    SampleCursor<long long> word(words);
+    SampleCursor<long long> burst(bursts);
     const std::size_t count = std::min(words.size(), bursts.size());
     for (std::size_t i = 0; i < count; ++i) {
-        const int num_bursts = static_cast<int>(bursts[i]); // 32 bits are what the average is made of
+        const long long num_words = word.next();
+        const int num_bursts = static_cast<int>(burst.next()); // 32 bits are what the average is made of
         if (num_bursts <= 0)
             continue;
-        const float average = static_cast<float>(words[i]) / static_cast<float>(num_bursts);
+        const float average = static_cast<float>(num_words) / static_cast<float>(num_bursts);
         if (average >= 0.0f)
             averages.push_back(average);
     }
     return averages;
 }
 
-void appendDetails(ptree& details, const TlyModuleInst& inst, const Samples& sampleCycles) {
+void tellDetails(ReportSink& details, const TlyModuleInst& inst, const Samples& sampleCycles) {
     const std::string memory_type = inst.getAttrMemoryType();
     const std::string operation = inst.getAttrRw();
     if (!memory_type.empty())
-        append_text(details, "mem_type", memory_type);
+        details.text("mem_type", memory_type);
     if (!operation.empty())
-        append_text(details, "operation_type", operation);
-    append_samples(details, "occupancy_samples", inst.samples(Counter::ivalid));
+        details.text("operation_type", operation);
+    details.samples("occupancy_samples", inst.samples(Counter::ivalid));
     if (memory_type == loop_module)
         return;
 
     const Kind kind(inst);
-    append_samples(details, "stall_samples", inst.samples(Counter::ext_stall));
-    append_samples(details, "idle_samples", inst.samples(Counter::idle));
-    appendChannelDepth(details, inst);
-    appendBandwidth(details, inst, kind, sampleCycles);
+    details.samples("stall_samples", inst.samples(Counter::ext_stall));
+    details.samples("idle_samples", inst.samples(Counter::idle));
+    tellChannelDepth(details, inst);
+    tellBandwidth(details, inst, kind, sampleCycles);
     if (kind.global_read)
-        appendCacheHits(details, inst);
+        tellCacheHits(details, inst);
     const bool coalesced = inst.getAttrMemoryOpt().find(memoryopt_coalesced) != std::string::npos;
-    append_text(details, "coalesced_memory", report_text(coalesced));
-    const SampleList<float> burst_sizes = averageBurstSizes(inst);
+    details.truth("coalesced_memory", coalesced);
+    DerivedSamples burst_sizes = averageBurstSizes(inst);
     if (kind.global && !burst_sizes.empty()) {
-        append_text(details, "global_mem_name", inst.getAttrGlobalMemName());
-        append_samples(details, "average_burst_size", burst_sizes);
+        details.text("global_mem_name", inst.getAttrGlobalMemName());
+        burst_sizes.appendTo(details, "average_burst_size");
     }
 }
 
 } // namespace
 
-ptree getModuleJSON(TlyModuleInst* inst, const Samples& sampleCycles) {
-    ptree node;
-    append_text(node, "type", "moduleinst");
-    append_text(node, "name", inst->getName());
+void tellModule(ReportSink& node, const TlyModuleInst& inst, const Samples& sampleCycles) {
+    node.text("type", "moduleinst");
+    node.text("name", inst.name());
     // This message alone has no newline.
-    if (inst->getNumLines() != inst->getNumFilenames() || inst->getNumLines() != inst->getNumCols())
+    if (inst.getNumLines() != inst.getNumFilenames() || inst.getNumLines() != inst.getNumCols())
         diagnose(
             "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
-    appendSources(append_text(node, "sourcefiles", ""), *inst);
-    appendDetails(append_text(node, "module_inst_details", ""), *inst, sampleCycles);
+    tellSources(node, inst);
+    node.open("module_inst_details");
+    tellDetails(node, inst, sampleCycles);
+    node.close();
+}
+
+ptree getModuleJSON(TlyModuleInst* inst, const Samples& sampleCycles) {
+    ptree node;
+    TreeSink sink(node);
+    tellModule(sink, *inst, sampleCycles);
     return node;
 }

@@ -1,4 +1,7 @@
+#include "tly_mon_reader.h"
+
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 #include "diagnostics.h"
@@ -6,19 +9,10 @@
 #include "mon_line.h"
 #include "number_text.h"
 #include "tly_json.h"
+#include "tly_mon_blocks.h"
 #include "tly_parse.h"
 
 namespace {
-
-// What the fixed fields of a line say.
-struct LineHead {
-    int device_id = 0;
-    int queue_id = 0;
-    long long start_time = 0;
-    long long sample_time = 0;
-    SharedCounterTypes shared_type = SHARED_NONE;
-    int num_counters = 0;
-};
 
 // Field indices of a kernel line. A transfer line ends with the field of the sample time.
 enum FieldIndex : std::size_t {
@@ -28,7 +22,6 @@ enum FieldIndex : std::size_t {
     sample_time_field = 4,
     shared_type_field = 5,
     num_counters_field = 6,
-    first_counter_field = 7,
 };
 
 // Reads one fixed field into the head; false if the field is no number of its type.
@@ -49,9 +42,7 @@ bool setLongLong(LineHead& head, const MonField& field) {
 
 bool setSharedType(LineHead& head, const MonField& field) {
     const auto number = narrowToInt(field.number());
-    const int type = number.value_or(SHARED_NONE);
-    const bool known = type >= SHARED_IVALID && type <= SHARED_TOTAL_REQ;
-    head.shared_type = known ? static_cast<SharedCounterTypes>(type) : SHARED_NONE;
+    head.shared_type = sharedTypeOf(number.value_or(SHARED_NONE));
     return number.has_value();
 }
 
@@ -88,30 +79,49 @@ std::string_view nameIn(std::string_view line) {
     return line.substr(begin, line.find(',', begin) - begin);
 }
 
+// Tells the node of the kernel's invocation, and resets the kernel if that is wanted.
+void tellInvocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+                    std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    if (kernel.get_name() == autorun_profile_dummy_kernel)
+        return;
+    ReportSink& sink = nodes.kernels();
+    sink.open("");
+    kernel.tellNode(sink, reset, extMems);
+    sink.close();
+}
+
+// The lists of a report tree, which have to be there when the first node comes.
+class TreeNodes final : public MonitorNodes {
+  public:
+    explicit TreeNodes(ptree& tree) : m_tree(tree) {}
+    ReportSink& kernels() override { return m_sink.emplace(m_tree.get_child("kernels.nodes")); }
+    ReportSink& transfers() override { return m_sink.emplace(m_tree.get_child("memtransfers.nodes")); }
+
+  private:
+    ptree& m_tree;
+    std::optional<TreeSink> m_sink;
+};
+
 class MonitorReader {
   public:
-    MonitorReader(std::map<std::string, TlyKernel*>& kernels, ptree& tree,
+    MonitorReader(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
                   const std::map<std::string, std::string>& originalNames,
                   std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler)
         : m_kernels(kernels),
-          m_tree(tree),
+          m_nodes(nodes),
           m_original_names(originalNames),
           m_ext_mems(extMems),
-          m_no_profiler(noProfiler) {}
+          m_no_profiler(noProfiler),
+          m_blocks(kernels) {}
 
     // Reads one line. False if the run has to end.
     bool readLine(std::string_view text);
+    // Decodes what is still waiting for that. Nothing may be looked at before.
+    void decodeAll() { m_blocks.decodeAll(); }
     // Closes the last invocation of each kernel and tells which kernels were never seen.
     void finish();
 
   private:
-    // The kernel of a line, and the instances and kernels that its counters go to.
-    struct Receiver {
-        TlyKernel* kernel = nullptr;
-        const std::vector<TlyModuleInst*>* insts = nullptr;
-        bool autorun = false; // the line brings the samples of all autorun kernels
-    };
-
     bool findReceiver(Receiver& receiver);
     TlyKernel* findKernel();
     void collectAutorunKernels();
@@ -120,19 +130,19 @@ class MonitorReader {
     bool setHeadField(const HeadField& field, LineHead& head);
     void addTransfer(const LineHead& head);
     bool addSample(const Receiver& receiver, const LineHead& head);
-    void record(TlyKernel& kernel, const LineHead& head, bool sets_start_time);
     bool updateInstances(const Receiver& receiver, SharedCounterTypes type);
-    void updateTotalCycles(const Receiver& receiver);
 
     std::map<std::string, TlyKernel*>& m_kernels;
-    ptree& m_tree;
+    MonitorNodes& m_nodes;
     const std::map<std::string, std::string>& m_original_names;
     std::unordered_map<std::string, TlyExtMem*>& m_ext_mems;
     const bool m_no_profiler;
 
+    MonitorBlocks m_blocks;
     int m_line_number = 0;
     MonLine m_line;
-    std::string m_name; // of the line, after mapping
+    std::string_view m_name_on_line; // of the line in hand
+    std::string m_name;              // the same after mapping
     // Set by a line with a transfer's name and cleared only when a transfer has been added: a faulty transfer
     // line leaves it set, and the next line is taken for a transfer whatever its name.
     bool m_is_transfer = false;
@@ -150,7 +160,10 @@ bool MonitorReader::readLine(std::string_view text) {
         diagnose("warning: empty .mon line {}\n", m_line_number);
         return true;
     }
-    m_name.assign(nameIn(text));
+    if (!m_is_transfer && m_blocks.add(text))
+        return true;
+    m_name_on_line = nameIn(text);
+    m_name = m_name_on_line;
     Receiver receiver;
     if (isTransferName(m_name))
         m_is_transfer = true;
@@ -173,10 +186,12 @@ bool MonitorReader::findReceiver(Receiver& receiver) {
     receiver.kernel = findKernel();
     if (!receiver.kernel)
         return false;
-    receiver.autorun = m_name == autorun_profile_dummy_kernel;
-    if (receiver.autorun)
+    receiver.insts = &receiver.kernel->module_insts();
+    if (m_name == autorun_profile_dummy_kernel) {
         collectAutorunKernels();
-    receiver.insts = receiver.autorun ? &m_autorun_insts : &receiver.kernel->module_insts();
+        receiver.autorun_kernels = &m_autorun_kernels;
+        receiver.insts = &m_autorun_insts;
+    }
     if (receiver.insts->empty() && !m_no_profiler) {
         diagnose("profile.mon has some kernel that does not have any moduleinsts - Skipping line {}\n",
                  m_line_number);
@@ -248,8 +263,10 @@ bool MonitorReader::readLastField(LineHead& head) {
 }
 
 void MonitorReader::addTransfer(const LineHead& head) {
-    ptree node = getMemTransferJSON(m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
-    append_node(m_tree.get_child("memtransfers.nodes"), "", node);
+    ReportSink& nodes = m_nodes.transfers();
+    nodes.open("");
+    tellMemTransfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
+    nodes.close();
     m_is_transfer = false;
 }
 
@@ -264,20 +281,21 @@ bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
             m_line_number);
         return true;
     }
-    const bool for_autorun_kernels = receiver.autorun && !m_autorun_kernels.empty();
-    const auto targets = for_autorun_kernels ? std::span<TlyKernel* const>(m_autorun_kernels)
-                                             : std::span<TlyKernel* const>(&receiver.kernel, 1);
+    m_blocks.decode(receiver);
 
     // A start time of its own tells a line of a new invocation, and -1 a kernel without any.
     const long long known_start = receiver.kernel->get_start_time();
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
-        for (TlyKernel* kernel : targets)
-            pullKernelInfo(kernel, &m_tree, true, m_ext_mems);
+        for (TlyKernel* kernel : receiver.targets())
+            tellInvocation(*kernel, m_nodes, true, m_ext_mems);
     }
-    for (TlyKernel* kernel : targets)
-        record(*kernel, head, sets_start_time);
-    if (for_autorun_kernels && sets_start_time)
+    for (TlyKernel* kernel : receiver.targets()) {
+        recordHead(*kernel, head);
+        if (sets_start_time)
+            kernel->set_start_time(head.start_time);
+    }
+    if (sets_start_time)
         receiver.kernel->set_start_time(head.start_time);
 
     if (m_no_profiler)
@@ -285,22 +303,12 @@ bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
     if (!updateInstances(receiver, head.shared_type))
         return false;
     updateTotalCycles(receiver);
+    m_blocks.open(m_name_on_line, receiver, static_cast<std::size_t>(num_counters));
     return true;
-}
-
-void MonitorReader::record(TlyKernel& kernel, const LineHead& head, bool sets_start_time) {
-    kernel.add_device_id(head.device_id);
-    kernel.add_command_queue(head.queue_id);
-    kernel.add_sample_timestamp(head.sample_time);
-    kernel.set_shared_run_type(head.shared_type);
-    if (sets_start_time)
-        kernel.set_start_time(head.start_time);
-    kernel.set_in_mon(true);
 }
 
 // Hands the line's counters to the instances. False if the design and the run differ about shared counters.
 bool MonitorReader::updateInstances(const Receiver& receiver, SharedCounterTypes type) {
-    constexpr int first_compute_unit = 0;
     for (TlyModuleInst* inst : *receiver.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
             diagnose(
@@ -319,29 +327,16 @@ bool MonitorReader::updateInstances(const Receiver& receiver, SharedCounterTypes
                 m_line_number);
             return false;
         }
-        inst->updateCounters(m_line.fields(), first_compute_unit, true, type, m_line_number);
+        inst->updateCounters(m_line.fields(), read_compute_unit, true, type, m_line_number);
     }
     return true;
 }
 
-void MonitorReader::updateTotalCycles(const Receiver& receiver) {
-    if (receiver.autorun) {
-        for (TlyKernel* kernel : m_autorun_kernels) {
-            if (kernel->module_insts().empty())
-                continue;
-            SampleList<long long> cycles = kernel->module_insts().front()->totalCycles();
-            if (!cycles.empty())
-                kernel->add_sample_totalcycle(std::move(cycles));
-        }
-    }
-    if (!receiver.insts->empty())
-        receiver.kernel->add_sample_totalcycle(receiver.insts->front()->totalCycles());
-}
-
 void MonitorReader::finish() {
+    decodeAll();
     for (const auto& [name, kernel] : m_kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            pullKernelInfo(kernel, &m_tree, false, m_ext_mems);
+            tellInvocation(*kernel, m_nodes, false, m_ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -350,29 +345,36 @@ void MonitorReader::finish() {
 
 } // namespace
 
-int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
-                         const std::map<std::string, std::string>& originalNames,
-                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
+int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
+                    const std::string& monPath, const std::map<std::string, std::string>& originalNames,
+                    std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
     LineReader lines(monPath);
     if (!lines.is_open()) {
         diagnose("ABORT: .mon file errored while trying to open.\n");
         return 1;
     }
-    MonitorReader reader(*kernels, *tree, originalNames, extMems, noProfiler);
+    MonitorReader reader(kernels, nodes, originalNames, extMems, noProfiler);
     std::string_view line;
     while (lines.next(line)) {
-        if (!reader.readLine(line))
+        if (!reader.readLine(line)) {
+            reader.decodeAll();
             return 1;
+        }
     }
     reader.finish();
     return 0;
 }
 
+int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
+                         const std::map<std::string, std::string>& originalNames,
+                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
+    TreeNodes nodes(*tree);
+    return readMonitorFile(*kernels, nodes, monPath, originalNames, extMems, noProfiler);
+}
+
 int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
                    std::unordered_map<std::string, TlyExtMem*>& extMems) {
-    if (kernel->get_name() != autorun_profile_dummy_kernel) {
-        ptree node = kernel->getJSON(reset, extMems);
-        append_node(tree->get_child("kernels.nodes"), "", node);
-    }
+    TreeNodes nodes(*tree);
+    tellInvocation(*kernel, nodes, reset, extMems);
     return 1;
 }

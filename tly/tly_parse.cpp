@@ -1,11 +1,6 @@
 #include "tly_parse.h"
 
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-
 #include "diagnostics.h"
-#include "pkg_editor.h"
 #include "tly_parse_section.h"
 
 namespace {
@@ -23,41 +18,61 @@ std::string clockText(std::string_view report) {
 
 } // namespace
 
-int get_zanx_sect(const char* section, const char* packagePath, char** buffer) {
+void Package::close() {
+    zan_pkg_close_file(std::exchange(m_file, nullptr));
+}
+
+PackageSection Package::read(const char* section) {
     constexpr int no_section = 1;
     constexpr int no_package = 2;
-    // The handle is released without closing the package: the run ends soon, and nothing was written.
-    const std::unique_ptr<zan_pkg_file, decltype(&std::free)> package(
-        zan_pkg_open_file(packagePath, ZAN_PKG_READ), &std::free);
-    if (!package)
-        return no_package;
+    if (!m_file)
+        m_file = zan_pkg_open_file(m_path, ZAN_PKG_READ);
+    if (!m_file)
+        return {no_package, nullptr};
     std::size_t size = 0;
-    if (zan_pkg_section_exists(package.get(), section, &size) == 0)
-        return no_section;
+    if (zan_pkg_section_exists(m_file, section, &size) == 0)
+        return {no_section, nullptr};
     // Zeros first: a section that can't be read is an empty text.
-    *buffer = new char[size + 1]();
-    zan_pkg_read_section(package.get(), section, *buffer, size + 1);
-    return 0;
+    std::unique_ptr<char[]> text(new char[size + 1]());
+    zan_pkg_read_section(m_file, section, text.get(), size + 1);
+    return {0, std::move(text)};
+}
+
+int get_zanx_sect(const char* section, const char* packagePath, char** buffer) {
+    PackageSection found = Package(packagePath).read(section);
+    if (found.text)
+        *buffer = found.text.release();
+    return found.status;
 }
 
 int parseVersionFile(ptree* tree, const char* packagePath) {
-    const PackageSection section = readSection(".zan.version", packagePath);
+    Package package(packagePath);
+    return parseVersion(*tree, package);
+}
+
+int parseVersion(ptree& tree, Package& package) {
+    const PackageSection section = package.read(".zan.version");
     if (!section.text) {
         diagnose("Error: unable to get version zanx section\n");
         return 1;
     }
     const std::string_view version = section.text.get();
-    tree->put("versions.zanx_version", std::string(version.substr(0, version.find('\n'))));
+    tree.put("versions.zanx_version", std::string(version.substr(0, version.find('\n'))));
     return 0;
 }
 
 int parseVelmoraReport(ptree* tree, const char* packagePath) {
-    const PackageSection section = readSection(".zan.velmora_report", packagePath);
+    Package package(packagePath);
+    return parseTimingReport(*tree, package);
+}
+
+int parseTimingReport(ptree& tree, Package& package) {
+    const PackageSection section = package.read(".zan.velmora_report");
     if (!section.text) {
         diagnose("Error: unable to get velmora report zanx section\n");
         return 1;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.
-    tree->get_child("run_info.nodes..").put("fmax", clockText(section.text.get()));
+    tree.get_child("run_info.nodes..").put("fmax", clockText(section.text.get()));
     return 0;
 }

@@ -60,7 +60,12 @@ TlyExtMem* makeExtMem(const GlobalMemConfig& described, MemoryMaps& maps) {
 
 int parseBoardXMLFile(ptree* tree, const char* packagePath,
                       std::unordered_map<std::string, TlyExtMem*>& extMems) {
-    const PackageSection section = readSection(".zan.board_spec.xml", packagePath);
+    Package package(packagePath);
+    return parseBoard(*tree, package, extMems);
+}
+
+int parseBoard(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    const PackageSection section = package.read(".zan.board_spec.xml");
     if (!section.text) {
         diagnose("Error: unable to get board xml zanx section\n");
         return 1;
@@ -79,6 +84,6 @@ int parseBoardXMLFile(ptree* tree, const char* packagePath,
                 "an existing global memory. Global memory names must be unique\n");
     }
     ptree board = getBoardJSON(spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
-    append_node(tree->get_child("boards.nodes"), "", board);
+    append_node(tree.get_child("boards.nodes"), "", board);
     return 0;
 }

@@ -203,9 +203,16 @@ class ProfilerImport {
 
 int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* packagePath,
                          std::map<std::string, std::string>* originalNames) {
+    Package package(packagePath);
+    return parseDescription(*kernels, *tree, package, *originalNames);
+}
+
+int parseDescription(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
+                     std::map<std::string, std::string>& originalNames) {
     constexpr int failure = 1;
     constexpr int no_description = 2;
-    const PackageSection section = readSection(".zan.profiler.xml", packagePath);
+    const PackageSection section = package.read(".zan.profiler.xml");
+    package.close(); // the largest section is the last one: what the package holds of it isn't needed twice
     if (section.status == 1) {
         diagnose(
             "Warning: No profiler elf section. Will only return kernel start/stop time and memory "
@@ -222,7 +229,7 @@ int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree
         return failure;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.
-    const float fmax = tree->get_optional<float>("run_info.nodes..fmax").value_or(0.0f);
-    ProfilerImport(*kernels, *originalNames, fmax).run(*config);
+    const float fmax = tree.get_optional<float>("run_info.nodes..fmax").value_or(0.0f);
+    ProfilerImport(kernels, originalNames, fmax).run(*config);
     return 0;
 }

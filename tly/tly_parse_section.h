@@ -1,18 +1,40 @@
-// Sections of a package as texts that free themselves.
+// A package that is open while a run reads its sections.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <string>
 
+#include "pkg_editor.h"
 #include "tly_parse.h"
 
-// What get_zanx_sect gave: its status, and the text, which is null unless the status is 0.
+// What get_zanx_sect gives: its status, and the text, which is null unless the status is 0.
 struct PackageSection {
     int status;
-    std::unique_ptr<const char[]> text;
+    std::unique_ptr<char[]> text;
 };
 
-inline PackageSection readSection(const char* section, const char* packagePath) {
-    char* buffer = nullptr;
-    const int status = get_zanx_sect(section, packagePath, &buffer);
-    return {status, std::unique_ptr<const char[]>(buffer)};
-}
+// Opens the package with the first section that is wanted.
+class Package {
+  public:
+    // The path isn't copied.
+    explicit Package(const char* path) : m_path(path) {}
+    Package(const Package&) = delete;
+    Package& operator=(const Package&) = delete;
+    ~Package() { close(); }
+
+    PackageSection read(const char* section);
+    // Closes the package, and frees what it holds. The next section opens it again.
+    void close();
+
+  private:
+    const char* m_path;
+    zan_pkg_file* m_file = nullptr;
+};
+
+// The stages of tly_parse.h on an open package.
+int parseVersion(ptree& tree, Package& package);
+int parseBoard(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& extMems);
+int parseTimingReport(ptree& tree, Package& package);
+int parseDescription(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
+                     std::map<std::string, std::string>& originalNames);

@@ -25,6 +25,71 @@ TEST(MonLine, CommasEndFieldsAndTheLastFieldNeedsNone) {
     EXPECT_EQ(line.num_commas(), 3u);
 }
 
+// Numbers of any length, some with what makes them no plain ones.
+std::string randomFields(std::mt19937_64& random, std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i != 0)
+            text += ',';
+        if (random() % 8 == 0)
+            text += '-';
+        const auto digits = 1 + random() % (random() % 10 == 0 ? 20 : 9);
+        for (std::size_t digit = 0; digit < digits; ++digit)
+            text += static_cast<char>('0' + random() % 10);
+        if (random() % 200 == 0)
+            text[random() % text.size()] = static_cast<char>(random() % 256);
+    }
+    return text;
+}
+
+TEST(PlainFields, AreReadAsTheSplitLineHasThem) {
+    std::mt19937_64 random(4);
+    int num_plain = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const std::size_t count = 1 + random() % 12;
+        const std::string text = randomFields(random, count);
+        std::vector<long long> values(count);
+        if (!PlainFields(text).lastNumbers(values.data(), count))
+            continue;
+        ++num_plain;
+        MonLine line;
+        line.split(text);
+        ASSERT_EQ(line.fields().size(), count) << text;
+        for (std::size_t k = 0; k < count; ++k) {
+            ASSERT_TRUE(line.fields()[k].is_number) << text;
+            ASSERT_EQ(values[k], line.fields()[k].value) << text;
+        }
+    }
+    EXPECT_GT(num_plain, 10000);
+}
+
+TEST(PlainFields, EndWhereSomethingElseStands) {
+    long long value = 0;
+    std::string_view text;
+    for (const char* line : {"", ",1", "-,1", "x,1", " 1,1", "+1,1", "1", "1x,1", "1234567890123456789,1"})
+        EXPECT_FALSE(PlainFields(line).number(value)) << line;
+    EXPECT_FALSE(PlainFields("name").text(text));
+    for (const char* line : {"1", "1,2,", "1,2,3", "1,,2", "1,2\r"})
+        EXPECT_FALSE(PlainFields(line).lastNumbers(std::vector<long long>(2).data(), 2)) << line;
+}
+
+TEST(PlainFields, GoFromPieceToPiece) {
+    PlainFields fields("12,-3,k l,4,567890123456789012");
+    long long first = 0;
+    long long second = 0;
+    std::string_view name;
+    std::vector<long long> rest(2);
+    EXPECT_TRUE(fields.number(first));
+    EXPECT_TRUE(fields.atSign());
+    EXPECT_TRUE(fields.number(second));
+    EXPECT_TRUE(fields.text(name));
+    EXPECT_TRUE(fields.lastNumbers(rest.data(), 2));
+    EXPECT_EQ(first, 12);
+    EXPECT_EQ(second, -3);
+    EXPECT_EQ(name, "k l");
+    EXPECT_EQ(rest, (std::vector<long long>{4, 567890123456789012}));
+}
+
 TEST(MonLine, ATrailingCommaIsFollowedByAnEmptyField) {
     MonLine line;
     line.split("7,");

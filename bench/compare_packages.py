@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""package_bench.py TOOLBOX [--mib N] [--rounds N]: `zanl-profile package` against the usual tools.
+"""`zanl-profile package` against the usual tools.
 
 Sections: extracts and adds N MiB in 1,000 sections, against objcopy. Trees: packs and unpacks N MiB in 1,000 files of
 words, against tar with gzip -9. In each round ours and theirs run one after the other; what is told is the median of
@@ -18,16 +18,14 @@ import tempfile
 FILES = 1000
 
 
-def measured(command, folder):
+def measured(measure, command, folder):
     """Seconds, and the peak memory in MiB of the largest process."""
     shell_command = command if isinstance(command, str) else shlex.join(command)
-    # A small process between this one and the command, which would else count this one's memory as its own.
-    run = subprocess.run(["/usr/bin/time", "-f", "%e %M", "sh", "-c", shell_command], cwd=folder, text=True,
-                         stderr=subprocess.PIPE)
+    run = subprocess.run([measure, "/bin/sh", "-c", shell_command], cwd=folder, text=True, stdout=subprocess.PIPE)
     if run.returncode != 0:
-        raise SystemExit(f"failed: {shell_command[:80]}\n{run.stderr}")
-    seconds, kibibytes = run.stderr.split()[-2:]
-    return float(seconds), float(kibibytes) / 1024
+        raise SystemExit(f"failed: {shell_command[:80]}")
+    wall, _, kibibytes = run.stdout.split()
+    return float(wall), float(kibibytes) / 1024
 
 
 def write_noise(folder, size):
@@ -48,13 +46,14 @@ def write_words(folder, size):
         path.write_text(" ".join(chance.choices(words, k=size // 7))[:size])
 
 
-def compare(name, rounds, folder, ours, theirs, prepare):
+def compare(name, setting, ours, theirs, prepare):
     """Prints a row; `prepare` runs ahead of each command, untimed."""
+    measure, rounds, folder = setting
     results = {True: [], False: []}
     for _ in range(rounds):
         for is_ours, command in ((True, ours), (False, theirs)):
             prepare()
-            results[is_ours].append(measured(command, folder))
+            results[is_ours].append(measured(measure, command, folder))
     ours_s, theirs_s = (statistics.median(s for s, _ in results[who]) for who in (True, False))
     ours_m, theirs_m = (statistics.median(m for _, m in results[who]) for who in (True, False))
     print(f"| {name} | {ours_s:.2f} s | {theirs_s:.2f} s | {ours_s / theirs_s:.2f} "
@@ -63,14 +62,16 @@ def compare(name, rounds, folder, ours, theirs, prepare):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("toolbox", type=pathlib.Path)
+    parser.add_argument("--build", type=pathlib.Path, default="build/release", help="folder of the programs")
     parser.add_argument("--mib", type=int, default=1000, help="size of all sections, or files, together")
     parser.add_argument("--rounds", type=int, default=3)
     arguments = parser.parse_args()
-    toolbox, rounds = str(arguments.toolbox.resolve()), arguments.rounds
+    build, rounds = arguments.build.resolve(), arguments.rounds
+    toolbox = str(build / "tools" / "zanl_profile" / "zanl-profile")
     size = arguments.mib * (1 << 20) // FILES
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
+        setting = (build / "bench" / "measure", rounds, folder)
         write_noise(folder / "in", size)
         write_words(folder / "tree", size)
         (folder / "empty").write_bytes(b"")
@@ -94,20 +95,20 @@ def main():
 
         print(f"{arguments.mib} MiB in {FILES} sections or files, {rounds} rounds\n")
         print("| | ours | theirs | ratio | ours | theirs |\n|---|---|---|---|---|---|", flush=True)
-        compare("extract all sections; objcopy", rounds, folder,
+        compare("extract all sections; objcopy", setting,
                 [toolbox, "package", "extract", "full", "-o", "out"],
                 ["objcopy", *(f"--dump-section=s{i}=out/s{i}" for i in range(FILES)), "full", "work"], fresh)
-        compare("add all sections; objcopy", rounds, folder,
+        compare("add all sections; objcopy", setting,
                 [toolbox, "package", "add", "work", *sections],
                 ["objcopy", *(f"--add-section={section}" for section in sections), "work"], fresh_base)
-        compare("add one more section; objcopy", rounds, folder,
+        compare("add one more section; objcopy", setting,
                 [toolbox, "package", "add", "work", "one=in/f0"],
                 ["objcopy", "--add-section=one=in/f0", "work"], fresh_full)
-        compare("pack a tree; tar, gzip -9", rounds, folder,
+        compare("pack a tree; tar, gzip -9", setting,
                 [toolbox, "package", "pack", "work", "tree"], "tar c tree | gzip -9 >work", fresh)
         subprocess.run([toolbox, "package", "pack", "stream", "tree"], cwd=folder, check=True)
         subprocess.run("tar c tree | gzip -9 >tgz", cwd=folder, shell=True, check=True)
-        compare("unpack a tree; gzip, tar", rounds, folder,
+        compare("unpack a tree; gzip, tar", setting,
                 [toolbox, "package", "unpack", "stream", "-o", "to"],
                 "mkdir to && gzip -dc tgz | tar x -C to", fresh)
 

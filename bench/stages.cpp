@@ -1,0 +1,48 @@
+// stages PACKAGE MONITOR REPORT: does what a run does, and prints how many milliseconds each stage took.
+#include <chrono>
+#include <cstdio>
+#include <map>
+
+#include "tly_exe.h"
+#include "tly_mon_reader.h"
+#include "tly_parse_section.h"
+
+namespace {
+
+template <class Stage>
+void measure(const char* name, Stage stage) {
+    const auto begin = std::chrono::steady_clock::now();
+    stage();
+    const std::chrono::duration<double, std::milli> passed = std::chrono::steady_clock::now() - begin;
+    std::printf("%s %.3f\n", name, passed.count());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 4)
+        return 2;
+    ptree tree;
+    for (const char* list : {"kernels.nodes", "boards.nodes", "memtransfers.nodes"})
+        tree.put(list, "");
+    tree.put("run_info.nodes", "").push_back({"", ptree()});
+    std::map<std::string, TlyKernel*> kernels;
+    std::map<std::string, std::string> original_names;
+    std::unordered_map<std::string, TlyExtMem*> ext_mems;
+    measure("design", [&] {
+        Package package(argv[1]);
+        parseVersion(tree, package);
+        parseBoard(tree, package, ext_mems);
+        parseTimingReport(tree, package);
+        parseDescription(kernels, tree, package, original_names);
+    });
+    measure("reading", [&] {
+        FoldedMonitorNodes nodes;
+        readMonitorFile(kernels, nodes, argv[2], original_names, ext_mems, false);
+        nodes.appendTo(tree);
+    });
+    measure("writing", [&] { write_report(argv[3], tree); });
+    measure("freeing",
+            [&] { clean_up(new ptree(std::move(tree)), new std::map(std::move(kernels)), ext_mems); });
+    return 0;
+}

@@ -1,0 +1,77 @@
+// The workloads of the benchmarks are the same everywhere, and make whole reports.
+#include "workload.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "temp_dir.h"
+#include "tly_exe.h"
+#include "whole_file.h"
+
+namespace {
+
+std::string monitorOf(const Shape& shape) {
+    std::ostringstream stream;
+    writeMonitor(shape, stream);
+    return stream.str();
+}
+
+Shape smallShape(std::string_view name) {
+    Shape shape = shapeOf(name).value();
+    shape.lines = 300;
+    return shape;
+}
+
+class Workload : public testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Shapes, Workload, testing::Values("S", "L", "M", "W", "A", "X"));
+
+TEST_P(Workload, IsTheSameEachTime) {
+    const Shape shape = smallShape(GetParam());
+    EXPECT_EQ(monitorOf(shape), monitorOf(shape));
+    EXPECT_EQ(sectionsOf(shape), sectionsOf(shape));
+}
+
+TEST_P(Workload, HasTheLinesOfTheShape) {
+    const Shape shape = smallShape(GetParam());
+    std::istringstream monitor(monitorOf(shape));
+    int num_kernel_lines = 0;
+    for (std::string line; std::getline(monitor, line);) {
+        if (line.find(",.mem_") != line.npos)
+            continue;
+        ++num_kernel_lines;
+        const int counters = 3 * shape.insts_per_kernel + 2 * shape.ports;
+        const int wanted = shape.autorun ? 1 + shape.kernels * counters : counters;
+        ASSERT_EQ(std::count(line.begin(), line.end(), ','), 6 + wanted);
+        ASSERT_NE(line.find(",-1," + std::to_string(wanted) + ","), line.npos);
+    }
+    EXPECT_EQ(num_kernel_lines, shape.lines);
+}
+
+// A message would be about a line or a block that was left out.
+TEST_P(Workload, GivesAReportWithoutAWord) {
+    const TempDir dir;
+    std::string package = dir.path("design.zanx");
+    std::string monitor = dir.path("profile.mon");
+    std::string report = dir.path("report.json");
+    make_package(package, sectionsOf(smallShape(GetParam())));
+    writeFile(monitor, monitorOf(smallShape(GetParam())));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runTLY(package.data(), monitor.data(), report.data()), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    const std::string text = readFile(report);
+    EXPECT_NE(text.find("\"children\":\n"), text.npos);
+    EXPECT_EQ(text.find("extmem") != text.npos, std::string_view(GetParam()) == "X");
+}
+
+TEST(WorkloadShapes, NumbersCanBeSetByName) {
+    Shape shape = shapeOf("L").value();
+    EXPECT_TRUE(setNumber(shape, "lines", 7));
+    EXPECT_EQ(shape.lines, 7);
+    EXPECT_FALSE(setNumber(shape, "line", 7));
+    EXPECT_FALSE(shapeOf("Q"));
+}
+
+} // namespace

@@ -1,0 +1,203 @@
+#include "report_fold.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+// Arrays of up to this many values are copied, longer ones share their list.
+constexpr std::size_t most_copied = 64;
+constexpr std::size_t first_block = std::size_t{1} << 12;
+constexpr std::size_t largest_block = std::size_t{1} << 18;
+constexpr std::size_t max_number_bytes = 10;
+
+// Numbers take a byte for each seven bits; all but the last one have the highest bit.
+char* putNumber(char* out, std::size_t number) {
+    for (; number > 0x7F; number >>= 7)
+        *out++ = static_cast<char>(number | 0x80);
+    *out++ = static_cast<char>(number);
+    return out;
+}
+
+// Differs for most keys that differ.
+std::size_t someLetters(std::string_view key) {
+    if (key.empty())
+        return 0;
+    const auto letter = [&](std::size_t index) { return static_cast<unsigned char>(key[index]); };
+    return key.size() * 11 + letter(0) + letter(key.size() / 2) * 3u + letter(key.size() - 1) * 3u;
+}
+
+} // namespace
+
+// Goes over the bytes of one block.
+struct FoldedNodes::Reader {
+    const char* position;
+    const char* end;
+
+    std::size_t number() {
+        std::size_t result = 0;
+        int shift = 0;
+        for (; (*position & 0x80) != 0; shift += 7)
+            result |= static_cast<std::size_t>(*position++ & 0x7F) << shift;
+        return result | static_cast<std::size_t>(*position++) << shift;
+    }
+    std::string_view text() {
+        const std::size_t size = number();
+        const char* const begin = position;
+        position += size;
+        return {begin, size};
+    }
+    // Copies the values out, as nothing tells how they are aligned.
+    template <class T>
+    std::size_t values(std::array<T, most_copied>& out) {
+        const std::size_t count = number();
+        std::memcpy(out.data(), position, count * sizeof(T));
+        position += count * sizeof(T);
+        return count;
+    }
+};
+
+std::size_t FoldedNodes::numberOf(std::string_view key) {
+    std::size_t& recent = m_recent[someLetters(key) % m_recent.size()];
+    if (recent < m_keys.size() && m_keys[recent] == key)
+        return recent;
+    const auto found = m_numbers.find(key);
+    if (found != m_numbers.end())
+        return recent = found->second;
+    recent = m_keys.size();
+    m_numbers.emplace(m_keys.emplace_back(key), recent);
+    return recent;
+}
+
+char* FoldedNodes::begin(Entry entry, std::string_view key, std::size_t size) {
+    const std::size_t needed = 1 + max_number_bytes + size;
+    if (m_room < needed) {
+        const std::size_t next = m_blocks.empty() ? first_block : 2 * (m_blocks.back().size + m_room);
+        const std::size_t capacity = std::max(needed, std::min(next, largest_block));
+        m_blocks.push_back({std::unique_ptr<char[]>(new char[capacity]), 0});
+        m_room = capacity;
+    }
+    char* out = m_blocks.back().bytes.get() + m_blocks.back().size;
+    *out++ = static_cast<char>(entry);
+    return entry == Entry::close ? out : putNumber(out, numberOf(key));
+}
+
+void FoldedNodes::end(const char* end) {
+    Block& block = m_blocks.back();
+    const auto size = static_cast<std::size_t>(end - block.bytes.get());
+    m_room -= size - block.size;
+    block.size = size;
+}
+
+void FoldedNodes::text(std::string_view key, std::string_view text) {
+    char* const out = putNumber(begin(Entry::text, key, max_number_bytes + text.size()), text.size());
+    end(std::copy(text.begin(), text.end(), out));
+}
+
+void FoldedNodes::open(std::string_view key) {
+    end(begin(Entry::open, key, 0));
+}
+
+void FoldedNodes::close() {
+    end(begin(Entry::close, {}, 0));
+}
+
+template <class T>
+void FoldedNodes::addBytes(Entry entry, std::string_view key, const T* values, std::size_t count) {
+    char* const out = putNumber(begin(entry, key, max_number_bytes + count * sizeof(T)), count);
+    std::memcpy(out, values, count * sizeof(T));
+    end(out + count * sizeof(T));
+}
+
+template <class T>
+void FoldedNodes::addValues(std::string_view key, const T* values, std::size_t count) {
+    if (count > most_copied) {
+        addList(key, SampleList<T>(values, count));
+    } else if constexpr (std::is_same_v<T, int>) {
+        addBytes(Entry::ints, key, values, count);
+    } else if constexpr (std::is_same_v<T, float>) {
+        addBytes(Entry::floats, key, values, count);
+    } else {
+        std::array<std::int32_t, most_copied> narrow;
+        bool fits = true;
+        for (std::size_t i = 0; i < count; ++i) {
+            narrow[i] = static_cast<std::int32_t>(values[i]);
+            fits = fits && narrow[i] == values[i];
+        }
+        if (fits)
+            addBytes(Entry::narrow, key, narrow.data(), count);
+        else
+            addBytes(Entry::long_longs, key, values, count);
+    }
+}
+
+template <class T>
+void FoldedNodes::addList(std::string_view key, const SampleList<T>& values) {
+    if (values.size() <= most_copied) {
+        std::array<T, most_copied> copy;
+        values.read(0, values.size(), copy.data());
+        addValues(key, copy.data(), values.size());
+        return;
+    }
+    constexpr Entry entry = std::is_same_v<T, int>     ? Entry::int_list
+                            : std::is_same_v<T, float> ? Entry::float_list
+                                                       : Entry::long_list;
+    auto& lists = std::get<std::deque<SampleList<T>>>(m_lists);
+    end(putNumber(begin(entry, key, max_number_bytes), lists.size()));
+    lists.push_back(values);
+}
+
+void FoldedNodes::tellEntry(Entry entry, Reader& reader, ReportSink& sink) const {
+    const std::string_view key = m_keys[reader.number()];
+    const auto values = [&]<class T>(std::array<T, most_copied>& out) {
+        const std::size_t count = reader.values(out);
+        sink.values(key, out.data(), count);
+    };
+    switch (entry) {
+        case Entry::close:
+            return; // has no key, and was told
+        case Entry::text:
+            return sink.text(key, reader.text());
+        case Entry::open:
+            return sink.open(key);
+        case Entry::int_list:
+            return sink.list(key, std::get<0>(m_lists)[reader.number()]);
+        case Entry::long_list:
+            return sink.list(key, std::get<1>(m_lists)[reader.number()]);
+        case Entry::float_list:
+            return sink.list(key, std::get<2>(m_lists)[reader.number()]);
+        case Entry::ints: {
+            std::array<int, most_copied> ints;
+            return values(ints);
+        }
+        case Entry::floats: {
+            std::array<float, most_copied> floats;
+            return values(floats);
+        }
+        case Entry::long_longs: {
+            std::array<long long, most_copied> long_longs;
+            return values(long_longs);
+        }
+        case Entry::narrow: {
+            std::array<std::int32_t, most_copied> narrow;
+            std::array<long long, most_copied> wide;
+            const std::size_t count = reader.values(narrow);
+            std::copy_n(narrow.begin(), count, wide.begin());
+            return sink.values(key, wide.data(), count);
+        }
+    }
+}
+
+void FoldedNodes::tell(ReportSink& sink) const {
+    for (const Block& block : m_blocks) {
+        Reader reader{block.bytes.get(), block.bytes.get() + block.size};
+        while (reader.position != reader.end) {
+            const auto entry = static_cast<Entry>(*reader.position++);
+            if (entry == Entry::close)
+                sink.close();
+            else
+                tellEntry(entry, reader, sink);
+        }
+    }
+}

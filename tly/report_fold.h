@@ -1,0 +1,76 @@
+// Finished nodes in as few bytes as they can be told from.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <tuple>
+#include <unordered_map>
+
+#include "report_sink.h"
+
+// Takes nodes and tells them again, in the same order. A run of many invocations has millions of small nodes,
+// which would cost some hundred bytes each in a tree: here it is the text's own bytes and two or three more,
+// or the values. Arrays of many values share the storage of their lists.
+class FoldedNodes final : public ReportSink {
+  public:
+    void text(std::string_view key, std::string_view text) override;
+    void open(std::string_view key) override;
+    void close() override;
+    void list(std::string_view key, const SampleList<int>& values) override { addList(key, values); }
+    void list(std::string_view key, const SampleList<long long>& values) override { addList(key, values); }
+    void list(std::string_view key, const SampleList<float>& values) override { addList(key, values); }
+    void values(std::string_view key, const int* values, std::size_t count) override {
+        addValues(key, values, count);
+    }
+    void values(std::string_view key, const long long* values, std::size_t count) override {
+        addValues(key, values, count);
+    }
+    void values(std::string_view key, const float* values, std::size_t count) override {
+        addValues(key, values, count);
+    }
+
+    bool empty() const { return m_blocks.empty(); }
+    void tell(ReportSink& sink) const;
+
+  private:
+    // What stands at the front of each entry, followed by the number of its key, if it has one.
+    enum class Entry : unsigned char {
+        text, // length, bytes
+        open,
+        close,
+        ints,       // number of values, their bytes
+        long_longs, // number of values, their bytes
+        narrow,     // long longs as 32 bits: number of values, their bytes
+        floats,     // number of values, their bytes
+        int_list,   // number of the list
+        long_list,  // number of the list
+        float_list, // number of the list
+    };
+    struct Block {
+        std::unique_ptr<char[]> bytes;
+        std::size_t size;
+    };
+    struct Reader;
+
+    // Makes room for an entry and gives the place behind its front; `end` tells where the entry ends.
+    char* begin(Entry entry, std::string_view key, std::size_t size);
+    void end(const char* end);
+    std::size_t numberOf(std::string_view key);
+    template <class T>
+    void addList(std::string_view key, const SampleList<T>& values);
+    template <class T>
+    void addValues(std::string_view key, const T* values, std::size_t count);
+    template <class T>
+    void addBytes(Entry entry, std::string_view key, const T* values, std::size_t count);
+    void tellEntry(Entry entry, Reader& reader, ReportSink& sink) const;
+
+    std::vector<Block> m_blocks;
+    std::size_t m_room = 0;                                      // bytes behind the last block's
+    std::unordered_map<std::string_view, std::size_t> m_numbers; // keys of m_keys
+    std::deque<std::string> m_keys;
+    // The keys told last, by some of their letters: most are found here.
+    std::array<std::size_t, 256> m_recent{};
+    std::tuple<std::deque<SampleList<int>>, std::deque<SampleList<long long>>, std::deque<SampleList<float>>>
+        m_lists;
+};

@@ -1,0 +1,114 @@
+// The text of a float: what a stream's default format would give with 7 significant digits.
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+
+#include "decimal_digits.h"
+#include "report_tree.h"
+
+namespace {
+
+constexpr int num_digits = 7;
+constexpr std::uint32_t digits_limit = 10'000'000; // 10^num_digits
+
+// What every double and every 64-bit integer of the range below holds exactly.
+constexpr double least_quick = 1e-4;
+constexpr double quick_limit = 1e15;
+constexpr std::array<double, 16> powers = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                           1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
+// A number's first 7 digits, rounded to the nearest, from a tie to the even one; and the power of ten that
+// the first of them stands for.
+struct Decimal {
+    std::uint32_t digits;
+    int exponent;
+};
+
+// The largest power of ten that isn't above the magnitude.
+int decimalExponent(double magnitude) {
+    const int binary = static_cast<int>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
+    const int guess = (binary * 1233) >> 12; // log10(2) is 1233/4096 and a bit; right or one too small
+    const double next = guess >= -1 ? powers[static_cast<std::size_t>(guess + 1)]
+                                    : 1.0 / powers[static_cast<std::size_t>(-guess - 1)];
+    return magnitude >= next ? guess + 1 : guess;
+}
+
+std::uint32_t nearestInteger(double value) {
+    constexpr double shift = 0x1.8p52; // what is added to it loses its fraction, rounded as it should be
+    return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(value + shift));
+}
+
+// A float has 24 bits, so its product with up to 10^12 is exact in a double, and a float from 10^7 on is an
+// integer: both ways round the number itself, as to_chars does.
+Decimal firstDigits(double magnitude) {
+    int exponent = decimalExponent(magnitude);
+    std::uint32_t digits;
+    if (exponent < num_digits) {
+        digits = nearestInteger(magnitude * powers[static_cast<std::size_t>(num_digits - 1 - exponent)]);
+    } else {
+        const auto number = static_cast<std::uint64_t>(magnitude);
+        const auto unit =
+            static_cast<std::uint64_t>(powers[static_cast<std::size_t>(exponent - num_digits + 1)]);
+        const std::uint64_t whole = number / unit;
+        const std::uint64_t twice_rest = 2 * (number % unit);
+        const bool up = twice_rest > unit || (twice_rest == unit && whole % 2 == 1);
+        digits = static_cast<std::uint32_t>(whole) + (up ? 1 : 0);
+    }
+    if (digits == digits_limit) {
+        digits /= 10;
+        ++exponent;
+    }
+    return {digits, exponent};
+}
+
+// Digits with a point behind the first `before` of them, and without the zeros behind the last that is none.
+// The seven digits stand in `characters` with a zero behind them.
+char* writePoint(char* out, std::uint64_t characters, int significant, int before) {
+    storeCharacters(out, characters);
+    if (significant <= before)
+        return out + before;
+    out[before] = '.';
+    storeCharacters(out + before + 1, characters >> (8 * before));
+    return out + significant + 1;
+}
+
+char* writeDecimal(char* out, const Decimal& decimal) {
+    const std::uint64_t digits = digitsOf(decimal.digits * 10);
+    const std::uint64_t characters = digits | zero_characters;
+    const int significant = 8 - std::countl_zero(digits) / 8;
+    if (decimal.exponent >= num_digits) {
+        out = writePoint(out, characters, significant, 1);
+        *out++ = 'e';
+        *out++ = '+';
+        *out++ = static_cast<char>('0' + decimal.exponent / 10);
+        *out++ = static_cast<char>('0' + decimal.exponent % 10);
+        return out;
+    }
+    if (decimal.exponent >= 0)
+        return writePoint(out, characters, significant, 1 + decimal.exponent);
+    storeCharacters(out, zero_characters);
+    out[1] = '.';
+    out += 1 - decimal.exponent;
+    storeCharacters(out, characters);
+    return out + significant;
+}
+
+} // namespace
+
+char* write_number(char* out, float value) {
+    if (has_digit_blocks) {
+        const double magnitude = std::fabs(static_cast<double>(value));
+        if (std::bit_cast<std::uint32_t>(value) == 0) {
+            *out = '0';
+            return out + 1;
+        }
+        if (magnitude >= least_quick && magnitude < quick_limit) {
+            *out = '-';
+            return writeDecimal(out + (value < 0 ? 1 : 0), firstDigits(magnitude));
+        }
+    }
+    return std::to_chars(out, out + max_number_text, static_cast<double>(value), std::chars_format::general,
+                         num_digits)
+        .ptr;
+}
