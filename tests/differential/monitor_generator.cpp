@@ -133,6 +133,8 @@ std::string MonitorGenerator::counter() {
         return "0";
     if (m_dice.chance(4))
         return m_dice.pick(odd_fields);
+    if (m_dice.chance(15)) // at the bounds of averages, or equal to another one
+        return m_dice.pick<std::string>({"1", "2", "10", "11", "-1", "-2", "1000"});
     return m_dice.number();
 }
 
