@@ -3,22 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <boost/property_tree/json_parser.hpp>
-#include <boost/property_tree/ptree.hpp>
 #include <memory>
 #include <set>
-#include <sstream>
 
 #include "case_file.h"
+#include "report_properties.h"
 #include "run_program.h"
 #include "temp_dir.h"
 #include "tly_constants.h"
 #include "whole_file.h"
 
 namespace {
-
-using boost::property_tree::ptree;
 
 const std::filesystem::path program = ZAN_PROGRAM;
 const std::filesystem::path folder_of_cases = ZAN_CASES_FOLDER;
@@ -155,63 +150,25 @@ TEST_P(MonitorCase, IsTheSameThroughAPipe) {
     EXPECT_EQ(from_pipe.report, from_file.report);
 }
 
-// Where a monitor line may end up other than in the report: in a message that says it was left out.
-constexpr std::array<std::string_view, 6> left_out_messages = {
-    "warning: empty .mon line ",
-    "ERROR: Unable to parse ",
-    "ERROR: Unexpected number of values.",
-    "----> kernel in .mon at line ",
-    "profile.mon has some kernel that does not have any moduleinsts",
-    "Warning: number of .mon entries does not match",
-};
-
-struct LineCounts {
-    std::size_t all = 0;
-    std::size_t of_pseudo_kernel = 0; // whose samples never reach the report by themselves
-};
-
-LineCounts count_lines(const std::string& text) {
-    LineCounts counts;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line); ++counts.all)
-        counts.of_pseudo_kernel += line.find(autorun_profile_dummy_kernel) != line.npos;
-    return counts;
-}
-
-std::size_t count_left_out(const std::string& messages) {
-    std::size_t count = 0;
-    std::istringstream stream(messages);
-    for (std::string line; std::getline(stream, line);) {
-        count +=
-            static_cast<std::size_t>(std::count_if(left_out_messages.begin(), left_out_messages.end(),
-                                                   [&](auto message) { return line.starts_with(message); }));
-    }
-    return count;
-}
-
-// The number of samples, with each list of the node as long as it has to be.
-std::size_t check_kernel_node(const ptree& node) {
-    const std::size_t count = std::stoul(node.get<std::string>("num_samples"));
-    for (const char* list : {"device_ids", "command_queue_id", "sample_timestamps"})
-        EXPECT_EQ(node.get_child(list).size(), count) << list;
-    EXPECT_GT(count, 0u) << "an invocation without a sample";
-    EXPECT_EQ(node.get<std::string>("end_time"), node.get_child("sample_timestamps").back().second.data());
-    return count;
-}
-
-TEST_P(MonitorCase, CountsInEqualCountsOut) {
+TEST_P(MonitorCase, TheReportHoldsTogetherAndNoLineIsLost) {
     const Result result = run(m_case);
-    std::istringstream text(result.report.value_or(""));
-    ptree report;
-    ASSERT_NO_THROW(boost::property_tree::read_json(text, report));
+    ASSERT_TRUE(result.report);
+    EXPECT_THAT(report_faults(*result.report), testing::IsEmpty());
 
-    std::size_t counted = count_left_out(result.outcome.err);
-    for (const auto& [key, node] : report.get_child("kernels.nodes"))
-        counted += check_kernel_node(node);
-    counted += report.get_child("memtransfers.nodes").size();
-    const LineCounts lines = count_lines(monitor_file(m_case)->bytes);
-    EXPECT_LE(counted, lines.all);
-    EXPECT_GE(counted + lines.of_pseudo_kernel, lines.all);
+    const std::string& monitor = monitor_file(m_case)->bytes;
+    const std::size_t accounted = accounted_lines(*result.report, result.outcome.err);
+    EXPECT_LE(accounted, count_lines(monitor));
+    // The pseudo-kernel's samples never reach the report by themselves.
+    EXPECT_GE(accounted + count_lines(monitor, autorun_profile_dummy_kernel), count_lines(monitor));
+}
+
+TEST_P(MonitorCase, RestartsCutTheSamplesAndChangeNone) {
+    const Result with_restarts = run(m_case);
+    std::string& monitor = monitor_file(m_case)->bytes;
+    monitor = without_restarts(monitor);
+    const Result in_one_go = run(m_case);
+    ASSERT_TRUE(with_restarts.report && in_one_go.report);
+    EXPECT_EQ(sample_rows(*with_restarts.report), sample_rows(*in_one_go.report));
 }
 
 const auto name_of_case = [](const auto& info) { return info.param; };

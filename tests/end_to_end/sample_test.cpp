@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "case_file.h"
+#include "report_properties.h"
 #include "run_program.h"
 #include "temp_dir.h"
 #include "tly_constants.h"
@@ -37,8 +38,15 @@ TEST_P(Sample, GivesTheReportThatStandsBesideIt) {
     const Outcome ran =
         run_program(program, {"design.zanx", sample / "profile.mon", "report.json"}, folder.path());
     EXPECT_EQ(ran, (Outcome{"", "", "0"}));
-    EXPECT_EQ(readFile(folder.path("report.json")),
-              replaced(readFile(sample / "expected_report.json"), "@VERSION@", tly_version));
+    const std::string report = readFile(folder.path("report.json"));
+    EXPECT_EQ(report, replaced(readFile(sample / "expected_report.json"), "@VERSION@", tly_version));
+    EXPECT_THAT(report_faults(report), IsEmpty());
+
+    writeFile(folder.path("in_one_go.mon"), without_restarts(readFile(sample / "profile.mon")));
+    const Outcome again =
+        run_program(program, {"design.zanx", "in_one_go.mon", "report.json"}, folder.path());
+    EXPECT_EQ(again, ran);
+    EXPECT_EQ(sample_rows(readFile(folder.path("report.json"))), sample_rows(report));
 }
 
 INSTANTIATE_TEST_SUITE_P(EndToEnd, Sample, testing::ValuesIn(sample_names()),

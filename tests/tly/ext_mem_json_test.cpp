@@ -133,6 +133,14 @@ TEST_F(ExtMemNodeTest, AnIntervalOfNoTimeGivesAnInfinity) {
     EXPECT_NE(node({0}).find("global_used_bw=[inf]"), std::string::npos);
 }
 
+TEST_F(ExtMemNodeTest, OneWordIsEnoughForABandwidthAndAnAverage) {
+    record(EXT_MEM_READ, {1});
+    record(EXT_MEM_READ_BURST, {16});
+    record(EXT_MEM_WRITE, {0});
+    EXPECT_EQ(node({0}, memory(16)),
+              std::string(head) + "global_used_bw=[inf] avg_write_burst=[0] avg_read_burst=[0.0625]");
+}
+
 TEST_F(ExtMemNodeTest, WithoutAClockTheBandwidthIsANegativeZero) {
     inst->setFmax(0.0f);
     record(EXT_MEM_READ, {5});

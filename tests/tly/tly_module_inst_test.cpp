@@ -109,6 +109,10 @@ TEST(TlyModuleInst, BothCycleTagsSetTheOffsetOfTheCycleCounter) {
         inst->addPortTag(tag, 9, 0);
         EXPECT_EQ(inst->getCsvTotalCycles(fields, 10), 90) << tag;
     }
+    const auto first = InstBuilder{.function = "foo"}.make();
+    first->addPortTag("clock", 0, 0);
+    std::string one_field[] = {"70"};
+    EXPECT_EQ(first->getCsvTotalCycles(one_field, 1), 70);
     const auto other = InstBuilder{.function = "foo"}.make();
     other->addPortTag("clock_bar_function", 9, 0);
     EXPECT_EQ(other->getCsvTotalCycles(fields, 10), -1);

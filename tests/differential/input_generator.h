@@ -1,0 +1,13 @@
+// Whole inputs of the program by chance.
+#pragma once
+
+#include <cstdint>
+
+#include "slow_model.h"
+
+namespace slow {
+
+// The same for the same seed, everywhere.
+Input make_input(std::uint64_t seed);
+
+} // namespace slow

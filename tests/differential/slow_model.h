@@ -1,0 +1,25 @@
+// The whole program once more, slowly.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "make_package.h"
+
+namespace slow {
+
+struct Input {
+    PackageSections sections;
+    std::optional<std::string> monitor; // unset if there is no such file
+};
+
+struct Result {
+    std::string err;
+    std::string status; // as run_program gives it
+    std::optional<std::string> report;
+};
+
+// What the program has to give. Behind `err` of an end by a signal the C++ library may have had its say.
+Result run(const Input& input, const std::string& version);
+
+} // namespace slow
