@@ -1,4 +1,5 @@
 // The samples as a user runs them: make the package, run the program, look at the report.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "case_file.h"
@@ -10,6 +11,7 @@
 
 namespace {
 
+using testing::IsEmpty;
 namespace fs = std::filesystem;
 
 const fs::path program = ZAN_PROGRAM;
