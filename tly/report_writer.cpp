@@ -116,6 +116,12 @@ class TextBuffer {
         m_size += size;
     }
     void append(std::string_view text) { append(text.data(), text.size()); }
+    // A literal has a size that the compiler knows, which makes the copy an instruction or two.
+    template <std::size_t size>
+    void append(const char (&literal)[size]) {
+        std::memcpy(reserve(size - 1), literal, size - 1);
+        m_size += size - 1;
+    }
     void append_blanks(std::size_t count) {
         static constexpr std::string_view blanks =
             "                                                                ";
