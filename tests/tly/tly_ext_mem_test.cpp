@@ -30,6 +30,17 @@ TEST(ExtMemCounts, OnlyTheNamedPortGetsTheSample) {
     EXPECT_TRUE(counts.getCount(EXT_MEM_READ, 2, 3).empty());
 }
 
+TEST(ExtMemCounts, AnOperationThatIsNoneHasNoSamples) {
+    ExtMemCounts counts;
+    for (const int number : {-1, 4}) {
+        const auto op = static_cast<ExtMemOpType>(number);
+        counts.updateCount(op, 0, 0, 5, true);
+        EXPECT_TRUE(counts.getCount(op, 0, 0).empty()) << number;
+    }
+    for (const ExtMemOpType op : {EXT_MEM_READ, EXT_MEM_WRITE, EXT_MEM_READ_BURST, EXT_MEM_WRITE_BURST})
+        EXPECT_TRUE(counts.getCount(op, 0, 0).empty()) << op;
+}
+
 TEST(ExtMemCounts, SamplesOfAPortStayInOrder) {
     ExtMemCounts counts;
     counts.updateCount(EXT_MEM_READ, 0, 1, 5, true);

@@ -1,5 +1,6 @@
 // Descriptions made to break the loader: each ends in a model or in an error, never in a crash.
 #include "capture.h"
+#include "faulty_elements.h"
 #include "temp_dir.h"
 #include "whole_document.h"
 #include "whole_file.h"
@@ -53,6 +54,18 @@ bool loads_in_debug_mode(const std::string& xml) {
 TEST(HostileDescription, TheSmallDocumentIsGood) {
     EXPECT_THAT(loaded(SMALL).errors, ElementsAre());
     EXPECT_TRUE(loads_in_debug_mode(SMALL));
+}
+
+TEST(HostileDescription, BehindAFaultOfAnElementNothingInsideItIsLookedAt) {
+    std::size_t num_elements = 0;
+    for (const auto& [name, text] : faulty_elements(SMALL)) {
+        if (name == "PROFILER" || name.ends_with("_LIST"))
+            continue; // these may have any attribute
+        ++num_elements;
+        EXPECT_THAT(loaded(text).errors, ElementsAre(testing::EndsWith("\nUnexpected attribute 'x'.\n")))
+            << name;
+    }
+    EXPECT_EQ(num_elements, 8u);
 }
 
 TEST(HostileDescription, CutAtEveryByte) {
