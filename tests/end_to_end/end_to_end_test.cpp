@@ -18,8 +18,9 @@ namespace {
 const std::filesystem::path program = ZAN_PROGRAM;
 const std::filesystem::path folder_of_cases = ZAN_CASES_FOLDER;
 
-ReportFrame frame() {
-    return read_frame(folder_of_cases.parent_path(), tly_version);
+const ReportFrame& frame() {
+    static const ReportFrame the_frame = read_frame(folder_of_cases.parent_path(), tly_version);
+    return the_frame;
 }
 
 TestCase read_case(const std::string& name) {
