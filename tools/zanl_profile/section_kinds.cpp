@@ -1,5 +1,7 @@
 #include "section_kinds.h"
 
+#include <vector>
+
 #include "pkg_stream.h"
 #include "tly_constants.h"
 
@@ -13,20 +15,24 @@ struct NamedKind {
     SectionKind kind;
 };
 
-const NamedKind named_kinds[] = {
-    {".zan.version", false, {"version", "version"}},
-    {".zan.board_spec.xml", false, {"board", "board description"}},
-    {".zan.velmora_report", false, {"timing", "timing report"}},
-    {".zan.profiler.xml", false, {"profiler", "profiler description"}},
-    {opt_rpt_elf_section, false, {"optimization", "optimization report"}},
-    {file_name_elf_section, true, {"file", "name of a source file"}},
-    {kernel_source_elf_section_prefix, true, {"source", "kernel source"}},
-};
+// Made when it is first asked for: what other sources define isn't there before main() begins.
+const std::vector<NamedKind>& named_kinds() {
+    static const std::vector<NamedKind> kinds = {
+        {".zan.version", false, {"version", "version"}},
+        {".zan.board_spec.xml", false, {"board", "board description"}},
+        {".zan.velmora_report", false, {"timing", "timing report"}},
+        {".zan.profiler.xml", false, {"profiler", "profiler description"}},
+        {opt_rpt_elf_section, false, {"optimization", "optimization report"}},
+        {file_name_elf_section, true, {"file", "name of a source file"}},
+        {kernel_source_elf_section_prefix, true, {"source", "kernel source"}},
+    };
+    return kinds;
+}
 
 } // namespace
 
 SectionKind kind_of_name(std::string_view name) {
-    for (const NamedKind& each : named_kinds) {
+    for (const NamedKind& each : named_kinds()) {
         if (each.is_prefix ? name.starts_with(each.name) : name == each.name)
             return each.kind;
     }
