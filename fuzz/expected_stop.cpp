@@ -1,7 +1,6 @@
 #include "expected_stop.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <iterator>
@@ -31,7 +30,7 @@ bool is_breakable(const char* format, std::va_list arguments) {
 
 extern "C" {
 
-// The linker puts these in place of the functions that they are named after.
+// The linker puts this in place of the function that it is named after.
 int __wrap_fprintf(std::FILE* file, const char* format, ...) {
     std::va_list arguments, copy;
     va_start(arguments, format);
@@ -43,15 +42,6 @@ int __wrap_fprintf(std::FILE* file, const char* format, ...) {
     if (stops)
         throw ExpectedStop();
     return count;
-}
-
-int __wrap_raise(int) {
-    throw ExpectedStop();
-}
-
-// The fuzzer's own handlers stay.
-sighandler_t __wrap_signal(int, sighandler_t) {
-    return SIG_DFL;
 }
 
 } // extern "C"

@@ -5,6 +5,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <csetjmp>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <vector>
@@ -17,6 +19,9 @@ namespace {
 // What runs open and don't close.
 std::vector<int> open_files;
 std::vector<Elf*> open_packages;
+
+// Where a run goes on whose process would have ended by a signal. raise() can't be left by an exception.
+std::jmp_buf behind_the_run;
 
 } // namespace
 
@@ -39,13 +44,23 @@ int __wrap_elf_end(Elf*) {
     return 0;
 }
 
+int __wrap_raise(int) {
+    std::longjmp(behind_the_run, 1);
+}
+
+// The fuzzer's own handlers stay.
+sighandler_t __wrap_signal(int, sighandler_t) {
+    return SIG_DFL;
+}
+
 } // extern "C"
 
 void run_in_process(const std::string& package, std::string_view monitor_lines) {
     const MemoryFile monitor(monitor_lines);
     std::string zanx = package, mon = monitor.path(), json = "/dev/null";
     try {
-        runTLY(zanx.data(), mon.data(), json.data());
+        if (setjmp(behind_the_run) == 0)
+            runTLY(zanx.data(), mon.data(), json.data());
     } catch (const ExpectedStop&) {
     } catch (const std::exception&) {
     }
