@@ -72,6 +72,14 @@ TEST(BoardInterface, ADirectionThatIsNoneIsBoth) {
     EXPECT_EQ(intf.get_port_name(0), "p");
 }
 
+TEST(BoardInterface, APortIsTheSameOneForReadersAndWriters) {
+    Interface intf;
+    intf.add_port("p", Port::Read);
+    const Interface& read_only = intf;
+    EXPECT_EQ(&read_only.get_port(0), &intf.get_port(0));
+    EXPECT_EQ(read_only.get_port(0).get_direction(), Port::Read);
+}
+
 TEST(BoardInterfaceDeathTest, Contracts) {
     Interface intf;
     EXPECT_CONTRACT(intf.set_type(Interface::TypeCount), "type < TypeCount");
@@ -168,6 +176,18 @@ TEST(BoardSpec, OfTwoMemoriesOfOneNameTheLaterIsFound) {
     EXPECT_EQ(&spec.get_global_mem_config("a"), spec.get_global_mem_configs()[1].get());
 }
 
+TEST(BoardSpec, WhatIsFoundByNameIsTheSameForReadersAndWriters) {
+    BoardSpec spec;
+    spec.add_global_mem_config(memory_named("a").release(), false);
+    spec.add_global_mem_config(memory_named("b").release(), false);
+    CompileConfig* const config = new CompileConfig;
+    spec.set_compile_config(config, "fast");
+    const BoardSpec& read_only = spec;
+    EXPECT_EQ(read_only.get_global_mem_config("b").get_name(), "b");
+    EXPECT_EQ(&read_only.get_global_mem_config("b"), &spec.get_global_mem_config("b"));
+    EXPECT_EQ(&read_only.get_compile_config("fast"), config);
+}
+
 TEST(BoardSpec, MemoriesCanBeCleared) {
     BoardSpec spec;
     EXPECT_FALSE(spec.is_valid_global_mem_interface("a"));
@@ -245,7 +265,9 @@ TEST(BoardSpecDeathTest, WhatIsNotThereCannotBeHad) {
     EXPECT_CONTRACT(spec.get_global_mem_config(), "has_global_mem_config()");
     EXPECT_CONTRACT(spec.is_default_global_mem("a"), "has_global_mem_config()");
     EXPECT_CONTRACT(spec.get_global_mem_config("a"), "is_valid_global_mem_interface(name)");
+    EXPECT_CONTRACT(constant.get_global_mem_config("a"), "is_valid_global_mem_interface(name)");
     EXPECT_CONTRACT(spec.get_compile_config("a"), "found != m_compile_configs.end()");
+    EXPECT_CONTRACT(constant.get_compile_config("a"), "found != m_compile_configs.end()");
     EXPECT_CONTRACT(DeviceConfig().get_used_resources(), "has_used_resources()");
     EXPECT_CONTRACT(InterfaceConfig().get_kernel_clk_reset(), "has_kernel_clk_reset()");
     EXPECT_CONTRACT(ChannelConfig().get_intf(0), "i < m_interfaces.size()");
