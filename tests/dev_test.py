@@ -40,7 +40,7 @@ class Dev(unittest.TestCase):
         status, out, err = self.dev()
         self.assertEqual((status, err), (0, ""))
         self.assertTrue(out.startswith("usage: ./dev COMMAND\n"))
-        for command in ("demo", "test", "bench", "fuzz", "format", "help"):
+        for command in ("demo", "test", "bench", "coverage", "fuzz", "format", "help"):
             self.assertRegex(out, rf"(?m)^  {command}\b.*  \S")
         self.assertEqual(self.dev("help"), (0, out, ""))
         self.assertEqual(self.dev("--help"), (0, out, ""))
