@@ -67,9 +67,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     input = stream;
     const int from_memory = zan_pkg_unpack_buffer(input.data(), input.size(), target_name);
     const int from_file = zan_pkg_unpack(input_name, target_name);
-    // They differ only where a file's end is met later than a buffer's.
     if (from_memory != from_file && input.size() % 32768 != 0)
-        std::abort();
+        std::abort(); // they differ only where a file's end is met later than a buffer's
     return 0;
 }
 

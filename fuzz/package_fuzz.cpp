@@ -68,9 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         zan::pkg::list_sections(package);
         zan_pkg_close_file(package);
     }
-    // Opening what has no table of names for editing stops the process, as it is told to.
     if (is_editable)
-        edit(path.c_str());
+        edit(path.c_str()); // otherwise it stops the process, as it is told to
     ::close(file);
     return 0;
 }

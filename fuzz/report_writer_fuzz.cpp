@@ -1,85 +1,14 @@
 // Any document, written as a report and read back: it is JSON and gives back every text.
 #include <boost/property_tree/json_parser.hpp>
-#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <sstream>
 #include <string>
 
-#include "report_tree.h"
+#include "fuzzed_document.h"
 
 namespace {
 
 using Document = boost::property_tree::ptree;
-
-constexpr int max_depth = 50;
-
-// Takes values off the input; zeros behind its end.
-class Input {
-  public:
-    Input(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}
-
-    bool is_empty() const { return m_size == 0; }
-    template <typename T>
-    T number() {
-        T value{};
-        const std::size_t count = std::min(m_size, sizeof value);
-        std::memcpy(&value, m_data, count);
-        skip(count);
-        return value;
-    }
-    std::string text() {
-        const std::size_t count = std::min<std::size_t>(m_size, number<std::uint8_t>() % 32);
-        const std::string taken(reinterpret_cast<const char*>(m_data), std::min(count, m_size));
-        skip(taken.size());
-        return taken;
-    }
-    template <typename T>
-    std::vector<T> numbers() {
-        std::vector<T> taken(number<std::uint8_t>() % 16);
-        for (T& each : taken)
-            each = number<T>();
-        return taken;
-    }
-
-  private:
-    void skip(std::size_t count) {
-        m_data += count;
-        m_size -= count;
-    }
-
-    const std::uint8_t* m_data;
-    std::size_t m_size;
-};
-
-ptree make_node(Input& input, int depth);
-
-void add_child(ptree& node, Input& input, int depth) {
-    const std::string key = input.text();
-    ptree child = make_node(input, depth);
-    append_node(node, key, child);
-}
-
-ptree make_node(Input& input, int depth) {
-    enum { text_node, int_array, long_array, float_array, with_children };
-    switch (input.number<std::uint8_t>() % (with_children + 3)) {
-        case text_node:
-            return ptree(ReportValue(input.text()));
-        case int_array:
-            return createJSONArray(input.numbers<int>());
-        case long_array:
-            return createJSONArray(input.numbers<long long>());
-        case float_array:
-            return createJSONArray(input.numbers<float>());
-        default: {
-            ptree node;
-            for (int i = input.number<std::uint8_t>() % 8; i > 0 && depth < max_depth && !input.is_empty();
-                 --i)
-                add_child(node, input, depth + 1);
-            return node;
-        }
-    }
-}
 
 // A report has bytes from 0x80 up as code points of their own, which a reader of JSON gives back in UTF-8.
 std::string as_read(const std::string& text) {
@@ -106,10 +35,7 @@ Document as_read(const Document& document) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Input input(data, size);
-    ptree tree;
-    while (!input.is_empty())
-        add_child(tree, input, 0);
+    const ptree tree = make_document(data, size);
     std::stringstream text;
     write_report(text, tree);
     Document read;

@@ -1,8 +1,10 @@
-// Part of each program of the coverage build. What a program ran through is written when it exits; here it is written
-// also where the program ends by a signal on purpose.
-#include <gcov.h>
-
+// Part of each program of the coverage build. What a program ran through is written when it exits; here it is
+// written also where the program ends by a signal on purpose.
 #include <csignal>
+
+extern "C" {
+#include <gcov.h> // says nothing of C itself
+}
 
 namespace {
 
