@@ -160,6 +160,19 @@ TEST_F(PackageEdit, MoreThanAPackageHoldsIsToldBeforeItIsRead) {
               trouble("'large' has 5368709120 bytes, and a section holds at most 4294967295"));
 }
 
+// A few bytes ask for a file of 2 GiB.
+TEST_F(PackageEdit, SectionsThatAreToLieFarApartAreRefused) {
+    make("p.zanx", {{"a", "1"}});
+    change_header("p.zanx", 0, [](Elf32_Shdr& header) { header.sh_addralign = 1u << 31; });
+    const std::string before = read("p.zanx");
+    // "a" lies at 2^31, "b" 128 bytes behind it and ends at 2147483777; the table of five headers of 40 bytes
+    // each begins at the next multiple of 4.
+    EXPECT_EQ(shell("echo >f; $T package add p.zanx b=f"),
+              trouble("can't write 'p.zanx': its sections are to lie so far apart that it would have "
+                      "2147483980 bytes"));
+    EXPECT_EQ(tree(), (Tree{{"f", "\n"}, {"p.zanx", before}}));
+}
+
 TEST_F(PackageEdit, PermissionsStay) {
     make("p.zanx", {{"a", "1"}});
     fs::permissions(dir.path("p.zanx"), fs::perms(0751));

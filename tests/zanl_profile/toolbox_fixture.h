@@ -1,9 +1,11 @@
 // The toolbox as a user runs it, in a folder of a test's own.
 #pragma once
 
+#include <elf.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -35,6 +37,20 @@ class Toolbox : public testing::Test {
     // Makes the package `name`.
     void make(const std::string& name, const PackageSections& sections) const {
         make_package(dir.path(name), sections);
+    }
+    // Changes the header of a section of a package that the library has made; sections count from 0 here.
+    template <typename Change>
+    void change_header(const std::string& name, std::size_t section, Change change) const {
+        constexpr std::size_t own_sections = 3; // null, names, and the nameless one
+        std::string file = read(name);
+        Elf32_Ehdr header;
+        std::memcpy(&header, file.data(), sizeof header);
+        Elf32_Shdr changed;
+        char* const place = file.data() + header.e_shoff + (own_sections + section) * sizeof changed;
+        std::memcpy(&changed, place, sizeof changed);
+        change(changed);
+        std::memcpy(place, &changed, sizeof changed);
+        write(name, file);
     }
     // Names and bytes of all sections, read with the library.
     PackageSections sections(const std::string& name) const {

@@ -15,6 +15,9 @@ namespace {
 constexpr std::uint64_t max_package_size = 0xFFFFFFFF;
 // What a section takes beside its bytes and its name: its header, and a gap ahead of it.
 constexpr std::uint64_t section_overhead = 40 + 128;
+// What gaps between sections may take that the package had no room for before. Each section tells how far
+// apart it has to lie, and what tells gigabytes was made to fill the disk.
+constexpr std::uint64_t max_new_gaps = 16 << 20;
 // No new package is larger before it has sections.
 constexpr std::uint64_t new_package_size = 8192;
 
@@ -156,6 +159,11 @@ void PackageEdit::put(const std::string& name, FileBytes bytes) {
 }
 
 void PackageEdit::commit() {
+    const std::uint64_t size = zan::pkg::edited_size(m_handle.get());
+    if (size > m_file_size + max_new_gaps)
+        throw Failure("can't write " + in_quotes(m_path) +
+                      ": its sections are to lie so far apart that it would have " + std::to_string(size) +
+                      " bytes");
     const std::string failure = zan::pkg::close_edited(m_handle.release());
     if (!failure.empty())
         throw Failure("can't write " + in_quotes(m_path) + ": " + failure);

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -56,6 +57,10 @@ std::vector<SectionInfo> list_sections(const zan_pkg_file* pkg) {
 
 int file_descriptor(const zan_pkg_file* pkg) {
     return pkg->fd;
+}
+
+std::uint64_t edited_size(zan_pkg_file* pkg) {
+    return static_cast<std::uint64_t>(std::max<off_t>(elf_update(pkg->elf, ELF_C_NULL), 0));
 }
 
 std::string close_edited(zan_pkg_file* pkg) {
