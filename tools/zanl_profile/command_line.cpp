@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "failure.h"
+#include "files.h"
 #include "nearest_word.h"
 #include "tly_constants.h"
 
@@ -129,6 +130,7 @@ void label_help(CLI::App& program) {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    occupy_standard_streams();
     try {
         CLI::App program("Looks into what a profiled FPGA design has left behind.", program_name);
         label_help(program);

@@ -1,6 +1,7 @@
 #include "pkg_stream.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 
 #include "contract.h"
@@ -148,6 +149,8 @@ bool StreamReader::refill() {
             return false;
         m_zlib.next_in = m_buffer.get();
         m_zlib.avail_in = static_cast<uInt>(std::fread(m_buffer.get(), 1, stream_chunk, m_input));
+        if (std::ferror(m_input))
+            m_read_error = errno;
     } else {
         m_zlib.next_in = zlib_input(m_rest);
         m_zlib.avail_in = zlib_size(m_rest_size);
