@@ -102,7 +102,7 @@ class Entries {
 
   private:
     [[noreturn]] void fail(const std::string& reason) const {
-        errno = m_reader->read_error();
+        errno = m_reader->system_error();
         if (errno != 0)
             throw system_failure("can't read " + in_quotes(m_name));
         throw Failure("can't unpack " + in_quotes(m_name) + ": " + reason);

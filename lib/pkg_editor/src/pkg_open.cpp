@@ -114,11 +114,9 @@ bool make_header(zan_pkg_file* pkg) {
 // storage.
 Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
     constexpr char own_name[] = ".shstrtab";
-    Elf_Scn* section = elf_newscn(pkg->elf);
-    if (!section) {
-        tell_elf_failure(pkg, "elf_newscn");
+    Elf_Scn* section = new_section(pkg);
+    if (!section)
         return nullptr;
-    }
     Elf_Data* data = elf_newdata(section);
     if (!data) {
         tell_elf_failure(pkg, "elf_newdata");
