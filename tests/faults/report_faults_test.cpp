@@ -61,7 +61,8 @@ TEST_F(ReportFaults, AMonitorLineWhoseEndCannotBeReadIsLeftOut) {
         const TracedRun cut =
             run({.calls = Calls::reads, .number = size + 1, .error = EIO, .file = "profile.mon", .piece = 1});
         EXPECT_EQ(cut.outcome.status, "0");
-        EXPECT_TRUE(cut_reports.contains(read("report.json"))) << "behind " << lines.substr(0, size);
+        EXPECT_TRUE(cut_reports.contains(read("report.json")))
+            << "behind " << lines.substr(0, static_cast<std::size_t>(size));
         reports.insert(read("report.json"));
     }
     EXPECT_EQ(reports, cut_reports);
