@@ -48,8 +48,10 @@ bool LineReader::fill() {
         count = ::read(m_fd, m_buffer.get() + m_end, m_capacity - m_end);
     } while (count < 0 && errno == EINTR);
     m_at_end = count <= 0;
-    if (!m_at_end)
+    if (count > 0)
         m_end += static_cast<std::size_t>(count);
+    else if (count < 0)
+        m_begin = m_end; // a line that a fault has cut may look like a whole one with other numbers
     return !m_at_end;
 }
 
@@ -68,8 +70,8 @@ bool LineReader::next(std::string_view& line) {
         searched = size;
         if (fill())
             continue;
-        line = std::string_view(m_buffer.get() + m_begin, size);
+        line = std::string_view(m_buffer.get() + m_begin, m_end - m_begin);
         m_begin = m_end;
-        return size != 0;
+        return !line.empty();
     }
 }

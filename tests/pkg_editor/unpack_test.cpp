@@ -296,7 +296,7 @@ TEST_F(Unpack, APlaceThatCannotBeWrittenIsTold) {
 }
 
 TEST_F(Unpack, AFullDiskIsTold) {
-    for (const std::size_t size : {65535u, 65536u}) {
+    for (const std::size_t size : {1u, 65535u, 65536u}) {
         EXPECT_EQ(
             unpack_bytes(stream_of({{file_type, 0, "full", std::string(size, 'x')}}), "/dev"),
             (Called{0, "zan_pkg_unpack_buffer: Failed to write to /dev/full: No space left on device\n"}));

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "failure.h"
+#include "files.h"
 #include "nearest_word.h"
 #include "tly_constants.h"
 
@@ -73,8 +74,9 @@ std::string wrong_use(const CLI::App& app, const std::vector<std::string>& argum
     return command_names(app).empty() ? printable(error.what()) : "no command is given";
 }
 
-int fail(const std::string& text, int status) {
-    std::fprintf(stderr, "%s: %s\n", program_name, text.c_str());
+// Takes no memory, of which there may be none.
+int fail(const char* text, int status) {
+    std::fprintf(stderr, "%s: %s\n", program_name, text);
     return status;
 }
 
@@ -95,7 +97,7 @@ int run(CLI::App& program, std::vector<std::string> arguments) {
     } catch (const CLI::CallForVersion&) {
         return print_text(std::string(program_name) + " " + tly_version + "\n");
     } catch (const CLI::ParseError& error) {
-        fail(wrong_use(command, arguments, error), status_trouble);
+        fail(wrong_use(command, arguments, error).c_str(), status_trouble);
         std::fprintf(stderr, "see '%s --help'\n", full_name(command).c_str());
         return status_trouble;
     }
@@ -129,6 +131,7 @@ void label_help(CLI::App& program) {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    occupy_standard_streams();
     try {
         CLI::App program("Looks into what a profiled FPGA design has left behind.", program_name);
         label_help(program);

@@ -63,6 +63,14 @@ unsigned masked_permissions(unsigned permissions) {
     return permissions & ~mask;
 }
 
+void occupy_standard_streams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is the one that open() takes.
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
 Descriptor::~Descriptor() {
     if (m_fd >= 0)
         ::close(m_fd);
@@ -151,10 +159,13 @@ UnfinishedFile::UnfinishedFile(const std::string& target) : m_name(target), m_ta
     const bool exists = ::stat(target.c_str(), &status) == 0;
     if (exists && !S_ISREG(status.st_mode))
         throw Failure("can't write " + in_quotes(target) + ": it is not a file");
-    if (char* const real = exists ? ::realpath(target.c_str(), nullptr) : nullptr) {
+    char* const real = exists ? ::realpath(target.c_str(), nullptr) : nullptr;
+    // Without knowing what is there, a link or permissions would be lost.
+    if (exists ? !real : errno != ENOENT)
+        throw system_failure("can't write " + in_quotes(target));
+    if (real)
         m_target = real;
-        std::free(real);
-    }
+    std::free(real);
     m_path = m_target + ".unfinished-XXXXXX";
     m_file = Descriptor(::mkostemp(m_path.data(), O_CLOEXEC));
     if (m_file.get() < 0) {

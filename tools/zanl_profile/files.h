@@ -24,6 +24,10 @@ using FileStream = std::unique_ptr<std::FILE, CloseStream>;
 // These permissions without those that the user's mask takes away.
 unsigned masked_permissions(unsigned permissions);
 
+// Keeps files that are opened later from getting the number of a standard stream that the caller has closed:
+// they would be taken for that stream. Reading from such a stream, or writing to it, fails.
+void occupy_standard_streams();
+
 // An open file that is closed with it.
 class Descriptor {
   public:

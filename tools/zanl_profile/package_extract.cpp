@@ -16,8 +16,9 @@ void extract_sections(const ExtractOptions& options) {
         throw Failure("can't make the folder " + in_quotes(options.folder) + ": " + error.message());
     FileNames names;
     for (const SectionInfo* section : sections) {
-        UnfinishedFile file(options.folder + "/" + names.next(section->name));
-        package.copy(*section, file.fd(), file.path());
+        const std::string path = options.folder + "/" + names.next(section->name);
+        UnfinishedFile file(path);
+        package.copy(*section, file.fd(), path);
         file.commit();
     }
 }

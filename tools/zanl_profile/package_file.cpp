@@ -28,16 +28,25 @@ std::string section_of(const std::string& section, const std::string& package) {
     return "section " + in_quotes(section) + " of " + in_quotes(package);
 }
 
+// A failure of the package functions, which may have no reason of the system's.
+Failure edit_failure(const std::string& what) {
+    return errno == 0 ? Failure(what) : system_failure(what);
+}
+
 } // namespace
 
-PackageFile::PackageFile(std::string path) : m_path(std::move(path)) {
+PackageFile::PackageFile(std::string path, std::string name)
+    : m_path(std::move(path)), m_name(std::move(name)) {
     errno = 0;
     m_handle.reset(zan_pkg_open_file(m_path.c_str(), ZAN_PKG_READ));
     if (!m_handle)
-        throw system_failure("can't open " + in_quotes(m_path));
-    if (!zan::pkg::is_package(m_handle.get()))
-        throw Failure(in_quotes(m_path) +
+        throw system_failure("can't open " + in_quotes(m_name));
+    if (!zan::pkg::is_package(m_handle.get())) {
+        if (errno != 0)
+            throw system_failure("can't read " + in_quotes(m_name));
+        throw Failure(in_quotes(m_name) +
                       " is no package: it is no ELF file of the 32-bit class with named sections");
+    }
     m_sections = zan::pkg::list_sections(m_handle.get());
 }
 
@@ -50,7 +59,7 @@ const SectionInfo* PackageFile::find(const std::string& name) const {
 const SectionInfo& PackageFile::section(const std::string& name) const {
     const SectionInfo* const found = find(name);
     if (!found)
-        throw Failure(in_quotes(m_path) + " has no section " + in_quotes(name), status_no);
+        throw Failure(in_quotes(m_name) + " has no section " + in_quotes(name), status_no);
     return *found;
 }
 
@@ -74,27 +83,27 @@ FileBytes PackageFile::first_bytes(const SectionInfo& section, std::size_t size)
     if (!section.in_file)
         return {};
     return read_range(zan::pkg::file_descriptor(m_handle.get()), section.offset, std::min(size, section.size),
-                      m_path);
+                      m_name);
 }
 
 void PackageFile::copy(const SectionInfo& section, int to, const std::string& to_name) const {
     check_in_file(section);
-    copy_range(zan::pkg::file_descriptor(m_handle.get()), section.offset, section.size, to, m_path, to_name);
+    copy_range(zan::pkg::file_descriptor(m_handle.get()), section.offset, section.size, to, m_name, to_name);
 }
 
 std::uint64_t PackageFile::copy_file(int to, const std::string& to_name) const {
     const int from = zan::pkg::file_descriptor(m_handle.get());
     struct stat status;
     if (::fstat(from, &status) != 0)
-        throw system_failure("can't read " + in_quotes(m_path));
+        throw system_failure("can't read " + in_quotes(m_name));
     const auto size = static_cast<std::uint64_t>(status.st_size);
-    copy_range(from, 0, size, to, m_path, to_name);
+    copy_range(from, 0, size, to, m_name, to_name);
     return size;
 }
 
 void PackageFile::check_in_file(const SectionInfo& section) const {
     if (!section.in_file)
-        throw Failure("can't read " + section_of(section.name, m_path) + ": its bytes are not in the file");
+        throw Failure("can't read " + section_of(section.name, m_name) + ": its bytes are not in the file");
 }
 
 PackageEdit::PackageEdit(const std::string& path)
@@ -104,7 +113,7 @@ PackageEdit::PackageEdit(const std::string& path)
 PackageEdit PackageEdit::create(const std::string& path) {
     PackageEdit edit(path);
     edit.m_file_size = new_package_size;
-    edit.open(ZAN_PKG_READ_WRITE | ZAN_PKG_CREATE);
+    edit.take(zan_pkg_open_file(edit.m_file->path().c_str(), ZAN_PKG_READ_WRITE | ZAN_PKG_CREATE));
     return edit;
 }
 
@@ -114,13 +123,12 @@ PackageEdit PackageEdit::change(const std::string& path) {
     for (const SectionInfo& section : original.sections())
         edit.m_sizes.try_emplace(section.name, section.size);
     edit.m_file_size = original.copy_file(edit.m_file->fd(), path);
-    edit.open(ZAN_PKG_READ_WRITE);
+    edit.take(zan::pkg::open_to_edit(edit.m_file->path().c_str()));
     return edit;
 }
 
-void PackageEdit::open(int mode) {
-    errno = 0;
-    m_handle.reset(zan_pkg_open_file(m_file->path().c_str(), mode));
+void PackageEdit::take(zan_pkg_file* package) {
+    m_handle.reset(package);
     if (!m_handle)
         throw system_failure("can't write " + in_quotes(m_path));
 }
@@ -134,8 +142,9 @@ void PackageEdit::add(const std::string& name, FileBytes bytes) {
     if (has(name))
         throw Failure(in_quotes(m_path) + " has a section " + in_quotes(name) + " already");
     count(name, 0, bytes.size() + name.size() + section_overhead);
+    errno = 0;
     if (!zan_pkg_add_data_section(m_handle.get(), name.c_str(), bytes.data(), bytes.size()))
-        throw Failure("can't add " + what(name));
+        throw edit_failure("can't add " + what(name));
     m_sizes[name] = bytes.size();
     m_bytes.push_back(std::move(bytes));
 }
@@ -145,8 +154,9 @@ void PackageEdit::update(const std::string& name, FileBytes bytes) {
     if (!has(name))
         throw Failure(in_quotes(m_path) + " has no section " + in_quotes(name), status_no);
     count(name, m_sizes[name], bytes.size());
+    errno = 0;
     if (!zan_pkg_update_section(m_handle.get(), name.c_str(), bytes.data(), bytes.size()))
-        throw Failure("can't replace the contents of " + what(name));
+        throw edit_failure("can't replace the contents of " + what(name));
     m_sizes[name] = bytes.size();
     m_bytes.push_back(std::move(bytes));
 }
@@ -193,7 +203,7 @@ void PackageEdit::count(const std::string& name, std::size_t old_size, std::size
 
 // That nothing has failed doesn't say that all is there.
 void PackageEdit::check_written() const {
-    const PackageFile written(m_file->path());
+    const PackageFile written(m_file->path(), m_path);
     std::unordered_map<std::string, const SectionInfo*> found;
     for (const SectionInfo& section : written.sections())
         found.try_emplace(section.name, &section);

@@ -27,10 +27,10 @@ constexpr std::uint64_t max_section_size = 0xFFFFFFFF;
 // A package that is open for reading.
 class PackageFile {
   public:
-    // Throws Failure if the file can't be opened or is no package.
-    explicit PackageFile(std::string path);
+    // Throws Failure if the file can't be opened or read, or is no package. Messages call it `name`.
+    explicit PackageFile(const std::string& path) : PackageFile(path, path) {}
+    PackageFile(std::string path, std::string name);
 
-    const std::string& path() const { return m_path; }
     const std::vector<SectionInfo>& sections() const { return m_sections; }
     // The first section of that name, or null.
     const SectionInfo* find(const std::string& name) const;
@@ -52,7 +52,8 @@ class PackageFile {
   private:
     void check_in_file(const SectionInfo& section) const;
 
-    std::string m_path;
+    const std::string m_path; // which the handle looks at
+    const std::string m_name;
     PackageHandle m_handle;
     std::vector<SectionInfo> m_sections;
 };
@@ -77,7 +78,7 @@ class PackageEdit {
 
   private:
     explicit PackageEdit(const std::string& path);
-    void open(int mode);
+    void take(zan_pkg_file* package);
     std::string what(const std::string& name) const;
     void check_name(const std::string& name) const;
     void count(const std::string& name, std::size_t old_size, std::size_t new_size);

@@ -73,19 +73,31 @@ class PlannedStream {
     const std::unique_ptr<char[]> m_piece{new char[io_piece]};
 };
 
+// A stream onto an open file, which stays open when the stream ends.
+FileStream stream_onto(int fd) {
+    const int copy = ::dup(fd);
+    FileStream stream(copy < 0 ? nullptr : ::fdopen(copy, "wb"));
+    if (!stream && copy >= 0)
+        ::close(copy);
+    return stream;
+}
+
 void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry>& plan) {
     PackageEdit package = PackageEdit::change(place.package);
     const FileStream stream(std::tmpfile());
     if (!stream)
         throw system_failure("can't make a temporary file");
     PlannedStream(stream.get(), "a temporary file").write(plan);
-    const auto size = static_cast<std::size_t>(std::ftell(stream.get()));
-    package.put(place.section, read_range(::fileno(stream.get()), 0, size, "a temporary file"));
+    const long size = std::ftell(stream.get());
+    if (size < 0)
+        throw system_failure("can't read a temporary file");
+    package.put(place.section,
+                read_range(::fileno(stream.get()), 0, static_cast<std::size_t>(size), "a temporary file"));
     package.commit();
 }
 
 void pack_into_open_file(int fd, const std::string& name, const std::vector<PlannedEntry>& plan) {
-    const FileStream output(::fdopen(::dup(fd), "wb"));
+    const FileStream output = stream_onto(fd);
     if (!output)
         throw system_failure("can't write " + in_quotes(name));
     PlannedStream(output.get(), name).write(plan);

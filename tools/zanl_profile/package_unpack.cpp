@@ -1,5 +1,10 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -15,6 +20,8 @@
 namespace zan::tool {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using zan::pkg::StreamReader;
 
@@ -39,8 +46,6 @@ class StreamSource {
         return m_file ? std::make_unique<StreamReader>(m_file)
                       : std::make_unique<StreamReader>(m_bytes.data(), m_bytes.size());
     }
-    bool is_section() const { return m_file == nullptr; }
-    const FileBytes& bytes() const { return m_bytes; }
 
   private:
     FileStream m_opened;
@@ -97,6 +102,9 @@ class Entries {
 
   private:
     [[noreturn]] void fail(const std::string& reason) const {
+        errno = m_reader->system_error();
+        if (errno != 0)
+            throw system_failure("can't read " + in_quotes(m_name));
         throw Failure("can't unpack " + in_quotes(m_name) + ": " + reason);
     }
 
@@ -146,26 +154,67 @@ void unpack_entries(Entries& entries, const std::string& folder) {
     staged.commit();
 }
 
-// As the library does it: names as they stand, straight into the folder.
-void unpack_trusted(const StreamSource& source, const UnpackOptions& options) {
-    const char* const folder = options.folder.c_str();
-    const FileBytes& bytes = source.bytes();
-    const char* const data = bytes.data() ? bytes.data() : "";
-    const int result = source.is_section() ? zan_pkg_unpack_buffer(data, bytes.size(), folder)
-                                           : zan_pkg_unpack(options.stream.c_str(), folder);
-    if (result != 1)
-        throw Failure("can't unpack " + in_quotes(options.stream));
+// Where a trusted entry's bytes go. A file is put in place when it is whole; what is no file, and a link to
+// something that isn't there yet, can only be written to.
+class TrustedTarget {
+  public:
+    explicit TrustedTarget(const std::string& path) : m_path(path) {
+        std::error_code ignored;
+        const auto there = fs::status(path, ignored);
+        if (fs::is_regular_file(there) || (!fs::exists(there) && !fs::is_symlink(path, ignored)))
+            m_file.emplace(path);
+        else
+            m_special = Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+        if (!m_file && m_special.get() < 0)
+            throw system_failure("can't write " + in_quotes(path));
+    }
+
+    void write(const char* bytes, std::size_t size) {
+        write_all(m_file ? m_file->fd() : m_special.get(), bytes, size, m_path);
+    }
+    void commit() {
+        if (m_file)
+            m_file->commit();
+        else if (!m_special.close())
+            throw system_failure("can't write to " + in_quotes(m_path));
+    }
+
+  private:
+    const std::string m_path;
+    std::optional<UnfinishedFile> m_file;
+    Descriptor m_special;
+};
+
+void make_trusted_folder(const std::string& path) {
+    constexpr mode_t folder_permissions = 0755;
+    if (::mkdir(path.c_str(), folder_permissions) != 0 && errno != EEXIST)
+        throw system_failure("can't make the folder " + in_quotes(path));
+}
+
+// As the library does it: names as they stand, straight into the folder, and into folders that are there.
+void unpack_trusted(Entries& entries, const std::string& folder) {
+    make_trusted_folder(folder);
+    while (entries.next()) {
+        const std::string path = folder + "/" + entries.name();
+        if (entries.is_folder()) {
+            make_trusted_folder(path);
+            continue;
+        }
+        TrustedTarget target(path);
+        entries.read_data([&](const char* bytes, std::size_t size) { target.write(bytes, size); });
+        target.commit();
+    }
 }
 
 } // namespace
 
 void unpack_stream(const UnpackOptions& options) {
     const StreamSource source(options.stream);
-    if (options.trust_names && !options.dry_run)
-        return unpack_trusted(source, options);
     Entries entries(source, options.stream);
     if (options.dry_run)
         list_entries(entries, options);
+    else if (options.trust_names)
+        unpack_trusted(entries, options.folder);
     else
         unpack_entries(entries, options.folder);
 }

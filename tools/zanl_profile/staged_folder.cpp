@@ -67,9 +67,12 @@ void TargetFolder::check(const std::string& name, bool is_folder) {
 void TargetFolder::check_step(const std::string& path, const std::string& name, bool needs_folder,
                               bool is_last) const {
     struct stat status;
-    if (::lstat((m_folder + "/" + path).c_str(), &status) != 0)
-        return;
     const std::string there = in_quotes(m_folder + "/" + path);
+    if (::lstat((m_folder + "/" + path).c_str(), &status) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR)
+            return;
+        throw system_failure("can't look at " + there);
+    }
     if (S_ISLNK(status.st_mode))
         throw Failure("refused the name " + in_quotes(name) + ": " + there + " is a symbolic link");
     if (needs_folder && !S_ISDIR(status.st_mode))

@@ -18,7 +18,7 @@ bool zan::pkg::flush_elf_edits(zan_pkg_file* pkg) {
     if (!pkg->dirty)
         return true;
     tell_info(pkg, "flush_elf_edits: Pkg is dirty\n");
-    if (elf_update(pkg->elf, ELF_C_WRITE) < 0) {
+    if (pkg->broken || elf_update(pkg->elf, ELF_C_WRITE) < 0) {
         std::fprintf(stderr, " elf_update ()  failed : %s.", elf_message(-1));
         return false;
     }

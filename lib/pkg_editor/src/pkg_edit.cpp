@@ -66,11 +66,9 @@ std::size_t append_name(zan_pkg_file* pkg, const char* name) {
 
 // Makes a section with the bytes and a name; false on failure, which may leave a nameless empty section.
 bool make_section(zan_pkg_file* pkg, const char* name, const void* bytes, std::size_t size) {
-    Elf_Scn* section = elf_newscn(pkg->elf);
-    if (!section) {
-        tell_elf_failure(pkg, "elf_newscn");
+    Elf_Scn* section = new_section(pkg);
+    if (!section)
         return false;
-    }
     Elf_Data* data = elf_newdata(section);
     if (!data) {
         tell_elf_failure(pkg, "elf_newdata");

@@ -62,7 +62,7 @@ bool copy_header(Elf_Scn* section, Elf32_Shdr& header) {
 }
 
 Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name) {
-    const Elf_Data* table = name ? name_table(pkg) : nullptr;
+    const Elf_Data* table = name && !pkg->broken ? name_table(pkg) : nullptr;
     if (!table)
         return nullptr;
     const std::size_t size_with_nul = std::strlen(name) + 1;
@@ -99,6 +99,19 @@ Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section) {
             tell_error(pkg, "Multiple data descriptors for section.\n");
             return nullptr;
     }
+    return nullptr;
+}
+
+// Without memory for the section's header the library gives the section all the same, and its other functions
+// fall over it. That something went wrong can only be seen by its last error.
+Elf_Scn* new_section(zan_pkg_file* pkg) {
+    constexpr int pending_error = 0;
+    elf_errno(); // forgets earlier failures
+    Elf_Scn* section = pkg->broken ? nullptr : elf_newscn(pkg->elf);
+    if (section && !elf_errmsg(pending_error))
+        return section;
+    pkg->broken = true;
+    tell_elf_failure(pkg, "elf_newscn");
     return nullptr;
 }
 

@@ -18,6 +18,7 @@ struct zan_pkg_file {
     bool dirty : 1; // set by the first edit, and never cleared
     bool show_error : 1;
     bool show_info : 1;
+    bool broken : 1; // has a section that the library falls over, and is used no more but to be closed
 };
 
 namespace zan::pkg {
@@ -48,7 +49,7 @@ Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name);
 // Calls `visit(section, name)` for each section that lists show, in order, until it gives false.
 template <class Visit>
 void for_each_listed_section(const zan_pkg_file* pkg, Visit visit) {
-    const Elf_Data* table = name_table(pkg);
+    const Elf_Data* table = pkg->broken ? nullptr : name_table(pkg);
     if (!table)
         return;
     for (Elf_Scn* section = elf_nextscn(pkg->elf, nullptr); section;
@@ -71,6 +72,9 @@ Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section);
 
 // Whether the descriptor's bytes are there to be read: a section may have a size and no bytes.
 bool has_bytes(const Elf_Data* data);
+
+// A new section; null, and told, on failure, which may break the package.
+Elf_Scn* new_section(zan_pkg_file* pkg);
 
 // Makes a descriptor hold `size` bytes of plain data at `bytes`.
 void describe_bytes(Elf_Data* data, void* bytes, std::size_t size);

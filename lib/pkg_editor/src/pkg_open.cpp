@@ -10,6 +10,7 @@
 
 #include "contract.h"
 #include "pkg_handle.h"
+#include "pkg_sections.h"
 
 using namespace zan::pkg;
 
@@ -85,9 +86,7 @@ zan_pkg_file* discard(zan_pkg_file* pkg, void* own_table = nullptr) {
 }
 
 // Puts a copy of the name table in place of the library's own, so that it can grow.
-zan_pkg_file* prepare_for_writing(zan_pkg_file* pkg) {
-    Elf_Data* data = name_table(pkg);
-    ZAN_CONTRACT(data != nullptr, "data"); // a package without names can't be edited
+zan_pkg_file* prepare_for_writing(zan_pkg_file* pkg, Elf_Data* data) {
     if (data->d_size == 0)
         return discard(pkg);
     void* copy = std::malloc(data->d_size);
@@ -115,11 +114,9 @@ bool make_header(zan_pkg_file* pkg) {
 // storage.
 Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
     constexpr char own_name[] = ".shstrtab";
-    Elf_Scn* section = elf_newscn(pkg->elf);
-    if (!section) {
-        tell_elf_failure(pkg, "elf_newscn");
+    Elf_Scn* section = new_section(pkg);
+    if (!section)
         return nullptr;
-    }
     Elf_Data* data = elf_newdata(section);
     if (!data) {
         tell_elf_failure(pkg, "elf_newdata");
@@ -175,9 +172,8 @@ zan_pkg_file* create_contents(zan_pkg_file* pkg) {
     return pkg;
 }
 
-} // namespace
-
-zan_pkg_file* zan_pkg_open_file(const char* filename, int mode) {
+// Opens the file, and begins to use it as the mode says.
+zan_pkg_file* begin(const char* filename, int mode) {
     if (!check_mode(filename, mode) || !start_elf_library(mode))
         return nullptr;
     const int fd = open_descriptor(filename, mode);
@@ -197,9 +193,28 @@ zan_pkg_file* zan_pkg_open_file(const char* filename, int mode) {
         tell_error(pkg, "elf_begin failed: %s\n", elf_message(errno));
         return discard(pkg);
     }
-    if (!pkg->writable)
+    return pkg;
+}
+
+} // namespace
+
+zan_pkg_file* zan_pkg_open_file(const char* filename, int mode) {
+    zan_pkg_file* pkg = begin(filename, mode);
+    if (!pkg || !pkg->writable)
         return pkg;
-    return creates ? create_contents(pkg) : prepare_for_writing(pkg);
+    if (mode & ZAN_PKG_CREATE)
+        return create_contents(pkg);
+    Elf_Data* data = name_table(pkg);
+    ZAN_CONTRACT(data != nullptr, "data"); // a package without names can't be edited
+    return prepare_for_writing(pkg, data);
+}
+
+zan_pkg_file* zan::pkg::open_to_edit(const char* filename) {
+    zan_pkg_file* pkg = begin(filename, ZAN_PKG_READ_WRITE);
+    Elf_Data* data = pkg ? name_table(pkg) : nullptr;
+    if (!data)
+        return pkg ? discard(pkg) : nullptr;
+    return prepare_for_writing(pkg, data);
 }
 
 zan_pkg_file* zan_pkg_open_file_from_memory(const void* data, size_t size, int mode) {

@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #include "pkg_editor.h"
@@ -117,11 +118,7 @@ bool Packer::add_directory(const std::string& path) {
     return true;
 }
 
-} // namespace
-
-int zan_pkg_pack(const char* filename, const char* const* paths) {
-    if (!filename || !paths)
-        return 0;
+bool pack(const char* filename, const char* const* paths) {
     File output(std::fopen(filename, "wb"));
     if (!output)
         return fail("Unable to open %s for writing: %s\n", filename, std::strerror(errno));
@@ -130,10 +127,22 @@ int zan_pkg_pack(const char* filename, const char* const* paths) {
         return fail("Unable to initialize zlib for writing %s\n", filename);
     for (; *paths; ++paths) {
         if (!packer.add(*paths))
-            return 0;
+            return false;
     }
     packer.finish();
     if (std::fclose(output.release()) != 0)
         return fail("Write of %s failed: %s\n", filename, std::strerror(errno));
-    return 1;
+    return true;
+}
+
+} // namespace
+
+int zan_pkg_pack(const char* filename, const char* const* paths) {
+    if (!filename || !paths)
+        return 0;
+    try {
+        return pack(filename, paths);
+    } catch (const std::bad_alloc&) { // which callers in C can't catch
+        return fail("No memory to write %s\n", filename);
+    }
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 #include "pkg_handle.h"
 
@@ -13,9 +14,11 @@ namespace zan::pkg {
 
 namespace {
 
+// A size that can't be told leaves it to the reading of a section whether its bytes are there.
 std::uint64_t file_size(int descriptor) {
     struct stat status;
-    return ::fstat(descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    return ::fstat(descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size)
+                                             : std::numeric_limits<std::uint64_t>::max();
 }
 
 // Why the library couldn't write: its own text, and the system's if there is one.

@@ -22,6 +22,10 @@ struct SectionInfo {
 // reading, but nothing is found in them, and they must not be opened for writing.
 bool is_package(const zan_pkg_file* pkg);
 
+// Opens the package for editing, and tells nothing. Null, with errno, on failure: also for a file without a
+// table of section names, and for one whose table can't be read, which may be a passing fault of the disk.
+zan_pkg_file* open_to_edit(const char* filename);
+
 // All sections that lists show, in order, as the headers tell of them: their bytes are not read. The package
 // must have been opened from a file, and have no edits.
 std::vector<SectionInfo> list_sections(const zan_pkg_file* pkg);

@@ -1,6 +1,7 @@
 #include "pkg_stream.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 
 #include "contract.h"
@@ -148,6 +149,8 @@ bool StreamReader::refill() {
             return false;
         m_zlib.next_in = m_buffer.get();
         m_zlib.avail_in = static_cast<uInt>(std::fread(m_buffer.get(), 1, stream_chunk, m_input));
+        if (std::ferror(m_input))
+            m_error = errno;
     } else {
         m_zlib.next_in = zlib_input(m_rest);
         m_zlib.avail_in = zlib_size(m_rest_size);
@@ -161,6 +164,8 @@ StreamReader::Inflated StreamReader::inflate_into_target() {
     const int ret = inflate(&m_zlib, Z_NO_FLUSH);
     ZAN_CONTRACT(ret != Z_STREAM_ERROR, no_stream_error);
     m_at_end = ret == Z_STREAM_END;
+    if (ret == Z_MEM_ERROR)
+        m_error = ENOMEM;
     if (m_zlib.avail_out == 0 && (ret == Z_OK || ret == Z_STREAM_END))
         return Inflated::full;
     return ret == Z_OK && m_zlib.avail_in == 0 ? Inflated::hungry : Inflated::failed;

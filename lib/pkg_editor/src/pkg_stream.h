@@ -91,6 +91,9 @@ class StreamReader {
     bool read(void* target, std::size_t size);
     // Whether the stream's checksum stands behind the end record, and is right. Nothing can be read any more.
     bool ends_well();
+    // The errno of what has failed where the stream itself is without fault: reading the file, or memory. 0
+    // if nothing has.
+    int system_error() const { return m_error; }
 
   private:
     enum class Inflated { full, hungry, failed }; // full: the target; hungry: for more input
@@ -103,6 +106,7 @@ class StreamReader {
     std::size_t m_rest_size = 0;
     z_stream m_zlib{};
     bool m_started = false;
+    int m_error = 0;
     bool m_at_end = false; // zlib has met the end of the stream, and found its checksum right
     RecordHeader m_header{};
     const std::unique_ptr<char[]> m_name{new char[max_name_length + 1]};

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "contract.h"
 #include "pkg_editor.h"
@@ -99,6 +100,7 @@ Result Unpacker::write_file(const char* path) {
     std::FILE* const file = std::fopen(path, "wb");
     if (!file)
         return fail("Unable to open %s for writing: %s\n", path, std::strerror(errno));
+    std::setvbuf(file, nullptr, _IONBF, 0); // what isn't written now would fail in silence when it is closed
     const Result result = m_reader.header().size == 0 ? done : write_data(path, file);
     std::fclose(file);
     return result;
@@ -121,6 +123,18 @@ Result Unpacker::write_data(const char* path, std::FILE* file) {
     return result;
 }
 
+// Unpacks from what readers are made of: a file, or bytes and their number.
+template <class... Source>
+Result unpack(const char* caller, const char* directory, Source... source) {
+    try {
+        StreamReader reader(source...);
+        return Unpacker(reader, caller, directory).run();
+    } catch (const std::bad_alloc&) { // which callers in C can't catch
+        std::fprintf(stderr, "%s: No memory to read from buffer\n", caller);
+        return failed;
+    }
+}
+
 } // namespace
 
 int zan_pkg_unpack(const char* filename, const char* directory) {
@@ -134,8 +148,7 @@ int zan_pkg_unpack(const char* filename, const char* directory) {
                      std::strerror(errno));
         return failed;
     }
-    StreamReader reader(input);
-    const Result result = Unpacker(reader, caller, directory).run();
+    const Result result = unpack(caller, directory, input);
     if (!is_stdin)
         std::fclose(input);
     return result;
@@ -146,6 +159,5 @@ int zan_pkg_unpack_buffer(const void* buffer, size_t size, const char* directory
         return failed;
     const void* const input = buffer;
     ZAN_CONTRACT(input != nullptr, "input != ((void *)0)");
-    StreamReader reader(input, size);
-    return Unpacker(reader, "zan_pkg_unpack_buffer", directory).run();
+    return unpack("zan_pkg_unpack_buffer", directory, input, size);
 }

@@ -1,0 +1,45 @@
+// Runs of a process in which system calls go wrong on demand, whichever library makes them: the process is
+// traced as a debugger would do it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "run_program.h"
+
+// System calls by what they do. What removes a file isn't among them: without it nothing can be cleaned up.
+enum class Calls { reads, folder_reads, writes, opens, closes, others };
+
+// What a traced process meets. Only calls on its own files count: those in its folder, temporary ones, and
+// the standard streams but for standard error, where faults are told.
+struct Fault {
+    static constexpr int none = 0;
+
+    Calls calls = Calls::reads;
+    int number = none;     // which of these calls, from 1 on
+    int error = 0;         // the errno it fails with
+    bool lasting = false;  // so do all of these calls behind it
+    std::string file = {}; // only calls on this file count; empty for all files
+    // Each of the calls that don't fail moves this many bytes at most; 0 for all that it is asked for.
+    std::uint64_t piece = 0;
+};
+
+struct TracedRun {
+    Outcome outcome; // an end by a signal has the signal's name as its status: "SIGABRT"
+    int calls = 0;   // how many calls counted
+    // The first one that has failed, with its file: "pread64 design.zanx". Of a name made up by chance the
+    // letters are given as X.
+    std::string struck;
+};
+
+// Why nothing can be traced here; empty if all is well.
+std::string tracing_fault();
+
+// Runs `body` in a process of its own, in `folder`, with an empty standard input; its result is the exit
+// status. Throws std::runtime_error if it takes longer than a minute.
+TracedRun run_traced(const std::function<int()>& body, const std::string& folder, const Fault& fault);
+
+// A body that becomes the program.
+std::function<int()> program_body(const std::string& program, const std::vector<std::string>& arguments);
