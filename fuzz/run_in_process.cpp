@@ -45,7 +45,7 @@ int __wrap_elf_end(Elf*) {
 }
 
 int __wrap_raise(int) {
-    std::longjmp(behind_the_run, 1);
+    std::longjmp(behind_the_run, 1); // NOLINT(cert-err52-cpp): see there
 }
 
 // The fuzzer's own handlers stay.
@@ -59,7 +59,7 @@ void run_in_process(const std::string& package, std::string_view monitor_lines) 
     const MemoryFile monitor(monitor_lines);
     std::string zanx = package, mon = monitor.path(), json = "/dev/null";
     try {
-        if (setjmp(behind_the_run) == 0)
+        if (setjmp(behind_the_run) == 0) // NOLINT(cert-err52-cpp): see there
             runTLY(zanx.data(), mon.data(), json.data());
     } catch (const ExpectedStop&) {
     } catch (const std::exception&) {
