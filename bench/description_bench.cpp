@@ -20,6 +20,7 @@ constexpr int quarters = 4;
 std::string descriptionText(int num_quarters) {
     Description description;
     std::vector<std::string> tags;
+    tags.reserve(ports_per_inst);
     for (int i = 0; i < ports_per_inst; ++i)
         tags.push_back("tag_" + std::to_string(i));
     description.module("lsu", tags);
@@ -64,7 +65,7 @@ class Growth {
 template <typename Load, typename Clean>
 void measure(benchmark::State& state, Growth& growth, Load load, Clean clean) {
     std::chrono::duration<double> time{};
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto begin = std::chrono::steady_clock::now();
         load();
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;

@@ -55,7 +55,7 @@ void readFloor(benchmark::State& state) {
     const std::string text = design.monitorText(num_lines);
     const MonitorFile file(text);
     std::vector<char> bytes(text.size());
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const int fd = ::open(file.path().c_str(), O_RDONLY);
         std::size_t size = 0;
         for (ssize_t count = 1; count > 0; size += static_cast<std::size_t>(count))
@@ -73,7 +73,7 @@ void readAll(benchmark::State& state) {
     Design design(num_insts);
     const MonitorFile file(design.monitorText(num_lines));
     HeldBytes held;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         held.start();
         design.read(file.path());
         state.PauseTiming();
@@ -91,7 +91,7 @@ void splitLines(benchmark::State& state) {
     const Design design(num_insts);
     const std::vector<std::string> lines = linesOf(design.monitorText(num_lines));
     MonLine line;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const std::string& text : lines) {
             line.split(text);
             benchmark::DoNotOptimize(line.fields().data());
@@ -111,7 +111,7 @@ void decodeCounters(benchmark::State& state) {
     MonLine line;
     line.split(std::string_view(text).substr(0, text.size() - 1));
     HeldBytes held;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         held.start();
         for (int i = 0; i < lines_of_invocation; ++i) {
             for (const auto& inst : design.insts())
@@ -143,7 +143,7 @@ void decodeBlocks(benchmark::State& state) {
     }
     const int num_blocks = lines_of_invocation / static_cast<int>(block.size());
     HeldBytes held;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         held.start();
         for (int i = 0; i < num_blocks; ++i) {
             for (const auto& inst : design.insts())

@@ -168,7 +168,7 @@ unsigned counterValue(std::mt19937& random) {
 
 void appendNumber(std::string& text, long long number) {
     std::array<char, 24> digits;
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     text.append(digits.data(), end);
 }
 

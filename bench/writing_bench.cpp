@@ -28,7 +28,7 @@ void buildNode(benchmark::State& state) {
     design.read(file.path());
     HeldBytes held;
     long long values = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         held.start();
         ptree node = design.kernel().getJSON(false, design.ext_mems);
         state.PauseTiming();
@@ -55,7 +55,7 @@ constexpr std::size_t values_of_list = 1000000;
 void writeList(benchmark::State& state, ptree array) {
     ptree tree;
     append_node(tree, "samples", array);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         write_report("/dev/null", tree);
     state.SetItemsProcessed(state.iterations() * static_cast<long long>(values_of_list));
 }
@@ -67,7 +67,7 @@ void writeFloor(benchmark::State& state, const SampleList<T>& list, ToChars to_c
     std::vector<char> bytes(values.size() * 48);
     constexpr std::string_view before = "        \"";
     constexpr std::string_view after = "\",\n";
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         char* out = bytes.data();
         for (const T value : values) {
             out = std::copy(before.begin(), before.end(), out);

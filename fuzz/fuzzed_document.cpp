@@ -25,7 +25,7 @@ class Input {
     }
     std::string text() {
         const std::size_t count = std::min<std::size_t>(m_size, number<std::uint8_t>() % 32);
-        const std::string taken(reinterpret_cast<const char*>(m_data), std::min(count, m_size));
+        std::string taken(reinterpret_cast<const char*>(m_data), std::min(count, m_size));
         skip(taken.size());
         return taken;
     }

@@ -12,7 +12,7 @@
 namespace {
 
 std::string make_package(const TempDir& folder) {
-    const std::string path = folder.path("design.zanx");
+    std::string path = folder.path("design.zanx");
     zan_pkg_file* const package = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ_WRITE | ZAN_PKG_CREATE);
     for (const auto& file :
          std::filesystem::directory_iterator(ZAN_SAMPLES_FOLDER "/image_pipeline/sections")) {

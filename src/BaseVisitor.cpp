@@ -50,7 +50,7 @@ bool BaseVisitor::VisitExit(const XMLDocument&) {
 bool BaseVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute*) {
     if (m_has_error)
         return false;
-    m_elem_stack.push_back(elem.Value());
+    m_elem_stack.emplace_back(elem.Value());
     ++get_elem_stack_count_entry();
     if (m_debug_mode)
         debug("[xml] entering " + get_elem_stack_key() + "\n");

@@ -8,7 +8,7 @@ namespace zan::xml {
 // Takes the messages of a walk. A visitor forms them and never stores or prints one itself.
 class VisitorCallbacks {
   public:
-    virtual ~VisitorCallbacks() {}
+    virtual ~VisitorCallbacks() = default;
 
     // One whole message each, ended by a newline.
     virtual void report_error(const std::string& text) = 0;

@@ -80,6 +80,7 @@ bool CompileVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* firs
 void CompileVisitor::add_config(const std::string& name) {
     const auto names = m_spec->get_compile_config_names();
     const bool is_taken = std::find(names.begin(), names.end(), name) != names.end();
+    // cppcheck-suppress unreadVariable ; it deletes
     const std::unique_ptr<CompileConfig> replaced(is_taken ? &m_spec->get_compile_config(name) : nullptr);
     m_config = new CompileConfig;
     m_config->set_name(name);
@@ -121,7 +122,7 @@ bool CompileVisitor::read_generic_kernel(const XMLElement& elem) {
     }
 }
 
-bool CompileVisitor::has_additional_args(const XMLElement& elem, std::string value) {
+bool CompileVisitor::has_additional_args(const XMLElement& elem, const std::string& value) {
     if (value.empty() || value == "true" || value == "1")
         return true;
     if (value == "false" || value == "0")

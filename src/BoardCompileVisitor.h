@@ -16,7 +16,7 @@ class CompileVisitor : public BoardSectionVisitor {
     bool VisitExit(const XMLElement& elem) override;
 
     // What the attribute `additional_args` says. Any text that is no boolean is reported, and gives false.
-    bool has_additional_args(const XMLElement& elem, std::string value);
+    bool has_additional_args(const XMLElement& elem, const std::string& value);
 
   private:
     struct Compile;

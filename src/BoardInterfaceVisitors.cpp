@@ -171,7 +171,7 @@ bool InterfaceVisitor::visit_lmn_interface_elem(const XMLElement& elem) {
     std::vector<std::string> names;
     for (const Row& row : rows) {
         if (row.name)
-            names.push_back(row.name);
+            names.emplace_back(row.name);
     }
     if (!report_unexpected_elem_stack(elem, 0) || !report_unexpected_attrs(elem, names))
         return !m_has_error;

@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -16,6 +17,7 @@ class Dev(unittest.TestCase):
         self.programs = pathlib.Path(folder.name)
         self.calls = self.programs / "calls"
         self.calls.write_text("")
+        self.script = DEV
 
     def stand_in(self, name, commands):
         program = self.programs / name
@@ -25,7 +27,7 @@ class Dev(unittest.TestCase):
     def dev(self, *arguments):
         environment = os.environ | {"PATH": f"{self.programs}:/usr/bin:/bin"}
         options = {"env": environment, "text": True, "capture_output": True, "stdin": subprocess.DEVNULL}
-        run = subprocess.run([DEV, *arguments], **options)
+        run = subprocess.run([self.script, *arguments], **options)
         return run.returncode, run.stdout, run.stderr
 
     def calls_of(self, name):
@@ -40,7 +42,7 @@ class Dev(unittest.TestCase):
         status, out, err = self.dev()
         self.assertEqual((status, err), (0, ""))
         self.assertTrue(out.startswith("usage: ./dev COMMAND\n"))
-        for command in ("demo", "test", "bench", "coverage", "fuzz", "format", "help"):
+        for command in ("demo", "test", "bench", "coverage", "fuzz", "lint", "format", "help"):
             self.assertRegex(out, rf"(?m)^  {command}\b.*  \S")
         self.assertEqual(self.dev("help"), (0, out, ""))
         self.assertEqual(self.dev("--help"), (0, out, ""))
@@ -110,6 +112,40 @@ class Dev(unittest.TestCase):
         update, install = self.calls_of("apt-get")
         self.assertEqual(update, "apt-get update -qq")
         self.assertRegex(install, r"^apt-get install -y --no-install-recommends .* g\+\+ cmake ")
+
+    # What it says has passed, or not, is then said of a folder without sources.
+    def lint_runs_on_stand_ins(self):
+        self.script = self.programs / "sources" / "dev"
+        self.script.parent.mkdir()
+        shutil.copy(DEV, self.script)
+        self.stand_in("dpkg-query", 'echo "install ok installed"')
+        for name in ("cmake", "run-clang-tidy", "cppcheck"):
+            self.stand_in(name, "")
+
+    def test_lint_without_findings_passes_and_is_not_done_again(self):
+        self.lint_runs_on_stand_ins()
+        self.assertEqual(self.dev("lint"), (0, "clang-tidy      ok\ncppcheck        ok\n", ""))
+        passed_over = "clang-tidy      unchanged since it passed\ncppcheck        unchanged since it passed\n"
+        self.assertEqual(self.dev("lint"), (0, passed_over, ""))
+        self.assertEqual((len(self.calls_of("run-clang-tidy")), len(self.calls_of("cppcheck"))), (1, 1))
+
+    def test_lint_fails_with_the_findings_of_clang_tidy_and_nothing_else(self):
+        self.lint_runs_on_stand_ins()
+        commands = ["echo 'clang-tidy-14 -p=build/lint /top/tly/unity_0_cxx.cxx'", "echo 'tly/a.cpp:7:9: error: odd'"]
+        self.stand_in("run-clang-tidy", "\n".join([*commands, "echo '31 warnings generated.' >&2", "exit 1"]))
+        status, out, err = self.dev("lint")
+        self.assertEqual((status, out), (1, "clang-tidy      failed\n\ntly/a.cpp:7:9: error: odd\n"))
+        self.assertEqual(err, "dev: 'run_clang_tidy' failed; its whole output is in build/clang-tidy.log\n")
+        self.assertEqual(self.dev("lint")[0], 1)
+        self.assertEqual(self.calls_of("cppcheck"), [])
+
+    def test_lint_fails_with_the_findings_of_cppcheck(self):
+        self.lint_runs_on_stand_ins()
+        self.stand_in("cppcheck", "echo 'tly/a.cpp:7: odd [oddity]' >&2; exit 1")
+        status, out, err = self.dev("lint")
+        self.assertEqual(status, 1)
+        self.assertEqual(out, "clang-tidy      ok\ncppcheck        failed\n\ntly/a.cpp:7: odd [oddity]\n")
+        self.assertRegex(err, r"^dev: 'cppcheck .*' failed; its whole output is in build/cppcheck.log\n$")
 
 
 if __name__ == "__main__":

@@ -100,7 +100,8 @@ ExtMemTag decodeExtMemTag(std::string_view tag) {
     const std::size_t function = tag.find(function_word);
     const std::size_t bank = tag.find(bank_word);
     const std::size_t port = tag.find(port_word);
-    if (function == tag.npos || bank == tag.npos || port == tag.npos) {
+    constexpr std::size_t none = std::string_view::npos;
+    if (function == none || bank == none || port == none) {
         result.fault = ExtMemTag::Fault::properties;
         result.fault_text = tag;
         return result;

@@ -24,8 +24,10 @@ char* putNumber(char* out, std::size_t number) {
 std::size_t someLetters(std::string_view key) {
     if (key.empty())
         return 0;
-    const auto letter = [&](std::size_t index) { return static_cast<unsigned char>(key[index]); };
-    return key.size() * 11 + letter(0) + letter(key.size() / 2) * 3u + letter(key.size() - 1) * 3u;
+    const auto letter = [&](std::size_t index) {
+        return std::size_t{static_cast<unsigned char>(key[index])};
+    };
+    return key.size() * 11 + letter(0) + letter(key.size() / 2) * 3 + letter(key.size() - 1) * 3;
 }
 
 } // namespace
@@ -114,6 +116,7 @@ template <class T>
 void FoldedNodes::addValues(std::string_view key, const T* values, std::size_t count) {
     if (count > most_copied) {
         addList(key, SampleList<T>(values, count));
+        // NOLINTNEXTLINE(bugprone-branch-clone): branches that are left out for a type look alike
     } else if constexpr (std::is_same_v<T, int>) {
         addBytes(Entry::ints, key, values, count);
     } else if constexpr (std::is_same_v<T, float>) {
@@ -150,7 +153,7 @@ void FoldedNodes::addList(std::string_view key, const SampleList<T>& values) {
 
 void FoldedNodes::tellEntry(Entry entry, Reader& reader, ReportSink& sink) const {
     const std::string_view key = m_keys[reader.number()];
-    const auto values = [&]<class T>(std::array<T, most_copied>& out) {
+    const auto values = [&](auto& out) {
         const std::size_t count = reader.values(out);
         sink.values(key, out.data(), count);
     };

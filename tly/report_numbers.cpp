@@ -25,12 +25,15 @@ struct Decimal {
     int exponent;
 };
 
+double power(int exponent) {
+    return powers[static_cast<std::size_t>(exponent)];
+}
+
 // The largest power of ten that isn't above the magnitude.
 int decimalExponent(double magnitude) {
     const int binary = static_cast<int>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
     const int guess = (binary * 1233) >> 12; // log10(2) is 1233/4096 and a bit; right or one too small
-    const double next = guess >= -1 ? powers[static_cast<std::size_t>(guess + 1)]
-                                    : 1.0 / powers[static_cast<std::size_t>(-guess - 1)];
+    const double next = guess >= -1 ? power(guess + 1) : 1.0 / power(-guess - 1);
     return magnitude >= next ? guess + 1 : guess;
 }
 
@@ -45,11 +48,10 @@ Decimal firstDigits(double magnitude) {
     int exponent = decimalExponent(magnitude);
     std::uint32_t digits;
     if (exponent < num_digits) {
-        digits = nearestInteger(magnitude * powers[static_cast<std::size_t>(num_digits - 1 - exponent)]);
+        digits = nearestInteger(magnitude * power(num_digits - 1 - exponent));
     } else {
         const auto number = static_cast<std::uint64_t>(magnitude);
-        const auto unit =
-            static_cast<std::uint64_t>(powers[static_cast<std::size_t>(exponent - num_digits + 1)]);
+        const auto unit = static_cast<std::uint64_t>(power(exponent - num_digits + 1));
         const std::uint64_t whole = number / unit;
         const std::uint64_t twice_rest = 2 * (number % unit);
         const bool up = twice_rest > unit || (twice_rest == unit && whole % 2 == 1);

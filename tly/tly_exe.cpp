@@ -123,6 +123,7 @@ int runTLY(char* zanxPath, char* monPath, char* jsonPath) {
 }
 
 void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
+              // cppcheck-suppress constParameter ; callers pass what they own, and it is gone afterwards
               std::unordered_map<std::string, TlyExtMem*>& extMems) {
     if (tree) {
         dismantle(*tree); // call chains may be deeper than the stack

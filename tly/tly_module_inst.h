@@ -192,6 +192,7 @@ class TlyModuleInst {
     // All samples of a family. A copy of the list shares its storage, the getters above copy it.
     const Samples& samples(Counter counter) const {
         const auto index = static_cast<std::size_t>(counter);
+        // cppcheck-suppress returnTempReference ; both are members
         return m_is_active[index] ? m_samples[index] : m_zeros;
     }
 

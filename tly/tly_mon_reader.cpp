@@ -74,7 +74,7 @@ bool isTransferName(std::string_view name) {
 // comma, and ends in front of the next comma.
 std::string_view nameIn(std::string_view line) {
     const std::size_t begin = line.find_first_not_of("0123456789,");
-    if (begin == line.npos)
+    if (begin == std::string_view::npos)
         throw std::out_of_range("monitor line of digits and commas only");
     return line.substr(begin, line.find(',', begin) - begin);
 }
@@ -272,8 +272,8 @@ void MonitorReader::addTransfer(const LineHead& head) {
 
 // Adds the sample of a kernel line. False if the run has to end.
 bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
-    const auto num_counters = static_cast<long long>(m_line.fields().size() - first_counter_field);
-    if (!m_no_profiler && num_counters != head.num_counters) {
+    const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
+    if (!m_no_profiler && num_fields != head.num_counters) {
         diagnose(
             "Warning: number of .mon entries does not match number of counters for this kernel. Skipping "
             "line "
@@ -303,7 +303,7 @@ bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
     if (!updateInstances(receiver, head.shared_type))
         return false;
     updateTotalCycles(receiver);
-    m_blocks.open(m_name_on_line, receiver, static_cast<std::size_t>(num_counters));
+    m_blocks.open(m_name_on_line, receiver, static_cast<std::size_t>(num_fields));
     return true;
 }
 

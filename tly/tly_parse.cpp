@@ -9,11 +9,11 @@ namespace {
 std::string clockText(std::string_view report) {
     constexpr std::string_view label = "Actual clock freq: ";
     const std::size_t found = report.find(label);
-    if (found == report.npos)
+    if (found == std::string_view::npos)
         return "0.0";
     const std::string_view rest = report.substr(found + label.size());
     const std::size_t newline = rest.find('\n');
-    return newline == rest.npos ? "0.0" : std::string(rest.substr(0, newline));
+    return newline == std::string_view::npos ? "0.0" : std::string(rest.substr(0, newline));
 }
 
 } // namespace

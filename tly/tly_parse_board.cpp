@@ -24,6 +24,7 @@ using zan::board::Interface;
     sigaddset(&fault, SIGSEGV);
     sigprocmask(SIG_UNBLOCK, &fault, nullptr);
     std::raise(SIGSEGV);
+    // cppcheck-suppress unreachableCode ; should a debugger hold the signal back
     std::abort();
 }
 

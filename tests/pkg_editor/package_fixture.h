@@ -48,7 +48,7 @@ class PackageTest : public testing::Test {
     static std::string names(zan_pkg_file* pkg) {
         std::string buffer(1 << 20, '\0');
         EXPECT_EQ(zan_pkg_section_names(pkg, buffer.data(), buffer.size()), 1);
-        return buffer.c_str();
+        return buffer.substr(0, buffer.find('\0'));
     }
     std::string names() const { return names(open(ZAN_PKG_READ).get()); }
 

@@ -359,7 +359,8 @@ int with_little_memory(const std::function<int()>& call) {
     if (process == 0) {
         constexpr rlimit limit = {1 << 30, 1 << 30};
         ::setrlimit(RLIMIT_AS, &limit);
-        std::freopen("messages", "w", stderr);
+        if (!std::freopen("messages", "w", stderr))
+            ::_exit(255);
         const int result = call();
         std::fflush(stderr);
         ::_exit(result);

@@ -38,8 +38,8 @@ std::string monitorText(int num_lines, int num_counters) {
 std::size_t allocationsOf(int num_lines, int num_insts) {
     RunFixture run;
     const bool no_profiler = num_insts == 0;
-    const int num_counters = no_profiler ? 5 : addInstances(run, num_insts);
-    const std::string path = run.file(monitorText(num_lines, num_counters));
+    const int num_fields = no_profiler ? 5 : addInstances(run, num_insts);
+    const std::string path = run.file(monitorText(num_lines, num_fields));
     const std::size_t before = numAllocations();
     EXPECT_EQ(run.readFile(path, no_profiler), 0);
     return numAllocations() - before;

@@ -47,11 +47,11 @@ class RandomLines {
     Lines make(int count) {
         Lines lines;
         for (int i = 0; i < count; ++i) {
-            const auto& [name, num_counters] = m_kernels[below(m_kernels.size())];
+            const auto& [name, num_fields] = m_kernels[below(m_kernels.size())];
             if (below(150) == 0)
                 ++m_start;
             lines.push_back("0,1," + name + "," + std::to_string(m_start) + "," + std::to_string(1000 + i) +
-                            "," + m_type + "," + std::to_string(num_counters) + counters(num_counters));
+                            "," + m_type + "," + std::to_string(num_fields) + counters(num_fields));
         }
         return lines;
     }

@@ -132,7 +132,7 @@ FileBytes read_range(int fd, std::uint64_t offset, std::size_t size, const std::
 }
 
 void write_all(int fd, const void* data, std::size_t size, const std::string& name) {
-    for (auto* bytes = static_cast<const char*>(data); size != 0;) {
+    for (const auto* bytes = static_cast<const char*>(data); size != 0;) {
         const ssize_t written = ::write(fd, bytes, size);
         if (written < 0 && errno != EINTR)
             throw system_failure("can't write to " + in_quotes(name));

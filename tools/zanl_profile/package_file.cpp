@@ -65,6 +65,7 @@ const SectionInfo& PackageFile::section(const std::string& name) const {
 
 std::vector<const SectionInfo*> PackageFile::sections_named(const std::vector<std::string>& names) const {
     std::vector<const SectionInfo*> found;
+    found.reserve(names.size());
     for (const std::string& name : names)
         found.push_back(&section(name));
     if (names.empty())

@@ -40,7 +40,7 @@ bool StreamWriter::start() {
 }
 
 bool StreamWriter::append(const void* data, std::size_t size) {
-    for (auto* bytes = static_cast<const Bytef*>(data); size != 0;) {
+    for (const auto* bytes = static_cast<const Bytef*>(data); size != 0;) {
         m_zlib.next_in = zlib_input(bytes);
         m_zlib.avail_in = zlib_size(size);
         bytes += m_zlib.avail_in;
