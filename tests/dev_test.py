@@ -131,8 +131,13 @@ class Dev(unittest.TestCase):
 
     def test_lint_fails_with_the_findings_of_clang_tidy_and_nothing_else(self):
         self.lint_runs_on_stand_ins()
-        commands = ["echo 'clang-tidy-14 -p=build/lint /top/tly/unity_0_cxx.cxx'", "echo 'tly/a.cpp:7:9: error: odd'"]
-        self.stand_in("run-clang-tidy", "\n".join([*commands, "echo '31 warnings generated.' >&2", "exit 1"]))
+        commands = """
+echo 'clang-tidy-14 -p=build/lint /top/tly/unity_0_cxx.cxx'
+printf '\\033[1mtly/a.cpp:7:9: error: \\033[0modd\\n'
+echo '31 warnings generated.' >&2
+exit 1
+"""
+        self.stand_in("run-clang-tidy", commands)
         status, out, err = self.dev("lint")
         self.assertEqual((status, out), (1, "clang-tidy      failed\n\ntly/a.cpp:7:9: error: odd\n"))
         self.assertEqual(err, "dev: 'run_clang_tidy' failed; its whole output is in build/clang-tidy.log\n")
