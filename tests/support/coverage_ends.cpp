@@ -1,5 +1,5 @@
 // Part of each program of the coverage build. What a program ran through is written when it exits; here it is
-// written also where the program ends by a signal on purpose.
+// written also where the program ends by a signal on purpose, or a process of a test without ado.
 #include <csignal>
 
 extern "C" {
@@ -21,13 +21,19 @@ void write_counts_and_abort(int) {
 
 extern "C" {
 
-// The linker puts this in place of raise().
+// The linker puts these in place of the functions that they are named after.
 int __real_raise(int signal);
+[[noreturn]] void __real__exit(int status);
 
 int __wrap_raise(int signal) {
     if (signal != SIGABRT)
         __gcov_dump();
     return __real_raise(signal);
+}
+
+void __wrap__exit(int status) {
+    __gcov_dump();
+    __real__exit(status);
 }
 
 } // extern "C"

@@ -236,6 +236,30 @@ TEST_F(StreamCommand, TrustedNamesAreTakenAsTheyStand) {
               trouble("can't unpack 's': it ends early, is damaged, or is no directory stream"));
 }
 
+TEST_F(StreamCommand, TrustedNamesMayBeThoseOfDevicesAndOfLinks) {
+    fs::create_directory(dir.path("to"));
+    fs::create_symlink("/dev/null", dir.path("to/nothing"));
+    fs::create_symlink("/dev/full", dir.path("to/full"));
+    fs::create_symlink("../new", dir.path("to/link"));
+    fs::create_symlink("nowhere/f", dir.path("to/broken"));
+    const auto unpack_file = [&](const std::string& name) {
+        return unpack(stream_of({{file_type, 0, name, "1"}}), {"--trust-names"});
+    };
+    EXPECT_EQ(unpack_file("nothing"), silent_success);
+    EXPECT_EQ(unpack_file("link"), silent_success);
+    EXPECT_EQ(read("new"), "1");
+    EXPECT_EQ(unpack_file("full"), trouble("can't write to 'to/full': No space left on device"));
+    EXPECT_EQ(unpack_file("broken"), trouble("can't write 'to/broken': No such file or directory"));
+    for (const char* link : {"to/nothing", "to/full", "to/link", "to/broken"})
+        EXPECT_TRUE(fs::is_symlink(dir.path(link))) << link;
+}
+
+TEST_F(StreamCommand, ATargetMayEndInSlashes) {
+    write("s", stream_of({{file_type, 0, "f", "1"}}));
+    EXPECT_EQ(run({"package", "unpack", "s", "-o", "to//"}), silent_success);
+    EXPECT_EQ(tree("to"), (Tree{{"f", "1"}}));
+}
+
 TEST_F(StreamCommand, ADryRunListsWhatWouldBeWritten) {
     make_tree();
     ASSERT_EQ(run({"package", "pack", "s", "t"}), silent_success);

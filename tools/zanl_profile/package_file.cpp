@@ -170,12 +170,7 @@ void PackageEdit::put(const std::string& name, FileBytes bytes) {
 }
 
 void PackageEdit::commit() {
-    const std::uint64_t size = zan::pkg::edited_size(m_handle.get());
-    if (size > m_file_size + max_new_gaps)
-        throw Failure("can't write " + in_quotes(m_path) +
-                      ": its sections are to lie so far apart that it would have " + std::to_string(size) +
-                      " bytes");
-    const std::string failure = zan::pkg::close_edited(m_handle.release());
+    const std::string failure = zan::pkg::close_edited(m_handle.release(), m_file_size + max_new_gaps);
     if (!failure.empty())
         throw Failure("can't write " + in_quotes(m_path) + ": " + failure);
     check_written();

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <limits>
@@ -26,6 +25,17 @@ std::string update_failure() {
     const int error = errno;
     const std::string text = elf_message(-1);
     return error == 0 ? text : text + ": " + std::strerror(error);
+}
+
+// Writes the edits; gives an empty text, or why that failed.
+std::string write_edited(zan_pkg_file* pkg, std::uint64_t max_size) {
+    errno = 0;
+    const off_t size = elf_update(pkg->elf, ELF_C_NULL);
+    if (size >= 0 && static_cast<std::uint64_t>(size) > max_size)
+        return "its sections are to lie so far apart that it would have " + std::to_string(size) + " bytes";
+    if (size < 0 || elf_update(pkg->elf, ELF_C_WRITE) < 0)
+        return update_failure();
+    return ::fsync(pkg->fd) == 0 ? std::string() : std::strerror(errno);
 }
 
 // Closes the package, and neither writes nor tells anything.
@@ -62,19 +72,10 @@ int file_descriptor(const zan_pkg_file* pkg) {
     return pkg->fd;
 }
 
-std::uint64_t edited_size(zan_pkg_file* pkg) {
-    return static_cast<std::uint64_t>(std::max<off_t>(elf_update(pkg->elf, ELF_C_NULL), 0));
-}
-
-std::string close_edited(zan_pkg_file* pkg) {
-    std::string failure;
-    errno = 0;
-    if (elf_update(pkg->elf, ELF_C_WRITE) < 0)
-        failure = update_failure();
-    else if (::fsync(pkg->fd) != 0)
-        failure = std::strerror(errno);
+std::string close_edited(zan_pkg_file* pkg, std::uint64_t max_size) {
+    const std::string failure = write_edited(pkg, max_size);
     if (close_quietly(pkg) == 0 && failure.empty())
-        failure = std::strerror(errno);
+        return std::strerror(errno);
     return failure;
 }
 

@@ -33,13 +33,10 @@ std::vector<SectionInfo> list_sections(const zan_pkg_file* pkg);
 // The package's open file, which stays the package's.
 int file_descriptor(const zan_pkg_file* pkg);
 
-// The size in bytes that the file has when the edits are written. What lies between sections counts: each
-// asks in its header for an alignment of its own, up to 2 GiB. 0 if the edits can't be written.
-std::uint64_t edited_size(zan_pkg_file* pkg);
-
 // Writes the edits, has them reach the disk, and closes the package. Gives an empty text, or why that failed;
-// the handle is gone in either case. Nothing is printed.
-std::string close_edited(zan_pkg_file* pkg);
+// the handle is gone in either case. Nothing is printed. A file of more than `max_size` bytes isn't begun:
+// what lies between sections counts, and each asks in its header for an alignment of its own, up to 2 GiB.
+std::string close_edited(zan_pkg_file* pkg, std::uint64_t max_size);
 
 // Closes the package without writing the edits. Nothing is printed.
 void discard_edited(zan_pkg_file* pkg);
