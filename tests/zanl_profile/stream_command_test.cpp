@@ -156,6 +156,9 @@ TEST_F(StreamCommand, APlaceForAStreamThatCannotBeWrittenIsTold) {
               trouble("can't write '/dev/full': No space left on device"));
     EXPECT_EQ(shell("$T package pack - f >/dev/full"),
               trouble("can't write 'standard output': No space left on device"));
+    EXPECT_EQ(shell("python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind(\"socket\")'; $T package "
+                    "pack socket f"),
+              trouble("can't write 'socket': No such device or address"));
     EXPECT_EQ(run({"package", "pack", "/dev/null", "f"}), silent_success);
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
