@@ -73,7 +73,7 @@ int file_descriptor(const zan_pkg_file* pkg) {
 }
 
 std::string close_edited(zan_pkg_file* pkg, std::uint64_t max_size) {
-    const std::string failure = write_edited(pkg, max_size);
+    std::string failure = write_edited(pkg, max_size);
     if (close_quietly(pkg) == 0 && failure.empty())
         return std::strerror(errno);
     return failure;
