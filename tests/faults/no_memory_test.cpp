@@ -165,7 +165,7 @@ TEST_P(PackageWithoutMemory, NothingStaysOpenOrAllocated) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, PackageWithoutMemory, testing::ValuesIn(package_uses()),
+INSTANTIATE_TEST_SUITE_P(Uses, PackageWithoutMemory, testing::ValuesIn(package_uses()),
                          [](const auto& info) { return info.param.name; });
 
 } // namespace

@@ -61,7 +61,7 @@ TEST_P(PackageFaults, NothingStaysOpenBehindAnInterruptedCall) {
         expect_nothing_left_open(calls, EINTR, false);
 }
 
-INSTANTIATE_TEST_SUITE_P(, PackageFaults, testing::ValuesIn(package_uses()),
+INSTANTIATE_TEST_SUITE_P(Uses, PackageFaults, testing::ValuesIn(package_uses()),
                          [](const auto& info) { return info.param.name; });
 
 } // namespace

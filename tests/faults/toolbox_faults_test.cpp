@@ -179,7 +179,7 @@ TEST_P(ToolboxFaults, PiecesOfAFewBytesGiveTheSame) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, ToolboxFaults, testing::ValuesIn(cases),
+INSTANTIATE_TEST_SUITE_P(Commands, ToolboxFaults, testing::ValuesIn(cases),
                          [](const auto& info) { return info.param.name; });
 
 } // namespace
