@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <map>
 
+#include "monitor_reader.h"
+#include "package_sections.h"
 #include "tly_exe.h"
-#include "tly_mon_reader.h"
-#include "tly_parse_section.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "report_fold.h"
+#include "folded_nodes.h"
 #include "tly_ext_mem.h"
 #include "tly_kernel.h"
 

@@ -1,8 +1,8 @@
 #include "tly_exe.h"
 
 #include "diagnostics.h"
-#include "tly_mon_reader.h"
-#include "tly_parse_section.h"
+#include "monitor_reader.h"
+#include "package_sections.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <optional>
 
-#include "report_fold.h"
+#include "folded_nodes.h"
 
 namespace {
 

@@ -1,15 +1,15 @@
-#include "tly_mon_reader.h"
+#include "monitor_reader.h"
 
 #include <algorithm>
 #include <optional>
 #include <stdexcept>
 
 #include "diagnostics.h"
+#include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
 #include "number_text.h"
 #include "tly_json.h"
-#include "tly_mon_blocks.h"
 #include "tly_parse.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <deque>
 #include <iterator>
 
-#include "report_fold.h"
+#include "folded_nodes.h"
 
 template <class T>
 ptree packedArray(SampleList<T> values) {

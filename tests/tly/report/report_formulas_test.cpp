@@ -1,5 +1,5 @@
 // The formulas, at values where another precision would show in the report.
-#include "metrics.h"
+#include "report_formulas.h"
 
 #include <gtest/gtest.h>
 

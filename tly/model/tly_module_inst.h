@@ -7,9 +7,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "counter_tags.h"
 #include "line_block.h"
 #include "mon_line.h"
-#include "port_tag.h"
 #include "sample_list.h"
 #include "tly_constants.h"
 #include "tly_ext_mem.h"

@@ -1,7 +1,7 @@
 #include "tly_parse.h"
 
 #include "diagnostics.h"
-#include "tly_parse_section.h"
+#include "package_sections.h"
 
 namespace {
 

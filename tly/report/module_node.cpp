@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "diagnostics.h"
-#include "metrics.h"
 #include "number_text.h"
+#include "report_formulas.h"
 #include "tly_json.h"
 
 namespace {

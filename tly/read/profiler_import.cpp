@@ -6,8 +6,8 @@
 
 #include "ProfilerConfigXml.h"
 #include "diagnostics.h"
+#include "package_sections.h"
 #include "tly_parse.h"
-#include "tly_parse_section.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Folded nodes stand for the nodes of a tree that was told the same.
-#include "report_fold.h"
+#include "folded_nodes.h"
 
 #include <gtest/gtest.h>
 

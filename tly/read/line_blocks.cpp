@@ -1,4 +1,4 @@
-#include "tly_mon_blocks.h"
+#include "line_blocks.h"
 
 #include <algorithm>
 #include <limits>

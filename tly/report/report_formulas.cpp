@@ -1,4 +1,4 @@
-#include "metrics.h"
+#include "report_formulas.h"
 
 #include <cmath>
 

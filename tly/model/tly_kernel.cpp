@@ -2,7 +2,7 @@
 
 #include "contract.h"
 #include "diagnostics.h"
-#include "tly_json.h"
+#include "tly_json.h" // Against the layers: the node of a kernel is still made here
 
 TlyKernel::TlyKernel(std::string name, std::string user_friendly_name, std::string original_name,
                      std::string filename, int line_num, bool autorun)

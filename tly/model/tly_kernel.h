@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "report_tree.h"
+#include "report_tree.h" // Against the layers: callers of getJSON get a tree
 #include "sample_list.h"
 #include "tly_constants.h"
 #include "tly_module_inst.h"

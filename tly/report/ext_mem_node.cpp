@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "diagnostics.h"
-#include "metrics.h"
+#include "report_formulas.h"
 #include "tly_json.h"
 #include "wrapping.h"
 

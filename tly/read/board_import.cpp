@@ -5,9 +5,9 @@
 
 #include "BoardSpecXml.h"
 #include "diagnostics.h"
+#include "package_sections.h"
 #include "tly_json.h"
 #include "tly_parse.h"
-#include "tly_parse_section.h"
 
 namespace {
 

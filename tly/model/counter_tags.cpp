@@ -1,4 +1,4 @@
-#include "port_tag.h"
+#include "counter_tags.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "report_fold.h"
+#include "folded_nodes.h"
 
 #include <algorithm>
 #include <cstring>
