@@ -1,0 +1,59 @@
+// The node of a kernel's invocation: the kernel, the module instances below it, and the external memories
+// that they used.
+#include "diagnostics.h"
+#include "tly_json.h"
+#include "tly_kernel.h"
+
+ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    ptree node;
+    TreeSink sink(node);
+    tellNode(sink, reset, extMems);
+    return node;
+}
+
+void TlyKernel::tellNode(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+    const std::string& display_name = m_user_friendly_name.empty() ? m_name : m_user_friendly_name;
+    tellKernel(node, display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids, 0,
+               m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles, m_autorun,
+               m_shared_run_type);
+    const std::string function_inst = m_name + "_function_inst";
+    const std::string wrapper_inst = m_name + "_function_wrapper_inst";
+    node.open("children");
+    for (const TlyModuleInst* inst : m_module_insts) {
+        if (inst->name() == function_inst)
+            continue;
+        if (inst->name() == wrapper_inst) {
+            tellExtMems(node, *inst, extMems);
+            continue;
+        }
+        node.open("");
+        tellModule(node, *inst, m_sample_totalcycles);
+        node.close();
+    }
+    node.close();
+    if (reset)
+        resetKernel();
+}
+
+void TlyKernel::tellExtMems(ReportSink& children, const TlyModuleInst& wrapper,
+                            const std::unordered_map<std::string, TlyExtMem*>& extMems) const {
+    for (const std::string& name : wrapper.getExtMemNames()) {
+        const auto found = extMems.find(name);
+        if (found == extMems.end()) {
+            diagnose("Warning: external memory from kernel does not match external memory from board.\n");
+            continue;
+        }
+        const TlyExtMem& mem = *found->second;
+        for (int i = 0; i < mem.get_num_interfaces(); ++i) {
+            for (int port = 0; port < mem.get_interface_nports(i); ++port) {
+                if (wrapper.extMemSamples(EXT_MEM_READ, mem.get_name(), i, port).empty() &&
+                    wrapper.extMemSamples(EXT_MEM_WRITE, mem.get_name(), i, port).empty())
+                    continue;
+                children.open("");
+                tellExtMem(children, wrapper, m_sample_totalcycles, mem, static_cast<unsigned long>(i),
+                           static_cast<unsigned long>(port));
+                children.close();
+            }
+        }
+    }
+}
