@@ -32,11 +32,11 @@ GROWTH = [
 COUNTED_LINES = {"S": 5_000, "L": 1_000, "M": 15_000, "W": 1_000, "A": 200, "X": 500}
 # The hot loops, by the names of their functions. The first row that fits takes a function.
 HOT_LOOPS = [
-    ("fields to numbers", r"PlainFields::|MonLine::split|readField"),
-    ("numbers to lists", r"decodeColumn|pushColumns|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
-    ("metrics", r"tellDetails|tellPortMetrics|megabytesPerSecond|averageChannelDepth"),
-    ("numbers to text", r"write_number|writeNumbers|SampleList<.*::read"),
-    ("description", r"tinyxml2|zan::|parseDescription|meaningOfTag"),
+    ("fields to numbers", r"PlainFields::|MonLine::split|read_field"),
+    ("numbers to lists", r"decode_column|push_columns|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
+    ("metrics", r"write_details|write_port_metrics|megabytes_per_second|average_channel_depth"),
+    ("numbers to text", r"write_number|write_numbers|SampleList<.*::read"),
+    ("description", r"tinyxml2|zan::|parse_description|meaning_of_tag"),
 ]
 
 

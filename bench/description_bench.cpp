@@ -17,7 +17,7 @@ constexpr int insts_per_kernel = 25;
 constexpr int ports_per_inst = 8;
 constexpr int quarters = 4;
 
-std::string descriptionText(int num_quarters) {
+std::string description_text(int num_quarters) {
     Description description;
     std::vector<std::string> tags;
     tags.reserve(ports_per_inst);
@@ -77,15 +77,15 @@ void measure(benchmark::State& state, Growth& growth, Load load, Clean clean) {
 }
 
 // XML text to the description's model.
-void loadDescription(benchmark::State& state) {
+void load_description(benchmark::State& state) {
     static Growth growth;
-    const std::string xml = descriptionText(static_cast<int>(state.range(0)));
+    const std::string xml = description_text(static_cast<int>(state.range(0)));
     zan::profiler::ProfilerConfigXmlLoader loader(false);
     zan::profiler::ProfilerConfig* config = nullptr;
     measure(
         state, growth, [&] { config = loader.load_xml(xml.c_str()); }, [&] { delete config; });
 }
-BENCHMARK(loadDescription)
+BENCHMARK(load_description)
     ->Arg(1)
     ->Arg(2)
     ->Arg(4)
@@ -94,11 +94,11 @@ BENCHMARK(loadDescription)
     ->Unit(benchmark::kMillisecond);
 
 // A package to kernels and instances: all that a run does with a description.
-void importDescription(benchmark::State& state) {
+void import_description(benchmark::State& state) {
     static Growth growth;
     const TempDir dir;
     const std::string package = dir.path("design.zanx");
-    make_package(package, {{".zan.profiler.xml", descriptionText(static_cast<int>(state.range(0)))}});
+    make_package(package, {{".zan.profiler.xml", description_text(static_cast<int>(state.range(0)))}});
     ptree tree;
     std::map<std::string, TlyKernel*> kernels;
     std::map<std::string, std::string> original_names;
@@ -113,7 +113,7 @@ void importDescription(benchmark::State& state) {
             kernels.clear();
         });
 }
-BENCHMARK(importDescription)
+BENCHMARK(import_description)
     ->Arg(1)
     ->Arg(2)
     ->Arg(4)

@@ -37,7 +37,7 @@ Design::~Design() {
         delete made;
 }
 
-std::string Design::monitorText(int num_lines) const {
+std::string Design::monitor_text(int num_lines) const {
     std::mt19937 random(1);
     constexpr std::array<unsigned, 4> bounds = {10, 1000, 1000000, 1000000000};
     const std::string& name = kernels.begin()->first;
@@ -62,7 +62,7 @@ void Design::reset() {
     dismantle(tree.get_child("kernels.nodes"));
 }
 
-std::ptrdiff_t HeldBytes::heapBytes() {
+std::ptrdiff_t HeldBytes::heap_bytes() {
     const auto info = mallinfo2();
     return static_cast<std::ptrdiff_t>(info.uordblks + info.hblkhd);
 }

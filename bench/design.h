@@ -26,7 +26,7 @@ class Design {
 
     int num_counters() const { return m_num_counters; }
     // A monitor file of one invocation. The numbers come from a fixed seed and have 1 to 9 digits.
-    std::string monitorText(int num_lines) const;
+    std::string monitor_text(int num_lines) const;
     // Reads a monitor file as a run does. The tree gets the invocation's node.
     void read(const std::string& path);
     void reset();
@@ -47,15 +47,15 @@ class Design {
 // next, so the most that any round took is the true figure.
 class HeldBytes {
   public:
-    void start() { m_before = heapBytes(); }
-    void stop() { m_most = std::max(m_most, heapBytes() - m_before); }
+    void start() { m_before = heap_bytes(); }
+    void stop() { m_most = std::max(m_most, heap_bytes() - m_before); }
     // Adds the counter "bytes_per_value".
     void report(benchmark::State& state, double num_values) const {
         state.counters["bytes_per_value"] = static_cast<double>(m_most) / num_values;
     }
 
   private:
-    static std::ptrdiff_t heapBytes();
+    static std::ptrdiff_t heap_bytes();
 
     std::ptrdiff_t m_before = 0;
     std::ptrdiff_t m_most = 0;
@@ -64,7 +64,7 @@ class HeldBytes {
 // A monitor file of a benchmark's own, removed with the object.
 class MonitorFile {
   public:
-    explicit MonitorFile(const std::string& content) { writeFile(path(), content); }
+    explicit MonitorFile(const std::string& content) { write_file(path(), content); }
 
     std::string path() const { return m_dir.path("profile.mon"); }
 

@@ -40,7 +40,7 @@ void convert(const char* position, const char* end, LastValues& values) {
     }
 }
 
-bool readAll(const char* path, LastValues& values) {
+bool read_all(const char* path, LastValues& values) {
     const int fd = ::open(path, O_RDONLY);
     if (fd < 0)
         return false;
@@ -65,7 +65,7 @@ bool readAll(const char* path, LastValues& values) {
     return true;
 }
 
-std::size_t averageWidth(const LastValues& values) {
+std::size_t average_width(const LastValues& values) {
     std::size_t sum = 0;
     char digits[24];
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -74,11 +74,11 @@ std::size_t averageWidth(const LastValues& values) {
     return values.size() == 0 ? 1 : sum / values.size();
 }
 
-bool writeAll(const char* path, const LastValues& values, std::size_t lines, std::size_t bytes) {
+bool write_all(const char* path, const LastValues& values, std::size_t lines, std::size_t bytes) {
     constexpr std::string_view after = "\",\n";
     constexpr std::size_t most_blanks = 64;
     const std::size_t line_width = lines == 0 ? 0 : bytes / lines;
-    const std::size_t other = averageWidth(values) + after.size() + 1;
+    const std::size_t other = average_width(values) + after.size() + 1;
     const std::size_t blanks = std::min(most_blanks, line_width - std::min(line_width, other));
     const std::string before = std::string(blanks, ' ') + "\"";
     const int fd = ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0666);
@@ -113,8 +113,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     LastValues values;
-    if (!readAll(argv[1], values) || !writeAll(argv[2], values, std::strtoull(argv[3], nullptr, 10),
-                                               std::strtoull(argv[4], nullptr, 10))) {
+    if (!read_all(argv[1], values) || !write_all(argv[2], values, std::strtoull(argv[3], nullptr, 10),
+                                                 std::strtoull(argv[4], nullptr, 10))) {
         std::fprintf(stderr, "floor: can't read or write\n");
         return 1;
     }

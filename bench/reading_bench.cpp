@@ -15,7 +15,7 @@ namespace {
 constexpr int num_insts = 60;
 constexpr int num_lines = 5000;
 
-std::vector<std::string> linesOf(const std::string& text) {
+std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = text.find('\n', begin);
@@ -25,12 +25,12 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-void countValues(benchmark::State& state, int lines, int counters) {
+void count_values(benchmark::State& state, int lines, int counters) {
     state.SetItemsProcessed(state.iterations() * lines * counters);
 }
 
 // The floor of reading: the same bytes, split at commas and newlines, each field through std::from_chars.
-long long sumOfFields(const char* position, const char* end) {
+long long sum_of_fields(const char* position, const char* end) {
     long long sum = 0;
     while (position < end) {
         const auto* newline =
@@ -50,9 +50,9 @@ long long sumOfFields(const char* position, const char* end) {
     return sum;
 }
 
-void readFloor(benchmark::State& state) {
+void read_floor(benchmark::State& state) {
     const Design design(num_insts);
-    const std::string text = design.monitorText(num_lines);
+    const std::string text = design.monitor_text(num_lines);
     const MonitorFile file(text);
     std::vector<char> bytes(text.size());
     for ([[maybe_unused]] auto _ : state) {
@@ -61,17 +61,17 @@ void readFloor(benchmark::State& state) {
         for (ssize_t count = 1; count > 0; size += static_cast<std::size_t>(count))
             count = ::read(fd, bytes.data() + size, std::min(bytes.size() - size, std::size_t{1} << 18));
         ::close(fd);
-        benchmark::DoNotOptimize(sumOfFields(bytes.data(), bytes.data() + size));
+        benchmark::DoNotOptimize(sum_of_fields(bytes.data(), bytes.data() + size));
     }
-    countValues(state, num_lines, design.num_counters());
+    count_values(state, num_lines, design.num_counters());
 }
-BENCHMARK(readFloor)->Unit(benchmark::kMillisecond);
+BENCHMARK(read_floor)->Unit(benchmark::kMillisecond);
 
 // The whole reader: lines, names, invocations, counters, sample lists; and the one node at the end of the
 // file.
-void readAll(benchmark::State& state) {
+void read_all(benchmark::State& state) {
     Design design(num_insts);
-    const MonitorFile file(design.monitorText(num_lines));
+    const MonitorFile file(design.monitor_text(num_lines));
     HeldBytes held;
     for ([[maybe_unused]] auto _ : state) {
         held.start();
@@ -81,15 +81,15 @@ void readAll(benchmark::State& state) {
         design.reset();
         state.ResumeTiming();
     }
-    countValues(state, num_lines, design.num_counters());
+    count_values(state, num_lines, design.num_counters());
     held.report(state, static_cast<double>(num_lines) * design.num_counters());
 }
-BENCHMARK(readAll)->Unit(benchmark::kMillisecond);
+BENCHMARK(read_all)->Unit(benchmark::kMillisecond);
 
 // Lines and fields alone.
-void splitLines(benchmark::State& state) {
+void split_lines(benchmark::State& state) {
     const Design design(num_insts);
-    const std::vector<std::string> lines = linesOf(design.monitorText(num_lines));
+    const std::vector<std::string> lines = lines_of(design.monitor_text(num_lines));
     MonLine line;
     for ([[maybe_unused]] auto _ : state) {
         for (const std::string& text : lines) {
@@ -97,17 +97,17 @@ void splitLines(benchmark::State& state) {
             benchmark::DoNotOptimize(line.fields().data());
         }
     }
-    countValues(state, num_lines, design.num_counters());
+    count_values(state, num_lines, design.num_counters());
 }
-BENCHMARK(splitLines)->Unit(benchmark::kMillisecond);
+BENCHMARK(split_lines)->Unit(benchmark::kMillisecond);
 
 constexpr int lines_of_invocation = 1000;
 
 // Counters of lines that are split already, one line after the other, over a growing number of instances:
 // time for a value stays the same, but for what no longer fits the caches.
-void decodeCounters(benchmark::State& state) {
+void decode_counters(benchmark::State& state) {
     Design design(static_cast<int>(state.range(0)));
-    const std::string text = design.monitorText(1);
+    const std::string text = design.monitor_text(1);
     MonLine line;
     line.split(std::string_view(text).substr(0, text.size() - 1));
     HeldBytes held;
@@ -122,16 +122,16 @@ void decodeCounters(benchmark::State& state) {
         design.reset();
         state.ResumeTiming();
     }
-    countValues(state, lines_of_invocation, design.num_counters());
+    count_values(state, lines_of_invocation, design.num_counters());
     held.report(state, static_cast<double>(lines_of_invocation) * design.num_counters());
 }
-BENCHMARK(decodeCounters)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
+BENCHMARK(decode_counters)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
 
 // The same in blocks of lines.
-void decodeBlocks(benchmark::State& state) {
+void decode_blocks(benchmark::State& state) {
     constexpr int first_counter = 7;
     Design design(static_cast<int>(state.range(0)));
-    const std::string text = design.monitorText(1);
+    const std::string text = design.monitor_text(1);
     MonLine line;
     line.split(std::string_view(text).substr(0, text.size() - 1));
     LineBlock block;
@@ -155,9 +155,9 @@ void decodeBlocks(benchmark::State& state) {
         state.ResumeTiming();
     }
     const int num_lines_read = num_blocks * static_cast<int>(block.size());
-    countValues(state, num_lines_read, design.num_counters());
+    count_values(state, num_lines_read, design.num_counters());
     held.report(state, static_cast<double>(num_lines_read) * design.num_counters());
 }
-BENCHMARK(decodeBlocks)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
+BENCHMARK(decode_blocks)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisecond);
 
 } // namespace

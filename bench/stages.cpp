@@ -34,15 +34,15 @@ int main(int argc, char** argv) {
     std::unordered_map<std::string, TlyExtMem*> ext_mems;
     measure("design", [&] {
         Package package(argv[1]);
-        parseVersion(tree, package);
-        parseBoard(tree, package, ext_mems);
-        parseTimingReport(tree, package);
-        parseDescription(kernels, tree, package, original_names);
+        parse_version(tree, package);
+        parse_board(tree, package, ext_mems);
+        parse_timing_report(tree, package);
+        parse_description(kernels, tree, package, original_names);
     });
     measure("reading", [&] {
         FoldedMonitorNodes nodes;
-        readMonitorFile(kernels, nodes, argv[2], original_names, ext_mems, false);
-        nodes.appendTo(tree);
+        read_monitor_file(kernels, nodes, argv[2], original_names, ext_mems, false);
+        nodes.append_to(tree);
     });
     measure("writing", [&] { write_report(argv[3], tree); });
     measure("freeing", [&] { clean_up(owned_tree, owned_kernels, ext_mems); });

@@ -36,7 +36,7 @@ const Kind& wrapper() {
     return kind;
 }
 
-const Kind& globalAccess() {
+const Kind& global_access() {
     static const Kind kind{"lsu",
                            "__global;read;BURST-COALESCED;DDR0;512;;",
                            {"totalreq", "memorystalls", "bandwidth", "ivalid", "burstcount", "readwritecount",
@@ -64,17 +64,17 @@ struct Inst {
 };
 
 // The instances of one kernel. Loops save up counters for the next access, and the last one takes the rest.
-std::vector<Inst> instsOf(const Shape& shape, const std::string& kernel) {
+std::vector<Inst> insts_of(const Shape& shape, const std::string& kernel) {
     std::vector<Inst> insts{{kernel + "_function_wrapper_inst", &wrapper(), 1}};
     std::size_t used = 1;
-    const Kind* next = &globalAccess();
+    const Kind* next = &global_access();
     for (int i = 1; i < shape.insts_per_kernel; ++i) {
         const std::size_t left =
             static_cast<std::size_t>(counters_per_inst) * static_cast<std::size_t>(i + 1) - used;
         const bool last = i + 1 == shape.insts_per_kernel;
-        const Kind* kind = last ? &globalAccess() : left >= next->tags.size() ? next : &loop();
+        const Kind* kind = last ? &global_access() : left >= next->tags.size() ? next : &loop();
         if (kind == next)
-            next = next == &channel() ? &globalAccess() : &channel();
+            next = next == &channel() ? &global_access() : &channel();
         const std::size_t num_tags = std::min(left, kind->tags.size());
         insts.push_back({"block_" + std::to_string(i), kind, num_tags});
         used += num_tags;
@@ -82,7 +82,7 @@ std::vector<Inst> instsOf(const Shape& shape, const std::string& kernel) {
     return insts;
 }
 
-std::vector<std::string> portTags(const Shape& shape, int kernel) {
+std::vector<std::string> port_tags(const Shape& shape, int kernel) {
     std::vector<std::string> tags;
     for (int i = 0; i < shape.ports; ++i) {
         const int memory = i % shape.memories;
@@ -97,13 +97,13 @@ std::vector<std::string> portTags(const Shape& shape, int kernel) {
 }
 
 // Names of one length, so that their order is that of their numbers.
-std::string kernelName(int i) {
+std::string kernel_name(int i) {
     return "k" + std::to_string(100'000 + i);
 }
 
 std::string describe(const Shape& shape) {
     Description description;
-    for (const Kind* kind : {&wrapper(), &globalAccess(), &channel(), &loop()})
+    for (const Kind* kind : {&wrapper(), &global_access(), &channel(), &loop()})
         description.module(kind->module, kind->tags);
     if (shape.autorun) {
         description.function(pseudo_kernel);
@@ -111,15 +111,15 @@ std::string describe(const Shape& shape) {
         description.inst(pseudo_kernel, inst, "wrapper").connect(pseudo_kernel, inst, "clock");
     }
     for (int k = 0; k < shape.kernels; ++k) {
-        const std::string kernel = kernelName(k);
+        const std::string kernel = kernel_name(k);
         description.function(kernel, "line_number='" + std::to_string(1 + k) + "'");
         Kind own_wrapper{"", wrapper().attribute, {"clock_" + kernel + "_function"}}; // tags are unique
         const std::string module = wrapper().module + ("_of_" + kernel);
-        for (std::string& tag : portTags(shape, k))
+        for (std::string& tag : port_tags(shape, k))
             own_wrapper.tags.push_back(std::move(tag));
         own_wrapper.module = module.c_str();
         description.module(module, own_wrapper.tags);
-        for (const Inst& inst : instsOf(shape, kernel)) {
+        for (const Inst& inst : insts_of(shape, kernel)) {
             const bool is_wrapper = inst.kind == &wrapper();
             const Kind& kind = is_wrapper ? own_wrapper : *inst.kind;
             description.inst(kernel, inst.name, kind.module, kind.attribute, shape.autorun, false,
@@ -155,18 +155,18 @@ std::string board(const Shape& shape) {
            "<interfaces><kernel_clk_reset clk='c' reset='r'/></interfaces></board>";
 }
 
-int countersOf(const Shape& shape) {
+int counters_of(const Shape& shape) {
     return counters_per_inst * shape.insts_per_kernel + 2 * shape.ports;
 }
 
 // The digits of small numbers are as many as those of large ones, as in a real capture.
-unsigned counterValue(std::mt19937& random) {
+unsigned counter_value(std::mt19937& random) {
     constexpr std::array<unsigned, 4> bounds = {10, 1'000, 1'000'000, 1'000'000'000};
     const unsigned number = static_cast<unsigned>(random());
     return number % bounds[number >> 30];
 }
 
-void appendNumber(std::string& text, long long number) {
+void append_number(std::string& text, long long number) {
     std::array<char, 24> digits;
     char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     text.append(digits.data(), end);
@@ -174,7 +174,7 @@ void appendNumber(std::string& text, long long number) {
 
 } // namespace
 
-std::optional<Shape> shapeOf(std::string_view name) {
+std::optional<Shape> shape_of(std::string_view name) {
     for (const NamedShape& row : shapes) {
         if (row.name == name)
             return row.shape;
@@ -182,7 +182,7 @@ std::optional<Shape> shapeOf(std::string_view name) {
     return std::nullopt;
 }
 
-bool setNumber(Shape& shape, std::string_view name, int value) {
+bool set_number(Shape& shape, std::string_view name, int value) {
     constexpr std::pair<std::string_view, int Shape::*> numbers[] = {
         {"kernels", &Shape::kernels},
         {"insts_per_kernel", &Shape::insts_per_kernel},
@@ -198,17 +198,17 @@ bool setNumber(Shape& shape, std::string_view name, int value) {
     return false;
 }
 
-PackageSections sectionsOf(const Shape& shape) {
+PackageSections sections_of(const Shape& shape) {
     return {{".zan.version", "1.0\n"},
             {".zan.board_spec.xml", board(shape)},
             {".zan.velmora_report", "Actual clock freq: 240.5\n"},
             {".zan.profiler.xml", describe(shape)}};
 }
 
-void writeMonitor(const Shape& shape, std::ostream& out) {
+void write_monitor(const Shape& shape, std::ostream& out) {
     std::mt19937 random(1);
     const int num_kernels = shape.autorun ? 1 : shape.kernels;
-    const int num_counters = shape.autorun ? 1 + shape.kernels * countersOf(shape) : countersOf(shape);
+    const int num_counters = shape.autorun ? 1 + shape.kernels * counters_of(shape) : counters_of(shape);
     std::vector<int> samples_of(static_cast<std::size_t>(num_kernels)); // samples so far
     std::string text;
     for (int line = 0; line < shape.lines; ++line) {
@@ -220,12 +220,12 @@ void writeMonitor(const Shape& shape, std::ostream& out) {
         if (shape.samples != 0 && sample % (shape.samples * 4) == 0) // transfers go before some invocations
             text =
                 "0,1,.mem_transfer_write," + std::to_string(start - 900) + "," + std::to_string(start) + "\n";
-        text += "0,1," + (shape.autorun ? pseudo_kernel : kernelName(kernel)) + "," + std::to_string(start) +
+        text += "0,1," + (shape.autorun ? pseudo_kernel : kernel_name(kernel)) + "," + std::to_string(start) +
                 "," + std::to_string(start + 5'000LL * (1 + sample)) + ",-1," + std::to_string(num_counters);
         for (int counter = 0; counter < num_counters; ++counter) {
             text += ',';
-            appendNumber(
-                text, counter == 0 ? 100'000 + static_cast<int>(random() % 100'000) : counterValue(random));
+            append_number(
+                text, counter == 0 ? 100'000 + static_cast<int>(random() % 100'000) : counter_value(random));
         }
         text += '\n';
         out.write(text.data(), static_cast<std::streamsize>(text.size()));

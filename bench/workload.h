@@ -23,13 +23,13 @@ struct Shape {
 };
 
 // The shapes that stand in bench/README.md: S, L, M, W, A and X. Nothing for other names.
-std::optional<Shape> shapeOf(std::string_view name);
+std::optional<Shape> shape_of(std::string_view name);
 
 // Sets one of the numbers of a shape by its name: kernels, insts_per_kernel, lines, samples. False if there
 // is no such number.
-bool setNumber(Shape& shape, std::string_view name, int value);
+bool set_number(Shape& shape, std::string_view name, int value);
 
-PackageSections sectionsOf(const Shape& shape);
+PackageSections sections_of(const Shape& shape);
 
 // Writes the monitor file that fits the design. The counter values have 1 to 9 digits.
-void writeMonitor(const Shape& shape, std::ostream& out);
+void write_monitor(const Shape& shape, std::ostream& out);

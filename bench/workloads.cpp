@@ -24,7 +24,7 @@ bool change(Shape& shape, std::string_view argument) {
     int number = 0;
     const auto [last, error] = std::from_chars(argument.data() + equals + 1, end, number);
     return error == std::errc() && last == end && number > 0 &&
-           setNumber(shape, argument.substr(0, equals), number);
+           set_number(shape, argument.substr(0, equals), number);
 }
 
 } // namespace
@@ -32,7 +32,7 @@ bool change(Shape& shape, std::string_view argument) {
 // NOLINTNEXTLINE(bugprone-exception-escape): a benchmark whose files are not there may end in any way
 int main(int argc, char** argv) {
     std::optional<Shape> shape;
-    if (argc < 3 || !(shape = shapeOf(argv[1])))
+    if (argc < 3 || !(shape = shape_of(argv[1])))
         return usage();
     for (int i = 3; i < argc; ++i) {
         if (!change(*shape, argv[i]))
@@ -40,9 +40,9 @@ int main(int argc, char** argv) {
     }
     const std::filesystem::path folder = argv[2];
     std::filesystem::create_directories(folder);
-    make_package(folder / "design.zanx", sectionsOf(*shape));
+    make_package(folder / "design.zanx", sections_of(*shape));
     std::ofstream monitor(folder / "profile.mon", std::ios::binary);
-    writeMonitor(*shape, monitor);
+    write_monitor(*shape, monitor);
     if (!monitor.flush()) {
         std::fprintf(stderr, "workloads: can't write '%s'\n", (folder / "profile.mon").c_str());
         return 1;

@@ -12,19 +12,19 @@ namespace {
 constexpr int num_insts = 60;
 constexpr int num_lines = 5000;
 
-long long numValues(const ptree& node) {
+long long num_values(const ptree& node) {
     const ptree& children = node;
     long long values = 0;
     node.data().visit_packed([&](const auto& list) { values += static_cast<long long>(list.size()); });
     for (const auto& [key, child] : children)
-        values += numValues(child);
+        values += num_values(child);
     return values;
 }
 
 // The node of an invocation from samples that are at hand, and the bytes of heap that it takes beside them.
-void buildNode(benchmark::State& state) {
+void build_node(benchmark::State& state) {
     Design design(num_insts);
-    const MonitorFile file(design.monitorText(num_lines));
+    const MonitorFile file(design.monitor_text(num_lines));
     design.read(file.path());
     HeldBytes held;
     long long values = 0;
@@ -33,14 +33,14 @@ void buildNode(benchmark::State& state) {
         ptree node = design.kernel().getJSON(false, design.ext_mems);
         state.PauseTiming();
         held.stop();
-        values = numValues(node);
+        values = num_values(node);
         dismantle(node);
         state.ResumeTiming();
     }
     state.SetItemsProcessed(state.iterations() * values);
     held.report(state, static_cast<double>(values));
 }
-BENCHMARK(buildNode)->Unit(benchmark::kMillisecond);
+BENCHMARK(build_node)->Unit(benchmark::kMillisecond);
 
 template <class T>
 SampleList<T> samples(std::size_t count) {
@@ -52,7 +52,7 @@ SampleList<T> samples(std::size_t count) {
 
 constexpr std::size_t values_of_list = 1000000;
 
-void writeList(benchmark::State& state, ptree array) {
+void write_list(benchmark::State& state, ptree array) {
     ptree tree;
     append_node(tree, "samples", array);
     for ([[maybe_unused]] auto _ : state)
@@ -62,7 +62,7 @@ void writeList(benchmark::State& state, ptree array) {
 
 // The floor of writing: the same bytes into one buffer with std::to_chars, and one write.
 template <class ToChars, class T>
-void writeFloor(benchmark::State& state, const SampleList<T>& list, ToChars to_chars) {
+void write_floor(benchmark::State& state, const SampleList<T>& list, ToChars to_chars) {
     const std::vector<T> values = list.to_vector();
     std::vector<char> bytes(values.size() * 48);
     constexpr std::string_view before = "        \"";
@@ -81,27 +81,27 @@ void writeFloor(benchmark::State& state, const SampleList<T>& list, ToChars to_c
     state.SetItemsProcessed(state.iterations() * static_cast<long long>(values.size()));
 }
 
-void writeCountsFloor(benchmark::State& state) {
-    writeFloor(state, samples<long long>(values_of_list),
-               [](char* out, long long value) { return std::to_chars(out, out + 24, value).ptr; });
+void write_counts_floor(benchmark::State& state) {
+    write_floor(state, samples<long long>(values_of_list),
+                [](char* out, long long value) { return std::to_chars(out, out + 24, value).ptr; });
 }
-BENCHMARK(writeCountsFloor)->Unit(benchmark::kMillisecond);
+BENCHMARK(write_counts_floor)->Unit(benchmark::kMillisecond);
 
-void writeCounts(benchmark::State& state) {
-    writeList(state, packedArray(samples<long long>(values_of_list)));
+void write_counts(benchmark::State& state) {
+    write_list(state, packed_array(samples<long long>(values_of_list)));
 }
-BENCHMARK(writeCounts)->Unit(benchmark::kMillisecond);
+BENCHMARK(write_counts)->Unit(benchmark::kMillisecond);
 
-void writeMetricsFloor(benchmark::State& state) {
-    writeFloor(state, samples<float>(values_of_list), [](char* out, float value) {
+void write_metrics_floor(benchmark::State& state) {
+    write_floor(state, samples<float>(values_of_list), [](char* out, float value) {
         return std::to_chars(out, out + 24, static_cast<double>(value), std::chars_format::general, 7).ptr;
     });
 }
-BENCHMARK(writeMetricsFloor)->Unit(benchmark::kMillisecond);
+BENCHMARK(write_metrics_floor)->Unit(benchmark::kMillisecond);
 
-void writeMetrics(benchmark::State& state) {
-    writeList(state, packedArray(samples<float>(values_of_list)));
+void write_metrics(benchmark::State& state) {
+    write_list(state, packed_array(samples<float>(values_of_list)));
 }
-BENCHMARK(writeMetrics)->Unit(benchmark::kMillisecond);
+BENCHMARK(write_metrics)->Unit(benchmark::kMillisecond);
 
 } // namespace

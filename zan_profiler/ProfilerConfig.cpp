@@ -26,7 +26,7 @@ void append(std::vector<Record*>& list, ProfilerConfigIndex<Record>& index, Reco
 
 } // namespace
 
-void ProfilerConfigDebug::addCallsite(const std::string& file, unsigned int line, unsigned int column) {
+void ProfilerConfigDebug::add_callsite(const std::string& file, unsigned int line, unsigned int column) {
     m_callsiteFiles.push_back(file);
     m_callsiteLines.push_back(line);
     m_callsiteColumns.push_back(column);

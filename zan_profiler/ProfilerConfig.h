@@ -81,7 +81,7 @@ class ProfilerConfigDebug {
     unsigned int getColumn() const { return m_column; }
 
     // Call sites are parallel lists: the three counts are the same.
-    void addCallsite(const std::string& file, unsigned int line, unsigned int column);
+    void add_callsite(const std::string& file, unsigned int line, unsigned int column);
     unsigned int getNumCallsiteFiles() const { return static_cast<unsigned int>(m_callsiteFiles.size()); }
     unsigned int getNumCallsiteLines() const { return static_cast<unsigned int>(m_callsiteLines.size()); }
     unsigned int getNumCallsiteColumns() const { return static_cast<unsigned int>(m_callsiteColumns.size()); }

@@ -313,7 +313,7 @@ bool ProfilerModuleInstListVisitor::visit_callsite(const XMLElement& elem) {
         !read_location(elem, location))
         return false;
     ZAN_CONTRACT(m_debug != nullptr, "m_debug");
-    m_debug->addCallsite(location.file, location.line, location.column);
+    m_debug->add_callsite(location.file, location.line, location.column);
     return !m_has_error;
 }
 

@@ -12,14 +12,14 @@
 
 namespace {
 
-std::string monitorOf(const Shape& shape) {
+std::string monitor_of(const Shape& shape) {
     std::ostringstream stream;
-    writeMonitor(shape, stream);
+    write_monitor(shape, stream);
     return stream.str();
 }
 
-Shape smallShape(std::string_view name) {
-    Shape shape = shapeOf(name).value();
+Shape small_shape(std::string_view name) {
+    Shape shape = shape_of(name).value();
     shape.lines = 300;
     return shape;
 }
@@ -29,14 +29,14 @@ class Workload : public testing::TestWithParam<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Shapes, Workload, testing::Values("S", "L", "M", "W", "A", "X"));
 
 TEST_P(Workload, IsTheSameEachTime) {
-    const Shape shape = smallShape(GetParam());
-    EXPECT_EQ(monitorOf(shape), monitorOf(shape));
-    EXPECT_EQ(sectionsOf(shape), sectionsOf(shape));
+    const Shape shape = small_shape(GetParam());
+    EXPECT_EQ(monitor_of(shape), monitor_of(shape));
+    EXPECT_EQ(sections_of(shape), sections_of(shape));
 }
 
 TEST_P(Workload, HasTheLinesOfTheShape) {
-    const Shape shape = smallShape(GetParam());
-    std::istringstream monitor(monitorOf(shape));
+    const Shape shape = small_shape(GetParam());
+    std::istringstream monitor(monitor_of(shape));
     int num_kernel_lines = 0;
     for (std::string line; std::getline(monitor, line);) {
         if (line.find(",.mem_") != line.npos)
@@ -56,22 +56,22 @@ TEST_P(Workload, GivesAReportWithoutAWord) {
     std::string package = dir.path("design.zanx");
     std::string monitor = dir.path("profile.mon");
     std::string report = dir.path("report.json");
-    make_package(package, sectionsOf(smallShape(GetParam())));
-    writeFile(monitor, monitorOf(smallShape(GetParam())));
+    make_package(package, sections_of(small_shape(GetParam())));
+    write_file(monitor, monitor_of(small_shape(GetParam())));
     testing::internal::CaptureStderr();
     EXPECT_EQ(runTLY(package.data(), monitor.data(), report.data()), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    const std::string text = readFile(report);
+    const std::string text = read_file(report);
     EXPECT_NE(text.find("\"children\":\n"), text.npos);
     EXPECT_EQ(text.find("extmem") != text.npos, std::string_view(GetParam()) == "X");
 }
 
 TEST(WorkloadShapes, NumbersCanBeSetByName) {
-    Shape shape = shapeOf("L").value();
-    EXPECT_TRUE(setNumber(shape, "lines", 7));
+    Shape shape = shape_of("L").value();
+    EXPECT_TRUE(set_number(shape, "lines", 7));
     EXPECT_EQ(shape.lines, 7);
-    EXPECT_FALSE(setNumber(shape, "line", 7));
-    EXPECT_FALSE(shapeOf("Q"));
+    EXPECT_FALSE(set_number(shape, "line", 7));
+    EXPECT_FALSE(shape_of("Q"));
 }
 
 } // namespace

@@ -45,7 +45,7 @@ Seeds seeds_to_run() {
 void lay_out(const Input& input, const std::string& folder) {
     make_package(folder + "/design.zanx", input.sections);
     if (input.monitor)
-        writeFile(folder + "/profile.mon", *input.monitor);
+        write_file(folder + "/profile.mon", *input.monitor);
 }
 
 Result run_the_program(const Input& input) {
@@ -56,7 +56,7 @@ Result run_the_program(const Input& input) {
     EXPECT_EQ(outcome.out, "");
     Result result = {outcome.err, outcome.status, std::nullopt};
     if (std::filesystem::exists(folder.path("report.json")))
-        result.report = readFile(folder.path("report.json"));
+        result.report = read_file(folder.path("report.json"));
     return result;
 }
 
@@ -115,10 +115,10 @@ std::string keep(std::uint64_t seed, const Input& input, const Result& expected,
     std::filesystem::create_directory(folder);
     lay_out(input, folder.string());
     for (const auto& [name, bytes] : input.sections)
-        writeFile(folder / ("section" + name), bytes);
+        write_file(folder / ("section" + name), bytes);
     for (const auto& [name, result] : {std::pair("model", expected), std::pair("program", actual)}) {
-        writeFile(folder / (std::string(name) + ".err"), result.err);
-        writeFile(folder / (std::string(name) + ".json"), result.report.value_or(""));
+        write_file(folder / (std::string(name) + ".err"), result.err);
+        write_file(folder / (std::string(name) + ".json"), result.report.value_or(""));
     }
     return folder.string();
 }

@@ -86,7 +86,7 @@ Result run(const Input& input, const std::string& version) {
     } catch (const Crash&) {
         return {state.err, "signal", std::nullopt};
     }
-    return {state.err, "0", slowReport(report(state, version))};
+    return {state.err, "0", slow_report(report(state, version))};
 }
 
 } // namespace slow

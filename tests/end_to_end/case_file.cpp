@@ -265,8 +265,8 @@ TestCase CaseBuilder::finish() {
 } // namespace
 
 ReportFrame read_frame(const std::filesystem::path& folder, const std::string& version) {
-    return {readFile(folder / "frame.json"), version, readFile(folder / "board_spec.xml"),
-            readFile(folder / "board_nodes.json")};
+    return {read_file(folder / "frame.json"), version, read_file(folder / "board_spec.xml"),
+            read_file(folder / "board_nodes.json")};
 }
 
 TestCase parse_case(std::string_view text, const ReportFrame& frame) {

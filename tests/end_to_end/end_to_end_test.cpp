@@ -24,7 +24,7 @@ const ReportFrame& frame() {
 }
 
 TestCase read_case(const std::string& name) {
-    return parse_case(readFile(folder_of_cases / (name + ".case")), frame());
+    return parse_case(read_file(folder_of_cases / (name + ".case")), frame());
 }
 
 std::vector<std::string> case_names() {
@@ -76,7 +76,7 @@ std::unique_ptr<PipeWriter> lay_out(const CaseInput& input, const TempDir& folde
     const std::filesystem::path path = folder.path(input.name);
     switch (input.kind) {
         case CaseInput::file:
-            writeFile(path, input.bytes);
+            write_file(path, input.bytes);
             break;
         case CaseInput::folder:
             std::filesystem::create_directory(path);
@@ -114,7 +114,7 @@ Result run(const TestCase& test) {
     });
     const std::filesystem::path report = folder.path(report_name(test));
     if (std::filesystem::is_regular_file(report))
-        result.report = readFile(report);
+        result.report = read_file(report);
     return result;
 }
 

@@ -68,11 +68,11 @@ std::string expected_report(const std::string& kernels) {
 std::string report_of(const std::string& monitor) {
     const TempDir folder;
     make_package(folder.path("design.zanx"), plain_case("").package.value());
-    writeFile(folder.path("profile.mon"), monitor);
+    write_file(folder.path("profile.mon"), monitor);
     const Outcome outcome =
         run_program(program, {"design.zanx", "profile.mon", "report.json"}, folder.path());
     EXPECT_EQ(outcome, (Outcome{"", no_description, "0"}));
-    return readFile(folder.path("report.json"));
+    return read_file(folder.path("report.json"));
 }
 
 // Not EXPECT_EQ: a difference of megabytes is no help to anybody.

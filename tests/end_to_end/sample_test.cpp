@@ -40,15 +40,15 @@ TEST_P(Sample, GivesTheReportThatStandsBesideIt) {
     const Outcome ran =
         run_program(program, {"design.zanx", sample / "profile.mon", "report.json"}, folder.path());
     EXPECT_EQ(ran, (Outcome{"", "", "0"}));
-    const std::string report = readFile(folder.path("report.json"));
-    EXPECT_EQ(report, replaced(readFile(sample / "expected_report.json"), "@VERSION@", tly_version));
+    const std::string report = read_file(folder.path("report.json"));
+    EXPECT_EQ(report, replaced(read_file(sample / "expected_report.json"), "@VERSION@", tly_version));
     EXPECT_THAT(report_faults(report), IsEmpty());
 
-    writeFile(folder.path("in_one_go.mon"), without_restarts(readFile(sample / "profile.mon")));
+    write_file(folder.path("in_one_go.mon"), without_restarts(read_file(sample / "profile.mon")));
     const Outcome again =
         run_program(program, {"design.zanx", "in_one_go.mon", "report.json"}, folder.path());
     EXPECT_EQ(again, ran);
-    EXPECT_EQ(sample_rows(readFile(folder.path("report.json"))), sample_rows(report));
+    EXPECT_EQ(sample_rows(read_file(folder.path("report.json"))), sample_rows(report));
 }
 
 INSTANTIATE_TEST_SUITE_P(EndToEnd, Sample, testing::ValuesIn(sample_names()),

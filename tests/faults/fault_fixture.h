@@ -19,10 +19,10 @@ using Words = std::set<std::string>;
 
 class FaultTest : public testing::Test {
   protected:
-    std::string read(const std::string& name) const { return readFile(dir.path(name)); }
+    std::string read(const std::string& name) const { return read_file(dir.path(name)); }
     void write(const std::string& name, const std::string& bytes) const {
         std::filesystem::create_directories(std::filesystem::path(dir.path(name)).parent_path());
-        writeFile(dir.path(name), bytes);
+        write_file(dir.path(name), bytes);
     }
     Tree tree() const {
         namespace fs = std::filesystem;
@@ -32,7 +32,7 @@ class FaultTest : public testing::Test {
             if (entry.is_directory())
                 found[name + "/"];
             else
-                found[name] = readFile(entry.path());
+                found[name] = read_file(entry.path());
         }
         return found;
     }

@@ -17,15 +17,15 @@ int end_here(const std::function<int()>& body) noexcept {
 ForkedRun run_short_of_memory(const std::function<int()>& body, const std::string& folder, long number) {
     const TempDir output;
     const std::string count_path = output.path("count");
-    writeFile(count_path, "0");
+    write_file(count_path, "0");
     const pid_t process = start_child(folder, output.path("out"), output.path("err"), [&] {
         failing_memory::begin(number);
         const int status = end_here(body);
         const long count = failing_memory::end();
-        writeFile(count_path, std::to_string(count));
+        write_file(count_path, std::to_string(count));
         return status;
     });
     const std::string status = status_text(wait_for_child(process));
-    return {{readFile(output.path("out")), readFile(output.path("err")), status},
-            std::stol(readFile(count_path))};
+    return {{read_file(output.path("out")), read_file(output.path("err")), status},
+            std::stol(read_file(count_path))};
 }

@@ -37,7 +37,7 @@ class ReportWithoutMemory : public SampleRuns {
         prepare([&] { return run(0).outcome; });
     }
     ForkedRun run(long number) {
-        return run_short_of_memory([&] { return tlyMain(m_arguments.count(), m_arguments.pointers()); },
+        return run_short_of_memory([&] { return tly_main(m_arguments.count(), m_arguments.pointers()); },
                                    dir.path(), number);
     }
 

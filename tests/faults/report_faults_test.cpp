@@ -33,7 +33,7 @@ class ReportFaults : public Traced<SampleRuns> {
 
 TEST_F(ReportFaults, WithoutAFaultTheReportIsTheOneOfTheSample) {
     EXPECT_EQ(whole, (Outcome{"", "", "0"}));
-    std::string expected = readFile(std::filesystem::path(ZAN_SAMPLE) / "expected_report.json");
+    std::string expected = read_file(std::filesystem::path(ZAN_SAMPLE) / "expected_report.json");
     const std::string version = "@VERSION@";
     expected.replace(expected.find(version), version.size(), tly_version);
     EXPECT_EQ(right_report, expected);

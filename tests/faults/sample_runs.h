@@ -21,9 +21,9 @@ class SampleRuns : public FaultTest {
         const std::filesystem::path sample = ZAN_SAMPLE;
         PackageSections sections;
         for (const char* name : {"version", "velmora_report", "board_spec.xml", "profiler.xml"})
-            sections.emplace_back(std::string(".zan.") + name, readFile(sample / "sections" / name));
+            sections.emplace_back(std::string(".zan.") + name, read_file(sample / "sections" / name));
         make_package(dir.path("design.zanx"), sections);
-        write("profile.mon", readFile(sample / "profile.mon"));
+        write("profile.mon", read_file(sample / "profile.mon"));
         write("report.json", "old");
         files = tree();
         whole = run();

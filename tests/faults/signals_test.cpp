@@ -159,7 +159,7 @@ Outcome as_plain_user(const std::string& program, const std::vector<std::string>
         return program_body(program, arguments)();
     });
     const std::string status = status_text(wait_for_child(process));
-    return {readFile(output.path("out")), readFile(output.path("err")), status};
+    return {read_file(output.path("out")), read_file(output.path("err")), status};
 }
 
 TEST_F(Signals, AReadOnlyFolderGetsNoReportAndNoPackage) {

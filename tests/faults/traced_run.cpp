@@ -195,7 +195,7 @@ TracedRun run_traced(const std::function<int()>& body, const std::string& folder
     Tracer tracer(process, folder, output_path, fault);
     if (WIFSTOPPED(status))
         status = tracer.follow();
-    tracer.run.outcome = {readFile(output_path), readFile(output.path("err")), status_text(status)};
+    tracer.run.outcome = {read_file(output_path), read_file(output.path("err")), status_text(status)};
     return tracer.run;
 }
 

@@ -7,7 +7,7 @@
 
 // What `function` writes to standard error.
 template <class Function>
-std::string stderrOf(Function function) {
+std::string stderr_of(Function function) {
     testing::internal::CaptureStderr();
     function();
     return testing::internal::GetCapturedStderr();
@@ -15,7 +15,7 @@ std::string stderrOf(Function function) {
 
 // What `function` writes to standard output.
 template <class Function>
-std::string stdoutOf(Function function) {
+std::string stdout_of(Function function) {
     testing::internal::CaptureStdout();
     function();
     return testing::internal::GetCapturedStdout();

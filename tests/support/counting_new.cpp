@@ -9,7 +9,7 @@ std::size_t num_allocations = 0;
 
 } // namespace
 
-std::size_t numAllocations() {
+std::size_t allocation_count() {
     return num_allocations;
 }
 

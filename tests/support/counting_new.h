@@ -4,4 +4,4 @@
 #include <cstddef>
 
 // Allocations of the program so far.
-std::size_t numAllocations();
+std::size_t allocation_count();

@@ -14,7 +14,7 @@
 
 class ImportTest : public testing::Test {
   protected:
-    ImportTest() { setClock("240.5"); }
+    ImportTest() { set_clock("240.5"); }
     ~ImportTest() override { forget(); }
 
     // Deletes what was imported.
@@ -29,25 +29,25 @@ class ImportTest : public testing::Test {
     }
 
     // The text that the clock report has left in the tree.
-    void setClock(const std::string& text) {
+    void set_clock(const std::string& text) {
         tree = ptree();
         tree.put("run_info.nodes..fmax", text);
     }
     // Imports a package with these sections. What it says is in `messages`.
-    int importPackage(const PackageSections& sections) {
+    int import_package(const PackageSections& sections) {
         const std::string package = m_dir.path("design.zanx");
         make_package(package, sections);
-        return importFrom(package);
+        return import_from(package);
     }
-    int importFrom(const std::string& package) {
+    int import_from(const std::string& package) {
         int status = -1;
-        messages = stderrOf(
+        messages = stderr_of(
             [&] { status = parseProfilerXMLFile(&kernels, &tree, package.c_str(), &original_names); });
         return status;
     }
-    int importText(const std::string& xml) { return importPackage({{".zan.profiler.xml", xml}}); }
+    int import_text(const std::string& xml) { return import_package({{".zan.profiler.xml", xml}}); }
     // Imports a description that is good.
-    void import(const Description& description) { ASSERT_EQ(importText(description.xml()), 0); }
+    void import(const Description& description) { ASSERT_EQ(import_text(description.xml()), 0); }
 
     // The instance; a kernel or an instance that is missing throws.
     TlyModuleInst& inst(const std::string& kernel, const std::string& name) const {
@@ -68,7 +68,7 @@ class ImportTest : public testing::Test {
         return text;
     }
     // A line for each instance of all kernels: kernel, instance, counters.
-    std::string allCounters() const {
+    std::string all_counters() const {
         std::string text;
         for (const auto& [name, kernel] : kernels) {
             for (const TlyModuleInst* of : kernel->module_insts())

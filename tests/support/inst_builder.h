@@ -36,7 +36,7 @@ struct InstBuilder {
 };
 
 // Hands over one line whose fields are these texts.
-inline int addSample(TlyModuleInst& inst, const std::vector<std::string>& fields,
-                     SharedCounterTypes type = SHARED_NONE, int line = 1) {
+inline int add_sample(TlyModuleInst& inst, const std::vector<std::string>& fields,
+                      SharedCounterTypes type = SHARED_NONE, int line = 1) {
     return inst.updateCounters(fields, 0, static_cast<int>(fields.size()), true, type, line);
 }

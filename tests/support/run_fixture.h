@@ -38,18 +38,18 @@ class RunFixture {
     }
 
     // Reads a monitor file of these lines, each ended by a newline.
-    int read(const std::vector<std::string>& lines, bool noProfiler = false) {
+    int read(const std::vector<std::string>& lines, bool no_profiler = false) {
         std::string content;
         for (const std::string& line : lines)
             content += line + "\n";
-        return readFile(file(content), noProfiler);
+        return read_file(file(content), no_profiler);
     }
-    int readFile(const std::string& path, bool noProfiler = false) {
-        return parseProfilerMONFile(&kernels, &tree, path, originalNames, extMems, noProfiler);
+    int read_file(const std::string& path, bool no_profiler = false) {
+        return parseProfilerMONFile(&kernels, &tree, path, original_names, ext_mems, no_profiler);
     }
     std::string file(const std::string& content) {
         const std::string path = m_dir.path("profile.mon");
-        writeFile(path, content);
+        write_file(path, content);
         return path;
     }
 
@@ -69,8 +69,8 @@ class RunFixture {
 
     ptree tree;
     std::map<std::string, TlyKernel*> kernels;
-    std::map<std::string, std::string> originalNames;
-    std::unordered_map<std::string, TlyExtMem*> extMems;
+    std::map<std::string, std::string> original_names;
+    std::unordered_map<std::string, TlyExtMem*> ext_mems;
 
   private:
     static std::string joined(const boost::property_tree::ptree& value) {

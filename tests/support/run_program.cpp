@@ -80,7 +80,7 @@ Outcome run_program(const std::filesystem::path& program, const std::vector<std:
     if (process == 0)
         become(program, pointers.data(), folder, output);
     const std::string status = status_text(wait_for(process));
-    return {readFile(output.path("out")), readFile(output.path("err")), status};
+    return {read_file(output.path("out")), read_file(output.path("err")), status};
 }
 
 PipeWriter::PipeWriter(const std::filesystem::path& path, const std::string& bytes) {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-inline std::string slowQuoted(const std::string& text) {
+inline std::string slow_quoted(const std::string& text) {
     std::string result = "\"";
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
@@ -38,9 +38,9 @@ inline std::string slowQuoted(const std::string& text) {
     return result + "\"";
 }
 
-inline std::string slowNode(const boost::property_tree::ptree& node, std::size_t depth) {
+inline std::string slow_node(const boost::property_tree::ptree& node, std::size_t depth) {
     if (depth > 0 && node.empty())
-        return slowQuoted(node.data());
+        return slow_quoted(node.data());
 
     bool array = depth > 0;
     for (const auto& [key, child] : node)
@@ -52,10 +52,10 @@ inline std::string slowNode(const boost::property_tree::ptree& node, std::size_t
     for (const auto& [key, child] : node) {
         result += inner;
         if (!array) {
-            result += slowQuoted(key) + ":";
+            result += slow_quoted(key) + ":";
             result += child.empty() ? " " : "\n" + inner;
         }
-        result += slowNode(child, depth + 1);
+        result += slow_node(child, depth + 1);
         ++written;
         if (written != node.size())
             result += ",";
@@ -64,6 +64,6 @@ inline std::string slowNode(const boost::property_tree::ptree& node, std::size_t
     return result + std::string(4 * depth, ' ') + (array ? "]" : "}");
 }
 
-inline std::string slowReport(const boost::property_tree::ptree& root) {
-    return slowNode(root, 0) + "\n";
+inline std::string slow_report(const boost::property_tree::ptree& root) {
+    return slow_node(root, 0) + "\n";
 }

@@ -10,7 +10,7 @@ inline constexpr bool has_digit_blocks = std::endian::native == std::endian::lit
 
 // The digits of a number below 10^8, leading zeros and all, the first one in the lowest byte: values of 0 to
 // 9, no characters.
-constexpr std::uint64_t digitsOf(std::uint32_t number) {
+constexpr std::uint64_t digits_of(std::uint32_t number) {
     // Halves of four digits, then quarters of two, then single ones, all of a kind divided by one
     // multiplication with a rounded reciprocal.
     const std::uint64_t halves = number / 10'000 | std::uint64_t{number % 10'000} << 32;
@@ -22,21 +22,21 @@ constexpr std::uint64_t digitsOf(std::uint32_t number) {
 
 inline constexpr std::uint64_t zero_characters = 0x3030'3030'3030'3030;
 
-inline void storeCharacters(char* out, std::uint64_t characters) {
+inline void store_characters(char* out, std::uint64_t characters) {
     std::memcpy(out, &characters, sizeof characters);
 }
 
 // Writes a number below 10^8 without leading zeros at `out`, which has room for 8 bytes, and gives the end.
-inline char* writeUpTo8Digits(char* out, std::uint32_t number) {
-    const std::uint64_t digits = digitsOf(number);
+inline char* write_up_to_8_digits(char* out, std::uint32_t number) {
+    const std::uint64_t digits = digits_of(number);
     constexpr std::uint64_t last_digit = std::uint64_t{1} << 56; // a zero is one digit, too
     const int leading = std::countr_zero(digits | last_digit) & ~7;
-    storeCharacters(out, (digits | zero_characters) >> leading);
+    store_characters(out, (digits | zero_characters) >> leading);
     return out + (64 - leading) / 8;
 }
 
-inline char* write8Digits(char* out, std::uint32_t number) {
-    storeCharacters(out, digitsOf(number) | zero_characters);
+inline char* write_8_digits(char* out, std::uint32_t number) {
+    store_characters(out, digits_of(number) | zero_characters);
     return out + 8;
 }
 
@@ -46,7 +46,7 @@ struct DigitRun {
     std::uint32_t value; // the number that they are; 0 if there are none
 };
 
-inline DigitRun readDigits(std::uint64_t characters) {
+inline DigitRun read_digits(std::uint64_t characters) {
     // A byte that is no digit keeps a bit in the upper half, or gets one from the addition.
     const std::uint64_t values = characters ^ zero_characters;
     const std::uint64_t others = (values | (values + 0x0606'0606'0606'0606)) & 0xF0F0'F0F0'F0F0'F0F0;

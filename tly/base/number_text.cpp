@@ -3,7 +3,7 @@
 #include <charconv>
 #include <limits>
 
-std::optional<long long> parseLongLong(std::string_view text) {
+std::optional<long long> parse_long_long(std::string_view text) {
     constexpr std::string_view white_space = " \t\n\v\f\r";
     text.remove_prefix(std::min(text.find_first_not_of(white_space), text.size()));
     if (text.starts_with('+')) {
@@ -18,11 +18,11 @@ std::optional<long long> parseLongLong(std::string_view text) {
     return value;
 }
 
-std::optional<int> parseInt(std::string_view text) {
-    return narrowToInt(parseLongLong(text));
+std::optional<int> parse_int(std::string_view text) {
+    return narrow_to_int(parse_long_long(text));
 }
 
-std::optional<int> narrowToInt(std::optional<long long> number) {
+std::optional<int> narrow_to_int(std::optional<long long> number) {
     if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max())
         return std::nullopt;
     return static_cast<int>(*number);

@@ -6,10 +6,10 @@
 
 // Leading white space and one sign are accepted, text behind the digits is ignored. Nothing is given where
 // std::stoll throws: for a text without a number at that place and for a number out of range.
-std::optional<long long> parseLongLong(std::string_view text);
+std::optional<long long> parse_long_long(std::string_view text);
 
 // The same with the range of int, as std::stoi has it.
-std::optional<int> parseInt(std::string_view text);
+std::optional<int> parse_int(std::string_view text);
 
 // The number as an int, if it is in range: std::stoi takes just the texts whose std::stoll is one.
-std::optional<int> narrowToInt(std::optional<long long> number);
+std::optional<int> narrow_to_int(std::optional<long long> number);

@@ -65,7 +65,7 @@ bool holds(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-void decodeOperation(std::string_view tag, ExtMemTag& result) {
+void decode_operation(std::string_view tag, ExtMemTag& result) {
     for (const OperationWord& row : operation_words) {
         if (holds(tag, row.word)) {
             result.op = row.op;
@@ -77,8 +77,8 @@ void decodeOperation(std::string_view tag, ExtMemTag& result) {
 
 // Reads a bank or port number; false, with the fault noted, if the text is none. Negative numbers index
 // nothing.
-bool decodeIndex(std::string_view text, ExtMemTag::Fault fault, int& index, ExtMemTag& result) {
-    const auto number = parseInt(text);
+bool decode_index(std::string_view text, ExtMemTag::Fault fault, int& index, ExtMemTag& result) {
+    const auto number = parse_int(text);
     if (!number || *number < 0) {
         result.fault = fault;
         result.fault_text = text;
@@ -90,12 +90,12 @@ bool decodeIndex(std::string_view text, ExtMemTag::Fault fault, int& index, ExtM
 
 } // namespace
 
-ExtMemTag decodeExtMemTag(std::string_view tag) {
+ExtMemTag decode_ext_mem_tag(std::string_view tag) {
     constexpr std::string_view function_word = "_function_";
     constexpr std::string_view bank_word = "_bank";
     constexpr std::string_view port_word = "_port";
     ExtMemTag result;
-    decodeOperation(tag, result);
+    decode_operation(tag, result);
 
     const std::size_t function = tag.find(function_word);
     const std::size_t bank = tag.find(bank_word);
@@ -112,12 +112,12 @@ ExtMemTag decodeExtMemTag(std::string_view tag) {
     const std::size_t name_begin = function + function_word.size();
     const std::size_t bank_begin = bank + bank_word.size();
     result.memory = tag.substr(name_begin, bank - name_begin);
-    if (decodeIndex(tag.substr(bank_begin, port - bank_begin), ExtMemTag::Fault::bank, result.bank, result))
-        decodeIndex(tag.substr(port + port_word.size()), ExtMemTag::Fault::port, result.port, result);
+    if (decode_index(tag.substr(bank_begin, port - bank_begin), ExtMemTag::Fault::bank, result.bank, result))
+        decode_index(tag.substr(port + port_word.size()), ExtMemTag::Fault::port, result.port, result);
     return result;
 }
 
-TagMeaning meaningOfTag(std::string_view tag, std::string_view totalCyclesTag) {
+TagMeaning meaning_of_tag(std::string_view tag, std::string_view total_cycles_tag) {
     using Target = TagMeaning::Target;
     TagMeaning result;
     const auto shared = Inst::CNT_SHARED_MAPPING.find(std::string(tag));
@@ -131,7 +131,7 @@ TagMeaning meaningOfTag(std::string_view tag, std::string_view totalCyclesTag) {
             return result;
         }
     }
-    if (tag == totalCyclesTag || tag == Inst::CNT_COUNT_FUNCTION_VFABRIC)
+    if (tag == total_cycles_tag || tag == Inst::CNT_COUNT_FUNCTION_VFABRIC)
         result.target = Target::total_cycles;
     else if (holds(tag, ext_mem_prefix))
         result.target = Target::ext_mem;

@@ -39,7 +39,7 @@ struct ExtMemTag {
 };
 
 // Takes apart a tag that holds "profile_extmem_".
-ExtMemTag decodeExtMemTag(std::string_view tag);
+ExtMemTag decode_ext_mem_tag(std::string_view tag);
 
 // Where the value of a tag goes.
 struct TagMeaning {
@@ -50,5 +50,5 @@ struct TagMeaning {
     SharedCounterTypes shared_type = SHARED_NONE; // the one kind of run with shared counters that has it
 };
 
-// `totalCyclesTag` is the tag that names the cycles of the instance's own function.
-TagMeaning meaningOfTag(std::string_view tag, std::string_view totalCyclesTag);
+// `total_cycles_tag` is the tag that names the cycles of the instance's own function.
+TagMeaning meaning_of_tag(std::string_view tag, std::string_view total_cycles_tag);

@@ -38,10 +38,10 @@ class LineBlock {
             out[i] = *value;
     }
     // Adds a counter of all lines to their sums.
-    void addColumn(std::size_t counter, long long* sums) const {
+    void add_column(std::size_t counter, long long* sums) const {
         const long long* value = m_values.data() + counter;
         for (std::size_t i = 0; i < m_size; ++i, value += m_num_counters)
-            sums[i] = wrappingSum(sums[i], *value);
+            sums[i] = wrapping_sum(sums[i], *value);
     }
 
   private:

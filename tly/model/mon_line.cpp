@@ -13,7 +13,7 @@ constexpr std::ptrdiff_t safe_digits = 18;
 
 // Reads the field that starts at `begin` and gives its end, the next comma or the end of the line. Nearly
 // all fields are a plain number of few digits, so that one pass over them finds the value and the end.
-const char* readField(const char* begin, const char* end, MonField& field) {
+const char* read_field(const char* begin, const char* end, MonField& field) {
     const char* position = begin;
     const bool negative = position != end && *position == '-';
     if (negative)
@@ -32,14 +32,14 @@ const char* readField(const char* begin, const char* end, MonField& field) {
         return position;
     }
     position = std::find(position, end, ',');
-    field = readMonField(std::string_view(begin, position));
+    field = read_mon_field(std::string_view(begin, position));
     return position;
 }
 
 } // namespace
 
-MonField readMonField(std::string_view text) {
-    const auto number = parseLongLong(text);
+MonField read_mon_field(std::string_view text) {
+    const auto number = parse_long_long(text);
     return {text, number.value_or(0), number.has_value()};
 }
 
@@ -52,7 +52,7 @@ bool PlainFields::digits(long long& value) {
     if (has_digit_blocks && m_end - m_position >= 8) {
         std::uint64_t characters;
         std::memcpy(&characters, m_position, sizeof characters);
-        const DigitRun run = readDigits(characters);
+        const DigitRun run = read_digits(characters);
         magnitude = run.value;
         m_position += run.length;
     }
@@ -77,7 +77,7 @@ bool PlainFields::text(std::string_view& text) {
     return true;
 }
 
-bool PlainFields::lastNumbers(long long* values, std::size_t count) {
+bool PlainFields::last_numbers(long long* values, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         if (!digits(values[i]) || (i + 1 < count && !comma()))
             return false;
@@ -90,7 +90,7 @@ void MonLine::split(std::string_view line) {
     const char* const end = position + line.size();
     m_fields.clear();
     while (true) {
-        position = readField(position, end, m_fields.emplace_back());
+        position = read_field(position, end, m_fields.emplace_back());
         if (position == end)
             return;
         ++position;

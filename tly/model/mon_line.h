@@ -17,7 +17,7 @@ struct MonField {
 };
 
 // The field that a text stands for, commas and all.
-MonField readMonField(std::string_view text);
+MonField read_mon_field(std::string_view text);
 
 // Reads the front of a line piece by piece, as long as it is what nearly all lines are: plain numbers of up
 // to 18 digits. A piece that is anything else ends the reading; then the line has to be split.
@@ -25,13 +25,13 @@ class PlainFields {
   public:
     explicit PlainFields(std::string_view line) : m_position(line.data()), m_end(line.data() + line.size()) {}
 
-    bool atSign() const { return m_position != m_end && *m_position == '-'; }
+    bool at_sign() const { return m_position != m_end && *m_position == '-'; }
     // Reads a number and the comma behind it; false if that isn't what stands there.
     bool number(long long& value) { return digits(value) && comma(); }
     // Reads a text up to the comma behind it, which has to be there.
     bool text(std::string_view& text);
     // Reads the last fields of the line, just as many numbers as are wanted.
-    bool lastNumbers(long long* values, std::size_t count);
+    bool last_numbers(long long* values, std::size_t count);
 
   private:
     bool digits(long long& value);

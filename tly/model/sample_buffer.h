@@ -47,7 +47,7 @@ class SampleBuffer {
     void push_back(T value) { append(&value, 1); }
     void append(const T* values, std::size_t count) {
         if constexpr (can_be_narrow) {
-            if (!m_wide && !allNarrow(values, count))
+            if (!m_wide && !all_narrow(values, count))
                 widen(count);
         }
         reserve(count);
@@ -63,10 +63,10 @@ class SampleBuffer {
             std::memcpy(m_bytes + m_size * sizeof(T), values, count * sizeof(T));
         m_size += count;
     }
-    void appendZeros(std::size_t count) {
+    void append_zeros(std::size_t count) {
         reserve(count);
         if (count != 0)
-            std::memset(m_bytes + m_size * valueSize(), 0, count * valueSize());
+            std::memset(m_bytes + m_size * value_size(), 0, count * value_size());
         m_size += count;
     }
     // Leaves the first `size` values, of which there are as many or more. The memory is kept.
@@ -76,15 +76,15 @@ class SampleBuffer {
     static constexpr bool can_be_narrow = std::is_same_v<T, long long>;
     using Narrow = std::int32_t;
 
-    static bool isNarrow(T value) { return static_cast<T>(static_cast<Narrow>(value)) == value; }
-    static bool allNarrow(const T* values, std::size_t count) {
+    static bool is_narrow(T value) { return static_cast<T>(static_cast<Narrow>(value)) == value; }
+    static bool all_narrow(const T* values, std::size_t count) {
         unsigned different = 0;
         for (std::size_t i = 0; i < count; ++i)
-            different |= isNarrow(values[i]) ? 0u : 1u;
+            different |= is_narrow(values[i]) ? 0u : 1u;
         return different == 0;
     }
 
-    std::size_t valueSize() const { return can_be_narrow && !m_wide ? sizeof(Narrow) : sizeof(T); }
+    std::size_t value_size() const { return can_be_narrow && !m_wide ? sizeof(Narrow) : sizeof(T); }
     template <class Stored>
     Stored at(std::size_t index) const {
         Stored value;
@@ -103,7 +103,7 @@ class SampleBuffer {
     void grow(std::size_t capacity) {
         auto* const bytes = capacity > std::numeric_limits<std::size_t>::max() / sizeof(T)
                                 ? nullptr
-                                : static_cast<char*>(std::realloc(m_bytes, capacity * valueSize()));
+                                : static_cast<char*>(std::realloc(m_bytes, capacity * value_size()));
         if (!bytes)
             throw std::bad_alloc();
         m_bytes = bytes;

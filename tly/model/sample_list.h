@@ -72,26 +72,26 @@ class SampleList {
     }
 
     void push_back(T value) {
-        if (isZero(value))
+        if (is_zero(value))
             ++m_size;
         else
             store(&value, 1);
     }
     void append(const T* values, std::size_t count) {
         std::size_t num_stored = count;
-        while (num_stored != 0 && isZero(values[num_stored - 1]))
+        while (num_stored != 0 && is_zero(values[num_stored - 1]))
             --num_stored;
         if (num_stored != 0)
             store(values, num_stored);
         m_size += count - num_stored;
     }
-    void appendZeros(std::size_t count) { m_size += count; }
+    void append_zeros(std::size_t count) { m_size += count; }
     // Replaces the last value of a list that is not empty.
     void set_back(T value) {
         --m_size;
         if (m_size < m_stored) {
             --m_stored;
-            ownValues();
+            own_values();
         }
         push_back(value);
     }
@@ -111,7 +111,7 @@ class SampleList {
 
   private:
     // A negative zero is written as "-0", so it is no zero here.
-    static bool isZero(T value) {
+    static bool is_zero(T value) {
         if constexpr (std::is_same_v<T, float>)
             return std::bit_cast<std::uint32_t>(value) == 0;
         else
@@ -122,16 +122,16 @@ class SampleList {
         if (!m_values)
             m_values = std::make_shared<SampleBuffer<T>>();
         else if (m_values->size() != m_stored) // a copy has grown since: leave its values alone
-            ownValues();
+            own_values();
         if (m_stored != m_size)
-            m_values->appendZeros(m_size - m_stored);
+            m_values->append_zeros(m_size - m_stored);
         m_values->append(values, count);
         m_size += count;
         m_stored = m_size;
     }
 
     // Leaves just the stored values in the storage, which is one of its own where others share it.
-    void ownValues() {
+    void own_values() {
         if (m_values.use_count() == 1) {
             m_values->cut(m_stored);
             return;

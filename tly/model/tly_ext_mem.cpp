@@ -8,7 +8,7 @@ ExtMemCounts::Samples* ExtMemCounts::samples(ExtMemOpType op, int bank, int port
     return &m_ports[static_cast<std::size_t>(op)][{bank, port}];
 }
 
-const ExtMemCounts::Samples* ExtMemCounts::findSamples(ExtMemOpType op, int bank, int port) const {
+const ExtMemCounts::Samples* ExtMemCounts::find_samples(ExtMemOpType op, int bank, int port) const {
     if (op < EXT_MEM_READ || op > EXT_MEM_WRITE_BURST)
         return nullptr;
     const Ports& ports = m_ports[static_cast<std::size_t>(op)];
@@ -20,7 +20,7 @@ void ExtMemCounts::record(Samples& samples, long long value, bool push) {
     if (push)
         samples.push_back(value);
     else if (!samples.empty())
-        samples.set_back(wrappingSum(samples.back(), value));
+        samples.set_back(wrapping_sum(samples.back(), value));
 }
 
 void ExtMemCounts::updateCount(ExtMemOpType op, int bank, int port, long long value, bool push) {
@@ -29,21 +29,21 @@ void ExtMemCounts::updateCount(ExtMemOpType op, int bank, int port, long long va
 }
 
 std::vector<long long> ExtMemCounts::getCount(ExtMemOpType op, int bank, int port) const {
-    const Samples* found = findSamples(op, bank, port);
+    const Samples* found = find_samples(op, bank, port);
     return found ? found->to_vector() : std::vector<long long>();
 }
 
-TlyExtMemInterface::TlyExtMemInterface(std::string name, unsigned int dataWidth,
+TlyExtMemInterface::TlyExtMemInterface(std::string name, unsigned int data_width,
                                        std::vector<std::string> ports)
-    : m_name(std::move(name)), m_data_width(dataWidth), m_ports(std::move(ports)) {
+    : m_name(std::move(name)), m_data_width(data_width), m_ports(std::move(ports)) {
 }
 
-TlyExtMem::TlyExtMem(std::string name, float maxBandwidth)
-    : m_name(std::move(name)), m_max_bandwidth(maxBandwidth) {
+TlyExtMem::TlyExtMem(std::string name, float max_bandwidth)
+    : m_name(std::move(name)), m_max_bandwidth(max_bandwidth) {
 }
 
-void TlyExtMem::add_interface(std::string name, unsigned int dataWidth, std::vector<std::string> ports) {
-    m_interfaces.push_back(new TlyExtMemInterface(std::move(name), dataWidth, std::move(ports)));
+void TlyExtMem::add_interface(std::string name, unsigned int data_width, std::vector<std::string> ports) {
+    m_interfaces.push_back(new TlyExtMemInterface(std::move(name), data_width, std::move(ports)));
 }
 
 const TlyExtMemInterface& TlyExtMem::interface(int i) const {

@@ -27,7 +27,7 @@ class ExtMemCounts {
     // does. Null for numbers that record nothing.
     Samples* samples(ExtMemOpType op, int bank, int port);
     // The same list for reading, null if there is none.
-    const Samples* findSamples(ExtMemOpType op, int bank, int port) const;
+    const Samples* find_samples(ExtMemOpType op, int bank, int port) const;
 
     // What updateCount does with the list of a port.
     static void record(Samples& samples, long long value, bool push);
@@ -41,8 +41,8 @@ class ExtMemCounts {
 // An interface of an external memory, and the names of its ports.
 class TlyExtMemInterface {
   public:
-    // `dataWidth` is in bits.
-    TlyExtMemInterface(std::string name, unsigned int dataWidth, std::vector<std::string> ports);
+    // `data_width` is in bits.
+    TlyExtMemInterface(std::string name, unsigned int data_width, std::vector<std::string> ports);
 
     std::string getName() const { return m_name; }
     int getDataWidth() const { return static_cast<int>(m_data_width); }
@@ -59,12 +59,12 @@ class TlyExtMemInterface {
 // A global memory of the board. Its interfaces are never freed: memories live as long as the run.
 class TlyExtMem {
   public:
-    // `maxBandwidth` is in megabytes a second.
-    TlyExtMem(std::string name, float maxBandwidth);
+    // `max_bandwidth` is in megabytes a second.
+    TlyExtMem(std::string name, float max_bandwidth);
 
     std::string get_name() const { return m_name; }
 
-    void add_interface(std::string name, unsigned int dataWidth, std::vector<std::string> ports);
+    void add_interface(std::string name, unsigned int data_width, std::vector<std::string> ports);
     int get_num_interfaces() const { return static_cast<int>(m_interfaces.size()); }
     // These throw std::out_of_range beyond the end of either list.
     std::string get_interface_name(int i) const;

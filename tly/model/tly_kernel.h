@@ -85,13 +85,13 @@ class TlyKernel {
 
     // The report node of the current invocation. A memory that the board doesn't list is told on standard
     // error and left out. With `reset` the kernel is reset behind it.
-    ptree getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems);
+    ptree getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
     // Tells a sink what that node consists of.
-    void tellNode(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems);
+    void write_node(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
 
   private:
-    void tellExtMems(ReportSink& children, const TlyModuleInst& wrapper,
-                     const std::unordered_map<std::string, TlyExtMem*>& extMems) const;
+    void write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
+                        const std::unordered_map<std::string, TlyExtMem*>& ext_mems) const;
 
     std::string m_name;
     std::string m_original_name;

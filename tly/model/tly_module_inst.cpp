@@ -25,13 +25,13 @@ const std::unordered_map<std::string, SharedCounterTypes> TlyModuleInst::CNT_SHA
 namespace {
 
 template <class T>
-int sizeOf(const std::vector<T>& list) {
+int size_of(const std::vector<T>& list) {
     return static_cast<int>(list.size());
 }
 
 // The entry at i, or `outside` for an index that the list doesn't have.
 template <class Result, class T>
-Result entryOr(const std::vector<T>& list, int i, Result outside) {
+Result entry_or(const std::vector<T>& list, int i, Result outside) {
     const auto index = static_cast<std::size_t>(i); // a negative index is beyond every list
     return index < list.size() ? static_cast<Result>(list[index]) : outside;
 }
@@ -39,20 +39,20 @@ Result entryOr(const std::vector<T>& list, int i, Result outside) {
 } // namespace
 
 TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string function,
-                             std::string memoryType, std::string rw, std::string lsuType,
-                             std::string globalMemName, std::string byteWidth, std::string memoryOpt,
-                             bool autorun, int numComputeUnits, bool compiledSharedCounters)
+                             std::string memory_type, std::string rw, std::string lsu_type,
+                             std::string global_mem_name, std::string byte_width, std::string memory_opt,
+                             bool autorun, int num_compute_units, bool compiledSharedCounters)
     : m_name(std::move(name)),
       m_module(std::move(module)),
-      m_attr_memory_type(std::move(memoryType)),
+      m_attr_memory_type(std::move(memory_type)),
       m_attr_rw(std::move(rw)),
-      m_attr_lsu_type(std::move(lsuType)),
-      m_attr_global_mem_name(std::move(globalMemName)),
-      m_attr_byte_width(std::move(byteWidth)),
-      m_attr_memory_opt(std::move(memoryOpt)),
+      m_attr_lsu_type(std::move(lsu_type)),
+      m_attr_global_mem_name(std::move(global_mem_name)),
+      m_attr_byte_width(std::move(byte_width)),
+      m_attr_memory_opt(std::move(memory_opt)),
       m_function(std::move(function)),
       m_autorun(autorun),
-      m_num_compute_units(numComputeUnits),
+      m_num_compute_units(num_compute_units),
       m_compiled_shared_counters(compiledSharedCounters),
       m_total_cycles_tag("clock_" + m_function + "_function") {
     reset();
@@ -75,46 +75,46 @@ void TlyModuleInst::addColNum(int column) {
     m_col_nums.push_back(column);
 }
 
-void TlyModuleInst::addIsCallsite(bool isCallsite) {
-    m_is_callsite.push_back(isCallsite);
+void TlyModuleInst::addIsCallsite(bool is_callsite) {
+    m_is_callsite.push_back(is_callsite);
 }
 
 int TlyModuleInst::getNumFilenames() const {
-    return sizeOf(m_filenames);
+    return size_of(m_filenames);
 }
 
 int TlyModuleInst::getNumLines() const {
-    return sizeOf(m_lines);
+    return size_of(m_lines);
 }
 
 int TlyModuleInst::getNumCols() const {
-    return sizeOf(m_col_nums);
+    return size_of(m_col_nums);
 }
 
 std::string TlyModuleInst::getFileName(int i) const {
-    return entryOr(m_filenames, i, std::string());
+    return entry_or(m_filenames, i, std::string());
 }
 
 int TlyModuleInst::getLine(int i) const {
-    return entryOr(m_lines, i, -1);
+    return entry_or(m_lines, i, -1);
 }
 
 int TlyModuleInst::getColNum(int i) const {
-    return entryOr(m_col_nums, i, -1);
+    return entry_or(m_col_nums, i, -1);
 }
 
 int TlyModuleInst::getIsCallsite(int i) const {
-    return entryOr(m_is_callsite, i, -1);
+    return entry_or(m_is_callsite, i, -1);
 }
 
-void TlyModuleInst::addPortTag(std::string tag, int offset, int compUnit) {
-    const TagMeaning meaning = meaningOfTag(tag, m_total_cycles_tag);
+void TlyModuleInst::addPortTag(std::string tag, int offset, int comp_unit) {
+    const TagMeaning meaning = meaning_of_tag(tag, m_total_cycles_tag);
     activate(meaning);
     if (meaning.target == TagMeaning::Target::total_cycles)
         m_total_cycles_offset = offset;
     if (meaning.target == TagMeaning::Target::ext_mem)
-        m_ext_mem_ports.push_back({decodeExtMemTag(tag)});
-    m_ports.push_back({std::move(tag), offset, compUnit, meaning, m_ext_mem_ports.size() - 1});
+        m_ext_mem_ports.push_back({decode_ext_mem_tag(tag)});
+    m_ports.push_back({std::move(tag), offset, comp_unit, meaning, m_ext_mem_ports.size() - 1});
 }
 
 void TlyModuleInst::updateAutorunOffsets(int delta) {
@@ -127,15 +127,15 @@ void TlyModuleInst::updateAutorunOffsets(int delta) {
 }
 
 int TlyModuleInst::getNPorts() const {
-    return sizeOf(m_ports);
+    return size_of(m_ports);
 }
 
 int TlyModuleInst::getNTags() const {
-    return sizeOf(m_ports);
+    return size_of(m_ports);
 }
 
 int TlyModuleInst::getPortTagSize() const {
-    return sizeOf(m_ports);
+    return size_of(m_ports);
 }
 
 std::vector<int> TlyModuleInst::getPortTagOffsets() const {
@@ -222,10 +222,10 @@ long long TlyModuleInst::sample(Counter counter, int i) const {
 }
 
 std::vector<long long> TlyModuleInst::getTotalCycles() const {
-    return totalCycles().to_vector();
+    return total_cycles().to_vector();
 }
 
-TlyModuleInst::Samples TlyModuleInst::totalCycles() const {
+TlyModuleInst::Samples TlyModuleInst::total_cycles() const {
     if (m_function_cycles)
         return *m_function_cycles;
     const auto found = m_total_cycles.find(m_function);
@@ -237,7 +237,7 @@ TlyModuleInst::Samples TlyModuleInst::totalCycles() const {
 
 float TlyModuleInst::getStallPercentage() const {
     const Samples& stalls = samples(Counter::ext_stall);
-    const Samples cycles = totalCycles();
+    const Samples cycles = total_cycles();
     ZAN_CONTRACT(!stalls.empty(), "!stalls.empty()");
     ZAN_CONTRACT(!cycles.empty(), "!cycles.empty()");
     const double share = static_cast<double>(stalls.back()) * 10000.0 / static_cast<double>(cycles.back());
@@ -248,7 +248,7 @@ long long TlyModuleInst::getCsvTotalCycles(std::string* fields, int count) {
     if (m_total_cycles_offset < 0 || m_total_cycles_offset >= count)
         return -1;
     const std::string& field = fields[m_total_cycles_offset];
-    const auto cycles = parseLongLong(field);
+    const auto cycles = parse_long_long(field);
     if (!cycles)
         m_invalid_values.push_back(field + "." + INV_CYCLE);
     return cycles.value_or(-2);
@@ -277,29 +277,29 @@ int TlyModuleInst::getNumExtMems() const {
     return static_cast<int>(m_ext_mem_counts.size());
 }
 
-TlyModuleInst::Samples TlyModuleInst::extMemSamples(ExtMemOpType op, const std::string& memName, int bank,
-                                                    int port) const {
-    const auto memory = m_ext_mem_counts.find(memName);
+TlyModuleInst::Samples TlyModuleInst::ext_mem_samples(ExtMemOpType op, const std::string& mem_name, int bank,
+                                                      int port) const {
+    const auto memory = m_ext_mem_counts.find(mem_name);
     if (memory == m_ext_mem_counts.end())
         return {};
-    const Samples* found = memory->second->findSamples(op, bank, port);
+    const Samples* found = memory->second->find_samples(op, bank, port);
     return found ? *found : Samples();
 }
 
-std::vector<long long> TlyModuleInst::getNumExtReads(const std::string& memName, int bank, int port) const {
-    return extMemSamples(EXT_MEM_READ, memName, bank, port).to_vector();
+std::vector<long long> TlyModuleInst::getNumExtReads(const std::string& mem_name, int bank, int port) const {
+    return ext_mem_samples(EXT_MEM_READ, mem_name, bank, port).to_vector();
 }
 
-std::vector<long long> TlyModuleInst::getNumExtWrites(const std::string& memName, int bank, int port) const {
-    return extMemSamples(EXT_MEM_WRITE, memName, bank, port).to_vector();
+std::vector<long long> TlyModuleInst::getNumExtWrites(const std::string& mem_name, int bank, int port) const {
+    return ext_mem_samples(EXT_MEM_WRITE, mem_name, bank, port).to_vector();
 }
 
-std::vector<long long> TlyModuleInst::getNumExtReadBurstStarts(const std::string& memName, int bank,
+std::vector<long long> TlyModuleInst::getNumExtReadBurstStarts(const std::string& mem_name, int bank,
                                                                int port) const {
-    return extMemSamples(EXT_MEM_READ_BURST, memName, bank, port).to_vector();
+    return ext_mem_samples(EXT_MEM_READ_BURST, mem_name, bank, port).to_vector();
 }
 
-std::vector<long long> TlyModuleInst::getNumExtWriteBurstStarts(const std::string& memName, int bank,
+std::vector<long long> TlyModuleInst::getNumExtWriteBurstStarts(const std::string& mem_name, int bank,
                                                                 int port) const {
-    return extMemSamples(EXT_MEM_WRITE_BURST, memName, bank, port).to_vector();
+    return ext_mem_samples(EXT_MEM_WRITE_BURST, mem_name, bank, port).to_vector();
 }

@@ -61,8 +61,8 @@ class TlyModuleInst {
     inline static const std::string INV_CYCLE = "cycle";
     inline static const std::string INV_COUNTER = "counter";
 
-    // The shape of external memory port tags. Nothing evaluates these texts: decodeExtMemTag takes tags apart
-    // by substring searches, which accept more than the expressions do.
+    // The shape of external memory port tags. Nothing evaluates these texts: decode_ext_mem_tag takes tags
+    // apart by substring searches, which accept more than the expressions do.
     inline static const std::string CNT_EXT_MEM_READ_VALID_REGEX =
         "profile_extmem_\\w+_function[_]?(\\w*)_bank(\\d+)_port(\\d+)_read_data_inc_en_\\w+";
     inline static const std::string CNT_EXT_MEM_WRITE_VALID_REGEX =
@@ -75,10 +75,10 @@ class TlyModuleInst {
     // Which kind of run with shared counters measures a tag. Tags that aren't here are measured in every run.
     static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING;
 
-    // `byteWidth` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
-    TlyModuleInst(std::string name, std::string module, std::string function, std::string memoryType,
-                  std::string rw, std::string lsuType, std::string globalMemName, std::string byteWidth,
-                  std::string memoryOpt, bool autorun, int numComputeUnits, bool compiledSharedCounters);
+    // `byte_width` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
+    TlyModuleInst(std::string name, std::string module, std::string function, std::string memory_type,
+                  std::string rw, std::string lsu_type, std::string global_mem_name, std::string byte_width,
+                  std::string memory_opt, bool autorun, int num_compute_units, bool compiledSharedCounters);
     TlyModuleInst(const TlyModuleInst&) = delete;
     TlyModuleInst& operator=(const TlyModuleInst&) = delete;
     ~TlyModuleInst();
@@ -107,7 +107,7 @@ class TlyModuleInst {
     void addFilename(std::string filename);
     void addLine(int line);
     void addColNum(int column);
-    void addIsCallsite(bool isCallsite);
+    void addIsCallsite(bool is_callsite);
     int getNumFilenames() const;
     int getNumLines() const;
     int getNumCols() const;
@@ -119,7 +119,7 @@ class TlyModuleInst {
     int getIsCallsite(int i) const;
 
     // Adds a counter: its tag, the 0-based index of its field in a monitor line, its compute unit.
-    void addPortTag(std::string tag, int offset, int compUnit);
+    void addPortTag(std::string tag, int offset, int comp_unit);
     // Moves the counters of an autorun instance behind those of other kernels on the same line.
     void updateAutorunOffsets(int delta);
     int getNPorts() const;
@@ -138,28 +138,28 @@ class TlyModuleInst {
     void addHasShared(int count) { m_num_has_shared += count; }
     int getNumHasShared() const { return m_num_has_shared; }
 
-    // Takes the instance's counters out of a line. `compUnit` -1 reads the counters of all compute units.
+    // Takes the instance's counters out of a line. `comp_unit` -1 reads the counters of all compute units.
     // With `push` the values make a sample of their own. `type` is what a run with shared counters measured.
     // A value that is no number, or a field that the line doesn't have, is told on standard error, remembered
     // in getInvalidValues() and counted as -1. Gives -1 if there was one, else 0.
-    int updateCounters(std::span<const MonField> fields, int compUnit, bool push, SharedCounterTypes type,
-                       int lineNumber);
-    // The same, with `push`, for a block of lines, whose counters start at the field `firstCounter`. The
+    int updateCounters(std::span<const MonField> fields, int comp_unit, bool push, SharedCounterTypes type,
+                       int line_number);
+    // The same, with `push`, for a block of lines, whose counters start at the field `first_counter`. The
     // instance must be able to take the block, and `type` be the same on all lines.
-    void updateCounters(const LineBlock& lines, int firstCounter, int compUnit, SharedCounterTypes type);
+    void updateCounters(const LineBlock& lines, int first_counter, int comp_unit, SharedCounterTypes type);
     // Whether decoding a block gives just what decoding its lines one after the other would: each counter is
     // on the line, nothing has to be told, and no two of them make samples of one list.
-    bool canTakeBlocks(int firstCounter, std::size_t numCounters, int compUnit) const;
-    // The same for a list of texts. `lineLength` is not used.
-    int updateCounters(std::vector<std::string> tokens, int compUnit, int lineLength, bool push,
-                       SharedCounterTypes type, int lineNumber);
+    bool can_take_blocks(int first_counter, std::size_t counters_on_line, int comp_unit) const;
+    // The same for a list of texts. `line_length` is not used.
+    int updateCounters(std::vector<std::string> tokens, int comp_unit, int line_length, bool push,
+                       SharedCounterTypes type, int line_number);
     // Applies one value to the line in progress. Unknown tags are ignored, faulty external memory tags told
     // on standard error.
     void updateSingleCounter(const std::string& tag, long long value, bool push);
     // Records a value of an external memory port. A negative number is told on standard error and records
     // nothing.
-    void updateExtMemCounter(const std::string& memName, ExtMemOpType op, int bank, int port, long long value,
-                             bool push);
+    void updateExtMemCounter(const std::string& mem_name, ExtMemOpType op, int bank, int port,
+                             long long value, bool push);
 
     // The life of a sample: accumulators to zero; all of them onto the sample lists. reset() also empties the
     // lists and flags, the function's total cycles, and the external memories; tags and attributes stay.
@@ -205,11 +205,11 @@ class TlyModuleInst {
     // and gives an empty list.
     std::vector<long long> getTotalCycles() const;
     // The same list, sharing its storage.
-    Samples totalCycles() const;
+    Samples total_cycles() const;
     // There is such a list, empty or not; once there, it stays.
-    bool hasTotalCycles() const { return m_function_cycles || m_total_cycles.contains(m_function); }
+    bool has_total_cycles() const { return m_function_cycles || m_total_cycles.contains(m_function); }
     // One of its counters in the compute unit counts cycles of the function.
-    bool countsTotalCycles(int compUnit) const;
+    bool counts_total_cycles(int comp_unit) const;
     // The share of the last sample's cycles that were stalls, in percent, rounded up at two decimals. There
     // must be a sample.
     float getStallPercentage() const;
@@ -227,12 +227,12 @@ class TlyModuleInst {
     // them, and the samples of a port, empty if there are none.
     std::vector<std::string> getExtMemNames() const;
     int getNumExtMems() const;
-    std::vector<long long> getNumExtReads(const std::string& memName, int bank, int port) const;
-    std::vector<long long> getNumExtWrites(const std::string& memName, int bank, int port) const;
-    std::vector<long long> getNumExtReadBurstStarts(const std::string& memName, int bank, int port) const;
-    std::vector<long long> getNumExtWriteBurstStarts(const std::string& memName, int bank, int port) const;
+    std::vector<long long> getNumExtReads(const std::string& mem_name, int bank, int port) const;
+    std::vector<long long> getNumExtWrites(const std::string& mem_name, int bank, int port) const;
+    std::vector<long long> getNumExtReadBurstStarts(const std::string& mem_name, int bank, int port) const;
+    std::vector<long long> getNumExtWriteBurstStarts(const std::string& mem_name, int bank, int port) const;
     // The same samples, sharing their storage.
-    Samples extMemSamples(ExtMemOpType op, const std::string& memName, int bank, int port) const;
+    Samples ext_mem_samples(ExtMemOpType op, const std::string& mem_name, int bank, int port) const;
 
   private:
     // An external memory tag and the list that its values go to, looked up with the first value since a
@@ -251,14 +251,14 @@ class TlyModuleInst {
 
     long long sample(Counter counter, int i) const;
     void activate(const TagMeaning& meaning);
-    void markInvalid(std::string_view text, int lineNumber);
-    void addValue(const TagMeaning& meaning, long long value);
-    void noteCounter(Counter counter);
+    void mark_invalid(std::string_view text, int line_number);
+    void add_value(const TagMeaning& meaning, long long value);
+    void note_counter(Counter counter);
     struct Columns;
-    void decodeColumn(const PortCounter& port, const LineBlock& lines, std::size_t column, Columns& columns);
-    void pushColumns(const Columns& columns, std::size_t count);
-    void recordExtMem(ExtMemPort& port, long long value, bool push);
-    Samples* extMemList(const std::string& memName, ExtMemOpType op, int bank, int port);
+    void decode_column(const PortCounter& port, const LineBlock& lines, std::size_t column, Columns& columns);
+    void push_columns(const Columns& columns, std::size_t count);
+    void record_ext_mem(ExtMemPort& port, long long value, bool push);
+    Samples* ext_mem_list(const std::string& mem_name, ExtMemOpType op, int bank, int port);
 
     // Per function name; entries are made with the first sample and stay for good.
     inline static std::unordered_map<std::string, Samples> m_total_cycles;

@@ -17,7 +17,7 @@ using zan::board::GlobalMemConfig;
 using zan::board::Interface;
 
 // Ends the process as a read through a null pointer would, whoever has taken, ignored or blocked that signal.
-[[noreturn]] void endBySegmentationFault() {
+[[noreturn]] void end_by_segmentation_fault() {
     std::signal(SIGSEGV, SIG_DFL);
     sigset_t fault;
     sigemptyset(&fault);
@@ -28,7 +28,7 @@ using zan::board::Interface;
     std::abort();
 }
 
-std::vector<std::string> portNames(const Interface& intf) {
+std::vector<std::string> port_names(const Interface& intf) {
     std::vector<std::string> names;
     for (unsigned int i = 0; i < intf.get_num_ports(); ++i)
         names.push_back(intf.get_port_name(i));
@@ -42,13 +42,13 @@ struct MemoryMaps {
 };
 
 // Makes the memory that counters refer to. All of its interfaces have one burst count.
-TlyExtMem* makeExtMem(const GlobalMemConfig& described, MemoryMaps& maps) {
+TlyExtMem* make_ext_mem(const GlobalMemConfig& described, MemoryMaps& maps) {
     const std::string& name = described.get_name();
     maps.max_bandwidths[name] = described.get_max_bandwidth();
     auto* memory = new TlyExtMem(name, described.get_max_bandwidth());
     for (unsigned int i = 0; i < described.get_num_intfs(); ++i) {
         const Interface& intf = described.get_intf(i);
-        memory->add_interface(intf.get_name(), intf.get_data_width(), portNames(intf));
+        memory->add_interface(intf.get_name(), intf.get_data_width(), port_names(intf));
     }
     if (described.get_num_intfs() > 0) {
         maps.max_burst_counts[name] = described.get_max_burst_count();
@@ -59,13 +59,13 @@ TlyExtMem* makeExtMem(const GlobalMemConfig& described, MemoryMaps& maps) {
 
 } // namespace
 
-int parseBoardXMLFile(ptree* tree, const char* packagePath,
-                      std::unordered_map<std::string, TlyExtMem*>& extMems) {
-    Package package(packagePath);
-    return parseBoard(*tree, package, extMems);
+int parseBoardXMLFile(ptree* tree, const char* package_path,
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+    Package package(package_path);
+    return parse_board(*tree, package, ext_mems);
 }
 
-int parseBoard(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     const PackageSection section = package.read(".zan.board_spec.xml");
     if (!section.text) {
         diagnose("Error: unable to get board xml zanx section\n");
@@ -74,12 +74,12 @@ int parseBoard(ptree& tree, Package& package, std::unordered_map<std::string, Tl
     const std::unique_ptr<BoardSpec> spec(BoardSpecXmlLoader(false, false).load_xml(section.text.get()));
     // Callers know a board that can't be loaded by this end; what is wrong with it is told nowhere.
     if (!spec)
-        endBySegmentationFault();
+        end_by_segmentation_fault();
     MemoryMaps maps;
     for (const auto& described : spec->get_global_mem_configs()) {
         // A second memory of a name is in the maps, but the first one keeps its place; the second belongs to
         // nobody, and lives as long as the run.
-        if (!extMems.try_emplace(described->get_name(), makeExtMem(*described, maps)).second)
+        if (!ext_mems.try_emplace(described->get_name(), make_ext_mem(*described, maps)).second)
             diagnose(
                 "Warning: trying to insert new global memory object with a name that already belongs to "
                 "an existing global memory. Global memory names must be unique\n");

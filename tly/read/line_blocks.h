@@ -28,7 +28,7 @@ inline constexpr int first_counter_field = 7;
 inline constexpr int read_compute_unit = 0;
 
 // The shared counter type that a line's number stands for.
-SharedCounterTypes sharedTypeOf(long long number);
+SharedCounterTypes shared_type_of(long long number);
 
 // The kernel of a line, and the instances and kernels that its counters go to.
 struct Receiver {
@@ -46,10 +46,10 @@ struct Receiver {
 };
 
 // Notes a line's times and ids. Its counters come separately.
-void recordHead(TlyKernel& kernel, const LineHead& head);
+void record_head(TlyKernel& kernel, const LineHead& head);
 
 // Gives the kernels the cycles of their instances' functions, behind a line's counters.
-void updateTotalCycles(const Receiver& receiver);
+void update_total_cycles(const Receiver& receiver);
 
 // The lines of each kernel that wait to be decoded together. A line is taken if it is all numbers and is the
 // next sample of an invocation that is open; then nothing has to be told about it, and it makes no difference
@@ -63,11 +63,11 @@ class MonitorBlocks {
     bool add(std::string_view line);
     // Tells that a line of a kernel has been read on its own: further ones, with as many counters, may be
     // taken. `name` is that of the line.
-    void open(std::string_view name, const Receiver& receiver, std::size_t numCounters);
+    void open(std::string_view name, const Receiver& receiver, std::size_t num_counters);
 
     // Decodes the lines that go to any of the receiver's kernels.
     void decode(const Receiver& receiver);
-    void decodeAll();
+    void decode_all();
 
   private:
     struct Block {
@@ -82,13 +82,13 @@ class MonitorBlocks {
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
 
-    bool canDecodeTogether(const Receiver& receiver, std::size_t numCounters);
-    void findSharedFunctions();
+    bool can_decode_together(const Receiver& receiver, std::size_t num_counters);
+    void find_shared_functions();
     void enter(Block& block);
-    static void decodeLines(Block& block);
+    static void decode_lines(Block& block);
 
     const std::map<std::string, TlyKernel*>& m_kernels;
-    static bool isShared(const Receiver& receiver);
+    static bool shares_instances(const Receiver& receiver);
 
     // Null for kernels whose lines are read on their own.
     std::unordered_map<const TlyKernel*, std::unique_ptr<Block>> m_blocks;

@@ -23,7 +23,7 @@ LineReader::~LineReader() {
 
 // Moves the bytes at hand to the front of a buffer that has room behind them. What isn't read into is never
 // touched.
-void LineReader::makeRoom() {
+void LineReader::make_room() {
     const std::size_t size = m_end - m_begin;
     if (m_capacity - size < block_size / 2) {
         const std::size_t capacity = m_capacity + std::max(m_capacity, block_size);
@@ -42,7 +42,7 @@ void LineReader::makeRoom() {
 bool LineReader::fill() {
     if (m_at_end || !is_open())
         return false;
-    makeRoom();
+    make_room();
     ssize_t count = 0;
     do {
         count = ::read(m_fd, m_buffer.get() + m_end, m_capacity - m_end);

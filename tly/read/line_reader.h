@@ -22,7 +22,7 @@ class LineReader {
     bool next(std::string_view& line);
 
   private:
-    void makeRoom();
+    void make_room();
     bool fill();
 
     int m_fd;

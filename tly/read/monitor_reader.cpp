@@ -28,21 +28,21 @@ enum FieldIndex : std::size_t {
 using FieldSetter = bool (*)(LineHead&, const MonField&);
 
 template <auto member>
-bool setInt(LineHead& head, const MonField& field) {
-    const auto number = narrowToInt(field.number());
+bool set_int(LineHead& head, const MonField& field) {
+    const auto number = narrow_to_int(field.number());
     head.*member = number.value_or(0);
     return number.has_value();
 }
 
 template <auto member>
-bool setLongLong(LineHead& head, const MonField& field) {
+bool set_long_long(LineHead& head, const MonField& field) {
     head.*member = field.value;
     return field.is_number;
 }
 
-bool setSharedType(LineHead& head, const MonField& field) {
-    const auto number = narrowToInt(field.number());
-    head.shared_type = sharedTypeOf(number.value_or(SHARED_NONE));
+bool set_shared_type(LineHead& head, const MonField& field) {
+    const auto number = narrow_to_int(field.number());
+    head.shared_type = shared_type_of(number.value_or(SHARED_NONE));
     return number.has_value();
 }
 
@@ -53,15 +53,15 @@ struct HeadField {
 };
 
 constexpr HeadField head_fields[] = {
-    {device_id_field, setInt<&LineHead::device_id>, "device id"},
-    {queue_id_field, setInt<&LineHead::queue_id>, "command queue id"},
-    {start_time_field, setLongLong<&LineHead::start_time>, "kernel start time"},
-    {sample_time_field, setLongLong<&LineHead::sample_time>, "sample time"},
-    {shared_type_field, setSharedType, "shared counter type"},
-    {num_counters_field, setInt<&LineHead::num_counters>, "number of counters"},
+    {device_id_field, set_int<&LineHead::device_id>, "device id"},
+    {queue_id_field, set_int<&LineHead::queue_id>, "command queue id"},
+    {start_time_field, set_long_long<&LineHead::start_time>, "kernel start time"},
+    {sample_time_field, set_long_long<&LineHead::sample_time>, "sample time"},
+    {shared_type_field, set_shared_type, "shared counter type"},
+    {num_counters_field, set_int<&LineHead::num_counters>, "number of counters"},
 };
 
-bool isTransferName(std::string_view name) {
+bool is_transfer_name(std::string_view name) {
     static const std::string* const names[] = {
         &mem_transfer_read,    &mem_transfer_write, &mem_transfer_copy, &reprogram,   &mem_mirror_from_device,
         &mem_mirror_to_device, &mem_transfer,       &mem_migration,     &usm_memcopy,
@@ -72,7 +72,7 @@ bool isTransferName(std::string_view name) {
 
 // The name in a line is found by its shape: it starts with the first character that is neither a digit nor a
 // comma, and ends in front of the next comma.
-std::string_view nameIn(std::string_view line) {
+std::string_view name_in(std::string_view line) {
     const std::size_t begin = line.find_first_not_of("0123456789,");
     if (begin == std::string_view::npos)
         throw std::out_of_range("monitor line of digits and commas only");
@@ -80,13 +80,13 @@ std::string_view nameIn(std::string_view line) {
 }
 
 // Tells the node of the kernel's invocation, and resets the kernel if that is wanted.
-void tellInvocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
-                    std::unordered_map<std::string, TlyExtMem*>& extMems) {
+void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels();
     sink.open("");
-    kernel.tellNode(sink, reset, extMems);
+    kernel.write_node(sink, reset, ext_mems);
     sink.close();
 }
 
@@ -105,32 +105,32 @@ class TreeNodes final : public MonitorNodes {
 class MonitorReader {
   public:
     MonitorReader(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                  const std::map<std::string, std::string>& originalNames,
-                  std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler)
+                  const std::map<std::string, std::string>& original_names,
+                  std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler)
         : m_kernels(kernels),
           m_nodes(nodes),
-          m_original_names(originalNames),
-          m_ext_mems(extMems),
-          m_no_profiler(noProfiler),
+          m_original_names(original_names),
+          m_ext_mems(ext_mems),
+          m_no_profiler(no_profiler),
           m_blocks(kernels) {}
 
     // Reads one line. False if the run has to end.
-    bool readLine(std::string_view text);
+    bool read_line(std::string_view text);
     // Decodes what is still waiting for that. Nothing may be looked at before.
-    void decodeAll() { m_blocks.decodeAll(); }
+    void decode_all() { m_blocks.decode_all(); }
     // Closes the last invocation of each kernel and tells which kernels were never seen.
     void finish();
 
   private:
-    bool findReceiver(Receiver& receiver);
-    TlyKernel* findKernel();
-    void collectAutorunKernels();
-    bool readHead(LineHead& head);
-    bool readLastField(LineHead& head);
-    bool setHeadField(const HeadField& field, LineHead& head);
-    void addTransfer(const LineHead& head);
-    bool addSample(const Receiver& receiver, const LineHead& head);
-    bool updateInstances(const Receiver& receiver, SharedCounterTypes type);
+    bool find_target(Receiver& receiver);
+    TlyKernel* find_kernel();
+    void collect_autorun_kernels();
+    bool read_head(LineHead& head);
+    bool read_last_field(LineHead& head);
+    bool set_head_field(const HeadField& field, LineHead& head);
+    void add_transfer(const LineHead& head);
+    bool add_sample(const Receiver& receiver, const LineHead& head);
+    bool update_instances(const Receiver& receiver, SharedCounterTypes type);
 
     std::map<std::string, TlyKernel*>& m_kernels;
     MonitorNodes& m_nodes;
@@ -154,7 +154,7 @@ class MonitorReader {
     std::vector<TlyModuleInst*> m_autorun_insts;
 };
 
-bool MonitorReader::readLine(std::string_view text) {
+bool MonitorReader::read_line(std::string_view text) {
     ++m_line_number;
     if (text.empty()) {
         diagnose("warning: empty .mon line {}\n", m_line_number);
@@ -162,33 +162,33 @@ bool MonitorReader::readLine(std::string_view text) {
     }
     if (!m_is_transfer && m_blocks.add(text))
         return true;
-    m_name_on_line = nameIn(text);
+    m_name_on_line = name_in(text);
     m_name = m_name_on_line;
     Receiver receiver;
-    if (isTransferName(m_name))
+    if (is_transfer_name(m_name))
         m_is_transfer = true;
-    else if (!findReceiver(receiver))
+    else if (!find_target(receiver))
         return true;
 
     m_line.split(text);
     LineHead head;
-    if (!readHead(head) || !readLastField(head))
+    if (!read_head(head) || !read_last_field(head))
         return true;
     if (m_is_transfer) {
-        addTransfer(head);
+        add_transfer(head);
         return true;
     }
-    return addSample(receiver, head);
+    return add_sample(receiver, head);
 }
 
 // Finds the kernel that a line names and its instances. False if the line has to be left out.
-bool MonitorReader::findReceiver(Receiver& receiver) {
-    receiver.kernel = findKernel();
+bool MonitorReader::find_target(Receiver& receiver) {
+    receiver.kernel = find_kernel();
     if (!receiver.kernel)
         return false;
     receiver.insts = &receiver.kernel->module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
-        collectAutorunKernels();
+        collect_autorun_kernels();
         receiver.autorun_kernels = &m_autorun_kernels;
         receiver.insts = &m_autorun_insts;
     }
@@ -202,7 +202,7 @@ bool MonitorReader::findReceiver(Receiver& receiver) {
 
 // The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if
 // nothing knows the name and no kernel may be made.
-TlyKernel* MonitorReader::findKernel() {
+TlyKernel* MonitorReader::find_kernel() {
     const auto known = m_kernels.find(m_name);
     if (known != m_kernels.end())
         return known->second;
@@ -220,7 +220,7 @@ TlyKernel* MonitorReader::findKernel() {
     return nullptr;
 }
 
-void MonitorReader::collectAutorunKernels() {
+void MonitorReader::collect_autorun_kernels() {
     if (std::exchange(m_autorun_collected, true))
         return;
     for (const auto& [name, kernel] : m_kernels) {
@@ -232,7 +232,7 @@ void MonitorReader::collectAutorunKernels() {
     }
 }
 
-bool MonitorReader::setHeadField(const HeadField& field, LineHead& head) {
+bool MonitorReader::set_head_field(const HeadField& field, LineHead& head) {
     if (field.set(head, m_line.fields()[field.index]))
         return true;
     diagnose("ERROR: Unable to parse {}. Ignoring .mon line {}\n", field.name, m_line_number);
@@ -240,38 +240,38 @@ bool MonitorReader::setHeadField(const HeadField& field, LineHead& head) {
 }
 
 // Reads the fixed fields that a comma ends.
-bool MonitorReader::readHead(LineHead& head) {
+bool MonitorReader::read_head(LineHead& head) {
     for (const HeadField& field : head_fields) {
-        if (field.index < m_line.num_commas() && !setHeadField(field, head))
+        if (field.index < m_line.num_commas() && !set_head_field(field, head))
             return false;
     }
     return true;
 }
 
 // Reads the last field, where it is a fixed one; false if the line has a wrong number of fields.
-bool MonitorReader::readLastField(LineHead& head) {
+bool MonitorReader::read_last_field(LineHead& head) {
     const std::size_t last = m_line.num_commas();
     if (last >= first_counter_field)
         return true;
     if ((last == sample_time_field && m_is_transfer) || (last == num_counters_field && m_no_profiler)) {
         const auto* field = std::find_if(std::begin(head_fields), std::end(head_fields),
                                          [&](const HeadField& row) { return row.index == last; });
-        return setHeadField(*field, head);
+        return set_head_field(*field, head);
     }
     diagnose("ERROR: Unexpected number of values. Ignoring .mon line {}\n", m_line_number);
     return false;
 }
 
-void MonitorReader::addTransfer(const LineHead& head) {
+void MonitorReader::add_transfer(const LineHead& head) {
     ReportSink& nodes = m_nodes.transfers();
     nodes.open("");
-    tellMemTransfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
+    write_mem_transfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
     nodes.close();
     m_is_transfer = false;
 }
 
 // Adds the sample of a kernel line. False if the run has to end.
-bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
+bool MonitorReader::add_sample(const Receiver& receiver, const LineHead& head) {
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
     if (!m_no_profiler && num_fields != head.num_counters) {
         diagnose(
@@ -288,10 +288,10 @@ bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : receiver.targets())
-            tellInvocation(*kernel, m_nodes, true, m_ext_mems);
+            write_invocation(*kernel, m_nodes, true, m_ext_mems);
     }
     for (TlyKernel* kernel : receiver.targets()) {
-        recordHead(*kernel, head);
+        record_head(*kernel, head);
         if (sets_start_time)
             kernel->set_start_time(head.start_time);
     }
@@ -300,15 +300,15 @@ bool MonitorReader::addSample(const Receiver& receiver, const LineHead& head) {
 
     if (m_no_profiler)
         return true;
-    if (!updateInstances(receiver, head.shared_type))
+    if (!update_instances(receiver, head.shared_type))
         return false;
-    updateTotalCycles(receiver);
+    update_total_cycles(receiver);
     m_blocks.open(m_name_on_line, receiver, static_cast<std::size_t>(num_fields));
     return true;
 }
 
 // Hands the line's counters to the instances. False if the design and the run differ about shared counters.
-bool MonitorReader::updateInstances(const Receiver& receiver, SharedCounterTypes type) {
+bool MonitorReader::update_instances(const Receiver& receiver, SharedCounterTypes type) {
     for (TlyModuleInst* inst : *receiver.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
             diagnose(
@@ -333,10 +333,10 @@ bool MonitorReader::updateInstances(const Receiver& receiver, SharedCounterTypes
 }
 
 void MonitorReader::finish() {
-    decodeAll();
+    decode_all();
     for (const auto& [name, kernel] : m_kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            tellInvocation(*kernel, m_nodes, false, m_ext_mems);
+            write_invocation(*kernel, m_nodes, false, m_ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -345,19 +345,19 @@ void MonitorReader::finish() {
 
 } // namespace
 
-int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                    const std::string& monPath, const std::map<std::string, std::string>& originalNames,
-                    std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
-    LineReader lines(monPath);
+int read_monitor_file(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
+                      const std::string& mon_path, const std::map<std::string, std::string>& original_names,
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
+    LineReader lines(mon_path);
     if (!lines.is_open()) {
         diagnose("ABORT: .mon file errored while trying to open.\n");
         return 1;
     }
-    MonitorReader reader(kernels, nodes, originalNames, extMems, noProfiler);
+    MonitorReader reader(kernels, nodes, original_names, ext_mems, no_profiler);
     std::string_view line;
     while (lines.next(line)) {
-        if (!reader.readLine(line)) {
-            reader.decodeAll();
+        if (!reader.read_line(line)) {
+            reader.decode_all();
             return 1;
         }
     }
@@ -365,16 +365,16 @@ int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& no
     return 0;
 }
 
-int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string monPath,
-                         const std::map<std::string, std::string>& originalNames,
-                         std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler) {
+int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string mon_path,
+                         const std::map<std::string, std::string>& original_names,
+                         std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
     TreeNodes nodes(*tree);
-    return readMonitorFile(*kernels, nodes, monPath, originalNames, extMems, noProfiler);
+    return read_monitor_file(*kernels, nodes, mon_path, original_names, ext_mems, no_profiler);
 }
 
 int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
-                   std::unordered_map<std::string, TlyExtMem*>& extMems) {
+                   std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     TreeNodes nodes(*tree);
-    tellInvocation(*kernel, nodes, reset, extMems);
+    write_invocation(*kernel, nodes, reset, ext_mems);
     return 1;
 }

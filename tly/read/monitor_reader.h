@@ -23,7 +23,7 @@ class FoldedMonitorNodes final : public MonitorNodes {
     ReportSink& kernels() override { return *m_kernels; }
     ReportSink& transfers() override { return *m_transfers; }
     // Makes them the first children of the lists of a report, sharing them.
-    void appendTo(ptree& tree) const {
+    void append_to(ptree& tree) const {
         tree.get_child("kernels.nodes").data() = ReportValue(m_kernels);
         tree.get_child("memtransfers.nodes").data() = ReportValue(m_transfers);
     }
@@ -34,6 +34,6 @@ class FoldedMonitorNodes final : public MonitorNodes {
 };
 
 // Does what parseProfilerMONFile does, with the nodes going to `nodes`.
-int readMonitorFile(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                    const std::string& monPath, const std::map<std::string, std::string>& originalNames,
-                    std::unordered_map<std::string, TlyExtMem*>& extMems, bool noProfiler);
+int read_monitor_file(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
+                      const std::string& mon_path, const std::map<std::string, std::string>& original_names,
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler);

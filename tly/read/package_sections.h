@@ -33,8 +33,8 @@ class Package {
 };
 
 // The stages of tly_parse.h on an open package.
-int parseVersion(ptree& tree, Package& package);
-int parseBoard(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& extMems);
-int parseTimingReport(ptree& tree, Package& package);
-int parseDescription(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
-                     std::map<std::string, std::string>& originalNames);
+int parse_version(ptree& tree, Package& package);
+int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
+int parse_timing_report(ptree& tree, Package& package);
+int parse_description(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
+                      std::map<std::string, std::string>& original_names);

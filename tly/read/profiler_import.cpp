@@ -31,7 +31,7 @@ struct InstAttributes {
     std::string memory_opt;
 };
 
-InstAttributes splitAttributes(std::string_view text) {
+InstAttributes split_attributes(std::string_view text) {
     constexpr std::size_t num_fields = 7;
     std::array<std::string, num_fields> fields;
     std::size_t found = 0;
@@ -46,7 +46,7 @@ InstAttributes splitAttributes(std::string_view text) {
 }
 
 // Each location with the call sites that lead to it behind it. A call site of line 0 is none.
-void addLocations(TlyModuleInst& inst, const ProfilerConfigModuleInst& described) {
+void add_locations(TlyModuleInst& inst, const ProfilerConfigModuleInst& described) {
     const auto add = [&](const std::string& file, unsigned int line, unsigned int column, bool is_callsite) {
         inst.addLine(static_cast<int>(line));
         inst.addFilename(file);
@@ -63,7 +63,7 @@ void addLocations(TlyModuleInst& inst, const ProfilerConfigModuleInst& described
     }
 }
 
-bool isSharedTag(const std::string& tag) {
+bool is_shared_tag(const std::string& tag) {
     return tag == TlyModuleInst::CNT_SHARED || tag == TlyModuleInst::CNT_SHARED_CHWRITE ||
            tag == TlyModuleInst::CNT_SHARED_CHREAD;
 }
@@ -72,8 +72,8 @@ bool isSharedTag(const std::string& tag) {
 class ProfilerImport {
   public:
     ProfilerImport(std::map<std::string, TlyKernel*>& kernels,
-                   std::map<std::string, std::string>& originalNames, float fmax)
-        : m_kernels(kernels), m_original_names(originalNames), m_fmax(fmax) {}
+                   std::map<std::string, std::string>& original_names, float fmax)
+        : m_kernels(kernels), m_original_names(original_names), m_fmax(fmax) {}
 
     void run(const ProfilerConfig& config) {
         for (unsigned int i = 0; i < config.getNumFunctions(); ++i)
@@ -81,7 +81,7 @@ class ProfilerImport {
         for (unsigned int i = 0; i < config.getNumConnections(); ++i)
             addConnection(*config.getConnection(i));
         if (m_counter_offsets.contains(autorun_profile_dummy_kernel))
-            shiftAutorunKernels();
+            shift_autorun_kernels();
     }
 
   private:
@@ -94,10 +94,10 @@ class ProfilerImport {
     }
 
     void addConnection(const ProfilerConfigConnection& connection) {
-        const int offset = nextOffset(connection);
-        TlyModuleInst& inst = instOf(connection);
+        const int offset = next_offset(connection);
+        TlyModuleInst& inst = inst_of(connection);
         const std::string& tag = connection.getPort()->getTag();
-        if (isSharedTag(tag))
+        if (is_shared_tag(tag))
             inst.addSharedTag(tag, offset);
         addPortTag(inst, connection, offset);
         if (inst.isAutorun())
@@ -105,7 +105,7 @@ class ProfilerImport {
     }
 
     // A connection that shares a port takes no field of its own, but for the first one of a kernel.
-    int nextOffset(const ProfilerConfigConnection& connection) {
+    int next_offset(const ProfilerConfigConnection& connection) {
         const auto [entry, is_first] =
             m_counter_offsets.try_emplace(connection.getFunction()->getName(), first_counter_offset);
         if (!is_first && !connection.getSharedPort())
@@ -113,29 +113,29 @@ class ProfilerImport {
         return entry->second;
     }
 
-    TlyModuleInst& instOf(const ProfilerConfigConnection& connection) {
+    TlyModuleInst& inst_of(const ProfilerConfigConnection& connection) {
         const ProfilerConfigModuleInst& described = *connection.getModuleInst();
         const std::string& function = connection.getFunction()->getName();
         const auto kernel = m_kernels.find(function);
         TlyModuleInst* inst =
             kernel == m_kernels.end() ? nullptr : kernel->second->check_module_exists(described.getName());
         if (!inst) {
-            inst = makeInst(described);
+            inst = make_inst(described);
             attach(inst, function);
         }
         return *inst;
     }
 
-    TlyModuleInst* makeInst(const ProfilerConfigModuleInst& described) const {
+    TlyModuleInst* make_inst(const ProfilerConfigModuleInst& described) const {
         constexpr int num_compute_units = 1;
-        InstAttributes attributes = splitAttributes(described.getAttribute());
+        InstAttributes attributes = split_attributes(described.getAttribute());
         auto* inst = new TlyModuleInst(described.getName(), described.getModule()->getName(),
                                        described.getFunction()->getName(), std::move(attributes.memory_type),
                                        std::move(attributes.rw), std::move(attributes.lsu_type),
                                        std::move(attributes.global_mem_name),
                                        std::move(attributes.byte_width), std::move(attributes.memory_opt),
                                        described.getIsAutorun(), num_compute_units, described.getSharedOn());
-        addLocations(*inst, described);
+        add_locations(*inst, described);
         inst->setFmax(m_fmax);
         return inst;
     }
@@ -168,7 +168,7 @@ class ProfilerImport {
 
     // All autorun kernels report on the lines of one pseudo-kernel, the greatest name first, so the counters
     // of each lie behind those of the kernels before it.
-    void shiftAutorunKernels() {
+    void shift_autorun_kernels() {
         int running_offset = 1;
         for (auto entry = m_autorun_kernels.rbegin(); entry != m_autorun_kernels.rend(); ++entry) {
             const std::string& name = *entry;
@@ -176,12 +176,12 @@ class ProfilerImport {
             if (kernel == m_kernels.end())
                 diagnose("Warning: {} is listed as an autorun kernel but no kernel exists\n", name);
             else if (kernel->second->get_name() != autorun_profile_dummy_kernel)
-                running_offset += shiftKernel(*kernel->second, running_offset);
+                running_offset += shift_kernel(*kernel->second, running_offset);
         }
     }
 
     // Gives the number of fields that the kernel's counters take.
-    static int shiftKernel(const TlyKernel& kernel, int delta) {
+    static int shift_kernel(const TlyKernel& kernel, int delta) {
         int num_fields = 0;
         for (TlyModuleInst* inst : kernel.module_insts()) {
             inst->updateAutorunOffsets(delta);
@@ -201,14 +201,14 @@ class ProfilerImport {
 
 } // namespace
 
-int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* packagePath,
-                         std::map<std::string, std::string>* originalNames) {
-    Package package(packagePath);
-    return parseDescription(*kernels, *tree, package, *originalNames);
+int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* package_path,
+                         std::map<std::string, std::string>* original_names) {
+    Package package(package_path);
+    return parse_description(*kernels, *tree, package, *original_names);
 }
 
-int parseDescription(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
-                     std::map<std::string, std::string>& originalNames) {
+int parse_description(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
+                      std::map<std::string, std::string>& original_names) {
     constexpr int failure = 1;
     constexpr int no_description = 2;
     const PackageSection section = package.read(".zan.profiler.xml");
@@ -230,6 +230,6 @@ int parseDescription(std::map<std::string, TlyKernel*>& kernels, const ptree& tr
     }
     // The doubled dot leads to the one element of the array, whose key is empty.
     const float fmax = tree.get_optional<float>("run_info.nodes..fmax").value_or(0.0f);
-    ProfilerImport(kernels, originalNames, fmax).run(*config);
+    ProfilerImport(kernels, original_names, fmax).run(*config);
     return 0;
 }

@@ -6,7 +6,7 @@
 namespace {
 
 // The clock frequency as the timing report spells it. Only a line that ends in a newline counts.
-std::string clockText(std::string_view report) {
+std::string clock_text(std::string_view report) {
     constexpr std::string_view label = "Actual clock freq: ";
     const std::size_t found = report.find(label);
     if (found == std::string_view::npos)
@@ -38,19 +38,19 @@ PackageSection Package::read(const char* section) {
     return {0, std::move(text)};
 }
 
-int get_zanx_sect(const char* section, const char* packagePath, char** buffer) {
-    PackageSection found = Package(packagePath).read(section);
+int get_zanx_sect(const char* section, const char* package_path, char** buffer) {
+    PackageSection found = Package(package_path).read(section);
     if (found.text)
         *buffer = found.text.release();
     return found.status;
 }
 
-int parseVersionFile(ptree* tree, const char* packagePath) {
-    Package package(packagePath);
-    return parseVersion(*tree, package);
+int parseVersionFile(ptree* tree, const char* package_path) {
+    Package package(package_path);
+    return parse_version(*tree, package);
 }
 
-int parseVersion(ptree& tree, Package& package) {
+int parse_version(ptree& tree, Package& package) {
     const PackageSection section = package.read(".zan.version");
     if (!section.text) {
         diagnose("Error: unable to get version zanx section\n");
@@ -61,18 +61,18 @@ int parseVersion(ptree& tree, Package& package) {
     return 0;
 }
 
-int parseVelmoraReport(ptree* tree, const char* packagePath) {
-    Package package(packagePath);
-    return parseTimingReport(*tree, package);
+int parseVelmoraReport(ptree* tree, const char* package_path) {
+    Package package(package_path);
+    return parse_timing_report(*tree, package);
 }
 
-int parseTimingReport(ptree& tree, Package& package) {
+int parse_timing_report(ptree& tree, Package& package) {
     const PackageSection section = package.read(".zan.velmora_report");
     if (!section.text) {
         diagnose("Error: unable to get velmora report zanx section\n");
         return 1;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.
-    tree.get_child("run_info.nodes..").put("fmax", clockText(section.text.get()));
+    tree.get_child("run_info.nodes..").put("fmax", clock_text(section.text.get()));
     return 0;
 }

@@ -18,7 +18,7 @@ struct PortSamples {
 };
 
 // Gives the number of samples that all lists have, and tells where the lengths differ.
-std::size_t commonLength(const PortSamples& port, std::size_t num_cycles) {
+std::size_t common_length(const PortSamples& port, std::size_t num_cycles) {
     const std::size_t num_reads = port.reads.size();
     const std::size_t num_writes = port.writes.size();
     if (port.reads.empty()) {
@@ -43,23 +43,23 @@ std::size_t commonLength(const PortSamples& port, std::size_t num_cycles) {
 }
 
 // Megabytes a second of `words` words of `width` bits. An interval of no time gives an infinity.
-float usedBandwidth(long long words, int width, long long cycles, float fmax) {
+float used_bandwidth(long long words, int width, long long cycles, float fmax) {
     if (words <= 0)
         return 0.0f;
     const float bytes = static_cast<float>(words) * static_cast<float>(width) * 0.125f;
-    return megabytesPerSecond(bytes, nanosecondsToSeconds(cyclesToNanoseconds(cycles, fmax)));
+    return megabytes_per_second(bytes, nanoseconds_to_seconds(cycles_to_nanoseconds(cycles, fmax)));
 }
 
 // The words of each burst. Too few bursts make no average worth showing.
-float averageBurst(long long words, long long bursts) {
+float average_burst(long long words, long long bursts) {
     constexpr long long most_bursts_without_average = 10;
     if (words <= 0 || bursts <= most_bursts_without_average)
         return 0.0f;
     return static_cast<float>(words) / static_cast<float>(bursts);
 }
 
-void tellPortMetrics(ReportSink& node, const PortSamples& port, std::size_t count,
-                     const Samples& sampleCycles, int width, float fmax, bool has_bursts) {
+void write_port_metrics(ReportSink& node, const PortSamples& port, std::size_t count,
+                        const Samples& sample_cycles, int width, float fmax, bool has_bursts) {
     const bool has_write_bursts = has_bursts && count <= port.write_bursts.size();
     const bool has_read_bursts = has_bursts && count <= port.read_bursts.size();
     DerivedSamples bandwidths;
@@ -69,27 +69,27 @@ void tellPortMetrics(ReportSink& node, const PortSamples& port, std::size_t coun
     SampleCursor<long long> read(port.reads);
     SampleCursor<long long> write_burst(port.write_bursts);
     SampleCursor<long long> read_burst(port.read_bursts);
-    SampleCursor<long long> cycles(sampleCycles);
+    SampleCursor<long long> cycles(sample_cycles);
     for (std::size_t i = 0; i < count; ++i) {
         const long long writes = write.next();
         const long long reads = read.next();
-        bandwidths.push_back(usedBandwidth(wrappingSum(writes, reads), width, cycles.next(), fmax));
-        write_averages.push_back(has_write_bursts ? averageBurst(writes, write_burst.next()) : 0.0f);
-        read_averages.push_back(has_read_bursts ? averageBurst(reads, read_burst.next()) : 0.0f);
+        bandwidths.push_back(used_bandwidth(wrapping_sum(writes, reads), width, cycles.next(), fmax));
+        write_averages.push_back(has_write_bursts ? average_burst(writes, write_burst.next()) : 0.0f);
+        read_averages.push_back(has_read_bursts ? average_burst(reads, read_burst.next()) : 0.0f);
     }
-    bandwidths.appendTo(node, "global_used_bw");
-    write_averages.appendTo(node, "avg_write_burst");
-    read_averages.appendTo(node, "avg_read_burst");
+    bandwidths.append_to(node, "global_used_bw");
+    write_averages.append_to(node, "avg_write_burst");
+    read_averages.append_to(node, "avg_read_burst");
 }
 
 } // namespace
 
-void tellExtMem(ReportSink& node, const TlyModuleInst& inst, const Samples& sampleCycles,
-                const TlyExtMem& mem, unsigned long interfaceIndex, unsigned long portIndex) {
-    const int bank = static_cast<int>(interfaceIndex);
-    const int port_number = static_cast<int>(portIndex);
+void write_ext_mem(ReportSink& node, const TlyModuleInst& inst, const Samples& sample_cycles,
+                   const TlyExtMem& mem, unsigned long interface_index, unsigned long port_index) {
+    const int bank = static_cast<int>(interface_index);
+    const int port_number = static_cast<int>(port_index);
     const auto samples = [&](ExtMemOpType op) {
-        return inst.extMemSamples(op, mem.get_name(), bank, port_number);
+        return inst.ext_mem_samples(op, mem.get_name(), bank, port_number);
     };
     const PortSamples port{samples(EXT_MEM_READ), samples(EXT_MEM_WRITE), samples(EXT_MEM_READ_BURST),
                            samples(EXT_MEM_WRITE_BURST)};
@@ -101,19 +101,19 @@ void tellExtMem(ReportSink& node, const TlyModuleInst& inst, const Samples& samp
     node.text("name", mem.get_name());
     node.text("interface", mem.get_interface_name(bank));
     node.text("port", mem.get_interface_port_name(bank, port_number));
-    const std::size_t count = commonLength(port, sampleCycles.size());
+    const std::size_t count = common_length(port, sample_cycles.size());
     if (port.reads.empty())
         node.truth("write_only", true);
     else if (port.writes.empty())
         node.truth("read_only", true);
-    tellPortMetrics(node, port, count, sampleCycles, mem.get_interface_width(bank), inst.getFmax(),
-                    mem.has_max_burst_count() && mem.get_max_burst_count() > 1);
+    write_port_metrics(node, port, count, sample_cycles, mem.get_interface_width(bank), inst.getFmax(),
+                       mem.has_max_burst_count() && mem.get_max_burst_count() > 1);
 }
 
-ptree getExtMemJSON(TlyModuleInst* inst, const Samples& sampleCycles, TlyExtMem* mem,
-                    unsigned long interfaceIndex, unsigned long portIndex) {
+ptree getExtMemJSON(TlyModuleInst* inst, const Samples& sample_cycles, TlyExtMem* mem,
+                    unsigned long interface_index, unsigned long port_index) {
     ptree node;
     TreeSink sink(node);
-    tellExtMem(sink, *inst, sampleCycles, *mem, interfaceIndex, portIndex);
+    write_ext_mem(sink, *inst, sample_cycles, *mem, interface_index, port_index);
     return node;
 }

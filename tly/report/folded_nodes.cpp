@@ -13,7 +13,7 @@ constexpr std::size_t largest_block = std::size_t{1} << 18;
 constexpr std::size_t max_number_bytes = 10;
 
 // Numbers take a byte for each seven bits; all but the last one have the highest bit.
-char* putNumber(char* out, std::size_t number) {
+char* put_number(char* out, std::size_t number) {
     for (; number > 0x7F; number >>= 7)
         *out++ = static_cast<char>(number | 0x80);
     *out++ = static_cast<char>(number);
@@ -21,7 +21,7 @@ char* putNumber(char* out, std::size_t number) {
 }
 
 // Differs for most keys that differ.
-std::size_t someLetters(std::string_view key) {
+std::size_t key_hash(std::string_view key) {
     if (key.empty())
         return 0;
     const auto letter = [&](std::size_t index) {
@@ -60,8 +60,8 @@ struct FoldedNodes::Reader {
     }
 };
 
-std::size_t FoldedNodes::numberOf(std::string_view key) {
-    std::size_t& recent = m_recent[someLetters(key) % m_recent.size()];
+std::size_t FoldedNodes::number_of(std::string_view key) {
+    std::size_t& recent = m_recent[key_hash(key) % m_recent.size()];
     if (recent < m_keys.size() && m_keys[recent] == key)
         return recent;
     const auto found = m_numbers.find(key);
@@ -82,7 +82,7 @@ char* FoldedNodes::begin(Entry entry, std::string_view key, std::size_t size) {
     }
     char* out = m_blocks.back().bytes.get() + m_blocks.back().size;
     *out++ = static_cast<char>(entry);
-    return entry == Entry::close ? out : putNumber(out, numberOf(key));
+    return entry == Entry::close ? out : put_number(out, number_of(key));
 }
 
 void FoldedNodes::end(const char* end) {
@@ -93,7 +93,7 @@ void FoldedNodes::end(const char* end) {
 }
 
 void FoldedNodes::text(std::string_view key, std::string_view text) {
-    char* const out = putNumber(begin(Entry::text, key, max_number_bytes + text.size()), text.size());
+    char* const out = put_number(begin(Entry::text, key, max_number_bytes + text.size()), text.size());
     end(std::copy(text.begin(), text.end(), out));
 }
 
@@ -106,21 +106,21 @@ void FoldedNodes::close() {
 }
 
 template <class T>
-void FoldedNodes::addBytes(Entry entry, std::string_view key, const T* values, std::size_t count) {
-    char* const out = putNumber(begin(entry, key, max_number_bytes + count * sizeof(T)), count);
+void FoldedNodes::add_bytes(Entry entry, std::string_view key, const T* values, std::size_t count) {
+    char* const out = put_number(begin(entry, key, max_number_bytes + count * sizeof(T)), count);
     std::memcpy(out, values, count * sizeof(T));
     end(out + count * sizeof(T));
 }
 
 template <class T>
-void FoldedNodes::addValues(std::string_view key, const T* values, std::size_t count) {
+void FoldedNodes::add_values(std::string_view key, const T* values, std::size_t count) {
     if (count > most_copied) {
-        addList(key, SampleList<T>(values, count));
+        add_list(key, SampleList<T>(values, count));
         // NOLINTNEXTLINE(bugprone-branch-clone): branches that are left out for a type look alike
     } else if constexpr (std::is_same_v<T, int>) {
-        addBytes(Entry::ints, key, values, count);
+        add_bytes(Entry::ints, key, values, count);
     } else if constexpr (std::is_same_v<T, float>) {
-        addBytes(Entry::floats, key, values, count);
+        add_bytes(Entry::floats, key, values, count);
     } else {
         std::array<std::int32_t, most_copied> narrow;
         bool fits = true;
@@ -129,29 +129,29 @@ void FoldedNodes::addValues(std::string_view key, const T* values, std::size_t c
             fits = fits && narrow[i] == values[i];
         }
         if (fits)
-            addBytes(Entry::narrow, key, narrow.data(), count);
+            add_bytes(Entry::narrow, key, narrow.data(), count);
         else
-            addBytes(Entry::long_longs, key, values, count);
+            add_bytes(Entry::long_longs, key, values, count);
     }
 }
 
 template <class T>
-void FoldedNodes::addList(std::string_view key, const SampleList<T>& values) {
+void FoldedNodes::add_list(std::string_view key, const SampleList<T>& values) {
     if (values.size() <= most_copied) {
         std::array<T, most_copied> copy;
         values.read(0, values.size(), copy.data());
-        addValues(key, copy.data(), values.size());
+        add_values(key, copy.data(), values.size());
         return;
     }
     constexpr Entry entry = std::is_same_v<T, int>     ? Entry::int_list
                             : std::is_same_v<T, float> ? Entry::float_list
                                                        : Entry::long_list;
     auto& lists = std::get<std::deque<SampleList<T>>>(m_lists);
-    end(putNumber(begin(entry, key, max_number_bytes), lists.size()));
+    end(put_number(begin(entry, key, max_number_bytes), lists.size()));
     lists.push_back(values);
 }
 
-void FoldedNodes::tellEntry(Entry entry, Reader& reader, ReportSink& sink) const {
+void FoldedNodes::write_entry(Entry entry, Reader& reader, ReportSink& sink) const {
     const std::string_view key = m_keys[reader.number()];
     const auto values = [&](auto& out) {
         const std::size_t count = reader.values(out);
@@ -200,7 +200,7 @@ void FoldedNodes::tell(ReportSink& sink) const {
             if (entry == Entry::close)
                 sink.close();
             else
-                tellEntry(entry, reader, sink);
+                write_entry(entry, reader, sink);
         }
     }
 }

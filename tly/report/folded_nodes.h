@@ -17,17 +17,17 @@ class FoldedNodes final : public ReportSink {
     void text(std::string_view key, std::string_view text) override;
     void open(std::string_view key) override;
     void close() override;
-    void list(std::string_view key, const SampleList<int>& values) override { addList(key, values); }
-    void list(std::string_view key, const SampleList<long long>& values) override { addList(key, values); }
-    void list(std::string_view key, const SampleList<float>& values) override { addList(key, values); }
+    void list(std::string_view key, const SampleList<int>& values) override { add_list(key, values); }
+    void list(std::string_view key, const SampleList<long long>& values) override { add_list(key, values); }
+    void list(std::string_view key, const SampleList<float>& values) override { add_list(key, values); }
     void values(std::string_view key, const int* values, std::size_t count) override {
-        addValues(key, values, count);
+        add_values(key, values, count);
     }
     void values(std::string_view key, const long long* values, std::size_t count) override {
-        addValues(key, values, count);
+        add_values(key, values, count);
     }
     void values(std::string_view key, const float* values, std::size_t count) override {
-        addValues(key, values, count);
+        add_values(key, values, count);
     }
 
     bool empty() const { return m_blocks.empty(); }
@@ -56,14 +56,14 @@ class FoldedNodes final : public ReportSink {
     // Makes room for an entry and gives the place behind its front; `end` tells where the entry ends.
     char* begin(Entry entry, std::string_view key, std::size_t size);
     void end(const char* end);
-    std::size_t numberOf(std::string_view key);
+    std::size_t number_of(std::string_view key);
     template <class T>
-    void addList(std::string_view key, const SampleList<T>& values);
+    void add_list(std::string_view key, const SampleList<T>& values);
     template <class T>
-    void addValues(std::string_view key, const T* values, std::size_t count);
+    void add_values(std::string_view key, const T* values, std::size_t count);
     template <class T>
-    void addBytes(Entry entry, std::string_view key, const T* values, std::size_t count);
-    void tellEntry(Entry entry, Reader& reader, ReportSink& sink) const;
+    void add_bytes(Entry entry, std::string_view key, const T* values, std::size_t count);
+    void write_entry(Entry entry, Reader& reader, ReportSink& sink) const;
 
     std::vector<Block> m_blocks;
     std::size_t m_room = 0;                                      // bytes behind the last block's

@@ -4,18 +4,19 @@
 #include "tly_json.h"
 #include "tly_kernel.h"
 
-ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     ptree node;
     TreeSink sink(node);
-    tellNode(sink, reset, extMems);
+    write_node(sink, reset, ext_mems);
     return node;
 }
 
-void TlyKernel::tellNode(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& extMems) {
+void TlyKernel::write_node(ReportSink& node, bool reset,
+                           std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     const std::string& display_name = m_user_friendly_name.empty() ? m_name : m_user_friendly_name;
-    tellKernel(node, display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids, 0,
-               m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles, m_autorun,
-               m_shared_run_type);
+    write_kernel(node, display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids, 0,
+                 m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles, m_autorun,
+                 m_shared_run_type);
     const std::string function_inst = m_name + "_function_inst";
     const std::string wrapper_inst = m_name + "_function_wrapper_inst";
     node.open("children");
@@ -23,11 +24,11 @@ void TlyKernel::tellNode(ReportSink& node, bool reset, std::unordered_map<std::s
         if (inst->name() == function_inst)
             continue;
         if (inst->name() == wrapper_inst) {
-            tellExtMems(node, *inst, extMems);
+            write_ext_mems(node, *inst, ext_mems);
             continue;
         }
         node.open("");
-        tellModule(node, *inst, m_sample_totalcycles);
+        write_module(node, *inst, m_sample_totalcycles);
         node.close();
     }
     node.close();
@@ -35,23 +36,23 @@ void TlyKernel::tellNode(ReportSink& node, bool reset, std::unordered_map<std::s
         resetKernel();
 }
 
-void TlyKernel::tellExtMems(ReportSink& children, const TlyModuleInst& wrapper,
-                            const std::unordered_map<std::string, TlyExtMem*>& extMems) const {
+void TlyKernel::write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
+                               const std::unordered_map<std::string, TlyExtMem*>& ext_mems) const {
     for (const std::string& name : wrapper.getExtMemNames()) {
-        const auto found = extMems.find(name);
-        if (found == extMems.end()) {
+        const auto found = ext_mems.find(name);
+        if (found == ext_mems.end()) {
             diagnose("Warning: external memory from kernel does not match external memory from board.\n");
             continue;
         }
         const TlyExtMem& mem = *found->second;
         for (int i = 0; i < mem.get_num_interfaces(); ++i) {
             for (int port = 0; port < mem.get_interface_nports(i); ++port) {
-                if (wrapper.extMemSamples(EXT_MEM_READ, mem.get_name(), i, port).empty() &&
-                    wrapper.extMemSamples(EXT_MEM_WRITE, mem.get_name(), i, port).empty())
+                if (wrapper.ext_mem_samples(EXT_MEM_READ, mem.get_name(), i, port).empty() &&
+                    wrapper.ext_mem_samples(EXT_MEM_WRITE, mem.get_name(), i, port).empty())
                     continue;
                 children.open("");
-                tellExtMem(children, wrapper, m_sample_totalcycles, mem, static_cast<unsigned long>(i),
-                           static_cast<unsigned long>(port));
+                write_ext_mem(children, wrapper, m_sample_totalcycles, mem, static_cast<unsigned long>(i),
+                              static_cast<unsigned long>(port));
                 children.close();
             }
         }

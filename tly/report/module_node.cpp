@@ -22,11 +22,11 @@ struct Kind {
 };
 
 // The requests of each sample: counted ones, or the valid cycles where nothing counted requests.
-const Samples& requestsOf(const TlyModuleInst& inst) {
+const Samples& requests_of(const TlyModuleInst& inst) {
     return inst.samples(inst.getIReqCountValid() ? Counter::ireq : Counter::ivalid);
 }
 
-void tellLocation(ReportSink& node, const TlyModuleInst& inst, int i) {
+void write_location(ReportSink& node, const TlyModuleInst& inst, int i) {
     node.text("filename", inst.getFileName(i).c_str());
     node.number("line", inst.getLine(i));
     node.number("column_num", inst.getColNum(i));
@@ -34,7 +34,7 @@ void tellLocation(ReportSink& node, const TlyModuleInst& inst, int i) {
 
 // Tells the call chains of the instance's flat list, where each location is followed by its call sites, the
 // innermost first. The walk goes backwards, so the entries come in reverse order of the debug records.
-void tellSources(ReportSink& node, const TlyModuleInst& inst) {
+void write_sources(ReportSink& node, const TlyModuleInst& inst) {
     node.open("sourcefiles");
     int end = std::min(std::min(inst.getNumLines(), inst.getNumFilenames()) - 1, inst.getNumCols()) + 1;
     while (end > 0) {
@@ -42,11 +42,11 @@ void tellSources(ReportSink& node, const TlyModuleInst& inst) {
         while (begin > 0 && inst.getIsCallsite(begin) != 0)
             --begin;
         node.open("");
-        tellLocation(node, inst, begin);
+        write_location(node, inst, begin);
         for (int i = begin + 1; i < end; ++i) {
             node.open("callsite");
             node.open("");
-            tellLocation(node, inst, i);
+            write_location(node, inst, i);
         }
         for (int i = begin + 1; i < end; ++i) {
             node.close();
@@ -58,13 +58,13 @@ void tellSources(ReportSink& node, const TlyModuleInst& inst) {
     node.close();
 }
 
-void tellChannelDepth(ReportSink& details, const TlyModuleInst& inst) {
+void write_channel_depth(ReportSink& details, const TlyModuleInst& inst) {
     if (inst.getHasMaxFifoSize() != inst.getHasTotalFifoSize())
         diagnose("Warning: only one of max and total fifo size counters exists in profile.mon.\n");
     if (!inst.compiledSharedCounters() && inst.getHasTotalFifoSize()) {
         const Samples& fills = inst.samples(Counter::total_fifo);
         const Samples& stalls = inst.samples(Counter::ext_stall);
-        const Samples& requests = requestsOf(inst);
+        const Samples& requests = requests_of(inst);
         if (fills.size() != stalls.size() || fills.size() != requests.size())
             diagnose(
                 "Warning: numbers of fifo size counts, channel stall counts, and request or invalid counts "
@@ -76,16 +76,16 @@ void tellChannelDepth(ReportSink& details, const TlyModuleInst& inst) {
         SampleCursor<long long> stall(stalls);
         const std::size_t count = std::min({fills.size(), stalls.size(), requests.size()});
         for (std::size_t i = 0; i < count; ++i)
-            depths.push_back(averageChannelDepth(fill.next(), request.next(), stall.next()));
-        depths.appendTo(details, "average_channel_depth_samples");
+            depths.push_back(average_channel_depth(fill.next(), request.next(), stall.next()));
+        depths.append_to(details, "average_channel_depth_samples");
     }
     if (inst.getHasMaxFifoSize())
         details.samples("max_channel_depth_samples", inst.samples(Counter::max_fifo));
 }
 
 // The instance's width in whole bytes; 1 if its attribute is no number of bits.
-int byteWidthOf(const TlyModuleInst& inst) {
-    const auto bits = parseInt(inst.getAttrByteWidth());
+int byte_width_of(const TlyModuleInst& inst) {
+    const auto bits = parse_int(inst.getAttrByteWidth());
     if (bits)
         return *bits / 8;
     diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.name(),
@@ -100,33 +100,33 @@ struct Bandwidth {
 };
 
 // `transferred` is the count of bytes on the memory's bus in the sample.
-Bandwidth bandwidthOf(bool channel, long long requests, int byteWidth, long long transferred,
-                      long long cycles, float fmax) {
-    const long long nanoseconds = cyclesToNanoseconds(cycles, fmax);
+Bandwidth bandwidth_of(bool channel, long long requests, int byte_width, long long transferred,
+                       long long cycles, float fmax) {
+    const long long nanoseconds = cycles_to_nanoseconds(cycles, fmax);
     if (nanoseconds == 0)
         return {0.0f, 0.0f};
-    const float seconds = nanosecondsToSeconds(nanoseconds);
+    const float seconds = nanoseconds_to_seconds(nanoseconds);
     const float requested =
-        megabytesPerSecond(static_cast<float>(requests) * static_cast<float>(byteWidth), seconds);
-    const float used = channel ? requested : megabytesPerSecond(static_cast<float>(transferred), seconds);
+        megabytes_per_second(static_cast<float>(requests) * static_cast<float>(byte_width), seconds);
+    const float used = channel ? requested : megabytes_per_second(static_cast<float>(transferred), seconds);
     return {used, used == 0.0f ? 0.0f : requested / used};
 }
 
-void tellBandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind& kind,
-                   const Samples& sampleCycles) {
-    const Samples& requests = requestsOf(inst);
+void write_bandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind& kind,
+                     const Samples& sample_cycles) {
+    const Samples& requests = requests_of(inst);
     const Samples& transferred = inst.samples(Counter::bandwidth);
-    const int byte_width = byteWidthOf(inst);
+    const int byte_width = byte_width_of(inst);
     const float fmax = inst.getFmax();
-    if (sampleCycles.size() != requests.size())
+    if (sample_cycles.size() != requests.size())
         diagnose("Warning: number of cycle samples is not equal to number of valid cycles\n");
 
     DerivedSamples bandwidths;
     DerivedSamples efficiencies;
     SampleCursor<long long> request(requests);
     SampleCursor<long long> transfer(transferred);
-    SampleCursor<long long> cycles(sampleCycles);
-    const std::size_t count = std::min(sampleCycles.size(), requests.size());
+    SampleCursor<long long> cycles(sample_cycles);
+    const std::size_t count = std::min(sample_cycles.size(), requests.size());
     for (std::size_t i = 0; i < count; ++i) {
         const long long num_requests = request.next();
         if (num_requests == -1)
@@ -134,17 +134,17 @@ void tellBandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind& k
         if (!kind.channel && !kind.global)
             continue;
         const Bandwidth bandwidth =
-            bandwidthOf(kind.channel, num_requests, byte_width, transfer.next(), cycles.next(), fmax);
+            bandwidth_of(kind.channel, num_requests, byte_width, transfer.next(), cycles.next(), fmax);
         bandwidths.push_back(bandwidth.used);
         if (!kind.channel)
             efficiencies.push_back(bandwidth.efficiency);
     }
     details.samples("activity_samples", requests.first(count));
-    bandwidths.appendTo(details, "bandwidth_samples");
-    efficiencies.appendTo(details, "bandwidth_eff_samples");
+    bandwidths.append_to(details, "bandwidth_samples");
+    efficiencies.append_to(details, "bandwidth_eff_samples");
 }
 
-void tellCacheHits(ReportSink& details, const TlyModuleInst& inst) {
+void write_cache_hits(ReportSink& details, const TlyModuleInst& inst) {
     const std::string lsu_type = inst.getAttrLsuType();
     if (lsu_type == BURST_NON_ALIGNED || lsu_type == BURST_COALESCED || lsu_type == SEMI_STREAMING)
         details.samples("cache_hit_samples", inst.samples(Counter::cachehit));
@@ -153,7 +153,7 @@ void tellCacheHits(ReportSink& details, const TlyModuleInst& inst) {
 }
 
 // Samples without bursts are left out, so the averages may be fewer than the samples.
-DerivedSamples averageBurstSizes(const TlyModuleInst& inst) {
+DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
     const Samples& words = inst.samples(Counter::burst_words);
     const Samples& bursts = inst.samples(Counter::nbursts);
     if (words.size() != bursts.size())
@@ -176,7 +176,7 @@ DerivedSamples averageBurstSizes(const TlyModuleInst& inst) {
     return averages;
 }
 
-void tellDetails(ReportSink& details, const TlyModuleInst& inst, const Samples& sampleCycles) {
+void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples& sample_cycles) {
     const std::string memory_type = inst.getAttrMemoryType();
     const std::string operation = inst.getAttrRw();
     if (!memory_type.empty())
@@ -190,37 +190,37 @@ void tellDetails(ReportSink& details, const TlyModuleInst& inst, const Samples& 
     const Kind kind(inst);
     details.samples("stall_samples", inst.samples(Counter::ext_stall));
     details.samples("idle_samples", inst.samples(Counter::idle));
-    tellChannelDepth(details, inst);
-    tellBandwidth(details, inst, kind, sampleCycles);
+    write_channel_depth(details, inst);
+    write_bandwidth(details, inst, kind, sample_cycles);
     if (kind.global_read)
-        tellCacheHits(details, inst);
+        write_cache_hits(details, inst);
     const bool coalesced = inst.getAttrMemoryOpt().find(memoryopt_coalesced) != std::string::npos;
     details.truth("coalesced_memory", coalesced);
-    DerivedSamples burst_sizes = averageBurstSizes(inst);
+    DerivedSamples burst_sizes = average_burst_sizes(inst);
     if (kind.global && !burst_sizes.empty()) {
         details.text("global_mem_name", inst.getAttrGlobalMemName());
-        burst_sizes.appendTo(details, "average_burst_size");
+        burst_sizes.append_to(details, "average_burst_size");
     }
 }
 
 } // namespace
 
-void tellModule(ReportSink& node, const TlyModuleInst& inst, const Samples& sampleCycles) {
+void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sample_cycles) {
     node.text("type", "moduleinst");
     node.text("name", inst.name());
     // This message alone has no newline.
     if (inst.getNumLines() != inst.getNumFilenames() || inst.getNumLines() != inst.getNumCols())
         diagnose(
             "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
-    tellSources(node, inst);
+    write_sources(node, inst);
     node.open("module_inst_details");
-    tellDetails(node, inst, sampleCycles);
+    write_details(node, inst, sample_cycles);
     node.close();
 }
 
-ptree getModuleJSON(TlyModuleInst* inst, const Samples& sampleCycles) {
+ptree getModuleJSON(TlyModuleInst* inst, const Samples& sample_cycles) {
     ptree node;
     TreeSink sink(node);
-    tellModule(sink, *inst, sampleCycles);
+    write_module(sink, *inst, sample_cycles);
     return node;
 }

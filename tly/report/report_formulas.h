@@ -13,18 +13,18 @@ inline long long truncated(double value) {
 }
 
 // The nanoseconds that `cycles` take at a clock of `fmax` MHz.
-inline long long cyclesToNanoseconds(long long cycles, float fmax) {
+inline long long cycles_to_nanoseconds(long long cycles, float fmax) {
     const float gigahertz = fmax / 1000.0f;
     return truncated(static_cast<double>(cycles) / static_cast<double>(gigahertz));
 }
 
-inline float nanosecondsToSeconds(long long nanoseconds) {
+inline float nanoseconds_to_seconds(long long nanoseconds) {
     return 1e-9f * static_cast<float>(nanoseconds);
 }
 
 // Megabytes a second, rounded up at one decimal.
-float megabytesPerSecond(float bytes, float seconds);
+float megabytes_per_second(float bytes, float seconds);
 
 // The mean fill of a channel in each request or stall cycle, rounded up at two decimals; 0 without any such
 // cycle.
-float averageChannelDepth(long long totalFill, long long requests, long long stalls);
+float average_channel_depth(long long total_fill, long long requests, long long stalls);

@@ -30,25 +30,25 @@ double power(int exponent) {
 }
 
 // The largest power of ten that isn't above the magnitude.
-int decimalExponent(double magnitude) {
+int decimal_exponent(double magnitude) {
     const int binary = static_cast<int>(std::bit_cast<std::uint64_t>(magnitude) >> 52) - 1023;
     const int guess = (binary * 1233) >> 12; // log10(2) is 1233/4096 and a bit; right or one too small
     const double next = guess >= -1 ? power(guess + 1) : 1.0 / power(-guess - 1);
     return magnitude >= next ? guess + 1 : guess;
 }
 
-std::uint32_t nearestInteger(double value) {
+std::uint32_t nearest_integer(double value) {
     constexpr double shift = 0x1.8p52; // what is added to it loses its fraction, rounded as it should be
     return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(value + shift));
 }
 
 // A float has 24 bits, so its product with up to 10^12 is exact in a double, and a float from 10^7 on is an
 // integer: both ways round the number itself, as to_chars does.
-Decimal firstDigits(double magnitude) {
-    int exponent = decimalExponent(magnitude);
+Decimal first_digits(double magnitude) {
+    int exponent = decimal_exponent(magnitude);
     std::uint32_t digits;
     if (exponent < num_digits) {
-        digits = nearestInteger(magnitude * power(num_digits - 1 - exponent));
+        digits = nearest_integer(magnitude * power(num_digits - 1 - exponent));
     } else {
         const auto number = static_cast<std::uint64_t>(magnitude);
         const auto unit = static_cast<std::uint64_t>(power(exponent - num_digits + 1));
@@ -66,21 +66,21 @@ Decimal firstDigits(double magnitude) {
 
 // Digits with a point behind the first `before` of them, and without the zeros behind the last that is none.
 // The seven digits stand in `characters` with a zero behind them.
-char* writePoint(char* out, std::uint64_t characters, int significant, int before) {
-    storeCharacters(out, characters);
+char* write_point(char* out, std::uint64_t characters, int significant, int before) {
+    store_characters(out, characters);
     if (significant <= before)
         return out + before;
     out[before] = '.';
-    storeCharacters(out + before + 1, characters >> (8 * before));
+    store_characters(out + before + 1, characters >> (8 * before));
     return out + significant + 1;
 }
 
-char* writeDecimal(char* out, const Decimal& decimal) {
-    const std::uint64_t digits = digitsOf(decimal.digits * 10);
+char* write_decimal(char* out, const Decimal& decimal) {
+    const std::uint64_t digits = digits_of(decimal.digits * 10);
     const std::uint64_t characters = digits | zero_characters;
     const int significant = 8 - std::countl_zero(digits) / 8;
     if (decimal.exponent >= num_digits) {
-        out = writePoint(out, characters, significant, 1);
+        out = write_point(out, characters, significant, 1);
         *out++ = 'e';
         *out++ = '+';
         *out++ = static_cast<char>('0' + decimal.exponent / 10);
@@ -88,11 +88,11 @@ char* writeDecimal(char* out, const Decimal& decimal) {
         return out;
     }
     if (decimal.exponent >= 0)
-        return writePoint(out, characters, significant, 1 + decimal.exponent);
-    storeCharacters(out, zero_characters);
+        return write_point(out, characters, significant, 1 + decimal.exponent);
+    store_characters(out, zero_characters);
     out[1] = '.';
     out += 1 - decimal.exponent;
-    storeCharacters(out, characters);
+    store_characters(out, characters);
     return out + significant;
 }
 
@@ -107,7 +107,7 @@ char* write_number(char* out, float value) {
         }
         if (magnitude >= least_quick && magnitude < quick_limit) {
             *out = '-';
-            return writeDecimal(out + (value < 0 ? 1 : 0), firstDigits(magnitude));
+            return write_decimal(out + (value < 0 ? 1 : 0), first_digits(magnitude));
         }
     }
     return std::to_chars(out, out + max_number_text, static_cast<double>(value), std::chars_format::general,

@@ -76,14 +76,14 @@ class DerivedSamples {
   public:
     void push_back(float value) {
         if (m_count == m_values.size())
-            moveToList();
+            move_to_list();
         m_values[m_count++] = value;
     }
     bool empty() const { return m_count == 0; }
     // Appends the array, unless it is empty.
-    void appendTo(ReportSink& sink, std::string_view key) {
+    void append_to(ReportSink& sink, std::string_view key) {
         if (!m_list.empty()) {
-            moveToList();
+            move_to_list();
             sink.list(key, m_list);
         } else if (m_count != 0) {
             sink.values(key, m_values.data(), m_count);
@@ -91,7 +91,7 @@ class DerivedSamples {
     }
 
   private:
-    void moveToList() {
+    void move_to_list() {
         m_list.append(m_values.data(), m_count);
         m_count = 0;
     }

@@ -6,27 +6,27 @@
 #include "folded_nodes.h"
 
 template <class T>
-ptree packedArray(SampleList<T> values) {
+ptree packed_array(SampleList<T> values) {
     return ptree(ReportValue(std::move(values)));
 }
 
 template <class T>
 ptree createJSONArray(const std::vector<T>& values) {
-    return packedArray(SampleList<T>(values));
+    return packed_array(SampleList<T>(values));
 }
 
-template ptree packedArray(SampleList<int>);
-template ptree packedArray(SampleList<long long>);
-template ptree packedArray(SampleList<float>);
+template ptree packed_array(SampleList<int>);
+template ptree packed_array(SampleList<long long>);
+template ptree packed_array(SampleList<float>);
 template ptree createJSONArray(const std::vector<int>&);
 template ptree createJSONArray(const std::vector<long long>&);
 template ptree createJSONArray(const std::vector<float>&);
 
-ptree getSourceJSON(const char* filename, int line, int column, bool hasColumn) {
+ptree getSourceJSON(const char* filename, int line, int column, bool has_column) {
     ptree node;
     append_text(node, "filename", filename);
     append_text(node, "line", report_text(line));
-    if (hasColumn)
+    if (has_column)
         append_text(node, "column_num", report_text(column));
     return node;
 }

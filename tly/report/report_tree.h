@@ -82,10 +82,10 @@ char* write_number(char* out, T value) {
     if (has_digit_blocks && value >= 0) {
         const auto number = static_cast<std::uint64_t>(value);
         if (number < block)
-            return writeUpTo8Digits(out, static_cast<std::uint32_t>(number));
+            return write_up_to_8_digits(out, static_cast<std::uint32_t>(number));
         if (number < block * block) {
-            out = writeUpTo8Digits(out, static_cast<std::uint32_t>(number / block));
-            return write8Digits(out, static_cast<std::uint32_t>(number % block));
+            out = write_up_to_8_digits(out, static_cast<std::uint32_t>(number / block));
+            return write_8_digits(out, static_cast<std::uint32_t>(number % block));
         }
     }
     return std::to_chars(out, out + max_number_text, value).ptr;
@@ -137,10 +137,10 @@ using ptree = boost::property_tree::basic_ptree<std::string, ReportValue>;
 template <class T>
 ptree createJSONArray(const std::vector<T>& values);
 template <class T>
-ptree packedArray(SampleList<T> values);
+ptree packed_array(SampleList<T> values);
 
-// A source location: `filename`, `line` and, if `hasColumn`, `column_num`.
-ptree getSourceJSON(const char* filename, int line, int column, bool hasColumn);
+// A source location: `filename`, `line` and, if `has_column`, `column_num`.
+ptree getSourceJSON(const char* filename, int line, int column, bool has_column);
 
 // Appends the child `key` with the given text to a node that has no such child, and gives the child. The same
 // as a put, without the search for the key.
@@ -155,7 +155,7 @@ template <class T>
 void append_samples(ptree& node, std::string_view key, const SampleList<T>& samples) {
     if (samples.empty())
         return;
-    ptree array = packedArray(samples);
+    ptree array = packed_array(samples);
     append_node(node, key, array);
 }
 

@@ -247,15 +247,15 @@ class NodeText {
     explicit NodeText(TextBuffer& out) : m_out(out) {}
 
     // The root is an object in any case.
-    void openRoot() { openItems(false); }
+    void open_root() { open_items(false); }
     void open(std::string_view key, bool is_array) {
-        beginItem();
+        begin_item();
         if (!m_open.back().is_array) {
             m_out.append_quoted(key);
             m_out.append(":\n");
             m_out.append_blanks(m_open.size() * indent_width);
         }
-        openItems(is_array);
+        open_items(is_array);
     }
     void close() {
         const OpenNode closed = m_open.back();
@@ -266,7 +266,7 @@ class NodeText {
         m_out.append(closed.is_array ? "]" : "}");
     }
     void leaf(std::string_view key, std::string_view text) {
-        beginItem();
+        begin_item();
         if (!m_open.back().is_array) {
             m_out.append_quoted(key);
             m_out.append(": ");
@@ -278,13 +278,13 @@ class NodeText {
     template <class T, class Read>
     void numbers(std::size_t size, Read read) {
         const bool in_array = m_open.back().is_array;
-        const std::string& separator = separatorOf(m_open.size(), in_array);
-        beginItem();
+        const std::string& separator = separator_of(m_open.size(), in_array);
+        begin_item();
         m_out.append(in_array ? "\"" : "\"\": \"");
         if (separator.size() <= short_separator)
-            writeNumbers<T>(size, read, separator);
+            write_numbers<T>(size, read, separator);
         else
-            writeNumbersFarIn<T>(size, read, separator);
+            write_numbers_far_in<T>(size, read, separator);
         m_out.append("\"");
     }
     template <class T>
@@ -302,11 +302,11 @@ class NodeText {
     static constexpr std::size_t short_separator = 64;
     static constexpr std::size_t chunk = 256; // values that are read at once
 
-    void openItems(bool is_array) {
+    void open_items(bool is_array) {
         m_out.append(is_array ? "[\n" : "{\n");
         m_open.push_back({is_array, false});
     }
-    void beginItem() {
+    void begin_item() {
         OpenNode& parent = m_open.back();
         if (parent.has_items)
             m_out.append(",\n");
@@ -315,7 +315,7 @@ class NodeText {
     }
 
     // What stands between two values is the same for all of them.
-    const std::string& separatorOf(std::size_t depth, bool in_array) {
+    const std::string& separator_of(std::size_t depth, bool in_array) {
         std::vector<std::string>& separators = m_separators[in_array ? 1 : 0];
         while (separators.size() <= depth)
             separators.push_back("\",\n" + std::string(separators.size() * indent_width, ' ') +
@@ -326,7 +326,7 @@ class NodeText {
     // Nearly all values of a report go through here. Each is followed by a whole block that starts with the
     // separator: copying a fixed size takes a few instructions, and what is too much is overwritten.
     template <class T, class Read>
-    void writeNumbers(std::size_t size, Read read, const std::string& separator) {
+    void write_numbers(std::size_t size, Read read, const std::string& separator) {
         std::array<char, short_separator> block{};
         separator.copy(block.data(), block.size());
         std::array<T, chunk> numbers;
@@ -346,7 +346,7 @@ class NodeText {
     }
 
     template <class T, class Read>
-    void writeNumbersFarIn(std::size_t size, Read read, const std::string& separator) {
+    void write_numbers_far_in(std::size_t size, Read read, const std::string& separator) {
         for (std::size_t i = 0; i < size; ++i) {
             if (i != 0)
                 m_out.append(separator);
@@ -367,11 +367,11 @@ class TextSink final : public ReportSink {
     explicit TextSink(NodeText& out) : m_out(out) {}
 
     void text(std::string_view key, std::string_view text) override {
-        openPending(key);
+        open_pending(key);
         m_out.leaf(key, text);
     }
     void open(std::string_view key) override {
-        openPending(key);
+        open_pending(key);
         m_pending = key;
     }
     void close() override {
@@ -380,34 +380,34 @@ class TextSink final : public ReportSink {
         else
             m_out.close();
     }
-    void list(std::string_view key, const SampleList<int>& values) override { writeList(key, values); }
-    void list(std::string_view key, const SampleList<long long>& values) override { writeList(key, values); }
-    void list(std::string_view key, const SampleList<float>& values) override { writeList(key, values); }
+    void list(std::string_view key, const SampleList<int>& values) override { write_list(key, values); }
+    void list(std::string_view key, const SampleList<long long>& values) override { write_list(key, values); }
+    void list(std::string_view key, const SampleList<float>& values) override { write_list(key, values); }
     void values(std::string_view key, const int* values, std::size_t count) override {
-        writeValues(key, values, count);
+        write_values(key, values, count);
     }
     void values(std::string_view key, const long long* values, std::size_t count) override {
-        writeValues(key, values, count);
+        write_values(key, values, count);
     }
     void values(std::string_view key, const float* values, std::size_t count) override {
-        writeValues(key, values, count);
+        write_values(key, values, count);
     }
 
   private:
-    void openPending(std::string_view first_key) {
+    void open_pending(std::string_view first_key) {
         if (m_pending)
             m_out.open(*std::exchange(m_pending, std::nullopt), first_key.empty());
     }
     template <class T>
-    void writeList(std::string_view key, const SampleList<T>& values) {
-        openPending(key);
+    void write_list(std::string_view key, const SampleList<T>& values) {
+        open_pending(key);
         m_out.open(key, true);
         m_out.numbers(values);
         m_out.close();
     }
     template <class T>
-    void writeValues(std::string_view key, const T* values, std::size_t count) {
-        openPending(key);
+    void write_values(std::string_view key, const T* values, std::size_t count) {
+        open_pending(key);
         m_out.open(key, true);
         m_out.numbers<T>(count, [&](std::size_t begin, std::size_t size, T* numbers) {
             std::copy_n(values + begin, size, numbers);
@@ -425,7 +425,7 @@ class TreeWriter {
     explicit TreeWriter(TextBuffer& out) : m_buffer(out), m_out(out) {}
 
     void write(const ptree& root) {
-        m_out.openRoot();
+        m_out.open_root();
         enter(root);
         while (!m_open.empty()) {
             OpenNode& node = m_open.back();

@@ -3,7 +3,7 @@
 namespace {
 
 // The filename may hold a NUL, which ends it.
-void tellSource(ReportSink& node, const std::string& filename, unsigned int line) {
+void write_source(ReportSink& node, const std::string& filename, unsigned int line) {
     node.open("sourcefile");
     node.text("filename", filename.c_str());
     node.number("line", static_cast<int>(line));
@@ -12,69 +12,71 @@ void tellSource(ReportSink& node, const std::string& filename, unsigned int line
 
 } // namespace
 
-void tellKernel(ReportSink& node, std::string_view name, const std::string& sourcefile, unsigned int line,
-                const SampleList<int>& deviceIds, int computeUnit, const SampleList<int>& commandQueues,
-                long long startTime, const SampleList<long long>& sampleTimestamps,
-                const SampleList<long long>& totalCycles, bool isAutorun, SharedCounterTypes sharedType) {
+void write_kernel(ReportSink& node, std::string_view name, const std::string& sourcefile, unsigned int line,
+                  const SampleList<int>& device_ids, int compute_unit, const SampleList<int>& command_queues,
+                  long long start_time, const SampleList<long long>& sample_timestamps,
+                  const SampleList<long long>& total_cycles, bool is_autorun,
+                  SharedCounterTypes shared_type) {
     node.text("type", "kernel");
     node.text("name", name);
-    node.number("compute_unit", computeUnit);
-    tellSource(node, sourcefile, line);
-    node.samples("device_ids", deviceIds);
-    node.samples("command_queue_id", commandQueues);
-    node.number("start_time", startTime);
-    if (!sampleTimestamps.empty())
-        node.number("end_time", sampleTimestamps.back());
-    node.number("num_samples", sampleTimestamps.size());
-    node.number("shared_counter_run_type", static_cast<int>(sharedType));
-    node.samples("sample_timestamps", sampleTimestamps);
-    node.samples("total_cycles_between_samples", totalCycles);
-    node.truth("is_autorun", isAutorun);
+    node.number("compute_unit", compute_unit);
+    write_source(node, sourcefile, line);
+    node.samples("device_ids", device_ids);
+    node.samples("command_queue_id", command_queues);
+    node.number("start_time", start_time);
+    if (!sample_timestamps.empty())
+        node.number("end_time", sample_timestamps.back());
+    node.number("num_samples", sample_timestamps.size());
+    node.number("shared_counter_run_type", static_cast<int>(shared_type));
+    node.samples("sample_timestamps", sample_timestamps);
+    node.samples("total_cycles_between_samples", total_cycles);
+    node.truth("is_autorun", is_autorun);
 }
 
 ptree getKernelJSON(std::string name, std::string sourcefile, unsigned int line,
-                    const SampleList<int>& deviceIds, int computeUnit, const SampleList<int>& commandQueues,
-                    long long startTime, const SampleList<long long>& sampleTimestamps,
-                    const SampleList<long long>& totalCycles, bool isAutorun, SharedCounterTypes sharedType) {
+                    const SampleList<int>& device_ids, int compute_unit,
+                    const SampleList<int>& command_queues, long long start_time,
+                    const SampleList<long long>& sample_timestamps, const SampleList<long long>& total_cycles,
+                    bool is_autorun, SharedCounterTypes shared_type) {
     ptree node;
     TreeSink sink(node);
-    tellKernel(sink, name, sourcefile, line, deviceIds, computeUnit, commandQueues, startTime,
-               sampleTimestamps, totalCycles, isAutorun, sharedType);
+    write_kernel(sink, name, sourcefile, line, device_ids, compute_unit, command_queues, start_time,
+                 sample_timestamps, total_cycles, is_autorun, shared_type);
     sink.text("children", "");
     return node;
 }
 
-void tellMemTransfer(ReportSink& node, std::string_view name, int deviceId, int commandQueueId,
-                     long long startTime, long long endTime) {
+void write_mem_transfer(ReportSink& node, std::string_view name, int device_id, int command_queue_id,
+                        long long start_time, long long end_time) {
     node.text("type", "memtransfers");
     node.text("type_transfer", name);
-    node.number("device_id", deviceId);
-    node.number("command_queue_id", commandQueueId);
-    node.number("start_time", startTime);
-    node.number("end_time", endTime);
+    node.number("device_id", device_id);
+    node.number("command_queue_id", command_queue_id);
+    node.number("start_time", start_time);
+    node.number("end_time", end_time);
 }
 
-ptree getMemTransferJSON(std::string name, int deviceId, int commandQueueId, long long startTime,
-                         long long endTime) {
+ptree getMemTransferJSON(std::string name, int device_id, int command_queue_id, long long start_time,
+                         long long end_time) {
     ptree node;
     TreeSink sink(node);
-    tellMemTransfer(sink, name, deviceId, commandQueueId, startTime, endTime);
+    write_mem_transfer(sink, name, device_id, command_queue_id, start_time, end_time);
     return node;
 }
 
-ptree getBoardJSON(std::string boardType, const std::unordered_map<std::string, float>& maxBandwidths,
-                   const std::unordered_map<std::string, unsigned int>& maxBurstCounts) {
+ptree getBoardJSON(std::string board_type, const std::unordered_map<std::string, float>& max_bandwidths,
+                   const std::unordered_map<std::string, unsigned int>& max_burst_counts) {
     ptree node;
     append_text(node, "type", "board");
-    append_text(node, "board_type", std::move(boardType));
+    append_text(node, "board_type", std::move(board_type));
     ptree& children = append_text(node, "children", "");
-    for (const auto& [name, bandwidth] : maxBandwidths) {
+    for (const auto& [name, bandwidth] : max_bandwidths) {
         ptree memory;
         append_text(memory, "type", "globalmem");
         append_text(memory, "global_memory_name", name);
         append_text(memory, "max_theoretical_globalmem_bw", report_text(bandwidth));
-        const auto burst = maxBurstCounts.find(name);
-        if (burst != maxBurstCounts.end())
+        const auto burst = max_burst_counts.find(name);
+        if (burst != max_burst_counts.end())
             append_text(memory, "max_burst_count", report_text(burst->second));
         append_node(children, "", memory);
     }

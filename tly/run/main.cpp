@@ -2,5 +2,5 @@
 
 // NOLINTNEXTLINE(bugprone-exception-escape): what nobody catches ends the process, as callers expect
 int main(int argc, char** argv) {
-    return tlyMain(argc, argv);
+    return tly_main(argc, argv);
 }

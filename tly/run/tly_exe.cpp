@@ -21,7 +21,7 @@ int refuse(const std::string& reason) {
 }
 
 // The document that every run starts from.
-void seedDocument(ptree& tree) {
+void seed_document(ptree& tree) {
     append_text(tree, "json_type", "Corvane Profiler JSON");
     append_text(append_text(tree, "versions", ""), "profiler_json_version", tly_version);
     for (const char* list : {"kernels", "boards", "memtransfers", "channels"})
@@ -32,7 +32,7 @@ void seedDocument(ptree& tree) {
 
 // What lives as long as a run.
 struct Run {
-    Run(const char* zanxPath, const char* monPath) : package(zanxPath), mon_path(monPath) {}
+    Run(const char* zanx_path, const char* mon_path) : package(zanx_path), mon_path(mon_path) {}
 
     Package package;
     const char* mon_path;
@@ -43,11 +43,11 @@ struct Run {
     bool no_profiler = false;
 };
 
-int readMonitorFile(Run& run) {
+int read_monitor_file(Run& run) {
     FoldedMonitorNodes lists;
-    const int status =
-        readMonitorFile(*run.kernels, lists, run.mon_path, run.original_names, run.ext_mems, run.no_profiler);
-    lists.appendTo(*run.tree);
+    const int status = read_monitor_file(*run.kernels, lists, run.mon_path, run.original_names, run.ext_mems,
+                                         run.no_profiler);
+    lists.append_to(*run.tree);
     return status;
 }
 
@@ -60,24 +60,24 @@ struct Stage {
 // In the order of a run: the memories must be there before counters are read, and the clock must stand in the
 // tree before the profiler description is.
 constexpr Stage stages[] = {
-    {[](Run& run) { return parseVersion(*run.tree, run.package); }, "ABORT: Error parsing version."},
-    {[](Run& run) { return parseBoard(*run.tree, run.package, run.ext_mems); },
+    {[](Run& run) { return parse_version(*run.tree, run.package); }, "ABORT: Error parsing version."},
+    {[](Run& run) { return parse_board(*run.tree, run.package, run.ext_mems); },
      "ABORT: Error parsing board .xml file."},
-    {[](Run& run) { return parseTimingReport(*run.tree, run.package); },
+    {[](Run& run) { return parse_timing_report(*run.tree, run.package); },
      "ABORT: Error parsing Velmora report."},
     {[](Run& run) {
          constexpr int no_description = 2;
-         const int status = parseDescription(*run.kernels, *run.tree, run.package, run.original_names);
+         const int status = parse_description(*run.kernels, *run.tree, run.package, run.original_names);
          run.no_profiler = status == no_description;
          return run.no_profiler ? 0 : status;
      },
      "ABORT: Error parsing profiler .xml file."},
-    {[](Run& run) { return readMonitorFile(run); }, "ABORT: Error parsing .mon file."},
+    {[](Run& run) { return read_monitor_file(run); }, "ABORT: Error parsing .mon file."},
 };
 
 } // namespace
 
-int tlyMain(int argc, char** argv) {
+int tly_main(int argc, char** argv) {
     if (argc < 2)
         return refuse("Missing arguments.");
     if (argc < 1 + num_file_arguments)
@@ -102,12 +102,12 @@ std::string checkArgType(std::string path) {
 }
 
 void printUsage() {
-    writeMessage(stdout, "   Usage: zanl-profile-tly <filename>.zanx <filename>.mon <filename>.json \n");
+    write_message(stdout, "   Usage: zanl-profile-tly <filename>.zanx <filename>.mon <filename>.json \n");
 }
 
-int runTLY(char* zanxPath, char* monPath, char* jsonPath) {
-    Run run(zanxPath, monPath);
-    seedDocument(*run.tree);
+int runTLY(char* zanx_path, char* mon_path, char* json_path) {
+    Run run(zanx_path, mon_path);
+    seed_document(*run.tree);
     int status = 0;
     for (const Stage& stage : stages) {
         status = stage.run(run);
@@ -117,14 +117,14 @@ int runTLY(char* zanxPath, char* monPath, char* jsonPath) {
         }
     }
     if (status == 0)
-        write_report(jsonPath, *run.tree);
+        write_report(json_path, *run.tree);
     clean_up(run.tree, run.kernels, run.ext_mems);
     return status;
 }
 
 void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
               // cppcheck-suppress constParameter ; callers pass what they own, and it is gone afterwards
-              std::unordered_map<std::string, TlyExtMem*>& extMems) {
+              std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     if (tree) {
         dismantle(*tree); // call chains may be deeper than the stack
         delete tree;
@@ -135,6 +135,6 @@ void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
         delete kernel;
     }
     delete kernels;
-    for (const auto& [name, memory] : extMems)
+    for (const auto& [name, memory] : ext_mems)
         delete memory;
 }

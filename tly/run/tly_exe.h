@@ -11,7 +11,7 @@
 
 // What `main` does: checks the arguments and runs. Gives the process's exit status; wrong arguments are no
 // error for the shell.
-int tlyMain(int argc, char** argv);
+int tly_main(int argc, char** argv);
 
 // The file type that the path ends in, with or without a dot in front: "zanx", "mon" or "json". An empty text
 // if it is none of these.
@@ -20,12 +20,12 @@ std::string checkArgType(std::string path);
 // Writes one line about the arguments to standard output.
 void printUsage();
 
-// Joins the package at `zanxPath` and the monitor file at `monPath` into a report at `jsonPath`. Gives the
+// Joins the package at `zanx_path` and the monitor file at `mon_path` into a report at `json_path`. Gives the
 // status of the last stage that ran: 0, or that of the failing stage, which has told why on standard error;
 // then there is no report. A report that can't be written is thrown as a json_parser_error.
-int runTLY(char* zanxPath, char* monPath, char* jsonPath);
+int runTLY(char* zanx_path, char* mon_path, char* json_path);
 
 // Deletes the tree, the kernels with their module instances and the map itself, and the memories. The entries
-// of `extMems` stay and dangle.
+// of `ext_mems` stay and dangle.
 void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
-              std::unordered_map<std::string, TlyExtMem*>& extMems);
+              std::unordered_map<std::string, TlyExtMem*>& ext_mems);

@@ -18,9 +18,9 @@ class EditTest : public PackageTest {
     template <class Call>
     static std::string failure(zan_pkg_file* pkg, Call call) {
         zan_pkg_set_show_mode(pkg, 0);
-        EXPECT_EQ(stderrOf([&] { EXPECT_EQ(call(pkg), 0); }), "");
+        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(call(pkg), 0); }), "");
         zan_pkg_set_show_mode(pkg, ZAN_PKG_SHOW_ERROR);
-        return stderrOf([&] { EXPECT_EQ(call(pkg), 0); });
+        return stderr_of([&] { EXPECT_EQ(call(pkg), 0); });
     }
     int update(const std::string& name, const Bytes& bytes) const {
         const Package pkg = open(ZAN_PKG_READ_WRITE);
@@ -29,7 +29,7 @@ class EditTest : public PackageTest {
     // A file with that content.
     std::string file(const Bytes& content) const {
         const std::string input = dir.path("input");
-        writeFile(input, content);
+        write_file(input, content);
         return input;
     }
 };
@@ -126,9 +126,9 @@ TEST_F(EditTest, ARefusedAddForgetsTheCallersBytes) {
 TEST_F(EditTest, EditsTellTheirProgress) {
     const Package pkg = open(create_mode);
     zan_pkg_set_show_mode(pkg.get(), ZAN_PKG_SHOW_INFO);
-    EXPECT_EQ(stdoutOf([&] { zan_pkg_add_data_section(pkg.get(), "a", "12", 2); }),
+    EXPECT_EQ(stdout_of([&] { zan_pkg_add_data_section(pkg.get(), "a", "12", 2); }),
               "zan_pkg_add_data_section: Added section a with 2 bytes\n");
-    EXPECT_EQ(stdoutOf([&] { zan_pkg_update_section(pkg.get(), "a", "123", 3); }),
+    EXPECT_EQ(stdout_of([&] { zan_pkg_update_section(pkg.get(), "a", "123", 3); }),
               "zan_pkg_update_section: Updating section a with 3 bytes of new data\n");
 }
 
@@ -198,12 +198,12 @@ TEST_F(EditTest, AFileBecomesASection) {
     {
         const Package pkg = open(create_mode);
         zan_pkg_set_show_mode(pkg.get(), ZAN_PKG_SHOW_INFO);
-        EXPECT_EQ(stdoutOf([&] { zan_pkg_add_data_section_from_file(pkg.get(), "a", input.c_str()); }),
+        EXPECT_EQ(stdout_of([&] { zan_pkg_add_data_section_from_file(pkg.get(), "a", input.c_str()); }),
                   "zan_pkg_add_data_section: Added section a with 7 bytes\nRead 7 bytes from file " + input +
                       " and created new section 'a'.\n");
-        writeFile(input, "12");
+        write_file(input, "12");
         EXPECT_EQ(
-            stdoutOf([&] { zan_pkg_update_section_from_file(pkg.get(), "a", input.c_str()); }),
+            stdout_of([&] { zan_pkg_update_section_from_file(pkg.get(), "a", input.c_str()); }),
             "zan_pkg_update_section: Updating section a with 2 bytes of new data\nRead 2 bytes from file " +
                 input + " and updated section 'a'.\n");
         ::unlink(input.c_str());
@@ -217,7 +217,7 @@ TEST_F(EditTest, AnEmptyFileBecomesAnEmptySection) {
     {
         const Package pkg = open(create_mode);
         zan_pkg_set_show_mode(pkg.get(), ZAN_PKG_SHOW_INFO);
-        EXPECT_EQ(stdoutOf([&] {
+        EXPECT_EQ(stdout_of([&] {
                       EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", input.c_str()), 1);
                   }),
                   "Empty input file. Creating section using dummy file and then updating it.\n"
@@ -246,13 +246,14 @@ TEST_F(EditTest, AnEmptyFileEmptiesASection) {
 
 TEST_F(EditTest, FilesThatCannotBeReadAreToldWithoutAnyShowBit) {
     const Package pkg = open(create_mode);
-    EXPECT_EQ(
-        stderrOf([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/nonexistent/x"), 0); }),
-        "Couldn't open file /nonexistent/x for reading\n");
+    EXPECT_EQ(stderr_of([&] {
+                  EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/nonexistent/x"), 0);
+              }),
+              "Couldn't open file /nonexistent/x for reading\n");
     const std::string pipe = dir.path("pipe");
     ASSERT_EQ(::system(("mkfifo " + pipe + " && (sleep 0.1 > " + pipe + " &)").c_str()), 0);
     EXPECT_EQ(
-        stderrOf([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", pipe.c_str()), 0); }),
+        stderr_of([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", pipe.c_str()), 0); }),
         "Couldn't determine size of file " + pipe + "\n");
     EXPECT_EQ(names(pkg.get()), "");
 }
@@ -267,7 +268,7 @@ TEST_F(EditTest, AFileLargerThanMemoryIsTold) {
         return;
     const Package pkg = open(create_mode);
     // A sanitizer's allocator says something of its own first.
-    EXPECT_THAT(stderrOf([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/"), 0); }),
+    EXPECT_THAT(stderr_of([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/"), 0); }),
                 testing::EndsWith("Could not allocated 9223372036854775815 bytes of memory\n"));
     EXPECT_EQ(names(pkg.get()), "");
 }
@@ -277,9 +278,9 @@ TEST_F(EditTest, AFileShorterThanItsSizeIsTold) {
     const std::string short_file = "/sys/kernel/mm/transparent_hugepage/enabled";
     if (!std::filesystem::exists(short_file))
         return;
-    const std::size_t size = readFile(short_file).size();
+    const std::size_t size = read_file(short_file).size();
     const Package pkg = open(create_mode);
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", short_file.c_str()), 0);
               }),
               "Error reading " + short_file + ". Read only " + std::to_string(size) + " out of 4096 bytes\n");

@@ -12,7 +12,7 @@ class LayoutTest : public PackageTest {};
 
 TEST_F(LayoutTest, TheHeaderSaysWhatAPackageIs) {
     make({{"a", "1"}});
-    const auto header = get<Elf32_Ehdr>(readFile(path), 0);
+    const auto header = get<Elf32_Ehdr>(read_file(path), 0);
     EXPECT_EQ(Bytes(reinterpret_cast<const char*>(header.e_ident), 4),
               "\x7F"
               "ELF");
@@ -26,7 +26,7 @@ TEST_F(LayoutTest, TheHeaderSaysWhatAPackageIs) {
 
 TEST_F(LayoutTest, TheNameTableIsTheFirstSection) {
     make({{"a", "1"}});
-    const Bytes file = readFile(path);
+    const Bytes file = read_file(path);
     const Elf32_Shdr table = header(file, name_table_index);
     EXPECT_EQ(table.sh_name, 1u);
     EXPECT_EQ(table.sh_type, 3u);
@@ -41,7 +41,7 @@ TEST_F(LayoutTest, TheNameTableIsTheFirstSection) {
 
 TEST_F(LayoutTest, TheHiddenSectionHasNoNameAnd4096Zeros) {
     make({});
-    const Bytes file = readFile(path);
+    const Bytes file = read_file(path);
     const Elf32_Shdr hidden = header(file, hidden_index);
     EXPECT_EQ(hidden.sh_name, 11u);
     EXPECT_EQ(hidden.sh_type, 1u);
@@ -50,7 +50,7 @@ TEST_F(LayoutTest, TheHiddenSectionHasNoNameAnd4096Zeros) {
 
 TEST_F(LayoutTest, ADataSectionIsPlainAndAligned) {
     make({{"a", "one"}, {"b", "two"}});
-    const Bytes file = readFile(path);
+    const Bytes file = read_file(path);
     for (std::size_t i = first_index; i < first_index + 2; ++i) {
         const Elf32_Shdr data = header(file, i);
         EXPECT_EQ(data.sh_name, 12 + 2 * (i - first_index));
@@ -85,7 +85,7 @@ TEST_F(LayoutTest, TenThousandSectionsAreAllReadBack) {
 }
 
 // Makes a package of `count` sections and a name table behind them, straight through the ELF library.
-void makeLargePackage(const std::string& path, std::size_t count) {
+void make_large_package(const std::string& path, std::size_t count) {
     ::elf_version(EV_CURRENT);
     const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0666);
     Elf* elf = ::elf_begin(fd, ELF_C_WRITE, nullptr);
@@ -115,8 +115,8 @@ void makeLargePackage(const std::string& path, std::size_t count) {
 
 TEST_F(LayoutTest, ANameTableBeyondSection65280IsFoundAndGrows) {
     constexpr std::size_t count = 65300;
-    makeLargePackage(path, count);
-    ASSERT_EQ(get<Elf32_Ehdr>(readFile(path), 0).e_shstrndx, 0xFFFF);
+    make_large_package(path, count);
+    ASSERT_EQ(get<Elf32_Ehdr>(read_file(path), 0).e_shstrndx, 0xFFFF);
     {
         const Package pkg = open(ZAN_PKG_READ_WRITE);
         EXPECT_EQ(section(pkg.get(), "s65299"), "c");
@@ -151,10 +151,10 @@ TEST_F(LayoutTest, AHundredEditsLeaveTheOtherContentsAlone) {
 
 TEST_F(LayoutTest, OpeningForWritingAndClosingChangesNothing) {
     make({{"a", "1"}});
-    const Bytes before = readFile(path);
+    const Bytes before = read_file(path);
     for (int i = 0; i < 100; ++i)
         open(ZAN_PKG_READ_WRITE);
-    EXPECT_TRUE(readFile(path) == before);
+    EXPECT_TRUE(read_file(path) == before);
 }
 
 TEST_F(LayoutTest, TwoHandlesOnOneFileAreIndependent) {

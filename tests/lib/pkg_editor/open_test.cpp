@@ -18,8 +18,8 @@ class OpenTest : public PackageTest {
   protected:
     // The message of an open that fails. Without the show bit the same call must be silent.
     static std::string refusal(const char* filename, int mode) {
-        EXPECT_EQ(stderrOf([&] { EXPECT_EQ(zan_pkg_open_file(filename, mode), nullptr); }), "");
-        return stderrOf([&] { EXPECT_EQ(zan_pkg_open_file(filename, mode | show_error), nullptr); });
+        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(zan_pkg_open_file(filename, mode), nullptr); }), "");
+        return stderr_of([&] { EXPECT_EQ(zan_pkg_open_file(filename, mode | show_error), nullptr); });
     }
 };
 
@@ -78,11 +78,11 @@ TEST_F(OpenTest, CreatingDoesNotNeedAFileAndGivesItUsualRights) {
 }
 
 TEST_F(OpenTest, CreatingReplacesALongerFile) {
-    writeFile(path, Bytes(50000, 'x'));
+    write_file(path, Bytes(50000, 'x'));
     make({{"a", "1"}});
     // 128 for the header and its gap, the name table in the next 128, 4096 bytes and the gap behind them up
     // to the byte of "a" at 4352, and from 4356 on four headers of 40 bytes.
-    EXPECT_EQ(readFile(path).size(), 4356u + 4 * 40);
+    EXPECT_EQ(read_file(path).size(), 4356u + 4 * 40);
     EXPECT_EQ(section("a"), "1");
 }
 
@@ -90,7 +90,7 @@ TEST_F(OpenTest, AFileThatIsNoPackageOpensForReadingAndHasNoSections) {
     for (const Bytes& content : {Bytes(), Bytes("x"), Bytes("plain text\n"), Bytes(5000, '\xFF'),
                                  Bytes("\x7F"
                                        "ELF")}) {
-        writeFile(path, content);
+        write_file(path, content);
         const Package pkg = open(ZAN_PKG_READ);
         ASSERT_NE(pkg, nullptr);
         EXPECT_EQ(zan_pkg_section_exists(pkg.get(), "a", nullptr), 0);
@@ -99,13 +99,13 @@ TEST_F(OpenTest, AFileThatIsNoPackageOpensForReadingAndHasNoSections) {
 }
 
 TEST_F(OpenTest, AFileWithoutANameTableStopsAWriter) {
-    writeFile(path, "plain text\n");
+    write_file(path, "plain text\n");
     EXPECT_DEATH(open(ZAN_PKG_READ_WRITE | show_info), "No string table section\n.*Assertion `data' failed");
 }
 
 TEST_F(OpenTest, ANameTableOfNoSizeCannotBeWrittenTo) {
     make({{"a", "1"}});
-    changeHeader(name_table_index, [](Elf32_Shdr& header) { header.sh_size = 0; });
+    change_header(name_table_index, [](Elf32_Shdr& header) { header.sh_size = 0; });
     EXPECT_EQ(refusal(path.c_str(), ZAN_PKG_READ_WRITE), "");
 }
 
@@ -123,7 +123,7 @@ TEST_F(OpenTest, ClosingGivesWhetherTheFileWasClosed) {
 TEST_F(OpenTest, AFailedCloseIsToldAndIsTheResult) {
     zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), create_mode | show_error);
     int result = -1;
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   ::close(pkg->fd);
                   result = zan_pkg_close_file(pkg);
               }),
@@ -140,7 +140,7 @@ TEST_F(OpenTest, AFailedWriteDoesNotShowInTheResult) {
     zan_pkg_file* pkg = zan_pkg_open_file("/dev/full", create_mode);
     ASSERT_NE(pkg, nullptr);
     int result = -1;
-    const std::string messages = stderrOf([&] { result = zan_pkg_close_file(pkg); });
+    const std::string messages = stderr_of([&] { result = zan_pkg_close_file(pkg); });
     EXPECT_EQ(messages.substr(0, 25), " elf_update ()  failed : ");
     EXPECT_EQ(result, 1);
 }
@@ -148,17 +148,17 @@ TEST_F(OpenTest, AFailedWriteDoesNotShowInTheResult) {
 TEST_F(OpenTest, ClosingAnEditedPackageTellsItsSteps) {
     zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), create_mode);
     zan_pkg_set_show_mode(pkg, show_info);
-    EXPECT_EQ(stdoutOf([&] { zan_pkg_close_file(pkg); }),
+    EXPECT_EQ(stdout_of([&] { zan_pkg_close_file(pkg); }),
               "flush_elf_edits: Pkg fd is live\nflush_elf_edits: Pkg is dirty\nflush_elf_edits: Pkg update "
               "is ok\n");
     pkg = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ | show_info);
-    EXPECT_EQ(stdoutOf([&] { zan_pkg_close_file(pkg); }), "flush_elf_edits: Pkg fd is live\n");
+    EXPECT_EQ(stdout_of([&] { zan_pkg_close_file(pkg); }), "flush_elf_edits: Pkg fd is live\n");
 }
 
 TEST_F(OpenTest, ShowModesCanBeChanged) {
     make({});
     const Package pkg = open(ZAN_PKG_READ);
-    const auto message = [&] { return stderrOf([&] { zan_pkg_update_section(pkg.get(), "a", "", 0); }); };
+    const auto message = [&] { return stderr_of([&] { zan_pkg_update_section(pkg.get(), "a", "", 0); }); };
     EXPECT_EQ(message(), "");
     zan_pkg_set_show_mode(pkg.get(), show_error | ZAN_PKG_READ_WRITE); // access bits count for nothing here
     EXPECT_EQ(message(), "Cannot add section to read-only binary\n");
@@ -183,25 +183,25 @@ TEST_F(OpenTest, AHandleMayBeFreedAfterReading) {
 class MemoryTest : public PackageTest {
   protected:
     static std::string refusal(const void* data, std::size_t size, int mode) {
-        return stderrOf([&] { EXPECT_EQ(zan_pkg_open_file_from_memory(data, size, mode), nullptr); });
+        return stderr_of([&] { EXPECT_EQ(zan_pkg_open_file_from_memory(data, size, mode), nullptr); });
     }
 };
 
 TEST_F(MemoryTest, ReadsAPackageThatIsNoFile) {
     make({{"a", "one"}, {"b", ""}});
-    const Bytes bytes = readFile(path);
+    const Bytes bytes = read_file(path);
     zan_pkg_file* pkg = zan_pkg_open_file_from_memory(bytes.data(), bytes.size(), 0);
     ASSERT_NE(pkg, nullptr);
     EXPECT_EQ(section(pkg, "a"), "one");
     EXPECT_EQ(section(pkg, "b"), "");
     EXPECT_EQ(names(pkg), "a\nb");
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(zan_pkg_add_data_section(pkg, "c", "x", 1), 0); }), "");
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(zan_pkg_add_data_section(pkg, "c", "x", 1), 0); }), "");
     EXPECT_EQ(zan_pkg_close_file(pkg), 1);
 }
 
 TEST_F(MemoryTest, ReadsReadOnlyMemoryAtAnyAlignment) {
     make({{"a", "one"}});
-    const Bytes bytes = readFile(path);
+    const Bytes bytes = read_file(path);
     const std::size_t size = bytes.size() + 16;
     for (std::size_t shift = 0; shift < 8; ++shift) {
         auto* pages = static_cast<char*>(
@@ -232,7 +232,7 @@ TEST_F(MemoryTest, NothingIsRefusedSilently) {
 TEST_F(MemoryTest, ALibraryFailureIsTold) {
     // The first bytes of an ELF file, which the library refuses with no error of the operating system.
     make({});
-    const Bytes cut = readFile(path).substr(0, 51);
+    const Bytes cut = read_file(path).substr(0, 51);
     errno = 0;
     EXPECT_EQ(refusal(cut.data(), cut.size(), show_error).substr(0, 20), "elf_memory failed: i");
 }

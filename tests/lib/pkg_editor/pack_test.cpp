@@ -16,7 +16,7 @@ class Pack : public StreamTest {
   protected:
     static std::vector<Record> packed(const std::vector<const char*>& paths) {
         EXPECT_EQ(pack(paths), good);
-        return records_of(readFile("out"));
+        return records_of(read_file("out"));
     }
     static std::uint32_t mode(const char* path) {
         struct stat status;
@@ -39,11 +39,11 @@ class Pack : public StreamTest {
 
 TEST_F(Pack, NoPathsGiveAnEndRecordAlone) {
     EXPECT_EQ(pack({}), good);
-    EXPECT_EQ(inflated(readFile("out")), header_bytes({0xBEEFFEEB, 2, 0, 0, 0}));
+    EXPECT_EQ(inflated(read_file("out")), header_bytes({0xBEEFFEEB, 2, 0, 0, 0}));
 }
 
 TEST_F(Pack, AFileIsItsHeaderItsNameAndItsBytes) {
-    writeFile("ab", "xyz");
+    write_file("ab", "xyz");
     fs::permissions("ab", fs::perms(0640));
     EXPECT_EQ(pack({"ab"}), good);
     // The magic number, the type, 0100640 for a file of these permissions, the name's 3 bytes with the NUL,
@@ -62,20 +62,20 @@ TEST_F(Pack, AFileIsItsHeaderItsNameAndItsBytes) {
         "\0\0\0\0"
         "\0\0\0\0",
         46);
-    EXPECT_EQ(inflated(readFile("out")), expected);
+    EXPECT_EQ(inflated(read_file("out")), expected);
 }
 
 TEST_F(Pack, TheStreamIsZlibsOwnAtItsBestLevel) {
-    writeFile("a", std::string(100000, 'a'));
+    write_file("a", std::string(100000, 'a'));
     EXPECT_EQ(pack({"a"}), good);
-    const std::string stream = readFile("out");
+    const std::string stream = read_file("out");
     EXPECT_EQ(stream.substr(0, 2), "\x78\xDA"); // a window of 32 KiB, level 9
     EXPECT_EQ(stream, stream_of({{file_type, mode("a"), "a", std::string(100000, 'a')}}));
 }
 
 TEST_F(Pack, AFolderComesAheadOfWhatItHolds) {
     fs::create_directories("d/sub");
-    writeFile("d/sub/f", "1");
+    write_file("d/sub/f", "1");
     EXPECT_EQ(packed({"d"}), (std::vector<Record>{{folder_type, 0, "d", ""},
                                                   {folder_type, 0, "d/sub", ""},
                                                   {file_type, mode("d/sub/f"), "d/sub/f", "1"}}));
@@ -84,7 +84,7 @@ TEST_F(Pack, AFolderComesAheadOfWhatItHolds) {
 TEST_F(Pack, EntriesFollowTheOrderOfTheFolder) {
     fs::create_directory("d");
     for (const char* name : {"d/c", "d/a", "d/e", "d/b", "d/d"})
-        writeFile(name, "");
+        write_file(name, "");
     std::vector<std::string> expected = {"d"};
     DIR* const folder = ::opendir("d");
     while (const dirent* entry = ::readdir(folder)) {
@@ -101,8 +101,8 @@ TEST_F(Pack, EntriesFollowTheOrderOfTheFolder) {
 
 TEST_F(Pack, PathsStandAsTheyAreGivenInTheirOrder) {
     fs::create_directory("d");
-    writeFile("d/f", "1");
-    writeFile("g", "2");
+    write_file("d/f", "1");
+    write_file("g", "2");
     const std::string absolute = dir.path("g");
     const auto records = packed({"g", "./d/", absolute.c_str(), "g"});
     std::vector<std::string> names;
@@ -113,7 +113,7 @@ TEST_F(Pack, PathsStandAsTheyAreGivenInTheirOrder) {
 
 TEST_F(Pack, HiddenFilesAndEmptyFoldersAreEntriesToo) {
     fs::create_directories("d/empty");
-    writeFile("d/.hidden", "h");
+    write_file("d/.hidden", "h");
     auto records = packed({"d"});
     std::ranges::sort(records, {}, &Record::name);
     EXPECT_EQ(records, (std::vector<Record>{{folder_type, 0, "d", ""},
@@ -128,7 +128,7 @@ TEST_F(Pack, FilesKeepTheirBytesWhateverBufferTheyGoThrough) {
                                                                     {"d", 32768}, {"e", 65535},  {"f", 65536},
                                                                     {"g", 65537}, {"h", 1000000}};
     for (const auto& [name, size] : files) {
-        writeFile(name, noise(size));
+        write_file(name, noise(size));
         expected.push_back({file_type, mode(name), name, noise(size)});
         paths.push_back(name);
     }
@@ -138,14 +138,14 @@ TEST_F(Pack, FilesKeepTheirBytesWhateverBufferTheyGoThrough) {
 // The buffer of compressed bytes may fill exactly as the input ends, and the last of them may fill it too.
 TEST_F(Pack, StreamsOfAnyLengthAroundTheBuffersSizeAreWhole) {
     for (std::size_t size = 32768 - 120; size < 32768 + 20; ++size) {
-        writeFile("a", noise(size));
+        write_file("a", noise(size));
         EXPECT_TRUE(packed({"a"}) == (std::vector<Record>{{file_type, mode("a"), "a", noise(size)}})) << size;
     }
 }
 
 TEST_F(Pack, ALinkCountsAsWhatItPointsTo) {
     fs::create_directory("d");
-    writeFile("d/f", "1");
+    write_file("d/f", "1");
     fs::create_directory("e");
     fs::create_symlink("../d/f", "e/file");
     fs::create_directory_symlink("../d", "e/folder");
@@ -165,7 +165,7 @@ TEST_F(Pack, NamesMayHaveAnyByte) {
     }
     ASSERT_EQ(name.size(), 254u);
     fs::create_directory("d");
-    writeFile("d/" + name, "1");
+    write_file("d/" + name, "1");
     EXPECT_EQ(packed({"d"}),
               (std::vector<Record>{{folder_type, 0, "d", ""},
                                    {file_type, mode(("d/" + name).c_str()), "d/" + name, "1"}}));
@@ -180,7 +180,7 @@ TEST_F(Pack, ALinkThatPointsNowhereEndsIt) {
 }
 
 TEST_F(Pack, APathThatIsNotThereEndsIt) {
-    writeFile("a", "1");
+    write_file("a", "1");
     EXPECT_EQ(pack({"a", "b"}), (Called{0, "zan_pkg_pack: Unable to stat b: No such file or directory\n"}));
     EXPECT_TRUE(fs::exists("out")); // incomplete
     EXPECT_EQ(pack({""}), (Called{0, "zan_pkg_pack: Unable to stat : No such file or directory\n"}));
@@ -196,10 +196,10 @@ TEST_F(Pack, WhatIsNeitherFileNorFolderEndsIt) {
 
 TEST_F(Pack, WhatMayNotBeReadEndsIt) {
     fs::create_directory("d");
-    writeFile("d/f", "1");
+    write_file("d/f", "1");
     fs::permissions(".", fs::perms(0755));
     fs::permissions("d/f", fs::perms(0));
-    writeFile("out", "");
+    write_file("out", "");
     fs::permissions("out", fs::perms(0666));
     {
         const PlainUser user;
@@ -218,7 +218,7 @@ TEST_F(Pack, AnOutputThatCannotBeOpenedIsTold) {
 }
 
 TEST_F(Pack, AFullDiskIsTold) {
-    writeFile("a", noise(100000)); // more than one buffer of compressed bytes
+    write_file("a", noise(100000)); // more than one buffer of compressed bytes
     EXPECT_EQ(pack({"a"}, "/dev/full"),
               (Called{0, "zan_pkg_pack: Failed to write to /dev/full: No space left on device\n"}));
     EXPECT_EQ(pack({}, "/dev/full"),
@@ -227,12 +227,12 @@ TEST_F(Pack, AFullDiskIsTold) {
 
 // Only the closing of the file is looked at by then, and it has nothing left to write.
 TEST_F(Pack, AFailedWriteOfTheLastBytesGoesUnnoticed) {
-    writeFile("a", noise(10000));
+    write_file("a", noise(10000));
     EXPECT_EQ(pack({"a"}, "/dev/full"), good);
 }
 
 TEST_F(Pack, AFileThatHasShrunkEndsIt) {
-    writeFile("a", "123");
+    write_file("a", "123");
     interposed::added_size = 1;
     const Called outcome = pack({"a"});
     interposed::added_size = 0;
@@ -240,11 +240,11 @@ TEST_F(Pack, AFileThatHasShrunkEndsIt) {
 }
 
 TEST_F(Pack, AFileThatHasGrownKeepsTheSizeThatItHad) {
-    writeFile("a", "123");
+    write_file("a", "123");
     interposed::added_size = -1;
     EXPECT_EQ(pack({"a"}), good);
     interposed::added_size = 0;
-    EXPECT_EQ(records_of(readFile("out")), (std::vector<Record>{{file_type, mode("a"), "a", "12"}}));
+    EXPECT_EQ(records_of(read_file("out")), (std::vector<Record>{{file_type, mode("a"), "a", "12"}}));
 }
 
 // 8192 bytes hold the path, its slash and a NUL.
@@ -284,33 +284,33 @@ TEST_F(Pack, TenThousandFilesArePackedAndComeBack) {
         for (int j = 0; j < 100; ++j) {
             const std::string name = folder + "/f" + std::to_string(j);
             expected[name] = std::to_string(i * j);
-            writeFile("tree/" + name, expected[name]);
+            write_file("tree/" + name, expected[name]);
         }
     }
     EXPECT_EQ(pack({"tree"}), good);
-    EXPECT_EQ(records_of(readFile("out")).size(), 1u + 100 + 10000);
+    EXPECT_EQ(records_of(read_file("out")).size(), 1u + 100 + 10000);
     EXPECT_EQ(unpack(), good);
     EXPECT_TRUE(tree("to/tree") == expected);
 }
 
 TEST_F(Pack, OfALargeSizeTheLow32BitsCount) {
-    writeFile("a", "123");
+    write_file("a", "123");
     interposed::added_size = 1ll << 32;
     const Called outcome = pack({"a"});
     interposed::added_size = 0;
     EXPECT_EQ(outcome, good);
-    EXPECT_EQ(records_of(readFile("out")), (std::vector<Record>{{file_type, mode("a"), "a", "123"}}));
+    EXPECT_EQ(records_of(read_file("out")), (std::vector<Record>{{file_type, mode("a"), "a", "123"}}));
 }
 
 #ifndef __SANITIZE_ADDRESS__ // which would add nothing but seconds
 // 5 GiB are 1 GiB in 32 bits. The file has holes in place of most of its bytes, all of them zeros.
 TEST_F(Pack, AFileOf5GiBIsCutTo1) {
-    writeFile("large", "beginning");
+    write_file("large", "beginning");
     fs::resize_file("large", 5ull << 30);
     EXPECT_EQ(pack({"large"}), good);
     z_stream zlib{};
     ASSERT_EQ(inflateInit(&zlib), Z_OK);
-    const std::string stream = readFile("out");
+    const std::string stream = read_file("out");
     std::string piece(1 << 20, '\0');
     std::string beginning;
     std::uint64_t size = 0;

@@ -65,20 +65,20 @@ class PackageTest : public testing::Test {
         ASSERT_LE(offset + sizeof(T), file.size());
         std::memcpy(file.data() + offset, &value, sizeof(T));
     }
-    static std::size_t headerOffset(const Bytes& file, std::size_t index) {
+    static std::size_t header_offset(const Bytes& file, std::size_t index) {
         return get<Elf32_Ehdr>(file, 0).e_shoff + index * sizeof(Elf32_Shdr);
     }
     static Elf32_Shdr header(const Bytes& file, std::size_t index) {
-        return get<Elf32_Shdr>(file, headerOffset(file, index));
+        return get<Elf32_Shdr>(file, header_offset(file, index));
     }
     // Changes one section's header in the file at `path`.
     template <class Change>
-    void changeHeader(std::size_t index, Change change) const {
-        Bytes file = readFile(path);
+    void change_header(std::size_t index, Change change) const {
+        Bytes file = read_file(path);
         Elf32_Shdr changed = header(file, index);
         change(changed);
-        put(file, headerOffset(file, index), changed);
-        writeFile(path, file);
+        put(file, header_offset(file, index), changed);
+        write_file(path, file);
     }
 
     const TempDir dir;

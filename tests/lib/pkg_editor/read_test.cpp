@@ -15,20 +15,20 @@ class ReadTest : public PackageTest {
     template <class Call>
     std::string failure(Call call) {
         zan_pkg_set_show_mode(pkg.get(), 0);
-        EXPECT_EQ(stderrOf([&] { EXPECT_EQ(call(pkg.get()), 0); }), "");
+        EXPECT_EQ(stderr_of([&] { EXPECT_EQ(call(pkg.get()), 0); }), "");
         zan_pkg_set_show_mode(pkg.get(), ZAN_PKG_SHOW_ERROR);
-        return stderrOf([&] { EXPECT_EQ(call(pkg.get()), 0); });
+        return stderr_of([&] { EXPECT_EQ(call(pkg.get()), 0); });
     }
     // Makes "five" a section with a size and without bytes.
-    void takeBytesAway() {
+    void take_bytes_away() {
         pkg.reset();
-        changeHeader(first_index, [](Elf32_Shdr& header) { header.sh_type = SHT_NOBITS; });
+        change_header(first_index, [](Elf32_Shdr& header) { header.sh_type = SHT_NOBITS; });
         pkg = open(ZAN_PKG_READ);
     }
     // Moves "five" out of the file.
-    void moveOutOfFile() {
+    void move_out_of_file() {
         pkg.reset();
-        changeHeader(first_index, [](Elf32_Shdr& header) { header.sh_offset = 0x7FFFFF00; });
+        change_header(first_index, [](Elf32_Shdr& header) { header.sh_offset = 0x7FFFFF00; });
         pkg = open(ZAN_PKG_READ);
     }
 
@@ -88,7 +88,7 @@ TEST_F(ReadTest, TransientReadingGivesAPointerIntoThePackage) {
 }
 
 TEST_F(ReadTest, ASectionWithoutBytesExistsButCannotBeRead) {
-    takeBytesAway();
+    take_bytes_away();
     std::size_t size = 0;
     EXPECT_EQ(zan_pkg_section_exists(pkg.get(), "five", &size), 1);
     EXPECT_EQ(size, 5u);
@@ -102,7 +102,7 @@ TEST_F(ReadTest, ASectionWithoutBytesExistsButCannotBeRead) {
 }
 
 TEST_F(ReadTest, ASectionOutsideTheFileHasNoData) {
-    moveOutOfFile();
+    move_out_of_file();
     const std::string no_data = "No data for section.\n";
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_section_exists(p, "five", nullptr); }), no_data);
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "five", buffer, 16); }),
@@ -117,15 +117,17 @@ TEST_F(ReadTest, ASectionOutsideTheFileHasNoData) {
 
 TEST_F(ReadTest, ASectionGoesIntoAFile) {
     const std::string out = dir.path("out");
-    writeFile(out, "something longer");
+    write_file(out, "something longer");
     zan_pkg_set_show_mode(pkg.get(), ZAN_PKG_SHOW_INFO);
-    EXPECT_EQ(stdoutOf([&] { EXPECT_EQ(zan_pkg_read_section_into_file(pkg.get(), "five", out.c_str()), 1); }),
-              "Wrote 5 bytes from section 'five' to file " + out + "\n");
-    EXPECT_EQ(readFile(out), "12345");
+    EXPECT_EQ(
+        stdout_of([&] { EXPECT_EQ(zan_pkg_read_section_into_file(pkg.get(), "five", out.c_str()), 1); }),
+        "Wrote 5 bytes from section 'five' to file " + out + "\n");
+    EXPECT_EQ(read_file(out), "12345");
     zan_pkg_set_show_mode(pkg.get(), 0);
     EXPECT_EQ(
-        stdoutOf([&] { EXPECT_EQ(zan_pkg_read_section_into_file(pkg.get(), "empty", out.c_str()), 1); }), "");
-    EXPECT_EQ(readFile(out), "");
+        stdout_of([&] { EXPECT_EQ(zan_pkg_read_section_into_file(pkg.get(), "empty", out.c_str()), 1); }),
+        "");
+    EXPECT_EQ(read_file(out), "");
 }
 
 TEST_F(ReadTest, FilesThatCannotBeWrittenAreTold) {
@@ -144,7 +146,7 @@ TEST_F(ReadTest, NullArgumentsAreSilentFailures) {
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section_into_file(p, nullptr, "x"); }), "");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section_into_file(p, "five", nullptr); }), "");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_section_names(p, nullptr, 9); }), "");
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   EXPECT_EQ(zan_pkg_section_exists(nullptr, "five", nullptr), 0);
                   EXPECT_EQ(zan_pkg_read_section(nullptr, "five", buffer, 16), 0);
                   EXPECT_EQ(zan_pkg_read_section_transient(nullptr, "five", &data), 0);
@@ -180,17 +182,17 @@ TEST_F(ReadTest, ANewPackageListsNoName) {
     EXPECT_EQ(zan_pkg_section_names(pkg.get(), names, sizeof names), 1);
     EXPECT_STREQ(names, "xyz");
     EXPECT_EQ(zan_pkg_section_names(pkg.get(), names, 0), 1);
-    EXPECT_EQ(stdoutOf([&] { EXPECT_EQ(zan_pkg_list_file_sections(pkg.get()), 1); }),
+    EXPECT_EQ(stdout_of([&] { EXPECT_EQ(zan_pkg_list_file_sections(pkg.get()), 1); }),
               "Sections in package file:\n");
 }
 
 TEST_F(ReadTest, TheListHasNamesAndSizes) {
-    EXPECT_EQ(stdoutOf([&] { EXPECT_EQ(zan_pkg_list_file_sections(pkg.get()), 1); }),
+    EXPECT_EQ(stdout_of([&] { EXPECT_EQ(zan_pkg_list_file_sections(pkg.get()), 1); }),
               "Sections in package file:\n  five, 5 bytes\n  empty, 0 bytes\n");
 }
 
 TEST_F(ReadTest, AListOverASectionWithoutDataStopsTheProcess) {
-    moveOutOfFile();
+    move_out_of_file();
     zan_pkg_set_show_mode(pkg.get(), ZAN_PKG_SHOW_ERROR);
     EXPECT_DEATH(zan_pkg_list_file_sections(pkg.get()), "No data for section.\n.*Assertion `sdata' failed");
 }

@@ -35,7 +35,7 @@ class StreamTest : public testing::Test {
     template <typename Call>
     static Called called(Call call) {
         Called outcome{};
-        outcome.text = stderrOf([&] { outcome.result = call(); });
+        outcome.text = stderr_of([&] { outcome.result = call(); });
         return outcome;
     }
     static Called pack(const std::vector<const char*>& paths, const char* output = "out") {
@@ -51,7 +51,7 @@ class StreamTest : public testing::Test {
     }
     // Puts the stream into a file and unpacks that.
     static Called unpack_as_file(const std::string& stream, const char* directory = "to") {
-        writeFile("stream", stream);
+        write_file("stream", stream);
         return unpack("stream", directory);
     }
 
@@ -64,7 +64,7 @@ class StreamTest : public testing::Test {
             if (entry.is_directory())
                 found[name + "/"];
             else
-                found[name] = readFile(entry.path());
+                found[name] = read_file(entry.path());
         }
         return found;
     }

@@ -50,18 +50,18 @@ TEST_F(ToolsTest, ElflintComplainsOnlyOfWhatIsMeantToBeSo) {
 
 TEST_F(ToolsTest, ObjcopyDumpsOurSections) {
     make({{"a", all_bytes}, {"b", "x"}});
-    const Bytes before = readFile(path);
+    const Bytes before = read_file(path);
     EXPECT_EQ(
         run("objcopy -I elf32-x86-64 --dump-section a=a.out --dump-section b=b.out design.zanx other.zanx"),
         "0:");
-    EXPECT_EQ(readFile(dir.path("a.out")), all_bytes);
-    EXPECT_EQ(readFile(dir.path("b.out")), "x");
-    EXPECT_TRUE(readFile(path) == before);
+    EXPECT_EQ(read_file(dir.path("a.out")), all_bytes);
+    EXPECT_EQ(read_file(dir.path("b.out")), "x");
+    EXPECT_TRUE(read_file(path) == before);
 }
 
 TEST_F(ToolsTest, WeReadAndEditWhatObjcopyHasWritten) {
     make({{"a", all_bytes}, {"b", "x"}});
-    writeFile(dir.path("new"), "new content");
+    write_file(dir.path("new"), "new content");
     ASSERT_EQ(run("objcopy --add-section c=new --update-section b=new --remove-section a design.zanx"), "0:");
     EXPECT_EQ(section("a"), "(none)");
     EXPECT_EQ(section("b"), "new content");

@@ -80,7 +80,7 @@ TEST_F(Unpack, SizesAroundTheSmallBufferSurvive) {
 }
 
 TEST_F(Unpack, StandardInputIsCalledMinus) {
-    writeFile("stream", stream_of({{file_type, 0, "f", std::string(100000, 'x')}}));
+    write_file("stream", stream_of({{file_type, 0, "f", std::string(100000, 'x')}}));
     const int before = ::dup(STDIN_FILENO);
     const int input = ::open("stream", O_RDONLY);
     ASSERT_EQ(::dup2(input, STDIN_FILENO), STDIN_FILENO);
@@ -96,8 +96,8 @@ TEST_F(Unpack, StandardInputIsCalledMinus) {
 
 TEST_F(Unpack, AFolderThatExistsKeepsWhatItHolds) {
     fs::create_directory("to");
-    writeFile("to/old", "old");
-    writeFile("to/f", "something longer");
+    write_file("to/old", "old");
+    write_file("to/f", "something longer");
     EXPECT_EQ(unpack_bytes(stream_of({{folder_type, 0, "d", ""}, {file_type, 0, "f", "new"}})), good);
     EXPECT_EQ(tree("to"), (Tree{{"d/", ""}, {"old", "old"}, {"f", "new"}}));
 }
@@ -123,8 +123,8 @@ TEST_F(Unpack, PermissionsAreTheProcesssOwn) {
 TEST_F(Unpack, NamesAreJoinedAsTheyStand) {
     EXPECT_EQ(unpack_bytes(stream_of({{file_type, 0, "../above", "1"}, {file_type, 0, "/below", "2"}})),
               good);
-    EXPECT_EQ(readFile("above"), "1");
-    EXPECT_EQ(readFile("to/below"), "2");
+    EXPECT_EQ(read_file("above"), "1");
+    EXPECT_EQ(read_file("to/below"), "2");
 }
 
 TEST_F(Unpack, NamesMayHaveAnyByte) {
@@ -264,7 +264,7 @@ TEST_F(Unpack, ACompressedStreamCutAtAnyByteGivesWhatCameBeforeTheCut) {
         EXPECT_EQ(outcome.result == 1, outcome.text.empty()) << length << ": " << outcome.text;
         const std::size_t left = inflated(cut).size();
         if (left >= record_bytes(records[0]).size() + 23) {
-            EXPECT_EQ(readFile("to/f"), records[0].data) << length;
+            EXPECT_EQ(read_file("to/f"), records[0].data) << length;
         }
         if (left >= record_bytes(records[0]).size() + record_bytes(records[1]).size() + 20) {
             EXPECT_EQ(outcome, good) << length;
@@ -290,7 +290,7 @@ TEST_F(Unpack, APlaceThatCannotBeWrittenIsTold) {
     fs::create_directories("to/f");
     EXPECT_EQ(unpack_bytes(stream_of({{file_type, 0, "f", "1"}})),
               (Called{0, "zan_pkg_unpack_buffer: Unable to open to/f for writing: Is a directory\n"}));
-    writeFile("file", "");
+    write_file("file", "");
     EXPECT_EQ(unpack_bytes(stream_of({{file_type, 0, "f", "1"}}), "file"),
               (Called{0, "zan_pkg_unpack_buffer: Unable to open file/f for writing: Not a directory\n"}));
 }
@@ -329,7 +329,7 @@ TEST_F(Unpack, APathIsCutToItsBuffer) {
 }
 
 TEST_F(Unpack, WithoutMemoryForZlibNothingIsUnpacked) {
-    writeFile("stream", stream_of({}));
+    write_file("stream", stream_of({}));
     interposed::no_zlib_memory = true;
     const Called from_file = unpack("stream");
     const Called from_memory = unpack_bytes("");
@@ -376,17 +376,17 @@ TEST_F(Unpack, WithoutMemoryForAFileTheResultIs2) {
         deflated(with_header({stream_magic, file_type, 0, 2, 0xFFFFFFFF}, std::string("f\0", 2)));
     EXPECT_EQ(with_little_memory([&] { return zan_pkg_unpack_buffer(stream.data(), stream.size(), "to"); }),
               2);
-    EXPECT_EQ(readFile("messages"),
+    EXPECT_EQ(read_file("messages"),
               "zan_pkg_unpack_buffer: Failed to allocate buffer to write to/f: Cannot allocate memory\n");
     EXPECT_EQ(tree("to"), (Tree{{"f", ""}}));
 }
 
 TEST_F(Unpack, WithoutMemoryForAFileItIsNotPacked) {
-    writeFile("large", "");
+    write_file("large", "");
     fs::resize_file("large", 0xFFFFFFFF);
     const char* const paths[] = {"large", nullptr};
     EXPECT_EQ(with_little_memory([&] { return zan_pkg_pack("out", paths); }), 0);
-    EXPECT_EQ(readFile("messages"),
+    EXPECT_EQ(read_file("messages"),
               "zan_pkg_pack: Failed to allocate buffer to read large: Cannot allocate memory\n");
 }
 #endif

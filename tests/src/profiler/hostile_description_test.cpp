@@ -81,9 +81,9 @@ TEST(HostileDescription, FileCutAtEveryByte) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
     for (size_t size = 0; size < SMALL.size(); size += 7) {
-        writeFile(path, SMALL.substr(0, size));
+        write_file(path, SMALL.substr(0, size));
         profiler::ProfilerConfigXmlLoader loader(false);
-        EXPECT_THAT(stdoutOf([&] { EXPECT_EQ(loader.load_file(path.c_str()), nullptr) << size; }),
+        EXPECT_THAT(stdout_of([&] { EXPECT_EQ(loader.load_file(path.c_str()), nullptr) << size; }),
                     StartsWith("ERROR FOUND: XML_ERROR_"));
     }
 }
@@ -243,9 +243,9 @@ TEST(HostileDescription, NulsInAFile) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
     for (size_t i = 0; i <= SMALL.size(); i += 3) {
-        writeFile(path, std::string(SMALL).insert(i, 1, '\0'));
+        write_file(path, std::string(SMALL).insert(i, 1, '\0'));
         profiler::ProfilerConfigXmlLoader loader(false);
-        stdoutOf([&] {
+        stdout_of([&] {
             const std::unique_ptr<profiler::ProfilerConfig> config(loader.load_file(path.c_str()));
             EXPECT_EQ(loader.get_num_errors() > 0, !config) << "at " << i;
         });

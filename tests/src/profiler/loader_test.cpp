@@ -17,10 +17,10 @@ using Config = std::unique_ptr<ProfilerConfig>;
 TEST(ProfilerLoader, LoadsAFile) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
-    writeFile(path, WholeDocument().text());
+    write_file(path, WholeDocument().text());
     ProfilerConfigXmlLoader loader(false);
     Config config;
-    EXPECT_EQ(stdoutOf([&] { config.reset(loader.load_file(path.c_str())); }), "");
+    EXPECT_EQ(stdout_of([&] { config.reset(loader.load_file(path.c_str())); }), "");
     ASSERT_TRUE(config);
     EXPECT_EQ(config->getFunction(0)->getFilename(), "f.cl");
     EXPECT_EQ(loader.get_num_errors(), 0u);
@@ -31,13 +31,13 @@ TEST(ProfilerLoader, NamesTheFileInMessages) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
     ProfilerConfigXmlLoader loader(false);
-    writeFile(path, WholeDocument().without("MODULE", "name").text());
+    write_file(path, WholeDocument().without("MODULE", "name").text());
     EXPECT_EQ(loader.load_file(path.c_str()), nullptr);
     ASSERT_EQ(loader.get_num_errors(), 2u);
     EXPECT_EQ(loader.get_error(0),
               "Error in '" + path + "', line 20\nExpected attribute 'name' on element 'MODULE'.\n");
     EXPECT_EQ(loader.get_error(1), "Error in '" + path + "', line 20\nUnsupported name string.\n");
-    writeFile(path, WholeDocument().with("PORT", "module", "x").text());
+    write_file(path, WholeDocument().with("PORT", "module", "x").text());
     EXPECT_EQ(loader.load_file(path.c_str()), nullptr);
     ASSERT_EQ(loader.get_num_errors(), 1u) << "those of the last load only";
     EXPECT_EQ(loader.get_error(0),
@@ -48,7 +48,7 @@ TEST(ProfilerLoader, AMissingFileIsPrintedAndListed) {
     const TempDir folder;
     const std::string path = folder.path("missing.xml");
     ProfilerConfigXmlLoader loader(false);
-    EXPECT_EQ(stdoutOf([&] { EXPECT_EQ(loader.load_file(path.c_str()), nullptr); }),
+    EXPECT_EQ(stdout_of([&] { EXPECT_EQ(loader.load_file(path.c_str()), nullptr); }),
               "ERROR FOUND: XML_ERROR_FILE_NOT_FOUND\n");
     ASSERT_EQ(loader.get_num_errors(), 1u);
     EXPECT_THAT(loader.get_error(0), StartsWith("XML error: XML_ERROR_FILE_NOT_FOUND, "));
@@ -63,7 +63,7 @@ TEST(ProfilerLoader, TextThatIsNotXmlIsListedOnly) {
     };
     for (const auto& [xml, begin] : rows) {
         ProfilerConfigXmlLoader loader(false);
-        EXPECT_EQ(stdoutOf([&, text = xml] { EXPECT_EQ(loader.load_xml(text), nullptr); }), "");
+        EXPECT_EQ(stdout_of([&, text = xml] { EXPECT_EQ(loader.load_xml(text), nullptr); }), "");
         ASSERT_EQ(loader.get_num_errors(), 1u) << xml;
         EXPECT_THAT(loader.get_error(0), StartsWith(begin));
     }
@@ -97,7 +97,7 @@ TEST(ProfilerLoader, TheModelOutlivesTheLoader) {
 
 TEST(ProfilerLoader, ANullDocumentGivesANullModel) {
     ProfilerConfigXmlLoader loader(true);
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(loader.load_profiler_config(nullptr), nullptr); }), "");
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(loader.load_profiler_config(nullptr), nullptr); }), "");
     EXPECT_EQ(loader.get_num_errors(), 0u);
 }
 
@@ -115,7 +115,7 @@ TEST(ProfilerLoader, LoadsADocumentThatWasParsedBefore) {
 TEST(ProfilerLoader, DebugModeTellsTheDocumentAndTheWalk) {
     ProfilerConfigXmlLoader loader(true);
     Config config;
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   config.reset(
                       loader.load_xml("<PROFILER><MODULE_LIST>"
                                       "<MODULE name='m' function='' isKernelWrapper='true'/>"
@@ -145,7 +145,7 @@ TEST(ProfilerLoader, DebugModeTellsTheDocumentAndTheWalk) {
 
 TEST(ProfilerLoader, DebugModeFallsSilentWithTheFirstError) {
     ProfilerConfigXmlLoader loader(true);
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   EXPECT_EQ(
                       loader.load_xml("<PROFILER><MODULE_LIST><x/></MODULE_LIST><PORT_LIST/></PROFILER>"),
                       nullptr);
@@ -165,7 +165,7 @@ TEST(ProfilerLoader, DebugModeFallsSilentWithTheFirstError) {
 
 TEST(ProfilerLoader, WithoutDebugModeNothingIsSaid) {
     ProfilerConfigXmlLoader loader(false);
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   const Config config(loader.load_xml(WholeDocument().text().c_str()));
                   EXPECT_TRUE(config);
                   EXPECT_EQ(loader.load_xml("<BOARD/>"), nullptr);

@@ -301,7 +301,7 @@ TEST(HostileXml, NulInAFile) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
     for (size_t i = 0; i <= SMALL.size(); ++i) {
-        writeFile(path, std::string(SMALL).insert(i, 1, '\0'));
+        write_file(path, std::string(SMALL).insert(i, 1, '\0'));
         HostileLoader loader;
         testing::internal::CaptureStdout();
         const auto items = loader.load_file(path);

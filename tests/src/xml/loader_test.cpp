@@ -87,7 +87,7 @@ TEST(ParseXml, DiscardsTheMessagesOfTheLoadBefore) {
 TEST(ParseFile, GivesTheDocument) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
-    writeFile(path, "<a>\n<b/></a>");
+    write_file(path, "<a>\n<b/></a>");
     BaseXmlLoader loader;
     testing::internal::CaptureStdout();
     const Document doc(loader.parse_file(path.c_str()));
@@ -111,8 +111,8 @@ std::string printed_for(const std::filesystem::path& path, const std::string& er
 
 TEST(ParseFile, FailuresArePrintedAndListed) {
     const TempDir folder;
-    writeFile(folder.path("empty.xml"), "");
-    writeFile(folder.path("open.xml"), "<a>");
+    write_file(folder.path("empty.xml"), "");
+    write_file(folder.path("open.xml"), "<a>");
     EXPECT_EQ(printed_for(folder.path("missing.xml"), "XML_ERROR_FILE_NOT_FOUND"),
               "ERROR FOUND: XML_ERROR_FILE_NOT_FOUND\n");
     EXPECT_EQ(printed_for(folder.path("empty.xml"), "XML_ERROR_EMPTY_DOCUMENT"),

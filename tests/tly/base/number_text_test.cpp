@@ -8,7 +8,7 @@
 namespace {
 
 template <class Convert>
-auto valueOrNothing(Convert convert, const std::string& text) -> std::optional<decltype(convert(text))> {
+auto value_or_nothing(Convert convert, const std::string& text) -> std::optional<decltype(convert(text))> {
     try {
         return convert(text);
     } catch (const std::exception&) {
@@ -16,12 +16,12 @@ auto valueOrNothing(Convert convert, const std::string& text) -> std::optional<d
     }
 }
 
-std::optional<long long> standardLongLong(const std::string& text) {
-    return valueOrNothing([](const std::string& t) { return std::stoll(t); }, text);
+std::optional<long long> standard_long_long(const std::string& text) {
+    return value_or_nothing([](const std::string& t) { return std::stoll(t); }, text);
 }
 
-std::optional<int> standardInt(const std::string& text) {
-    return valueOrNothing([](const std::string& t) { return std::stoi(t); }, text);
+std::optional<int> standard_int(const std::string& text) {
+    return value_or_nothing([](const std::string& t) { return std::stoi(t); }, text);
 }
 
 TEST(NumberText, AcceptsAndRefusesWhatTheStandardFunctionsDo) {
@@ -73,8 +73,8 @@ TEST(NumberText, AcceptsAndRefusesWhatTheStandardFunctionsDo) {
         std::string("\0005", 2),
     };
     for (const std::string& text : texts) {
-        EXPECT_EQ(parseLongLong(text), standardLongLong(text)) << '"' << text << '"';
-        EXPECT_EQ(parseInt(text), standardInt(text)) << '"' << text << '"';
+        EXPECT_EQ(parse_long_long(text), standard_long_long(text)) << '"' << text << '"';
+        EXPECT_EQ(parse_int(text), standard_int(text)) << '"' << text << '"';
     }
 }
 
@@ -86,15 +86,15 @@ TEST(NumberText, AgreesWithTheStandardFunctionsOnRandomTexts) {
         const std::size_t letters = random() % 2 ? 10 : alphabet.size();
         for (char& c : text)
             c = alphabet[random() % letters];
-        ASSERT_EQ(parseLongLong(text), standardLongLong(text)) << '"' << text << '"';
-        ASSERT_EQ(parseInt(text), standardInt(text)) << '"' << text << '"';
+        ASSERT_EQ(parse_long_long(text), standard_long_long(text)) << '"' << text << '"';
+        ASSERT_EQ(parse_int(text), standard_int(text)) << '"' << text << '"';
     }
 }
 
 TEST(NumberText, ReadsNothingBehindTheView) {
     const std::string text = "12345";
-    EXPECT_EQ(parseLongLong(std::string_view(text).substr(0, 2)), 12);
-    EXPECT_EQ(parseLongLong(std::string_view(text).substr(5)), std::nullopt);
+    EXPECT_EQ(parse_long_long(std::string_view(text).substr(0, 2)), 12);
+    EXPECT_EQ(parse_long_long(std::string_view(text).substr(5)), std::nullopt);
 }
 
 } // namespace

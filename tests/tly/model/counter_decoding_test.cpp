@@ -40,7 +40,7 @@ TEST(CounterDecoding, EachTagFeedsItsOwnFamilyAlone) {
     for (const Family& family : families()) {
         for (const std::string& tag : family.tags) {
             const auto inst = InstBuilder{.function = "family", .tags = {tag}}.make();
-            addSample(*inst, {"5"});
+            add_sample(*inst, {"5"});
             for (const Family& other : families())
                 EXPECT_EQ(other.samples(*inst), (Values{&other == &family ? 5 : 0}))
                     << tag << ", " << other.tags[0];
@@ -59,41 +59,41 @@ TEST(CounterDecoding, TagsOfOneFamilyAreSummed) {
             sum += 1 << i;
         }
         const auto inst = builder.make();
-        addSample(*inst, fields);
+        add_sample(*inst, fields);
         EXPECT_EQ(family.samples(*inst), (Values{sum})) << family.tags[0];
     }
 }
 
 TEST(CounterDecoding, SumsWrapAt64Bits) {
     const auto inst = InstBuilder{.function = "wraps", .tags = {"ivalid", "loop_ivalid"}}.make();
-    addSample(*inst, {"9223372036854775807", "2"}); // 2^63 - 1 + 2 wraps to -2^63 + 1
+    add_sample(*inst, {"9223372036854775807", "2"}); // 2^63 - 1 + 2 wraps to -2^63 + 1
     EXPECT_EQ(inst->getIValidCount(), (Values{LLONG_MIN + 1}));
 }
 
 TEST(CounterDecoding, BothCycleTagsFeedTheTotalCycles) {
     const auto inst = InstBuilder{.function = "cycles", .tags = {"clock", "clock_cycles_function"}}.make();
-    addSample(*inst, {"5", "6"});
+    add_sample(*inst, {"5", "6"});
     EXPECT_EQ(inst->getTotalCycles(), (Values{11}));
 }
 
 TEST(CounterDecoding, UnknownTagsAreIgnoredSilently) {
     const auto inst =
         InstBuilder{.function = "unknown", .tags = {"clock_other_function", "shared", "", "IVALID"}}.make();
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(addSample(*inst, {"1", "2", "3", "4"}), 0); }), "");
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(add_sample(*inst, {"1", "2", "3", "4"}), 0); }), "");
     for (const Family& family : families())
         EXPECT_EQ(family.samples(*inst), (Values{0})) << family.tags[0];
 }
 
 TEST(CounterDecoding, AnInvalidValueIsToldAndCountsAsMinusOneAndTheNextTagGoesOn) {
     const auto inst = InstBuilder{.function = "invalid", .tags = {"ivalid", "idle"}}.make();
-    const std::string messages = stderrOf([&] {
-        EXPECT_EQ(addSample(*inst, {"abc", "7"}, SHARED_NONE, 12), -1);
+    const std::string messages = stderr_of([&] {
+        EXPECT_EQ(add_sample(*inst, {"abc", "7"}, SHARED_NONE, 12), -1);
     });
     EXPECT_EQ(messages, "WARNING: value for counter at line 12 was invalid: abc.counter\n");
     EXPECT_EQ(inst->getIValidCount(), (Values{-1}));
     EXPECT_EQ(inst->getIdleCount(), (Values{7}));
     EXPECT_EQ(inst->getInvalidValues(), (std::vector<std::string>{"abc.counter"}));
-    EXPECT_EQ(addSample(*inst, {"1", "2"}), 0); // the result is that of the line
+    EXPECT_EQ(add_sample(*inst, {"1", "2"}), 0); // the result is that of the line
     EXPECT_EQ(inst->getInvalidValues().size(), 1u);
 }
 
@@ -106,7 +106,7 @@ TEST(CounterDecoding, OffsetsOutsideTheLineAreEmptyFields) {
     std::string expected;
     for (int i = 0; i < 4; ++i)
         expected += "WARNING: value for counter at line 1 was invalid: .counter\n";
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(addSample(*inst, {"1", "2"}), -1); }), expected);
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(add_sample(*inst, {"1", "2"}), -1); }), expected);
     EXPECT_EQ(inst->getIValidCount(), (Values{-1}));
     EXPECT_EQ(inst->getIdleCount(), (Values{-1}));
 }
@@ -129,7 +129,7 @@ TEST(CounterDecoding, WithoutPushValuesGatherForTheNextSample) {
     EXPECT_TRUE(inst->getIValidCount().empty());
     inst->pushValuesOnVectors();
     EXPECT_EQ(inst->getIValidCount(), (Values{11}));
-    addSample(*inst, {"1"}); // a pushed line starts at 0
+    add_sample(*inst, {"1"}); // a pushed line starts at 0
     EXPECT_EQ(inst->getIValidCount(), (Values{11, 1}));
 }
 
@@ -160,7 +160,7 @@ TEST(SharedCounters, ARunFeedsOnlyTheTagsOfItsKind) {
         const auto inst = InstBuilder{.function = "kinds", .shared = true}.make();
         for (const auto& kind : shared_kinds)
             inst->addPortTag(kind.front(), 0, 0);
-        addSample(*inst, {"9"}, static_cast<SharedCounterTypes>(type));
+        add_sample(*inst, {"9"}, static_cast<SharedCounterTypes>(type));
         for (int other = 0; other < 4; ++other)
             EXPECT_EQ(getters[other](*inst), (Values{other == type ? 9 : 0})) << type << ", " << other;
     }
@@ -170,7 +170,7 @@ TEST(SharedCounters, WithoutATypeEachTagAtAnOffsetTakesTheValue) {
     const auto inst = InstBuilder{.function = "no_type"}.make();
     inst->addPortTag("ivalid", 0, 0);
     inst->addPortTag("memorystalls", 0, 0);
-    addSample(*inst, {"9"});
+    add_sample(*inst, {"9"});
     EXPECT_EQ(inst->getIValidCount(), (Values{9}));
     EXPECT_EQ(inst->getExtStallCount(), (Values{9}));
 }
@@ -178,7 +178,7 @@ TEST(SharedCounters, WithoutATypeEachTagAtAnOffsetTakesTheValue) {
 TEST(SharedCounters, TagsOutsideTheMappingAreReadInEveryRun) {
     const auto inst = InstBuilder{.function = "unmapped", .shared = true, .tags = {"burstcount"}}.make();
     for (const auto type : {SHARED_IVALID, SHARED_EXT_STALL, SHARED_IDLE, SHARED_TOTAL_REQ})
-        addSample(*inst, {"5"}, type);
+        add_sample(*inst, {"5"}, type);
     EXPECT_EQ(inst->getTotalBurstWords(), (Values{5, 5, 5, 5}));
 }
 
@@ -186,35 +186,35 @@ TEST(SharedCounters, TypesMayChangeFromLineToLine) {
     const auto inst = InstBuilder{.function = "changing", .shared = true}.make();
     inst->addPortTag("ivalid", 0, 0);
     inst->addPortTag("memorystalls", 0, 0);
-    addSample(*inst, {"5"}, SHARED_IVALID);
-    addSample(*inst, {"6"}, SHARED_EXT_STALL);
+    add_sample(*inst, {"5"}, SHARED_IVALID);
+    add_sample(*inst, {"6"}, SHARED_EXT_STALL);
     EXPECT_EQ(inst->getIValidCount(), (Values{5, 0}));
     EXPECT_EQ(inst->getExtStallCount(), (Values{0, 6}));
 }
 
 TEST(SharedCounters, AnInvalidValueIsToldEvenWhereTheRunPassesItOver) {
     const auto inst = InstBuilder{.function = "passed_over", .shared = true, .tags = {"ivalid"}}.make();
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(addSample(*inst, {"x"}, SHARED_IDLE), -1); }),
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(add_sample(*inst, {"x"}, SHARED_IDLE), -1); }),
               "WARNING: value for counter at line 1 was invalid: x.counter\n");
     EXPECT_EQ(inst->getIValidCount(), (Values{0}));
 }
 
 TEST(SharedCounters, TheFirstTypeMakesRequestsValidWhateverTheTag) {
     const auto by_type = InstBuilder{.function = "by_type", .shared = true, .tags = {"burstcount"}}.make();
-    addSample(*by_type, {"5"}, SHARED_IVALID);
+    add_sample(*by_type, {"5"}, SHARED_IVALID);
     EXPECT_TRUE(by_type->getIReqCountValid());
 
     const auto no_tag = InstBuilder{.function = "no_tag", .shared = true}.make();
     no_tag->addPortTag("burstcount", 0, 1); // of another compute unit
-    addSample(*no_tag, {"5"}, SHARED_IVALID);
+    add_sample(*no_tag, {"5"}, SHARED_IVALID);
     EXPECT_FALSE(no_tag->getIReqCountValid());
 }
 
 TEST(SharedCounters, OtherTypesMakeRequestsValidOnlyThroughARequestTag) {
     const auto inst = InstBuilder{.function = "by_tag", .shared = true, .tags = {"totalreq"}}.make();
-    addSample(*inst, {"5"}, SHARED_IDLE);
+    add_sample(*inst, {"5"}, SHARED_IDLE);
     EXPECT_FALSE(inst->getIReqCountValid());
-    addSample(*inst, {"5"}, SHARED_TOTAL_REQ);
+    add_sample(*inst, {"5"}, SHARED_TOTAL_REQ);
     EXPECT_TRUE(inst->getIReqCountValid());
 }
 

@@ -19,7 +19,7 @@ TEST(ExtMemTag, NamesMemoryBankPortAndOperation) {
     };
     for (const auto& [word, op] : rows) {
         const ExtMemTag tag =
-            decodeExtMemTag("profile_extmem_k_function_mem_bank1_port2" + std::string(word) + "x");
+            decode_ext_mem_tag("profile_extmem_k_function_mem_bank1_port2" + std::string(word) + "x");
         EXPECT_EQ(tag.op, op) << word;
         EXPECT_TRUE(tag.names_op);
         EXPECT_EQ(tag.memory, "mem");
@@ -32,7 +32,7 @@ TEST(ExtMemTag, NamesMemoryBankPortAndOperation) {
 // "_bank" starts inside "_function_", so the length of the name is negative, and the name is all that
 // follows.
 TEST(ExtMemTag, AnEmptyMemoryNameTakesTheRestOfTheTag) {
-    const ExtMemTag tag = decodeExtMemTag("profile_extmem_k_function_bank1_port2_read_data_inc_en_x");
+    const ExtMemTag tag = decode_ext_mem_tag("profile_extmem_k_function_bank1_port2_read_data_inc_en_x");
     EXPECT_EQ(tag.memory, "bank1_port2_read_data_inc_en_x");
     EXPECT_EQ(tag.bank, 1);
     EXPECT_EQ(tag.port, 2);
@@ -41,7 +41,7 @@ TEST(ExtMemTag, AnEmptyMemoryNameTakesTheRestOfTheTag) {
 TEST(ExtMemTag, TheFirstOccurrenceOfEachWordCounts) {
     // The kernel's own name holds "_bank" in front of "_function_": the bank text is all up to "_port".
     const ExtMemTag tag =
-        decodeExtMemTag("profile_extmem_my_bank7_k_function_mem_bank1_port2_read_data_inc_en_x");
+        decode_ext_mem_tag("profile_extmem_my_bank7_k_function_mem_bank1_port2_read_data_inc_en_x");
     EXPECT_EQ(tag.bank, 7);
     EXPECT_EQ(tag.port, 2);
     EXPECT_EQ(tag.memory, "mem_bank1_port2_read_data_inc_en_x");
@@ -50,10 +50,10 @@ TEST(ExtMemTag, TheFirstOccurrenceOfEachWordCounts) {
 class ExtMemDecodingTest : public testing::Test {
   protected:
     // The messages of two lines on an instance with that tag. Each line owes them anew.
-    std::string messagesOf(const std::string& tag) {
+    std::string messages_of(const std::string& tag) {
         inst = InstBuilder{.function = "ext_mem", .tags = {tag}}.make();
-        std::string first = stderrOf([&] { addSample(*inst, {"5"}); });
-        const std::string second = stderrOf([&] { addSample(*inst, {"6"}); });
+        std::string first = stderr_of([&] { add_sample(*inst, {"5"}); });
+        const std::string second = stderr_of([&] { add_sample(*inst, {"6"}); });
         EXPECT_EQ(first, second);
         return first;
     }
@@ -62,7 +62,7 @@ class ExtMemDecodingTest : public testing::Test {
 };
 
 TEST_F(ExtMemDecodingTest, SamplesGoToTheNamedPort) {
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_mem_bank1_port2_read_data_inc_en_x"), "");
+    EXPECT_EQ(messages_of("profile_extmem_k_function_mem_bank1_port2_read_data_inc_en_x"), "");
     EXPECT_EQ(inst->getNumExtReads("mem", 1, 2), (Values{5, 6}));
     EXPECT_TRUE(inst->getNumExtWrites("mem", 1, 2).empty());
     EXPECT_TRUE(inst->getNumExtReadBurstStarts("mem", 1, 2).empty());
@@ -73,7 +73,7 @@ TEST_F(ExtMemDecodingTest, SamplesGoToTheNamedPort) {
 }
 
 TEST_F(ExtMemDecodingTest, ATagWithoutAnOperationCountsAsReadBursts) {
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_mem_bank1_port2_nothing"),
+    EXPECT_EQ(messages_of("profile_extmem_k_function_mem_bank1_port2_nothing"),
               "WARNING: extmem port tag does not match an op type\n");
     EXPECT_EQ(inst->getNumExtReadBurstStarts("mem", 1, 2), (Values{5, 6}));
 }
@@ -82,7 +82,7 @@ TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
     for (const std::string tag : {"profile_extmem_k_mem_bank1_port2_read_data_inc_en_x",
                                   "profile_extmem_k_function_mem_port2_read_data_inc_en_x",
                                   "profile_extmem_k_function_mem_bank1_read_data_inc_en_x"}) {
-        EXPECT_EQ(messagesOf(tag),
+        EXPECT_EQ(messages_of(tag),
                   "WARNING: something went wrong when decoding the properties of the external memory " + tag +
                       "\n");
         EXPECT_EQ(inst->getNumExtMems(), 0);
@@ -90,7 +90,7 @@ TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
 }
 
 TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreTold) {
-    EXPECT_EQ(messagesOf("profile_extmem_"),
+    EXPECT_EQ(messages_of("profile_extmem_"),
               "WARNING: extmem port tag does not match an op type\n"
               "WARNING: something went wrong when decoding the properties of the external memory "
               "profile_extmem_\n");
@@ -98,29 +98,29 @@ TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreTold) {
 
 TEST_F(ExtMemDecodingTest, ABadBankIsToldAlone) {
     const std::string start = "WARNING: value for external memory bank was invalid: ";
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bankX_portY_read_data_inc_en_x"), start + "X\n");
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank_port2_read_data_inc_en_x"), start + "\n");
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank2147483648_port2_read_data_inc_en_x"),
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bankX_portY_read_data_inc_en_x"), start + "X\n");
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank_port2_read_data_inc_en_x"), start + "\n");
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank2147483648_port2_read_data_inc_en_x"),
               start + "2147483648\n");
     EXPECT_EQ(inst->getNumExtMems(), 0);
 }
 
 TEST_F(ExtMemDecodingTest, ABadPortIsToldWithAllThatFollowsIt) {
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank1_portY_read_data_inc_en_x"),
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank1_portY_read_data_inc_en_x"),
               "WARNING: value for external memory port was invalid: Y_read_data_inc_en_x\n");
     EXPECT_EQ(inst->getNumExtMems(), 0);
 }
 
 TEST_F(ExtMemDecodingTest, NegativeNumbersAreInvalid) {
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank-1_port2_read_data_inc_en_x"),
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank-1_port2_read_data_inc_en_x"),
               "WARNING: value for external memory bank was invalid: -1\n");
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank1_port-2_read_data_inc_en_x"),
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank1_port-2_read_data_inc_en_x"),
               "WARNING: value for external memory port was invalid: -2_read_data_inc_en_x\n");
     EXPECT_EQ(inst->getNumExtMems(), 0);
 }
 
 TEST_F(ExtMemDecodingTest, ABankOrPortOfTwoThousandMillionIsRecorded) {
-    EXPECT_EQ(messagesOf("profile_extmem_k_function_m_bank2000000000_port2000000000_write_data_inc_en_x"),
+    EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank2000000000_port2000000000_write_data_inc_en_x"),
               "");
     EXPECT_EQ(inst->getNumExtWrites("m", 2000000000, 2000000000), (Values{5, 6}));
 }
@@ -130,7 +130,7 @@ TEST_F(ExtMemDecodingTest, ATagIsDecodedInEveryRunWithSharedCounters) {
                        .shared = true,
                        .tags = {"profile_extmem_k_function_m_bank0_port0_read_data_inc_en_x"}}
                .make();
-    addSample(*inst, {"5"}, SHARED_IDLE);
+    add_sample(*inst, {"5"}, SHARED_IDLE);
     EXPECT_EQ(inst->getNumExtReads("m", 0, 0), (Values{5}));
 }
 
@@ -143,7 +143,7 @@ TEST(UpdateExtMemCounter, RecordsAndAddsToTheLastSample) {
 
 TEST(UpdateExtMemCounter, NegativeNumbersAreToldAndRecordNothing) {
     const auto inst = InstBuilder{.function = "direct_negative"}.make();
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   inst->updateExtMemCounter("m", EXT_MEM_READ, -7, -8, 5, true);
                   inst->updateExtMemCounter("m", EXT_MEM_READ, 0, -8, 5, true);
               }),

@@ -9,7 +9,7 @@
 
 namespace {
 
-std::vector<std::string> textsOf(const MonLine& line) {
+std::vector<std::string> texts_of(const MonLine& line) {
     std::vector<std::string> texts;
     for (const MonField& field : line.fields())
         texts.emplace_back(field.text);
@@ -21,12 +21,12 @@ using Texts = std::vector<std::string>;
 TEST(MonLine, CommasEndFieldsAndTheLastFieldNeedsNone) {
     MonLine line;
     line.split("0,1,k,1000");
-    EXPECT_EQ(textsOf(line), (Texts{"0", "1", "k", "1000"}));
+    EXPECT_EQ(texts_of(line), (Texts{"0", "1", "k", "1000"}));
     EXPECT_EQ(line.num_commas(), 3u);
 }
 
 // Numbers of any length, some with what makes them no plain ones.
-std::string randomFields(std::mt19937_64& random, std::size_t count) {
+std::string random_fields(std::mt19937_64& random, std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
         if (i != 0)
@@ -47,9 +47,9 @@ TEST(PlainFields, AreReadAsTheSplitLineHasThem) {
     int num_plain = 0;
     for (int i = 0; i < 20000; ++i) {
         const std::size_t count = 1 + random() % 12;
-        const std::string text = randomFields(random, count);
+        const std::string text = random_fields(random, count);
         std::vector<long long> values(count);
-        if (!PlainFields(text).lastNumbers(values.data(), count))
+        if (!PlainFields(text).last_numbers(values.data(), count))
             continue;
         ++num_plain;
         MonLine line;
@@ -70,7 +70,7 @@ TEST(PlainFields, EndWhereSomethingElseStands) {
         EXPECT_FALSE(PlainFields(line).number(value)) << line;
     EXPECT_FALSE(PlainFields("name").text(text));
     for (const char* line : {"1", "1,2,", "1,2,3", "1,,2", "1,2\r"})
-        EXPECT_FALSE(PlainFields(line).lastNumbers(std::vector<long long>(2).data(), 2)) << line;
+        EXPECT_FALSE(PlainFields(line).last_numbers(std::vector<long long>(2).data(), 2)) << line;
 }
 
 TEST(PlainFields, GoFromPieceToPiece) {
@@ -80,10 +80,10 @@ TEST(PlainFields, GoFromPieceToPiece) {
     std::string_view name;
     std::vector<long long> rest(2);
     EXPECT_TRUE(fields.number(first));
-    EXPECT_TRUE(fields.atSign());
+    EXPECT_TRUE(fields.at_sign());
     EXPECT_TRUE(fields.number(second));
     EXPECT_TRUE(fields.text(name));
-    EXPECT_TRUE(fields.lastNumbers(rest.data(), 2));
+    EXPECT_TRUE(fields.last_numbers(rest.data(), 2));
     EXPECT_EQ(first, 12);
     EXPECT_EQ(second, -3);
     EXPECT_EQ(name, "k l");
@@ -93,7 +93,7 @@ TEST(PlainFields, GoFromPieceToPiece) {
 TEST(MonLine, ATrailingCommaIsFollowedByAnEmptyField) {
     MonLine line;
     line.split("7,");
-    EXPECT_EQ(textsOf(line), (Texts{"7", ""}));
+    EXPECT_EQ(texts_of(line), (Texts{"7", ""}));
     EXPECT_TRUE(line.fields()[0].is_number);
     EXPECT_FALSE(line.fields()[1].is_number);
 }
@@ -101,7 +101,7 @@ TEST(MonLine, ATrailingCommaIsFollowedByAnEmptyField) {
 TEST(MonLine, AnEmptyLineIsOneEmptyField) {
     MonLine line;
     line.split("");
-    EXPECT_EQ(textsOf(line), (Texts{""}));
+    EXPECT_EQ(texts_of(line), (Texts{""}));
     EXPECT_EQ(line.num_commas(), 0u);
 }
 
@@ -109,7 +109,7 @@ TEST(MonLine, ALineReplacesTheOneBefore) {
     MonLine line;
     line.split("1,2,3");
     line.split("4");
-    EXPECT_EQ(textsOf(line), (Texts{"4"}));
+    EXPECT_EQ(texts_of(line), (Texts{"4"}));
 }
 
 TEST(MonLine, NumbersAreReadWithTheirSigns) {
@@ -141,7 +141,7 @@ TEST(MonLine, EachNumberIsThatOfItsText) {
         line.split(text);
         std::string joined;
         for (const MonField& field : line.fields()) {
-            ASSERT_EQ(field.number(), parseLongLong(field.text)) << text;
+            ASSERT_EQ(field.number(), parse_long_long(field.text)) << text;
             joined += std::string(field.text) + ",";
         }
         ASSERT_EQ(joined, text + ",");

@@ -131,7 +131,7 @@ TEST(TlyKernel, AListOfInstancesMayHoldNull) {
 
 TEST(TlyKernel, ResettingKeepsTheStartTimeAndTheInstances) {
     const auto inst = InstBuilder{.function = "reset_kernel", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
+    add_sample(*inst, {"5"});
     TlyKernel kernel("reset_kernel");
     kernel.add_module_inst(inst.get());
     kernel.set_start_time(1000);
@@ -159,7 +159,7 @@ TEST(KernelNode, WithSamplesHasAllKeysInOrder) {
     const ptree node = getKernelJSON("k", "/a/k.cl", 12, {0, 1}, 0, {5, 5}, 1000, {1100, 1200}, {100, 90},
                                      true, SHARED_IDLE);
     EXPECT_EQ(
-        nodeText(node),
+        node_text(node),
         "type=kernel name=k compute_unit=0 sourcefile={filename=/a/k.cl line=12} device_ids=[0 1] "
         "command_queue_id=[5 5] start_time=1000 end_time=1200 num_samples=2 shared_counter_run_type=2 "
         "sample_timestamps=[1100 1200] total_cycles_between_samples=[100 90] is_autorun=true children=");
@@ -167,7 +167,7 @@ TEST(KernelNode, WithSamplesHasAllKeysInOrder) {
 
 TEST(KernelNode, WithoutSamplesLacksTheListsAndTheEndTime) {
     const ptree node = getKernelJSON("k", "", 0, {}, 0, {}, -1, {}, {}, false, SHARED_NONE);
-    EXPECT_EQ(nodeText(node),
+    EXPECT_EQ(node_text(node),
               "type=kernel name=k compute_unit=0 sourcefile={filename= line=0} start_time=-1 num_samples=0 "
               "shared_counter_run_type=-1 is_autorun=false children=");
 }
@@ -185,7 +185,7 @@ TEST(KernelNode, TimestampsAndCyclesArePresentIndependently) {
 // Kernels whose report is asked for, and a memory with two ports on its one interface.
 class KernelJsonTest : public testing::Test {
   protected:
-    static std::vector<std::string> childNames(const ptree& node) {
+    static std::vector<std::string> child_names(const ptree& node) {
         std::vector<std::string> names;
         for (const auto& [key, child] : node.get_child("children")) {
             EXPECT_EQ(key, "");
@@ -226,7 +226,7 @@ TEST_F(KernelJsonTest, ADisplayNameReplacesTheNameInTheNodeOnly) {
     const ptree node = kernel.getJSON(false, no_memories);
     EXPECT_EQ(node.get<std::string>("name"), "Display");
     EXPECT_EQ(node.get<int>("sourcefile.line"), 3);
-    EXPECT_EQ(childNames(node), (std::vector<std::string>{"Display_function_inst"}));
+    EXPECT_EQ(child_names(node), (std::vector<std::string>{"Display_function_inst"}));
 }
 
 TEST_F(KernelJsonTest, OnlyTheFunctionAndWrapperInstancesAreHeldBack) {
@@ -238,7 +238,7 @@ TEST_F(KernelJsonTest, OnlyTheFunctionAndWrapperInstancesAreHeldBack) {
         insts.push_back(InstBuilder{.function = "kj", .name = name}.make());
         kernel.add_module_inst(insts.back().get());
     }
-    EXPECT_EQ(childNames(kernel.getJSON(false, no_memories)),
+    EXPECT_EQ(child_names(kernel.getJSON(false, no_memories)),
               (std::vector<std::string>{"x", "kj_function_wrapper"}));
 }
 
@@ -252,7 +252,7 @@ TEST_F(KernelJsonTest, ExternalMemoriesStandAtTheWrappersPlace) {
     kernel.add_sample_totalcycle({100});
     ExtMems memories{{"DDR", memory()}};
     // Port 1 has neither reads nor writes.
-    EXPECT_EQ(childNames(kernel.getJSON(false, memories)),
+    EXPECT_EQ(child_names(kernel.getJSON(false, memories)),
               (std::vector<std::string>{"before", "DDR:p0", "DDR:p2", "after"}));
 }
 
@@ -263,14 +263,14 @@ TEST_F(KernelJsonTest, AMemoryThatTheBoardDoesNotListIsToldAndLeftOut) {
     kernel.add_sample_totalcycle({100});
     ExtMems memories{{"DDR", memory()}};
     ptree node;
-    EXPECT_EQ(stderrOf([&] { kernel.getJSON(false, memories).swap(node); }),
+    EXPECT_EQ(stderr_of([&] { kernel.getJSON(false, memories).swap(node); }),
               "Warning: external memory from kernel does not match external memory from board.\n");
-    EXPECT_EQ(childNames(node), (std::vector<std::string>{"DDR:p0", "DDR:p2"}));
+    EXPECT_EQ(child_names(node), (std::vector<std::string>{"DDR:p0", "DDR:p2"}));
 }
 
 TEST_F(KernelJsonTest, OnlyAResetEmptiesTheLists) {
     const auto inst = InstBuilder{.function = "emptied", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
+    add_sample(*inst, {"5"});
     TlyKernel kernel("emptied");
     kernel.add_module_inst(inst.get());
     kernel.add_sample_timestamp(7);
@@ -281,7 +281,7 @@ TEST_F(KernelJsonTest, OnlyAResetEmptiesTheLists) {
     const ptree reset = kernel.getJSON(true, no_memories);
     EXPECT_TRUE(kernel.get_sample_timestamps().empty());
     EXPECT_TRUE(inst->getIValidCount().empty());
-    EXPECT_EQ(nodeText(kept), nodeText(reset));
+    EXPECT_EQ(node_text(kept), node_text(reset));
 }
 
 TEST_F(KernelJsonTest, ANodeKeepsItsSamplesWhileTheKernelGoesOn) {
@@ -291,7 +291,7 @@ TEST_F(KernelJsonTest, ANodeKeepsItsSamplesWhileTheKernelGoesOn) {
     kernel.add_sample_timestamp(8);
     kernel.resetKernel();
     kernel.add_sample_timestamp(9);
-    EXPECT_EQ(nodeText(node.get_child("sample_timestamps")), "[7]");
+    EXPECT_EQ(node_text(node.get_child("sample_timestamps")), "[7]");
 }
 
 } // namespace

@@ -68,7 +68,7 @@ TEST(TlyModuleInst, IndexedSourceGettersGiveSentinelsOutsideTheirLists) {
 
 TEST(TlyModuleInst, SampleGettersGiveMinusOneOutsideTheirLists) {
     const auto inst = InstBuilder{.function = "sample_getters", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
+    add_sample(*inst, {"5"});
     EXPECT_EQ(inst->getIValidCountSample(0), 5);
     EXPECT_EQ(inst->getIReqCountSample(0), 0);
     EXPECT_EQ(inst->getCacheHitsSample(0), 0);
@@ -166,8 +166,8 @@ TEST(TlyModuleInst, TheFirstOffsetOfASharedTagStays) {
 
 TEST(TlyModuleInst, AllListsHaveAnEntryForEachLine) {
     const auto inst = InstBuilder{.function = "all_lists", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
-    addSample(*inst, {"6"});
+    add_sample(*inst, {"5"});
+    add_sample(*inst, {"6"});
     EXPECT_EQ(inst->getIValidCount(), (Values{5, 6}));
     for (const auto& list :
          {inst->getOStallCount(), inst->getIStallCount(), inst->getExtStallCount(), inst->getIReqCount(),
@@ -178,9 +178,9 @@ TEST(TlyModuleInst, AllListsHaveAnEntryForEachLine) {
 
 TEST(TlyModuleInst, ACounterThatIsNamedLaterHasZerosForTheSamplesBefore) {
     const auto inst = InstBuilder{.function = "named_later", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
+    add_sample(*inst, {"5"});
     inst->addPortTag("idle", 0, 0);
-    addSample(*inst, {"6"});
+    add_sample(*inst, {"6"});
     EXPECT_EQ(inst->getIdleCount(), (Values{0, 6}));
     inst->partialReset();
     inst->updateSingleCounter("cachehit", 8, true);
@@ -197,7 +197,7 @@ TEST(TlyModuleInst, ResetEmptiesSamplesAndFlagsAndKeepsTags) {
             .make();
     inst->addSharedTag("shared", 3);
     inst->addHasShared(1);
-    stderrOf([&] { addSample(*inst, {"5", "6", "7", "8", "x"}); });
+    stderr_of([&] { add_sample(*inst, {"5", "6", "7", "8", "x"}); });
     EXPECT_TRUE(inst->getIReqCountValid());
     EXPECT_TRUE(inst->getHasTotalFifoSize());
     EXPECT_TRUE(inst->getHasMaxFifoSize());
@@ -213,12 +213,12 @@ TEST(TlyModuleInst, ResetEmptiesSamplesAndFlagsAndKeepsTags) {
     EXPECT_TRUE(inst->getInvalidValues().empty());
     EXPECT_TRUE(inst->getIReqCount().empty());
     EXPECT_TRUE(inst->getIStallCount().empty());
-    EXPECT_EQ(stderrOf([&] { EXPECT_TRUE(inst->getTotalCycles().empty()); }), ""); // the entry is there
+    EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(inst->getTotalCycles().empty()); }), ""); // the entry is there
     EXPECT_EQ(inst->getNTags(), 5);
     EXPECT_EQ(inst->getSharedOffset("shared"), 3);
     EXPECT_EQ(inst->getNumHasShared(), 1);
 
-    addSample(*inst, {"1", "2", "3", "4", "50"});
+    add_sample(*inst, {"1", "2", "3", "4", "50"});
     EXPECT_EQ(inst->getIReqCount(), (Values{1}));
     EXPECT_EQ(inst->getTotalCycles(), (Values{4}));
     EXPECT_EQ(inst->getNumExtReads("m", 0, 0), (Values{50}));
@@ -227,9 +227,9 @@ TEST(TlyModuleInst, ResetEmptiesSamplesAndFlagsAndKeepsTags) {
 TEST(TlyModuleInst, TotalCyclesAreThoseOfTheFunction) {
     const auto clocked = InstBuilder{.function = "of_function", .tags = {"clock"}}.make();
     const auto other = InstBuilder{.function = "of_function", .tags = {"ivalid"}}.make();
-    addSample(*clocked, {"100"});
-    addSample(*other, {"5"});
-    addSample(*clocked, {"90"});
+    add_sample(*clocked, {"100"});
+    add_sample(*other, {"5"});
+    add_sample(*clocked, {"90"});
     EXPECT_EQ(other->getTotalCycles(), (Values{100, 90}));
     clocked->reset();
     EXPECT_TRUE(other->getTotalCycles().empty());
@@ -238,30 +238,30 @@ TEST(TlyModuleInst, TotalCyclesAreThoseOfTheFunction) {
 TEST(TlyModuleInst, EachInstanceWithACycleCounterAddsToTheCyclesOfTheFunction) {
     const auto a = InstBuilder{.function = "two_clocks", .tags = {"clock"}}.make();
     const auto b = InstBuilder{.function = "two_clocks", .tags = {"clock_two_clocks_function"}}.make();
-    addSample(*a, {"100"});
-    addSample(*b, {"101"});
+    add_sample(*a, {"100"});
+    add_sample(*b, {"101"});
     EXPECT_EQ(a->getTotalCycles(), (Values{100, 101}));
 }
 
 TEST(TlyModuleInst, MakingAnInstanceResetsTheCyclesOfItsFunction) {
     const auto first = InstBuilder{.function = "made_later", .tags = {"clock"}}.make();
-    addSample(*first, {"100"});
+    add_sample(*first, {"100"});
     const auto second = InstBuilder{.function = "made_later"}.make();
     EXPECT_TRUE(first->getTotalCycles().empty());
 }
 
 TEST(TlyModuleInst, AFunctionWithoutCyclesIsWarnedOf) {
     const auto inst = InstBuilder{.function = "cycleless", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
-    EXPECT_EQ(stderrOf([&] { EXPECT_TRUE(inst->getTotalCycles().empty()); }),
+    add_sample(*inst, {"5"});
+    EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(inst->getTotalCycles().empty()); }),
               "WARNING: No total cycles found for kernel cycleless\n");
 }
 
 // 1 stall in 3 cycles: 10000 / 3 = 3333.33, rounded up 3334, in percent 33.34.
 TEST(TlyModuleInst, StallPercentageOfTheLastSampleIsRoundedUp) {
     const auto inst = InstBuilder{.function = "stalls", .tags = {"memorystalls", "clock"}}.make();
-    addSample(*inst, {"9", "10"});
-    addSample(*inst, {"1", "3"});
+    add_sample(*inst, {"9", "10"});
+    add_sample(*inst, {"1", "3"});
     EXPECT_EQ(inst->getStallPercentage(), 3334.0f / 100.0f);
 }
 
@@ -273,13 +273,13 @@ TEST(TlyModuleInstDeathTest, StallPercentageNeedsASample) {
 TEST(TlyModuleInst, SampleTimestampsAreThoseOfTheFunction) {
     const auto inst = InstBuilder{.function = "timestamps"}.make();
     const auto twin = InstBuilder{.function = "timestamps"}.make();
-    EXPECT_EQ(stderrOf([&] { EXPECT_TRUE(inst->getSampleTimestamps().empty()); }),
+    EXPECT_EQ(stderr_of([&] { EXPECT_TRUE(inst->getSampleTimestamps().empty()); }),
               "WARNING: no sample timestamps in moduleInst\n");
     inst->addSampleTimestamp(5);
     twin->addSampleTimestamp(6);
     EXPECT_EQ(inst->getSampleTimestamps(), (Values{5, 6}));
     const auto unrelated = InstBuilder{.function = "any_other"}.make(); // is reset when it is made
-    stderrOf([&] { EXPECT_TRUE(inst->getSampleTimestamps().empty()); });
+    stderr_of([&] { EXPECT_TRUE(inst->getSampleTimestamps().empty()); });
 }
 
 } // namespace

@@ -9,7 +9,7 @@ namespace {
 constexpr const char* kernel_name = "a_kernel_with_a_name_longer_than_a_small_string";
 
 // Gives the kernel instances of three counters each, and their number of counters.
-int addInstances(RunFixture& run, int num_insts) {
+int add_instances(RunFixture& run, int num_insts) {
     TlyKernel& made = run.kernel(kernel_name);
     int offset = 7;
     for (int i = 0; i < num_insts; ++i) {
@@ -21,7 +21,7 @@ int addInstances(RunFixture& run, int num_insts) {
     return offset - 7;
 }
 
-std::string monitorText(int num_lines, int num_counters) {
+std::string monitor_text(int num_lines, int num_counters) {
     std::string content;
     for (int line = 0; line < num_lines; ++line) {
         content += "0,1," + std::string(kernel_name) + ",1000," + std::to_string(line + 1) + ",-1," +
@@ -35,14 +35,14 @@ std::string monitorText(int num_lines, int num_counters) {
 
 // Allocations while a kernel with that many instances reads that many lines. Without any instance there is no
 // description.
-std::size_t allocationsOf(int num_lines, int num_insts) {
+std::size_t allocations_of(int num_lines, int num_insts) {
     RunFixture run;
     const bool no_profiler = num_insts == 0;
-    const int num_fields = no_profiler ? 5 : addInstances(run, num_insts);
-    const std::string path = run.file(monitorText(num_lines, num_fields));
-    const std::size_t before = numAllocations();
-    EXPECT_EQ(run.readFile(path, no_profiler), 0);
-    return numAllocations() - before;
+    const int num_fields = no_profiler ? 5 : add_instances(run, num_insts);
+    const std::string path = run.file(monitor_text(num_lines, num_fields));
+    const std::size_t before = allocation_count();
+    EXPECT_EQ(run.read_file(path, no_profiler), 0);
+    return allocation_count() - before;
 }
 
 // The list of a function's total cycles lives as long as the process, so the first of two readings also pays
@@ -50,33 +50,33 @@ std::size_t allocationsOf(int num_lines, int num_insts) {
 // pays.
 class Allocation : public testing::Test {
   protected:
-    static void SetUpTestSuite() { allocationsOf(20000, 1); }
+    static void SetUpTestSuite() { allocations_of(20000, 1); }
 };
 
 // A list grows by doubling. Between 10,000 and 20,000 values that is once, at 16,384: three lists of each
 // instance, and of the kernel's four those that aren't zeros alone.
 TEST_F(Allocation, TenThousandMoreLinesCostNoMoreThanTheGrowthOfTheLists) {
     constexpr int num_insts = 20;
-    EXPECT_LE(allocationsOf(20000, num_insts), allocationsOf(10000, num_insts) + 3 * num_insts + 4);
+    EXPECT_LE(allocations_of(20000, num_insts), allocations_of(10000, num_insts) + 3 * num_insts + 4);
 }
 
 TEST_F(Allocation, WithoutADescriptionLinesCostOnlyTheGrowthOfTheKernelsLists) {
-    EXPECT_LE(allocationsOf(20000, 0), allocationsOf(10000, 0) + 4);
+    EXPECT_LE(allocations_of(20000, 0), allocations_of(10000, 0) + 4);
 }
 
 // Were a line to cost anything for each of its 500 instances, 1,000 more lines would show it 500,000 times.
 // The lists grow once, at 1,024.
 TEST_F(Allocation, InstancesCostNothingOnALine) {
     constexpr int num_insts = 500;
-    EXPECT_LE(allocationsOf(2000, num_insts), allocationsOf(1000, num_insts) + 3 * num_insts + 4);
+    EXPECT_LE(allocations_of(2000, num_insts), allocations_of(1000, num_insts) + 3 * num_insts + 4);
 }
 
 TEST_F(Allocation, CountersThatAreAlwaysZeroStoreNothing) {
     SampleList<long long> zeros;
-    const std::size_t before = numAllocations();
+    const std::size_t before = allocation_count();
     for (int i = 0; i < 1000000; ++i)
         zeros.push_back(0);
-    EXPECT_EQ(numAllocations(), before);
+    EXPECT_EQ(allocation_count(), before);
     EXPECT_EQ(zeros.size(), 1000000u);
 }
 
@@ -85,9 +85,9 @@ TEST_F(Allocation, ANodeCopiesNoSamples) {
     TlyKernel kernel("k");
     const auto allocations_of_node = [&] {
         std::unordered_map<std::string, TlyExtMem*> no_memories;
-        const std::size_t before = numAllocations();
+        const std::size_t before = allocation_count();
         ptree node = kernel.getJSON(false, no_memories);
-        return numAllocations() - before;
+        return allocation_count() - before;
     };
     kernel.add_sample_timestamp(1);
     const std::size_t with_one = allocations_of_node();

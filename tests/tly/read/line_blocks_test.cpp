@@ -12,12 +12,12 @@ namespace {
 using Lines = std::vector<std::string>;
 using MakeDesign = std::function<void(RunFixture&)>;
 
-void addTags(TlyModuleInst& inst, int& offset, const std::vector<std::string>& tags) {
+void add_tags(TlyModuleInst& inst, int& offset, const std::vector<std::string>& tags) {
     for (const std::string& tag : tags)
         inst.addPortTag(tag, offset++, 0);
 }
 
-boost::property_tree::ptree nodesOf(const MakeDesign& make_design, Lines lines, bool together) {
+boost::property_tree::ptree nodes_of(const MakeDesign& make_design, Lines lines, bool together) {
     if (!together) {
         for (std::string& line : lines)
             line += "\r";
@@ -31,9 +31,9 @@ boost::property_tree::ptree nodesOf(const MakeDesign& make_design, Lines lines, 
     return nodes;
 }
 
-void expectSame(const MakeDesign& make_design, const Lines& lines) {
+void expect_same(const MakeDesign& make_design, const Lines& lines) {
     testing::internal::CaptureStderr(); // odd lines are told alike but for the carriage return
-    const bool same = nodesOf(make_design, lines, true) == nodesOf(make_design, lines, false);
+    const bool same = nodes_of(make_design, lines, true) == nodes_of(make_design, lines, false);
     testing::internal::GetCapturedStderr();
     EXPECT_TRUE(same);
 }
@@ -63,14 +63,14 @@ class RandomLines {
         const bool odd_line = below(40) == 0;
         std::string text;
         for (int i = 0; i < count; ++i)
-            text += "," + (odd_line && below(3) == 0 ? oddField() : plainField());
+            text += "," + (odd_line && below(3) == 0 ? odd_field() : plain_field());
         return text;
     }
-    std::string plainField() {
+    std::string plain_field() {
         const auto number = static_cast<long long>(m_random() >> (4 + below(60)));
         return std::to_string(below(10) == 0 ? -number % 1000 : number % 1'000'000'000'000'000'000);
     }
-    std::string oddField() {
+    std::string odd_field() {
         constexpr std::array<const char*, 8> fields = {"",   "-",  "x",   "+5",
                                                        " 7", "7x", "--1", "99999999999999999999"};
         return fields[below(fields.size())];
@@ -89,48 +89,48 @@ TEST(MonitorBlocks, KernelsWhoseLinesComeInAnyOrder) {
         for (const char* name : {"k", "l"}) {
             TlyKernel& kernel = run.kernel(name);
             int offset = 7;
-            addTags(run.inst(kernel, std::string(name) + "_function_wrapper_inst"), offset,
-                    {"clock", port_tag});
-            addTags(run.inst(kernel, "a"), offset, {"ivalid", "memorystalls", "ivalid", "unknown"});
-            addTags(run.inst(kernel, "b"), offset, {"totalreq", "idle"});
+            add_tags(run.inst(kernel, std::string(name) + "_function_wrapper_inst"), offset,
+                     {"clock", port_tag});
+            add_tags(run.inst(kernel, "a"), offset, {"ivalid", "memorystalls", "ivalid", "unknown"});
+            add_tags(run.inst(kernel, "b"), offset, {"totalreq", "idle"});
             run.inst(kernel, "c").addPortTag("ivalid", 9, 1); // another compute unit
         }
     };
     for (unsigned seed = 0; seed < 10; ++seed)
-        expectSame(design, RandomLines(seed, {{"k", 8}, {"l", 8}}, "-1").make(2000));
+        expect_same(design, RandomLines(seed, {{"k", 8}, {"l", 8}}, "-1").make(2000));
 }
 
 TEST(MonitorBlocks, SharedCountersOfOneKind) {
     const auto design = [](RunFixture& run) {
         TlyKernel& kernel = run.kernel("k");
         int offset = 7;
-        addTags(run.inst(kernel, "a", true), offset, {"clock", "ivalid"});
+        add_tags(run.inst(kernel, "a", true), offset, {"clock", "ivalid"});
         TlyModuleInst& inst = run.inst(kernel, "b", true);
         inst.addPortTag("ivalid", 9, 0);
         inst.addPortTag("memorystalls", 9, 0);
         inst.addPortTag("bandwidth", 10, 0);
     };
     for (const char* type : {"0", "1", "2", "3"})
-        expectSame(design, RandomLines(1, {{"k", 4}}, type).make(1000));
+        expect_same(design, RandomLines(1, {{"k", 4}}, type).make(1000));
 }
 
 TEST(MonitorBlocks, TwoInstancesThatCountTheCyclesOfOneFunction) {
     const auto design = [](RunFixture& run) {
         TlyKernel& kernel = run.kernel("k");
         int offset = 7;
-        addTags(run.inst(kernel, "a"), offset, {"clock", "ivalid"});
-        addTags(run.inst(kernel, "b"), offset, {"clock", "ivalid"});
+        add_tags(run.inst(kernel, "a"), offset, {"clock", "ivalid"});
+        add_tags(run.inst(kernel, "b"), offset, {"clock", "ivalid"});
     };
-    expectSame(design, RandomLines(2, {{"k", 4}}, "-1").make(1000));
+    expect_same(design, RandomLines(2, {{"k", 4}}, "-1").make(1000));
 }
 
 TEST(MonitorBlocks, TwoTagsOfOnePort) {
     const auto design = [](RunFixture& run) {
         TlyKernel& kernel = run.kernel("k");
         int offset = 7;
-        addTags(run.inst(kernel, "a"), offset, {"clock", port_tag, port_tag});
+        add_tags(run.inst(kernel, "a"), offset, {"clock", port_tag, port_tag});
     };
-    expectSame(design, RandomLines(3, {{"k", 3}}, "-1").make(1000));
+    expect_same(design, RandomLines(3, {{"k", 3}}, "-1").make(1000));
 }
 
 TEST(MonitorBlocks, AutorunKernelsOnTheirOwnLinesAndOnThoseOfThePseudoKernel) {
@@ -138,39 +138,39 @@ TEST(MonitorBlocks, AutorunKernelsOnTheirOwnLinesAndOnThoseOfThePseudoKernel) {
         int offset = 7;
         for (const char* name : {"k", "l"}) {
             TlyKernel& kernel = run.kernel(name, true);
-            addTags(run.inst(kernel, std::string(name) + "a"), offset, {"clock", "ivalid"});
-            addTags(run.inst(kernel, std::string(name) + "b"), offset, {"totalreq", "memorystalls"});
+            add_tags(run.inst(kernel, std::string(name) + "a"), offset, {"clock", "ivalid"});
+            add_tags(run.inst(kernel, std::string(name) + "b"), offset, {"totalreq", "memorystalls"});
         }
         run.inst(run.kernel(autorun_profile_dummy_kernel), "p").addPortTag("clock", 7, 0);
     };
     for (unsigned seed = 0; seed < 10; ++seed)
-        expectSame(
+        expect_same(
             design,
             RandomLines(seed, {{"k", 8}, {"l", 8}, {autorun_profile_dummy_kernel, 8}}, "-1").make(1000));
 }
 
 TEST(MonitorBlocks, TwoNamesOfOneKernel) {
     const auto design = [](RunFixture& run) {
-        run.originalNames["other"] = "k";
+        run.original_names["other"] = "k";
         int offset = 7;
-        addTags(run.inst(run.kernel("k"), "a"), offset, {"clock", "ivalid", "idle"});
+        add_tags(run.inst(run.kernel("k"), "a"), offset, {"clock", "ivalid", "idle"});
     };
-    expectSame(design, RandomLines(4, {{"k", 3}, {"other", 3}}, "-1").make(1000));
+    expect_same(design, RandomLines(4, {{"k", 3}, {"other", 3}}, "-1").make(1000));
 }
 
 TEST(MonitorBlocks, LinesOfDifferentNumbersOfCounters) {
     const auto design = [](RunFixture& run) {
         int offset = 7;
-        addTags(run.inst(run.kernel("k"), "a"), offset, {"clock", "ivalid", "idle"});
+        add_tags(run.inst(run.kernel("k"), "a"), offset, {"clock", "ivalid", "idle"});
     };
-    expectSame(design, RandomLines(5, {{"k", 3}, {"k", 5}}, "-1").make(1000));
+    expect_same(design, RandomLines(5, {{"k", 3}, {"k", 5}}, "-1").make(1000));
 }
 
 // The sign makes "-0" the name of the line, of which there is no kernel.
 TEST(MonitorBlocks, ASignInFrontOfAnIdIsTheNameOfTheLine) {
     const auto design = [](RunFixture& run) {
         int offset = 7;
-        addTags(run.inst(run.kernel("k"), "a"), offset, {"clock"});
+        add_tags(run.inst(run.kernel("k"), "a"), offset, {"clock"});
     };
     Lines lines(5, "0,1,k,5,10,-1,1,3");
     lines.push_back("0,-0,k,5,11,-1,1,4");
@@ -188,7 +188,7 @@ TEST(MonitorBlocks, ARunThatEndsEarlyHasDecodedTheLinesBefore) {
     RunFixture run;
     TlyModuleInst& inst = run.inst(run.kernel("k"), "a");
     int offset = 7;
-    addTags(inst, offset, {"clock", "ivalid"});
+    add_tags(inst, offset, {"clock", "ivalid"});
     Lines lines(5, "0,1,k,5,10,-1,2,3,4");
     lines.push_back("0,1,k,5,10,0,2,3,4"); // shared counters, which the design doesn't have
     testing::internal::CaptureStderr();

@@ -15,7 +15,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Lines linesOf(const std::string& path) {
+Lines lines_of(const std::string& path) {
     LineReader reader(path);
     Lines lines;
     std::string_view line;
@@ -28,10 +28,10 @@ class LineReaderTest : public testing::Test {
   protected:
     std::string file(const std::string& content) const {
         const std::string path = m_dir.path("file");
-        writeFile(path, content);
+        write_file(path, content);
         return path;
     }
-    static Lines linesByGetline(const std::string& content) {
+    static Lines lines_by_getline(const std::string& content) {
         std::istringstream stream(content);
         Lines lines;
         for (std::string line; std::getline(stream, line);)
@@ -46,7 +46,7 @@ TEST_F(LineReaderTest, GivesWhatGetlineGives) {
     const std::string contents[] = {
         "", "\n", "\n\n", "a", "a\n", "a\nb", "a\r\nb", "\na\n\n\nb\n\n", std::string("a\0b\nc", 5)};
     for (const std::string& content : contents)
-        EXPECT_EQ(linesOf(file(content)), linesByGetline(content)) << content;
+        EXPECT_EQ(lines_of(file(content)), lines_by_getline(content)) << content;
 }
 
 TEST_F(LineReaderTest, LinesAcrossAndBeyondBlocksAreWhole) {
@@ -56,14 +56,14 @@ TEST_F(LineReaderTest, LinesAcrossAndBeyondBlocksAreWhole) {
          std::initializer_list<std::size_t>{262143, 262144, 262145, 1, 131072, 1000000, 0, 3000000, 5})
         content += std::string(length, 'x') + "\n";
     content += "last";
-    EXPECT_TRUE(linesOf(file(content)) == linesByGetline(content));
+    EXPECT_TRUE(lines_of(file(content)) == lines_by_getline(content));
 }
 
 TEST_F(LineReaderTest, ManyShortLinesAreWhole) {
     std::string content;
     for (int i = 0; i < 200000; ++i)
         content += std::to_string(i) + "\n";
-    EXPECT_TRUE(linesOf(file(content)) == linesByGetline(content));
+    EXPECT_TRUE(lines_of(file(content)) == lines_by_getline(content));
 }
 
 TEST_F(LineReaderTest, APipeGivesTheSameLinesAsAFile) {
@@ -73,9 +73,9 @@ TEST_F(LineReaderTest, APipeGivesTheSameLinesAsAFile) {
     for (int i = 0; i < 50000; ++i)
         content += "line " + std::to_string(i) + "\n";
     std::thread writer([&] { std::ofstream(path) << content << std::flush; });
-    const Lines lines = linesOf(path);
+    const Lines lines = lines_of(path);
     writer.join();
-    EXPECT_TRUE(lines == linesByGetline(content));
+    EXPECT_TRUE(lines == lines_by_getline(content));
 }
 
 TEST_F(LineReaderTest, AMissingFileIsNotOpen) {

@@ -15,12 +15,12 @@ class AutorunTest : public testing::Test, protected RunFixture {
     // of
     // "<prefix>_b" in fields 8 and 9, those of "<prefix>_a" in fields 10 and 11, the pseudo-kernel's own
     // in 7.
-    void makeKernels(const std::string& prefix) {
+    void make_kernels(const std::string& prefix) {
         kernel(autorun_profile_dummy_kernel);
-        b = &clockedInst(prefix + "_b", 8);
-        a = &clockedInst(prefix + "_a", 10);
+        b = &clocked_inst(prefix + "_b", 8);
+        a = &clocked_inst(prefix + "_a", 10);
     }
-    TlyModuleInst& clockedInst(const std::string& name, int offset) {
+    TlyModuleInst& clocked_inst(const std::string& name, int offset) {
         TlyModuleInst& made = inst(kernel(name, true), "block");
         made.addPortTag("clock", offset, 0);
         made.addPortTag("ivalid", offset + 1, 0);
@@ -36,8 +36,8 @@ class AutorunTest : public testing::Test, protected RunFixture {
 };
 
 TEST_F(AutorunTest, ALineGoesToAllAutorunKernels) {
-    makeKernels("all");
-    EXPECT_EQ(stderrOf([&] {
+    make_kernels("all");
+    EXPECT_EQ(stderr_of([&] {
                   read({line(1000, 1100, "5,0,100,7,90,8"), line(1000, 1200, "5,0,60,3,50,4")});
               }),
               "");
@@ -51,7 +51,7 @@ TEST_F(AutorunTest, ALineGoesToAllAutorunKernels) {
 }
 
 TEST_F(AutorunTest, ANewStartTimeClosesTheInvocationOfAllAutorunKernels) {
-    makeKernels("close");
+    make_kernels("close");
     read({line(1000, 1100, "5,0,100,7,90,8"), line(2000, 2100, "5,0,60,3,50,4")});
     EXPECT_EQ(values("kernels", "name"), (Texts{"close_a", "close_b", "close_a", "close_b"}));
     EXPECT_EQ(values("kernels", "start_time"), (Texts{"1000", "1000", "2000", "2000"}));
@@ -59,7 +59,7 @@ TEST_F(AutorunTest, ANewStartTimeClosesTheInvocationOfAllAutorunKernels) {
 }
 
 TEST_F(AutorunTest, ThePseudoKernelKeepsOnlyTheStartTimeAndTheCycles) {
-    makeKernels("pseudo");
+    make_kernels("pseudo");
     read({line(1000, 1100, "5,0,100,7,90,8")});
     const TlyKernel& pseudo = *kernels.at(autorun_profile_dummy_kernel);
     EXPECT_EQ(pseudo.get_start_time(), 1000);
@@ -70,32 +70,32 @@ TEST_F(AutorunTest, ThePseudoKernelKeepsOnlyTheStartTimeAndTheCycles) {
 }
 
 TEST_F(AutorunTest, AnAutorunKernelWithoutAnInstanceIsPassedOver) {
-    makeKernels("passed");
+    make_kernels("passed");
     kernel("passed_none", true);
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(read({line(1000, 1100, "5,0,100,7,90,8")}), 0); }), "");
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({line(1000, 1100, "5,0,100,7,90,8")}), 0); }), "");
     EXPECT_EQ(values("kernels", "name"), (Texts{"passed_a", "passed_b", "passed_none"}));
     EXPECT_EQ(values("kernels", "total_cycles_between_samples"), (Texts{"90", "100", "(none)"}));
 }
 
 TEST_F(AutorunTest, AKernelKeepsItsCyclesWhereItsFirstInstanceHasNone) {
-    makeKernels("keep");
+    make_kernels("keep");
     TlyKernel& silent = kernel("keep_c", true);
     inst(silent, "block").addPortTag("ivalid", 7, 0);
     silent.set_sample_totalcycles({42});
-    const std::string messages = stderrOf([&] { read({line(1000, 1100, "5,1,100,7,90,8")}); });
+    const std::string messages = stderr_of([&] { read({line(1000, 1100, "5,1,100,7,90,8")}); });
     EXPECT_EQ(messages, "WARNING: No total cycles found for kernel keep_c\n");
     EXPECT_EQ(silent.get_sample_totalcycles(), (Values{42}));
 }
 
 TEST_F(AutorunTest, ALineWithoutAnyAutorunKernelIsSkipped) {
     kernel(autorun_profile_dummy_kernel);
-    EXPECT_EQ(stderrOf([&] { read({line(1000, 1100, "1,5")}); }),
+    EXPECT_EQ(stderr_of([&] { read({line(1000, 1100, "1,5")}); }),
               "profile.mon has some kernel that does not have any moduleinsts - Skipping line 1\n");
 }
 
 TEST_F(AutorunTest, ThePseudoKernelIsNeverWarnedOf) {
-    makeKernels("silent");
-    EXPECT_EQ(stderrOf([&] { read({}); }),
+    make_kernels("silent");
+    EXPECT_EQ(stderr_of([&] { read({}); }),
               "Warning: no data in the .mon file for the autorun kernel silent_a.\n"
               "Warning: no data in the .mon file for the autorun kernel silent_b.\n");
 }
@@ -103,7 +103,7 @@ TEST_F(AutorunTest, ThePseudoKernelIsNeverWarnedOf) {
 class SharedCountersTest : public testing::Test, protected RunFixture {
   protected:
     // One physical counter in field 8 for the four kinds, and a clock of its own in field 7.
-    TlyModuleInst& sharedInst(const std::string& kernel_name) {
+    TlyModuleInst& shared_inst(const std::string& kernel_name) {
         TlyModuleInst& made = inst(kernel(kernel_name), "block", true);
         made.addPortTag("clock", 7, 0);
         for (const char* tag : {"ivalid", "memorystalls", "idle", "totalreq"})
@@ -113,8 +113,8 @@ class SharedCountersTest : public testing::Test, protected RunFixture {
 };
 
 TEST_F(SharedCountersTest, EachTypeOfRunFeedsItsOwnCounter) {
-    TlyModuleInst& block = sharedInst("types");
-    EXPECT_EQ(stderrOf([&] {
+    TlyModuleInst& block = shared_inst("types");
+    EXPECT_EQ(stderr_of([&] {
                   read({"0,1,types,1,2,0,2,100,5", "0,1,types,1,3,1,2,100,6", "0,1,types,1,4,2,2,100,7",
                         "0,1,types,1,5,3,2,100,8"});
               }),
@@ -135,34 +135,34 @@ constexpr const char* only_in_run =
     "design is "
     "compiled with the profile shared counters flag. ABORT\n";
 
-std::string withLine(std::string text, int line) {
+std::string with_line(std::string text, int line) {
     return text.replace(text.find("{}"), 2, std::to_string(line));
 }
 
 TEST_F(SharedCountersTest, ARunWithoutThemOnADesignWithThemAborts) {
-    sharedInst("design");
-    EXPECT_EQ(stderrOf([&] {
+    shared_inst("design");
+    EXPECT_EQ(stderr_of([&] {
                   EXPECT_EQ(read({"0,1,design,1,2,0,2,100,5", "0,1,design,1,3,-1,2,100,5"}), 1);
               }),
-              withLine(only_in_design, 2));
+              with_line(only_in_design, 2));
     EXPECT_TRUE(nodes("kernels").empty());
 }
 
 TEST_F(SharedCountersTest, AnUnknownTypeCountsAsNone) {
-    sharedInst("seven");
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(read({"0,1,seven,1,2,7,2,100,5"}), 1); }),
-              withLine(only_in_design, 1));
+    shared_inst("seven");
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({"0,1,seven,1,2,7,2,100,5"}), 1); }),
+              with_line(only_in_design, 1));
 }
 
 TEST_F(SharedCountersTest, ARunWithThemOnADesignWithoutThemAborts) {
     inst(kernel("run"), "block").addPortTag("clock", 7, 0);
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(read({"0,1,run,1,2,3,1,100"}), 1); }), withLine(only_in_run, 1));
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({"0,1,run,1,2,3,1,100"}), 1); }), with_line(only_in_run, 1));
 }
 
 TEST_F(SharedCountersTest, InstancesInFrontOfAMismatchHaveTakenTheLine) {
-    TlyModuleInst& first = sharedInst("mixed");
+    TlyModuleInst& first = shared_inst("mixed");
     inst(*kernels.at("mixed"), "plain").addPortTag("bandwidth", 7, 0);
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(read({"0,1,mixed,1,2,0,2,100,5"}), 1); }), withLine(only_in_run, 1));
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({"0,1,mixed,1,2,0,2,100,5"}), 1); }), with_line(only_in_run, 1));
     EXPECT_EQ(first.getIValidCount(), (Values{5}));
 }
 

@@ -13,7 +13,7 @@ constexpr bool no_profiler = true;
 class MonReaderTest : public testing::Test, protected RunFixture {
   protected:
     // A kernel with one instance that counts valid cycles in field 7 and clock cycles in field 8.
-    TlyKernel& twoCounterKernel(const std::string& name) {
+    TlyKernel& two_counter_kernel(const std::string& name) {
         TlyKernel& made = kernel(name);
         TlyModuleInst& block = inst(made, "block");
         block.addPortTag("ivalid", 7, 0);
@@ -32,8 +32,8 @@ class MonReaderTest : public testing::Test, protected RunFixture {
         return result;
     }
     // Reads the lines, all of which are left out, and gives the messages.
-    std::string messagesOfDroppedLines(const Texts& lines) {
-        const std::string messages = stderrOf([&] { EXPECT_EQ(read(lines), 0); });
+    std::string messages_of_dropped_lines(const Texts& lines) {
+        const std::string messages = stderr_of([&] { EXPECT_EQ(read(lines), 0); });
         EXPECT_TRUE(nodes("kernels").empty());
         EXPECT_TRUE(nodes("memtransfers").empty());
         return messages;
@@ -46,7 +46,7 @@ TEST_F(MonReaderTest, AnEmptyFileWarnsOfEveryKernelInKeyOrder) {
     kernel("b");
     kernel("a");
     kernel("c", true);
-    EXPECT_EQ(messagesOfDroppedLines({}),
+    EXPECT_EQ(messages_of_dropped_lines({}),
               "Warning: no data in the .mon file for the kernel a.\n"
               "Warning: no data in the .mon file for the kernel b.\n"
               "Warning: no data in the .mon file for the autorun kernel c.\n");
@@ -54,18 +54,18 @@ TEST_F(MonReaderTest, AnEmptyFileWarnsOfEveryKernelInKeyOrder) {
 
 TEST_F(MonReaderTest, AMissingFileEndsTheRun) {
     kernel("k");
-    const std::string messages = stderrOf([&] { EXPECT_EQ(readFile("/nonexistent/profile.mon"), 1); });
+    const std::string messages = stderr_of([&] { EXPECT_EQ(read_file("/nonexistent/profile.mon"), 1); });
     EXPECT_EQ(messages, "ABORT: .mon file errored while trying to open.\n");
 }
 
 TEST_F(MonReaderTest, AFolderCountsAsAnEmptyFile) {
     kernel("k");
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(readFile("/"), 0); }), never_seen_k);
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read_file("/"), 0); }), never_seen_k);
 }
 
 TEST_F(MonReaderTest, LinesOfOneStartTimeAreSamplesOfOneInvocation) {
-    twoCounterKernel("one_start");
-    EXPECT_EQ(stderrOf([&] {
+    two_counter_kernel("one_start");
+    EXPECT_EQ(stderr_of([&] {
                   read({"0,1,one_start,1000,1100,-1,2,5,100", "0,2,one_start,1000,1200,-1,2,7,90"});
               }),
               "");
@@ -80,7 +80,7 @@ TEST_F(MonReaderTest, LinesOfOneStartTimeAreSamplesOfOneInvocation) {
 }
 
 TEST_F(MonReaderTest, EachNewStartTimeClosesAnInvocation) {
-    twoCounterKernel("three_starts");
+    two_counter_kernel("three_starts");
     read({"0,1,three_starts,1000,1100,-1,2,5,100", "0,1,three_starts,1000,1200,-1,2,6,100",
           "0,1,three_starts,2000,2100,-1,2,7,50", "0,1,three_starts,3000,3100,-1,2,8,60"});
     EXPECT_EQ(values("kernels", "start_time"), (Texts{"1000", "2000", "3000"}));
@@ -90,16 +90,16 @@ TEST_F(MonReaderTest, EachNewStartTimeClosesAnInvocation) {
 }
 
 TEST_F(MonReaderTest, LastInvocationsComeInKeyOrderAtTheEnd) {
-    twoCounterKernel("order_b");
-    twoCounterKernel("order_a");
+    two_counter_kernel("order_b");
+    two_counter_kernel("order_a");
     read({"0,1,order_b,1,2,-1,2,5,100", "0,1,order_a,3,4,-1,2,6,100", "0,1,order_b,5,6,-1,2,7,100"});
     EXPECT_EQ(values("kernels", "name"), (Texts{"order_b", "order_a", "order_b"}));
     EXPECT_EQ(values("kernels", "start_time"), (Texts{"1", "3", "5"}));
 }
 
 TEST_F(MonReaderTest, ADroppedLineLeavesNoTrace) {
-    twoCounterKernel("no_trace");
-    const std::string messages = stderrOf([&] {
+    two_counter_kernel("no_trace");
+    const std::string messages = stderr_of([&] {
         read({"0,1,no_trace,1000,1100,-1,2,5,100", "0,1,no_trace,2000,x,-1,2,6,100",
               "0,1,no_trace,1000,1200,-1,2,7,100"});
     });
@@ -108,30 +108,30 @@ TEST_F(MonReaderTest, ADroppedLineLeavesNoTrace) {
 }
 
 TEST_F(MonReaderTest, AnEmptyLineIsToldAndCounted) {
-    twoCounterKernel("k");
-    EXPECT_EQ(messagesOfDroppedLines({"", "0,1,k,x,2,-1,2,5,100"}),
+    two_counter_kernel("k");
+    EXPECT_EQ(messages_of_dropped_lines({"", "0,1,k,x,2,-1,2,5,100"}),
               "warning: empty .mon line 1\nERROR: Unable to parse kernel start time. Ignoring .mon line 2\n" +
                   std::string(never_seen_k));
 }
 
 TEST_F(MonReaderTest, AnUnknownKernelIsToldWithItsLine) {
-    twoCounterKernel("k");
-    EXPECT_EQ(messagesOfDroppedLines({"0,1,other,1000,2500,-1,1,40"}),
+    two_counter_kernel("k");
+    EXPECT_EQ(messages_of_dropped_lines({"0,1,other,1000,2500,-1,1,40"}),
               "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
               "----> kernel in .mon at line 1: other\n" +
                   std::string(never_seen_k));
 }
 
 TEST_F(MonReaderTest, AMinusSignInTheDeviceIdIsTakenForTheName) {
-    twoCounterKernel("k");
-    EXPECT_EQ(messagesOfDroppedLines({"-1,0,k,1000,2500,-1,1,5"}),
+    two_counter_kernel("k");
+    EXPECT_EQ(messages_of_dropped_lines({"-1,0,k,1000,2500,-1,1,5"}),
               "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
               "----> kernel in .mon at line 1: -1\n" +
                   std::string(never_seen_k));
 }
 
 TEST_F(MonReaderTest, ANameLosesItsLeadingDigits) {
-    twoCounterKernel("x");
+    two_counter_kernel("x");
     read({"0,1,42x,1000,1100,-1,2,5,100"});
     EXPECT_EQ(values("kernels", "name"), (Texts{"x"}));
 }
@@ -142,26 +142,26 @@ TEST_F(MonReaderTest, ALineOfDigitsAndCommasThrows) {
 
 TEST_F(MonReaderTest, AKernelWithoutInstancesIsSkipped) {
     kernel("k");
-    EXPECT_EQ(messagesOfDroppedLines({"0,1,k,1000,2500,-1,1,40"}),
+    EXPECT_EQ(messages_of_dropped_lines({"0,1,k,1000,2500,-1,1,40"}),
               "profile.mon has some kernel that does not have any moduleinsts - Skipping line 1\n" +
                   std::string(never_seen_k));
 }
 
 TEST_F(MonReaderTest, AnOriginalNameLeadsToItsKernel) {
-    twoCounterKernel("mapped");
-    originalNames["original"] = "mapped";
+    two_counter_kernel("mapped");
+    original_names["original"] = "mapped";
     read({"0,1,original,1000,1100,-1,2,5,100", "0,1,mapped,1000,1200,-1,2,6,100"});
     EXPECT_EQ(values("kernels", "name"), (Texts{"mapped"}));
     EXPECT_EQ(values("kernels", "sample_timestamps"), (Texts{"1100 1200"}));
 }
 
 TEST_F(MonReaderTest, AnOriginalNameOfAKernelThatIsMissingThrows) {
-    originalNames["original"] = "missing";
+    original_names["original"] = "missing";
     EXPECT_THROW(read({"0,1,original,1000,1100,-1,2,5,100"}), std::out_of_range);
 }
 
 TEST_F(MonReaderTest, EachFixedFieldHasItsMessageAndTheFirstFaultIsTold) {
-    twoCounterKernel("k");
+    two_counter_kernel("k");
     const std::pair<const char*, const char*> rows[] = {
         {",1,k,1000,1100,-1,2,5,6", "device id"},
         {"99999999999,,k,1000,1100,-1,2,5,6", "device id"}, // no int
@@ -179,12 +179,12 @@ TEST_F(MonReaderTest, EachFixedFieldHasItsMessageAndTheFirstFaultIsTold) {
         expected += "ERROR: Unable to parse " + std::string(field) + ". Ignoring .mon line " +
                     std::to_string(lines.size()) + "\n";
     }
-    EXPECT_EQ(messagesOfDroppedLines(lines), expected + never_seen_k);
+    EXPECT_EQ(messages_of_dropped_lines(lines), expected + never_seen_k);
 }
 
 TEST_F(MonReaderTest, AKernelLineNeedsEightFields) {
-    twoCounterKernel("k");
-    EXPECT_EQ(messagesOfDroppedLines({"k", "0,1,k,1000,1100", "0,1,k,1000,1100,-1,0"}),
+    two_counter_kernel("k");
+    EXPECT_EQ(messages_of_dropped_lines({"k", "0,1,k,1000,1100", "0,1,k,1000,1100,-1,0"}),
               "ERROR: Unexpected number of values. Ignoring .mon line 1\n"
               "ERROR: Unexpected number of values. Ignoring .mon line 2\n"
               "ERROR: Unexpected number of values. Ignoring .mon line 3\n" +
@@ -192,29 +192,29 @@ TEST_F(MonReaderTest, AKernelLineNeedsEightFields) {
 }
 
 TEST_F(MonReaderTest, TheNumberOfCountersMustBeThatOfTheFieldsBehindIt) {
-    twoCounterKernel("k");
+    two_counter_kernel("k");
     const std::string start =
         "Warning: number of .mon entries does not match number of counters for this kernel. Skipping line ";
-    EXPECT_EQ(messagesOfDroppedLines(
+    EXPECT_EQ(messages_of_dropped_lines(
                   {"0,1,k,1000,1100,-1,0,5", "0,1,k,1000,1100,-1,2,5,6,", "0,1,k,1000,1100,-1,-1,5"}),
               start + "1\n" + start + "2\n" + start + "3\n" + never_seen_k);
 }
 
 TEST_F(MonReaderTest, ACarriageReturnEndsTheLastCounterOnly) {
-    twoCounterKernel("carriage");
-    EXPECT_EQ(stderrOf([&] { read({"0,1,carriage,1000,1100,-1,2,5,100\r"}); }), "");
+    two_counter_kernel("carriage");
+    EXPECT_EQ(stderr_of([&] { read({"0,1,carriage,1000,1100,-1,2,5,100\r"}); }), "");
     EXPECT_EQ(values("kernels", "total_cycles_between_samples"), (Texts{"100"}));
 }
 
 TEST_F(MonReaderTest, TheLastLineNeedsNoNewline) {
-    twoCounterKernel("no_newline");
-    readFile(file("0,1,no_newline,1000,1100,-1,2,5,100"));
+    two_counter_kernel("no_newline");
+    read_file(file("0,1,no_newline,1000,1100,-1,2,5,100"));
     EXPECT_EQ(occupancies(), (Texts{"5 "}));
 }
 
 TEST_F(MonReaderTest, AnInvalidCounterIsToldAndCountsAsMinusOne) {
-    twoCounterKernel("invalid");
-    EXPECT_EQ(stderrOf([&] { read({"0,1,invalid,1000,1100,-1,2,abc,100"}); }),
+    two_counter_kernel("invalid");
+    EXPECT_EQ(stderr_of([&] { read({"0,1,invalid,1000,1100,-1,2,abc,100"}); }),
               "WARNING: value for counter at line 1 was invalid: abc.counter\n"
               "Warning: Invalid request count. Bandwidth measurement might be incorrect.\n");
     EXPECT_EQ(occupancies(), (Texts{"-1 "}));
@@ -224,7 +224,7 @@ TEST_F(MonReaderTest, ACounterOffsetBeyondTheLineIsAnEmptyField) {
     TlyModuleInst& block = inst(kernel("beyond"), "block");
     block.addPortTag("clock", 7, 0);
     block.addPortTag("memorystalls", 8, 0);
-    EXPECT_EQ(stderrOf([&] { read({"0,1,beyond,1000,1100,-1,1,100"}); }),
+    EXPECT_EQ(stderr_of([&] { read({"0,1,beyond,1000,1100,-1,1,100"}); }),
               "WARNING: value for counter at line 1 was invalid: .counter\n");
     EXPECT_EQ(block.getExtStallCount(), (std::vector<long long>{-1}));
 }
@@ -239,7 +239,7 @@ TEST_F(MonReaderTest, CountersOfFurtherComputeUnitsAreNotRead) {
 
 TEST_F(MonReaderTest, AKernelWithoutCycleCountersIsWarnedOfOnEachLine) {
     inst(kernel("no_clock"), "block").addPortTag("ivalid", 7, 0);
-    const std::string messages = stderrOf([&] {
+    const std::string messages = stderr_of([&] {
         read({"0,1,no_clock,1,2,-1,1,5", "0,1,no_clock,1,3,-1,1,6"});
     });
     EXPECT_EQ(messages,
@@ -250,8 +250,8 @@ TEST_F(MonReaderTest, AKernelWithoutCycleCountersIsWarnedOfOnEachLine) {
 }
 
 TEST_F(MonReaderTest, TransfersTouchNoKernel) {
-    twoCounterKernel("k");
-    EXPECT_EQ(stderrOf([&] { read({"0,1,.reprogram,3000,3400", "2,3,.usm_memcpy,5,4"}); }), never_seen_k);
+    two_counter_kernel("k");
+    EXPECT_EQ(stderr_of([&] { read({"0,1,.reprogram,3000,3400", "2,3,.usm_memcpy,5,4"}); }), never_seen_k);
     EXPECT_EQ(values("memtransfers", "type_transfer"), (Texts{".reprogram", ".usm_memcpy"}));
     EXPECT_EQ(values("memtransfers", "device_id"), (Texts{"0", "2"}));
     EXPECT_EQ(values("memtransfers", "command_queue_id"), (Texts{"1", "3"}));
@@ -260,13 +260,13 @@ TEST_F(MonReaderTest, TransfersTouchNoKernel) {
 }
 
 TEST_F(MonReaderTest, ATransferOfEightFieldsEndsWithItsFifth) {
-    EXPECT_EQ(stderrOf([&] { read({"0,1,.mem_transfer,3000,3400,9,8,7"}); }), "");
+    EXPECT_EQ(stderr_of([&] { read({"0,1,.mem_transfer,3000,3400,9,8,7"}); }), "");
     EXPECT_EQ(values("memtransfers", "end_time"), (Texts{"3400"}));
 }
 
 TEST_F(MonReaderTest, AFaultyTransferMakesATransferOfTheNextLine) {
-    twoCounterKernel("after_fault");
-    const std::string messages = stderrOf([&] {
+    two_counter_kernel("after_fault");
+    const std::string messages = stderr_of([&] {
         read({"0,1,.mem_transfer_read,3000,3400,9", "0,1,after_fault,1000,1100,-1,2,5,100",
               "0,1,after_fault,2000,2100,-1,2,6,100"});
     });
@@ -278,9 +278,9 @@ TEST_F(MonReaderTest, AFaultyTransferMakesATransferOfTheNextLine) {
 }
 
 TEST_F(MonReaderTest, AnUnreadableTransferTimeLeavesTheNextLineATransferToo) {
-    twoCounterKernel("after_time");
-    originalNames["original"] = "after_time";
-    const std::string messages = stderrOf([&] {
+    two_counter_kernel("after_time");
+    original_names["original"] = "after_time";
+    const std::string messages = stderr_of([&] {
         read({"0,1,.mem_transfer_read,3000,x", "0,1,unknown,1,2,-1,1,5", "0,1,original,7,8"});
     });
     EXPECT_EQ(messages,
@@ -293,7 +293,7 @@ TEST_F(MonReaderTest, AnUnreadableTransferTimeLeavesTheNextLineATransferToo) {
 }
 
 TEST_F(MonReaderTest, WithoutADescriptionUnknownNamesMakeKernels) {
-    const std::string messages = stderrOf([&] {
+    const std::string messages = stderr_of([&] {
         read({"0,1,b,1000,1100,-1,0", "0,1,a,1,2,-1,5,1,2", "0,1,b,2000,2100,3,0", "-1,0,k,1,2,-1,0"},
              no_profiler);
     });
@@ -305,7 +305,7 @@ TEST_F(MonReaderTest, WithoutADescriptionUnknownNamesMakeKernels) {
 }
 
 TEST_F(MonReaderTest, WithoutADescriptionTheCountersAreNotCompared) {
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   read({"0,1,free,1,2,-1,x", "0,1,free,1,2,-1,9,1"}, no_profiler);
               }),
               "ERROR: Unable to parse number of counters. Ignoring .mon line 1\n");
@@ -314,7 +314,7 @@ TEST_F(MonReaderTest, WithoutADescriptionTheCountersAreNotCompared) {
 
 TEST_F(MonReaderTest, WithoutADescriptionThePseudoKernelNeverReachesTheReport) {
     const std::string name = autorun_profile_dummy_kernel;
-    EXPECT_EQ(stderrOf([&] {
+    EXPECT_EQ(stderr_of([&] {
                   read({"0,1," + name + ",1,2,-1,0", "0,1," + name + ",5,6,-1,0"}, no_profiler);
               }),
               "");
@@ -324,15 +324,15 @@ TEST_F(MonReaderTest, WithoutADescriptionThePseudoKernelNeverReachesTheReport) {
 }
 
 TEST_F(MonReaderTest, PullKernelInfoAppendsANodeAndGivesOne) {
-    TlyKernel& made = twoCounterKernel("pulled");
+    TlyKernel& made = two_counter_kernel("pulled");
     made.add_sample_timestamp(5);
-    EXPECT_EQ(pullKernelInfo(&made, &tree, true, extMems), 1);
+    EXPECT_EQ(pullKernelInfo(&made, &tree, true, ext_mems), 1);
     EXPECT_EQ(values("kernels", "sample_timestamps"), (Texts{"5"}));
     EXPECT_TRUE(made.get_sample_timestamps().empty());
 
     TlyKernel& pseudo = kernel(autorun_profile_dummy_kernel);
     pseudo.add_sample_timestamp(5);
-    EXPECT_EQ(pullKernelInfo(&pseudo, &tree, true, extMems), 1);
+    EXPECT_EQ(pullKernelInfo(&pseudo, &tree, true, ext_mems), 1);
     EXPECT_EQ(nodes("kernels").size(), 1u);
     EXPECT_EQ(pseudo.get_sample_timestamps().size(), 1u);
 }

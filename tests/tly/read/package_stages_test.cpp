@@ -60,14 +60,14 @@ TEST_F(PackageStages, APackageThatIsNotThereMakesNoText) {
 
 TEST_F(PackageStages, TheVersionIsTheFirstLine) {
     EXPECT_EQ(parseVersionFile(&tree, package({{".zan.version", "4.2 Build 117\nmore\n"}})), 0);
-    EXPECT_EQ(nodeText(tree), "versions={zanx_version=4.2 Build 117}");
+    EXPECT_EQ(node_text(tree), "versions={zanx_version=4.2 Build 117}");
 }
 
 TEST_F(PackageStages, APackageWithoutVersionIsTold) {
     const char* const path = package({{"a", "1"}});
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(parseVersionFile(&tree, path), 1); }),
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseVersionFile(&tree, path), 1); }),
               "Error: unable to get version zanx section\n");
-    EXPECT_EQ(nodeText(tree), "");
+    EXPECT_EQ(node_text(tree), "");
 }
 
 // ---- Timing report
@@ -76,14 +76,14 @@ TEST_F(PackageStages, TheClockGoesToTheRunInformation) {
     tree.put("run_info.nodes..name", "profile");
     EXPECT_EQ(parseVelmoraReport(&tree, package({{".zan.velmora_report", "x\nActual clock freq: 240.5\n"}})),
               0);
-    EXPECT_EQ(nodeText(tree), "run_info={nodes=[{name=profile fmax=240.5}]}");
+    EXPECT_EQ(node_text(tree), "run_info={nodes=[{name=profile fmax=240.5}]}");
 }
 
 TEST_F(PackageStages, APackageWithoutTimingReportIsTold) {
     tree.put("run_info.nodes..name", "profile");
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(parseVelmoraReport(&tree, nowhere()), 1); }),
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseVelmoraReport(&tree, nowhere()), 1); }),
               "Error: unable to get velmora report zanx section\n");
-    EXPECT_EQ(nodeText(tree), "run_info={nodes=[{name=profile}]}");
+    EXPECT_EQ(node_text(tree), "run_info={nodes=[{name=profile}]}");
 }
 
 // ---- Board
@@ -121,7 +121,7 @@ class BoardStage : public PackageStages {
 
 TEST_F(BoardStage, MakesTheMemoriesAndTheNode) {
     EXPECT_EQ(parseBoardXMLFile(&tree, package({{".zan.board_spec.xml", small_board}}), memories), 0);
-    EXPECT_EQ(nodeText(tree),
+    EXPECT_EQ(node_text(tree),
               "boards={nodes=[{type=board board_type=small children=[{type=globalmem "
               "global_memory_name=DDR max_theoretical_globalmem_bw=25600 "
               "max_burst_count=16}]}]}");
@@ -136,7 +136,7 @@ TEST_F(BoardStage, MakesTheMemoriesAndTheNode) {
 
 TEST_F(BoardStage, APackageWithoutDescriptionIsTold) {
     const char* const path = package({{"a", "1"}});
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(parseBoardXMLFile(&tree, path, memories), 1); }),
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseBoardXMLFile(&tree, path, memories), 1); }),
               "Error: unable to get board xml zanx section\n");
     EXPECT_TRUE(memories.empty());
 }

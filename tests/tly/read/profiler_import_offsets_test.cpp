@@ -25,7 +25,7 @@ TEST_F(ImportTest, EachKernelHasLinesOfItsOwn) {
                .connect("a", "m", "bandwidth")
                .connect("b", "m", "bandwidth")
                .connect("a", "m", "memorystalls"));
-    EXPECT_EQ(allCounters(),
+    EXPECT_EQ(all_counters(),
               "a m bandwidth:7 memorystalls:8\n"
               "b m bandwidth:7\n");
 }
@@ -92,7 +92,7 @@ TEST_F(ImportTest, APortIsSharedWithinItsInstanceOnly) {
                .connect("k", "a", "shared")
                .connect("k", "b", "ivalid", "shared"));
     EXPECT_EQ(messages, "ERROR: No shared offset was found for kernel k. ABORT\n");
-    EXPECT_EQ(allCounters(), "k a shared:7\nk b \n"); // the instance is there, without a counter
+    EXPECT_EQ(all_counters(), "k a shared:7\nk b \n"); // the instance is there, without a counter
 }
 
 TEST_F(ImportTest, APortThatIsNoSharedOneHasNoOffsetToShare) {
@@ -123,7 +123,7 @@ constexpr const char* pseudo = "Corvane_Internal_Collect_Autorun_Profiling";
 
 // Autorun kernels "a" with two counters and "b" with one; the pseudo-kernel is a function without
 // connections.
-Description twoAutorunKernels() {
+Description two_autorun_kernels() {
     return Description()
         .function("a")
         .function("b")
@@ -138,17 +138,17 @@ Description twoAutorunKernels() {
 }
 
 TEST_F(ImportTest, WithoutCountersOfThePseudoKernelNothingMoves) {
-    import(twoAutorunKernels());
+    import(two_autorun_kernels());
     EXPECT_EQ(messages, "");
-    EXPECT_EQ(allCounters(),
+    EXPECT_EQ(all_counters(),
               "a m ivalid:7 ostall:8\n"
               "b m ivalid:7\n");
 }
 
 TEST_F(ImportTest, TheGreatestNameComesFirst) {
-    import(twoAutorunKernels().connect(pseudo, "p", "ivalid"));
+    import(two_autorun_kernels().connect(pseudo, "p", "ivalid"));
     // "b" moves by 1 and has one counter, so "a" moves by 2.
-    EXPECT_EQ(allCounters(),
+    EXPECT_EQ(all_counters(),
               "Corvane_Internal_Collect_Autorun_Profiling p ivalid:7\n"
               "a m ivalid:9 ostall:10\n"
               "b m ivalid:8\n");
@@ -164,7 +164,7 @@ TEST_F(ImportTest, ThePseudoKernelItselfDoesNotMove) {
                .connect("a", "m", "ivalid")
                .connect(pseudo, "p", "ivalid")
                .connect(pseudo, "p", "ostall"));
-    EXPECT_EQ(allCounters(),
+    EXPECT_EQ(all_counters(),
               "Corvane_Internal_Collect_Autorun_Profiling p ivalid:7 ostall:8\n"
               "a m ivalid:8\n");
 }
@@ -185,7 +185,7 @@ TEST_F(ImportTest, OnlyAutorunInstancesMoveButAllCount) {
                .connect("a", "m", "ivalid")
                .connect(pseudo, "p", "ivalid"));
     // "b" has three counters, and one of its instances moves by 1; "a" moves by 4.
-    EXPECT_EQ(allCounters(),
+    EXPECT_EQ(all_counters(),
               "Corvane_Internal_Collect_Autorun_Profiling p ivalid:7\n"
               "a m ivalid:11\n"
               "b plain ivalid:7 ostall:8\n"
@@ -219,7 +219,7 @@ TEST_F(ImportTest, ASharingPortCountsUnlessSharedCountersWereCompiledIn) {
 // ---- All of it together
 
 // Three kernels and three autorun kernels with 39 instances, and the pseudo-kernel with the fortieth.
-Description largeDesign() {
+Description large_design() {
     Description design;
     for (const char* name : {"mem", "pipe", "mixed", "auto_a", "auto_b", "auto_c", pseudo})
         design.function(name);
@@ -293,9 +293,9 @@ constexpr const char* large_design_counters =
     "pipe i13 shared:33 ivalid:33 idle:34 ostall:33\n";
 
 TEST_F(ImportTest, ALargeDesign) {
-    import(largeDesign());
+    import(large_design());
     EXPECT_EQ(messages, "");
-    EXPECT_EQ(allCounters(), large_design_counters);
+    EXPECT_EQ(all_counters(), large_design_counters);
     EXPECT_EQ(inst("pipe", "i3").getNumHasShared(), 2);
 }
 

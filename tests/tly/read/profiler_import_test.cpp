@@ -10,7 +10,7 @@ using testing::IsEmpty;
 using testing::Pair;
 
 // Kernel "k" with an instance "m" that has one counter.
-Description oneInst(const std::string& attribute = "", const std::string& debugs = "") {
+Description one_inst(const std::string& attribute = "", const std::string& debugs = "") {
     return Description()
         .function("k")
         .module("lsu", {"bandwidth"})
@@ -19,7 +19,7 @@ Description oneInst(const std::string& attribute = "", const std::string& debugs
 }
 
 TEST_F(ImportTest, WithoutASectionTheRunIsOneOfTimesAlone) {
-    EXPECT_EQ(importPackage({{".zan.version", "1"}}), 2);
+    EXPECT_EQ(import_package({{".zan.version", "1"}}), 2);
     EXPECT_EQ(messages,
               "Warning: No profiler elf section. Will only return kernel start/stop time and "
               "memory transfer times between device & host.\n");
@@ -27,7 +27,7 @@ TEST_F(ImportTest, WithoutASectionTheRunIsOneOfTimesAlone) {
 }
 
 TEST_F(ImportTest, APackageThatCannotBeOpenedIsAFailure) {
-    EXPECT_EQ(importFrom("/nonexistent/design.zanx"), 1);
+    EXPECT_EQ(import_from("/nonexistent/design.zanx"), 1);
     EXPECT_EQ(messages, "Error unable to read profiler elf section\n");
 }
 
@@ -37,7 +37,7 @@ TEST_F(ImportTest, ADescriptionThatCannotBeLoadedIsAFailureAndLeavesNothing) {
           "<PROFILER><FUNCTION_LIST><FUNCTION name='k' num_compute_units='1' filename='f'/>"
           "<FUNCTION name='k' num_compute_units='1' filename='f'/></FUNCTION_LIST>"
           "</PROFILER>"}) {
-        EXPECT_EQ(importText(text), 1) << text;
+        EXPECT_EQ(import_text(text), 1) << text;
         EXPECT_EQ(messages, "Error: unable to load profiler.xml file\n") << text;
         EXPECT_THAT(kernels, IsEmpty()) << text;
         EXPECT_THAT(original_names, IsEmpty()) << text;
@@ -45,12 +45,12 @@ TEST_F(ImportTest, ADescriptionThatCannotBeLoadedIsAFailureAndLeavesNothing) {
 }
 
 TEST_F(ImportTest, TheTextEndsAtItsFirstNul) {
-    EXPECT_EQ(importText("<PROFILER/>" + std::string("\0<garbage", 9)), 0);
+    EXPECT_EQ(import_text("<PROFILER/>" + std::string("\0<garbage", 9)), 0);
     EXPECT_EQ(messages, "");
 }
 
 TEST_F(ImportTest, AnEmptyDescriptionGivesNoKernels) {
-    EXPECT_EQ(importText("<PROFILER/>"), 0);
+    EXPECT_EQ(import_text("<PROFILER/>"), 0);
     EXPECT_THAT(kernels, IsEmpty());
 }
 
@@ -107,7 +107,7 @@ TEST_F(ImportTest, AttributesAreTakenByTheirPlaces) {
     };
     for (const AttributeCase& expected : cases) {
         forget();
-        import(oneInst(expected.text));
+        import(one_inst(expected.text));
         const TlyModuleInst& made = inst("k", "m");
         EXPECT_EQ(made.getAttrMemoryType(), expected.memory_type) << expected.text;
         EXPECT_EQ(made.getAttrRw() + "|" + made.getAttrLsuType() + "|" + made.getAttrGlobalMemName() + "|" +
@@ -152,7 +152,7 @@ TEST_F(ImportTest, InstancesStandInTheOrderOfTheirFirstConnections) {
                .connect("k", "b", "bandwidth")
                .connect("k", "a", "bandwidth")
                .connect("k", "b", "memorystalls"));
-    EXPECT_EQ(allCounters(),
+    EXPECT_EQ(all_counters(),
               "k b bandwidth:7 memorystalls:9\n"
               "k a bandwidth:8\n");
 }
@@ -185,18 +185,18 @@ std::string locations(const TlyModuleInst& inst) {
 }
 
 TEST_F(ImportTest, EachLocationIsFollowedByItsCallSites) {
-    import(oneInst("",
-                   "<DEBUG file='f' line='1' column='2'>"
-                   "<CALLSITE file='g' line='3' column='4'/><CALLSITE file='h' line='5' column='6'/>"
-                   "</DEBUG><DEBUG file='i' line='7' column='8'/>"));
+    import(one_inst("",
+                    "<DEBUG file='f' line='1' column='2'>"
+                    "<CALLSITE file='g' line='3' column='4'/><CALLSITE file='h' line='5' column='6'/>"
+                    "</DEBUG><DEBUG file='i' line='7' column='8'/>"));
     EXPECT_EQ(locations(inst("k", "m")), "f:1:2 [g:3:4] [h:5:6] i:7:8 ");
 }
 
 TEST_F(ImportTest, ACallSiteOfLineZeroIsNone) {
-    import(oneInst("",
-                   "<DEBUG file='f' line='0' column='2'>" // a location of line 0 is one
-                   "<CALLSITE file='g' line='0' column='4'/><CALLSITE file='h' line='5' column='6'/>"
-                   "</DEBUG>"));
+    import(one_inst("",
+                    "<DEBUG file='f' line='0' column='2'>" // a location of line 0 is one
+                    "<CALLSITE file='g' line='0' column='4'/><CALLSITE file='h' line='5' column='6'/>"
+                    "</DEBUG>"));
     EXPECT_EQ(locations(inst("k", "m")), "f:0:2 [h:5:6] ");
 }
 
@@ -215,15 +215,15 @@ TEST_F(ImportTest, EachInstanceGetsTheClock) {
                                       {"240.5 MHz", 0.0f},
                                       {"240,5", 0.0f}}) {
         forget();
-        setClock(expected.text);
-        import(oneInst());
+        set_clock(expected.text);
+        import(one_inst());
         EXPECT_EQ(inst("k", "m").getFmax(), expected.fmax) << expected.text;
     }
 }
 
 TEST_F(ImportTest, WithoutAClockItIsZero) {
     tree = ptree();
-    import(oneInst());
+    import(one_inst());
     EXPECT_EQ(inst("k", "m").getFmax(), 0.0f);
 }
 

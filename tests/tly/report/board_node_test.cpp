@@ -7,27 +7,27 @@
 namespace {
 
 TEST(TransferNode, HasItsValuesAsTheyStand) {
-    EXPECT_EQ(nodeText(getMemTransferJSON(".mem_transfer_read", 1, -2, 3400, 3000)),
+    EXPECT_EQ(node_text(getMemTransferJSON(".mem_transfer_read", 1, -2, 3400, 3000)),
               "type=memtransfers type_transfer=.mem_transfer_read device_id=1 command_queue_id=-2 "
               "start_time=3400 end_time=3000");
 }
 
 TEST(BoardNode, WithoutMemoriesHasEmptyChildren) {
-    EXPECT_EQ(nodeText(getBoardJSON("custom_ipa", {}, {})), "type=board board_type=custom_ipa children=");
+    EXPECT_EQ(node_text(getBoardJSON("custom_ipa", {}, {})), "type=board board_type=custom_ipa children=");
 }
 
 TEST(BoardNode, AMemoryHasABurstCountOnlyIfItHasOne) {
-    EXPECT_EQ(nodeText(getBoardJSON("b", {{"DDR", 19200.0f}}, {{"DDR", 16u}, {"HBM", 8u}})),
+    EXPECT_EQ(node_text(getBoardJSON("b", {{"DDR", 19200.0f}}, {{"DDR", 16u}, {"HBM", 8u}})),
               "type=board board_type=b children=[{type=globalmem global_memory_name=DDR "
               "max_theoretical_globalmem_bw=19200 max_burst_count=16}]");
-    EXPECT_EQ(nodeText(getBoardJSON("b", {{"DDR", 19200.0f}}, {{"HBM", 8u}})),
+    EXPECT_EQ(node_text(getBoardJSON("b", {{"DDR", 19200.0f}}, {{"HBM", 8u}})),
               "type=board board_type=b children=[{type=globalmem global_memory_name=DDR "
               "max_theoretical_globalmem_bw=19200}]");
 }
 
 // 12345678.9 is 12345679 as a float, and has 7 significant digits in the report.
 TEST(BoardNode, ABandwidthHasSevenSignificantDigits) {
-    EXPECT_EQ(nodeText(getBoardJSON("b", {{"DDR", 12345678.9f}}, {})),
+    EXPECT_EQ(node_text(getBoardJSON("b", {{"DDR", 12345678.9f}}, {})),
               "type=board board_type=b children=[{type=globalmem global_memory_name=DDR "
               "max_theoretical_globalmem_bw=1.234568e+07}]");
 }

@@ -34,8 +34,8 @@ class ExtMemNodeTest : public testing::Test {
     // The node of port 1 of interface 0.
     std::string node(const SampleList<long long>& cycles, TlyExtMem* mem = memory()) {
         ptree built;
-        messages = stderrOf([&] { getExtMemJSON(inst.get(), cycles, mem, 0, 1).swap(built); });
-        return nodeText(built);
+        messages = stderr_of([&] { getExtMemJSON(inst.get(), cycles, mem, 0, 1).swap(built); });
+        return node_text(built);
     }
 
     // At 1000 MHz a cycle is a nanosecond.
@@ -74,7 +74,7 @@ TEST_F(ExtMemNodeTest, APortWithReadsAloneIsReadOnly) {
 TEST_F(ExtMemNodeTest, TheWidthIsThatOfTheInterface) {
     record(EXT_MEM_READ, {1000}, 1, 0);
     const ptree narrow = getExtMemJSON(inst.get(), {10000}, memory(), 1, 0);
-    EXPECT_EQ(nodeText(narrow),
+    EXPECT_EQ(node_text(narrow),
               "type=extmem name=DDR interface=narrow port=p0 read_only=true "
               "global_used_bw=[3200] avg_write_burst=[0] avg_read_burst=[0]");
 }

@@ -16,7 +16,7 @@ class RandomNodes {
     void tell(ReportSink& sink) {
         for (unsigned count = below(6); count > 0; --count) {
             sink.open("");
-            tellChildren(sink, 0);
+            write_children(sink, 0);
             sink.close();
         }
     }
@@ -32,7 +32,7 @@ class RandomNodes {
     }
 
     template <class T>
-    void tellValues(ReportSink& sink, std::string_view key, int shift) {
+    void write_array(ReportSink& sink, std::string_view key, int shift) {
         std::vector<T> values(below(200));
         for (T& value : values)
             value = below(3) == 0 ? T{0} : static_cast<T>(static_cast<long long>(m_random()) >> shift);
@@ -42,23 +42,23 @@ class RandomNodes {
             sink.values(key, values.data(), values.size());
     }
 
-    void tellChildren(ReportSink& sink, int depth) {
+    void write_children(ReportSink& sink, int depth) {
         const bool in_array = below(3) == 0;
         for (unsigned count = below(8); count > 0; --count) {
             const std::string key = in_array ? std::string() : text() + "k";
             switch (below(depth < 4 ? 6 : 5)) {
                 case 0:
-                    tellValues<int>(sink, key, 32);
+                    write_array<int>(sink, key, 32);
                     break;
                 case 1:
-                    tellValues<long long>(sink, key, static_cast<int>(below(64)));
+                    write_array<long long>(sink, key, static_cast<int>(below(64)));
                     break;
                 case 2:
-                    tellValues<float>(sink, key, 40);
+                    write_array<float>(sink, key, 40);
                     break;
                 case 5:
                     sink.open(key);
-                    tellChildren(sink, depth + 1);
+                    write_children(sink, depth + 1);
                     sink.close();
                     break;
                 default:

@@ -12,12 +12,12 @@ InstBuilder fifo(const std::string& function, const std::vector<std::string>& ta
     return {.function = function, .module = "kdl_iord", .tags = tags};
 }
 
-std::string depthKeys(TlyModuleInst& inst) {
+std::string depth_keys(TlyModuleInst& inst) {
     const ptree node = getModuleJSON(&inst, {1});
     std::string text;
     for (const char* key : {"average_channel_depth_samples", "max_channel_depth_samples"}) {
         const auto samples = node.get_child_optional("module_inst_details." + std::string(key));
-        text += samples ? nodeText(*samples) : "(none)";
+        text += samples ? node_text(*samples) : "(none)";
     }
     return text;
 }
@@ -29,39 +29,39 @@ TEST(ChannelDepth, AverageIsTheFillOfEachRequestOrStall) {
     const auto inst = fifo("depth", {"chread_ivalid", "chread_fifo_stall", "chread_total_fifo_size",
                                      "chread_max_fifo_size"})
                           .make();
-    addSample(*inst, {"60", "40", "7", "3"}); // 7 / 100, rounded up at two decimals
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(depthKeys(*inst), "[0.07][3]"); }), "");
+    add_sample(*inst, {"60", "40", "7", "3"}); // 7 / 100, rounded up at two decimals
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(depth_keys(*inst), "[0.07][3]"); }), "");
 }
 
 TEST(ChannelDepth, RequestsReplaceValidCycles) {
     const auto inst = fifo("depth_req", {"chread_ivalid", "chread_total_req", "chread_total_fifo_size",
                                          "chread_max_fifo_size"})
                           .make();
-    addSample(*inst, {"1", "100", "50", "3"});
-    EXPECT_EQ(depthKeys(*inst), "[0.5][3]");
+    add_sample(*inst, {"1", "100", "50", "3"});
+    EXPECT_EQ(depth_keys(*inst), "[0.5][3]");
 }
 
 TEST(ChannelDepth, WithoutRequestsAndStallsIsZero) {
     const auto inst = fifo("depth_zero", {"chwrite_total_fifo_size", "chwrite_max_fifo_size"}).make();
-    addSample(*inst, {"5", "3"});
-    EXPECT_EQ(depthKeys(*inst), "[0][3]");
+    add_sample(*inst, {"5", "3"});
+    EXPECT_EQ(depth_keys(*inst), "[0][3]");
 }
 
 TEST(ChannelDepth, OneCounterWithoutTheOtherIsTold) {
     const auto total = fifo("depth_total", {"chread_total_fifo_size", "ivalid"}).make();
-    addSample(*total, {"5", "10"});
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(depthKeys(*total), "[0.5](none)"); }), only_one);
+    add_sample(*total, {"5", "10"});
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(depth_keys(*total), "[0.5](none)"); }), only_one);
     const auto max = fifo("depth_max", {"chread_max_fifo_size"}).make();
-    addSample(*max, {"5"});
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(depthKeys(*max), "(none)[5]"); }), only_one);
+    add_sample(*max, {"5"});
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(depth_keys(*max), "(none)[5]"); }), only_one);
 }
 
 TEST(ChannelDepth, WithSharedCountersThereIsNoAverage) {
     InstBuilder builder = fifo("depth_shared", {"chread_total_fifo_size", "chread_max_fifo_size"});
     builder.shared = true;
     const auto inst = builder.make();
-    addSample(*inst, {"5", "3"}, SHARED_IVALID);
-    EXPECT_EQ(depthKeys(*inst), "(none)[3]");
+    add_sample(*inst, {"5", "3"}, SHARED_IVALID);
+    EXPECT_EQ(depth_keys(*inst), "(none)[3]");
 }
 
 // A location of the instance: file, line, column, and whether it is a call site.
@@ -72,7 +72,7 @@ struct Location {
     bool callsite;
 };
 
-std::unique_ptr<TlyModuleInst> instAt(const std::vector<Location>& locations) {
+std::unique_ptr<TlyModuleInst> inst_at(const std::vector<Location>& locations) {
     auto inst = InstBuilder{.function = "located"}.make();
     for (const Location& location : locations) {
         inst->addFilename(location.file);
@@ -83,58 +83,59 @@ std::unique_ptr<TlyModuleInst> instAt(const std::vector<Location>& locations) {
     return inst;
 }
 
-std::string sourcesOf(TlyModuleInst& inst) {
-    return nodeText(getModuleJSON(&inst, {}).get_child("sourcefiles"));
+std::string sources_of(TlyModuleInst& inst) {
+    return node_text(getModuleJSON(&inst, {}).get_child("sourcefiles"));
 }
 
 TEST(SourceLocations, WithoutDebugDataAreAnEmptyText) {
-    const auto inst = instAt({});
-    EXPECT_EQ(stderrOf([&] { EXPECT_EQ(sourcesOf(*inst), ""); }), "");
+    const auto inst = inst_at({});
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(sources_of(*inst), ""); }), "");
 }
 
 TEST(SourceLocations, CallSitesNestOutwards) {
-    const auto inst = instAt({{"a", 1, 2, false}, {"b", 3, 4, true}, {"c", 5, 6, true}});
-    EXPECT_EQ(sourcesOf(*inst),
+    const auto inst = inst_at({{"a", 1, 2, false}, {"b", 3, 4, true}, {"c", 5, 6, true}});
+    EXPECT_EQ(sources_of(*inst),
               "[{filename=a line=1 column_num=2 callsite=[{filename=b line=3 column_num=4 "
               "callsite=[{filename=c line=5 column_num=6}]}]}]");
 }
 
 TEST(SourceLocations, RecordsComeInReverseOrder) {
-    const auto inst = instAt({{"a", 1, 2, false}, {"b", 3, 4, true}, {"c", 5, 6, false}, {"d", 7, 8, false}});
-    EXPECT_EQ(sourcesOf(*inst),
+    const auto inst =
+        inst_at({{"a", 1, 2, false}, {"b", 3, 4, true}, {"c", 5, 6, false}, {"d", 7, 8, false}});
+    EXPECT_EQ(sources_of(*inst),
               "[{filename=d line=7 column_num=8} {filename=c line=5 column_num=6} "
               "{filename=a line=1 column_num=2 callsite=[{filename=b line=3 column_num=4}]}]");
 }
 
 TEST(SourceLocations, TheFirstEntryEndsAChainWhateverItsFlag) {
-    const auto inst = instAt({{"a", 1, 2, true}, {"b", 3, 4, true}});
-    EXPECT_EQ(sourcesOf(*inst),
+    const auto inst = inst_at({{"a", 1, 2, true}, {"b", 3, 4, true}});
+    EXPECT_EQ(sources_of(*inst),
               "[{filename=a line=1 column_num=2 callsite=[{filename=b line=3 column_num=4}]}]");
 }
 
 TEST(SourceLocations, ListsOfDifferentLengthAreToldWithoutANewline) {
-    const auto inst = instAt({{"a", 1, 2, false}});
+    const auto inst = inst_at({{"a", 1, 2, false}});
     inst->addLine(3);
     inst->addFilename("b");
     // As many locations as lines and files have. The second has no column, and no flag, which counts as set.
     EXPECT_EQ(
-        stderrOf([&] {
-            EXPECT_EQ(sourcesOf(*inst),
+        stderr_of([&] {
+            EXPECT_EQ(sources_of(*inst),
                       "[{filename=a line=1 column_num=2 callsite=[{filename=b line=3 column_num=-1}]}]");
         }),
         "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
 }
 
 TEST(SourceLocations, TheWalkStartsAtTheNumberOfColumnsAtMost) {
-    const auto inst = instAt({{"a", 1, 2, false}});
+    const auto inst = inst_at({{"a", 1, 2, false}});
     for (const char* file : {"b", "c", "d"}) {
         inst->addFilename(file);
         inst->addLine(9);
     }
     // Four lines and files, one column: the walk starts at index 1.
     EXPECT_EQ(
-        stderrOf([&] {
-            EXPECT_EQ(sourcesOf(*inst),
+        stderr_of([&] {
+            EXPECT_EQ(sources_of(*inst),
                       "[{filename=a line=1 column_num=2 callsite=[{filename=b line=9 column_num=-1}]}]");
         }),
         "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
@@ -145,7 +146,7 @@ TEST(SourceLocations, ALongChainIsBuiltWithoutCopies) {
     constexpr int depth = 20000;
     for (int i = 0; i < depth; ++i)
         locations.push_back({"b", i, 2, true});
-    const auto inst = instAt(locations);
+    const auto inst = inst_at(locations);
     ptree node;
     getModuleJSON(inst.get(), {}).swap(node);
     int levels = 0;

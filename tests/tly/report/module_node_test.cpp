@@ -9,8 +9,8 @@
 namespace {
 
 // The node's text behind its name, without "moduleinst".
-std::string nodeOf(TlyModuleInst& inst, const SampleList<long long>& cycles = {}) {
-    std::string text = nodeText(getModuleJSON(&inst, cycles));
+std::string node_of(TlyModuleInst& inst, const SampleList<long long>& cycles = {}) {
+    std::string text = node_text(getModuleJSON(&inst, cycles));
     const std::string head = "type=moduleinst name=" + inst.getName() + " ";
     EXPECT_EQ(text.substr(0, head.size()), head);
     return text.substr(head.size());
@@ -22,9 +22,9 @@ struct Details {
     std::string messages;
 };
 
-Details detailsOf(TlyModuleInst& inst, const SampleList<long long>& cycles) {
+Details details_of(TlyModuleInst& inst, const SampleList<long long>& cycles) {
     Details result;
-    result.messages = stderrOf([&] { result.text = nodeOf(inst, cycles); });
+    result.messages = stderr_of([&] { result.text = node_of(inst, cycles); });
     const std::string head = "sourcefiles= module_inst_details=";
     EXPECT_EQ(result.text.substr(0, head.size()), head);
     result.text.erase(0, head.size());
@@ -33,16 +33,16 @@ Details detailsOf(TlyModuleInst& inst, const SampleList<long long>& cycles) {
 
 TEST(ModuleNode, WithoutSamplesHasOnlyTheCoalescedFlag) {
     const auto inst = InstBuilder{.function = "bare"}.make();
-    const Details details = detailsOf(*inst, {});
+    const Details details = details_of(*inst, {});
     EXPECT_EQ(details.text, "{coalesced_memory=false}");
     EXPECT_EQ(details.messages, "");
 }
 
 TEST(ModuleNode, APlainInstanceHasActivityButNoBandwidth) {
     const auto inst = InstBuilder{.function = "plain", .tags = {"ivalid", "memorystalls", "idle"}}.make();
-    addSample(*inst, {"5", "2", "1"});
-    addSample(*inst, {"6", "3", "0"});
-    EXPECT_EQ(detailsOf(*inst, {100, 100}).text,
+    add_sample(*inst, {"5", "2", "1"});
+    add_sample(*inst, {"6", "3", "0"});
+    EXPECT_EQ(details_of(*inst, {100, 100}).text,
               "{occupancy_samples=[5 6] stall_samples=[2 3] idle_samples=[1 0] activity_samples=[5 6] "
               "coalesced_memory=false}");
 }
@@ -55,23 +55,23 @@ TEST(ModuleNode, ALoopEndsWithItsOccupancy) {
                                   .byte_width = "",
                                   .tags = {"loop_ivalid", "memorystalls", "readwritecount"}}
                           .make();
-    addSample(*inst, {"5", "2", "1"});
-    const Details details = detailsOf(*inst, {100});
+    add_sample(*inst, {"5", "2", "1"});
+    const Details details = details_of(*inst, {100});
     EXPECT_EQ(details.text, "{mem_type=__loop operation_type=read occupancy_samples=[5]}");
     EXPECT_EQ(details.messages, "");
 }
 
 TEST(ModuleNode, RequestsReplaceValidCyclesOnceTheyAreCounted) {
     const auto inst = InstBuilder{.function = "requests", .tags = {"ivalid", "totalreq"}}.make();
-    addSample(*inst, {"5", "9"});
-    EXPECT_EQ(detailsOf(*inst, {100}).text,
+    add_sample(*inst, {"5", "9"});
+    EXPECT_EQ(details_of(*inst, {100}).text,
               "{occupancy_samples=[5] stall_samples=[0] idle_samples=[0] activity_samples=[9] "
               "coalesced_memory=false}");
 }
 
 // 2400 cycles at 240 MHz are 10000 ns, 1e-5 s. 1000 requests of 512 bits are 64000 bytes, 6.4e9 bytes a
 // second: 6400. On the bus 128000 bytes are 12800; the efficiency is 0.5.
-InstBuilder globalRead(const std::string& function, const std::string& lsu_type) {
+InstBuilder global_read(const std::string& function, const std::string& lsu_type) {
     return {
         .function = function,
         .memory_type = "__global",
@@ -97,28 +97,28 @@ TEST(ModuleNode, AGlobalReadOfEachBurstKindHasItsOwnKeys) {
         {"PIPELINED", ""},
     };
     for (const auto& [lsu_type, keys] : rows) {
-        const auto inst = globalRead("global_read", lsu_type).make();
-        addSample(*inst, {"1000", "64000", "7", "3", "80", "10"});
-        EXPECT_EQ(detailsOf(*inst, {2400}).text, global_head + "1] " + keys + global_tail) << lsu_type;
+        const auto inst = global_read("global_read", lsu_type).make();
+        add_sample(*inst, {"1000", "64000", "7", "3", "80", "10"});
+        EXPECT_EQ(details_of(*inst, {2400}).text, global_head + "1] " + keys + global_tail) << lsu_type;
     }
 }
 
 TEST(ModuleNode, AGlobalWriteHasNoCacheHits) {
-    InstBuilder builder = globalRead("global_write", "BURST-NON-ALIGNED");
+    InstBuilder builder = global_read("global_write", "BURST-NON-ALIGNED");
     builder.rw = "write";
     const auto inst = builder.make();
-    addSample(*inst, {"1000", "128000", "7", "3", "80", "10"});
+    add_sample(*inst, {"1000", "128000", "7", "3", "80", "10"});
     EXPECT_EQ(
-        detailsOf(*inst, {2400}).text,
+        details_of(*inst, {2400}).text,
         "{mem_type=__global operation_type=write occupancy_samples=[0] stall_samples=[0] idle_samples=[0] "
         "activity_samples=[1000] bandwidth_samples=[12800] bandwidth_eff_samples=[0.5] " +
             global_tail);
 }
 
 TEST(ModuleNode, AnEfficiencyMayExceedOne) {
-    const auto inst = globalRead("exceeds", "").make();
-    addSample(*inst, {"1000", "32000", "0", "0", "0", "0"}); // 3200 megabytes a second on the bus
-    EXPECT_NE(detailsOf(*inst, {2400}).text.find("bandwidth_samples=[3200] bandwidth_eff_samples=[2]"),
+    const auto inst = global_read("exceeds", "").make();
+    add_sample(*inst, {"1000", "32000", "0", "0", "0", "0"}); // 3200 megabytes a second on the bus
+    EXPECT_NE(details_of(*inst, {2400}).text.find("bandwidth_samples=[3200] bandwidth_eff_samples=[2]"),
               std::string::npos);
 }
 
@@ -130,46 +130,46 @@ TEST(ModuleNode, AChannelHasTheBandwidthOfItsRequestsAndNoEfficiency) {
                                       .fmax = 240.0f,
                                       .tags = {"ivalid", "bandwidth"}}
                               .make();
-        addSample(*inst, {"1000", "5"});
-        EXPECT_EQ(detailsOf(*inst, {2400}).text,
+        add_sample(*inst, {"1000", "5"});
+        EXPECT_EQ(details_of(*inst, {2400}).text,
                   "{occupancy_samples=[1000] stall_samples=[0] idle_samples=[0] activity_samples=[1000] "
                   "bandwidth_samples=[6400] coalesced_memory=false}");
     }
 }
 
 TEST(ModuleNode, AGlobalChannelIsAChannel) {
-    InstBuilder builder = globalRead("global_channel", "");
+    InstBuilder builder = global_read("global_channel", "");
     builder.module = "kdl_iord";
     const auto inst = builder.make();
-    addSample(*inst, {"1000", "128000", "0", "0", "80", "10"});
+    add_sample(*inst, {"1000", "128000", "0", "0", "80", "10"});
     EXPECT_EQ(
-        detailsOf(*inst, {2400}).text,
+        details_of(*inst, {2400}).text,
         "{mem_type=__global operation_type=read occupancy_samples=[0] stall_samples=[0] idle_samples=[0] "
         "activity_samples=[1000] bandwidth_samples=[6400] " +
             global_tail);
 }
 
 TEST(ModuleNode, AnIdleSampleHasNoBandwidthAndNoEfficiency) {
-    const auto inst = globalRead("idle", "").make();
-    addSample(*inst, {"0", "0", "0", "0", "0", "0"});
-    EXPECT_NE(detailsOf(*inst, {2400}).text.find("bandwidth_samples=[0] bandwidth_eff_samples=[0]"),
+    const auto inst = global_read("idle", "").make();
+    add_sample(*inst, {"0", "0", "0", "0", "0", "0"});
+    EXPECT_NE(details_of(*inst, {2400}).text.find("bandwidth_samples=[0] bandwidth_eff_samples=[0]"),
               std::string::npos);
 }
 
 TEST(ModuleNode, WithoutAClockBandwidthsAreNegativeZeros) {
-    InstBuilder builder = globalRead("no_clock", "");
+    InstBuilder builder = global_read("no_clock", "");
     builder.fmax = 0.0f;
     const auto inst = builder.make();
-    addSample(*inst, {"1000", "64000", "0", "0", "0", "0"});
-    addSample(*inst, {"0", "0", "0", "0", "0", "0"});
-    EXPECT_NE(detailsOf(*inst, {2400, 0}).text.find("bandwidth_samples=[-0 -0] bandwidth_eff_samples=[0 0]"),
+    add_sample(*inst, {"1000", "64000", "0", "0", "0", "0"});
+    add_sample(*inst, {"0", "0", "0", "0", "0", "0"});
+    EXPECT_NE(details_of(*inst, {2400, 0}).text.find("bandwidth_samples=[-0 -0] bandwidth_eff_samples=[0 0]"),
               std::string::npos);
 }
 
 TEST(ModuleNode, AnIntervalWithoutCyclesHasNoBandwidth) {
-    const auto inst = globalRead("no_interval", "").make();
-    addSample(*inst, {"1000", "64000", "0", "0", "0", "0"});
-    EXPECT_NE(detailsOf(*inst, {0}).text.find("bandwidth_samples=[0] bandwidth_eff_samples=[0]"),
+    const auto inst = global_read("no_interval", "").make();
+    add_sample(*inst, {"1000", "64000", "0", "0", "0", "0"});
+    EXPECT_NE(details_of(*inst, {0}).text.find("bandwidth_samples=[0] bandwidth_eff_samples=[0]"),
               std::string::npos);
 }
 
@@ -178,8 +178,8 @@ TEST(ModuleNode, AnIntervalWithoutCyclesHasNoBandwidth) {
 TEST(ModuleNode, BandwidthsAreWorkedOutInFloat) {
     const auto inst =
         InstBuilder{.function = "in_float", .module = "kdl_iord", .fmax = 1000.0f, .tags = {"ivalid"}}.make();
-    addSample(*inst, {"2500"});
-    EXPECT_NE(detailsOf(*inst, {1000000}).text.find("bandwidth_samples=[10.1]"), std::string::npos);
+    add_sample(*inst, {"2500"});
+    EXPECT_NE(details_of(*inst, {1000000}).text.find("bandwidth_samples=[10.1]"), std::string::npos);
 }
 
 TEST(ModuleNode, AnInvalidRequestCountIsToldForEachSampleAndStays) {
@@ -187,8 +187,8 @@ TEST(ModuleNode, AnInvalidRequestCountIsToldForEachSampleAndStays) {
         InstBuilder{.function = "minus_one", .module = "kdl_iord", .fmax = 1000.0f, .tags = {"ivalid"}}
             .make();
     for (const char* value : {"-1", "5", "-1"})
-        addSample(*inst, {value});
-    const Details details = detailsOf(*inst, {1000000, 1000000, 1000000});
+        add_sample(*inst, {value});
+    const Details details = details_of(*inst, {1000000, 1000000, 1000000});
     const std::string message = "Warning: Invalid request count. Bandwidth measurement might be incorrect.\n";
     EXPECT_EQ(details.messages, message + message);
     EXPECT_NE(details.text.find("activity_samples=[-1 5 -1]"), std::string::npos);
@@ -198,16 +198,16 @@ TEST(ModuleNode, AnInvalidRequestCountIsToldForEachSampleAndStays) {
 
 TEST(ModuleNode, TheShorterOfCyclesAndRequestsWins) {
     const auto inst = InstBuilder{.function = "shorter", .tags = {"ivalid"}}.make();
-    addSample(*inst, {"5"});
-    addSample(*inst, {"6"});
+    add_sample(*inst, {"5"});
+    add_sample(*inst, {"6"});
     const std::string message = "Warning: number of cycle samples is not equal to number of valid cycles\n";
-    const Details fewer = detailsOf(*inst, {100});
+    const Details fewer = details_of(*inst, {100});
     EXPECT_EQ(fewer.messages, message);
     EXPECT_NE(fewer.text.find("activity_samples=[5] "), std::string::npos);
-    const Details more = detailsOf(*inst, {100, 100, 100});
+    const Details more = details_of(*inst, {100, 100, 100});
     EXPECT_EQ(more.messages, message);
     EXPECT_NE(more.text.find("activity_samples=[5 6] "), std::string::npos);
-    const Details none = detailsOf(*inst, {});
+    const Details none = details_of(*inst, {});
     EXPECT_EQ(none.messages, message);
     EXPECT_EQ(none.text.find("activity_samples"), std::string::npos);
 }
@@ -221,8 +221,8 @@ TEST(ModuleNode, AByteWidthThatIsNoNumberIsToldAndCountsAsOneByte) {
             .fmax = 1000.0f,
             .tags = {
                 "ivalid"}}.make();
-        addSample(*inst, {"1000000"});
-        const Details details = detailsOf(*inst, {1000});
+        add_sample(*inst, {"1000000"});
+        const Details details = details_of(*inst, {1000});
         EXPECT_EQ(details.messages,
                   "Warning: value for byte width for moduleinst block was invalid: " + width +
                       "\nWarning: unable to parse the byte width. Setting byte width to 1.\n");
@@ -246,8 +246,8 @@ TEST(ModuleNode, AByteWidthIsInBitsAndTruncated) {
             .fmax = 1000.0f,
             .tags = {
                 "ivalid"}}.make();
-        addSample(*inst, {"1000000"});
-        const Details details = detailsOf(*inst, {1000});
+        add_sample(*inst, {"1000000"});
+        const Details details = details_of(*inst, {1000});
         EXPECT_EQ(details.messages, "");
         EXPECT_NE(details.text.find("bandwidth_samples=[" + std::string(bandwidth) + "]"), std::string::npos)
             << details.text;
@@ -256,7 +256,7 @@ TEST(ModuleNode, AByteWidthIsInBitsAndTruncated) {
 
 TEST(ModuleNode, CoalescedLooksAtTheTextAlone) {
     const auto inst = InstBuilder{.function = "coalesced", .memory_opt = "_coalesced"}.make();
-    EXPECT_EQ(detailsOf(*inst, {}).text, "{coalesced_memory=true}");
+    EXPECT_EQ(details_of(*inst, {}).text, "{coalesced_memory=true}");
 }
 
 TEST(ModuleNode, SamplesWithoutBurstsAreLeftOutOfTheAverages) {
@@ -265,14 +265,14 @@ TEST(ModuleNode, SamplesWithoutBurstsAreLeftOutOfTheAverages) {
                         .global_mem_name = "DDR",
                         .tags = {"burstcount", "readwritecount"}};
     const auto inst = builder.make();
-    addSample(*inst, {"80", "10"});
-    addSample(*inst, {"80", "0"});          // no bursts
-    addSample(*inst, {"-80", "10"});        // a negative average
-    addSample(*inst, {"80", "-10"});        // negative bursts
-    addSample(*inst, {"0", "10"});          // an average of 0 is one
-    addSample(*inst, {"80", "4294967306"}); // 2^32 + 10 bursts are 10 in 32 bits
+    add_sample(*inst, {"80", "10"});
+    add_sample(*inst, {"80", "0"});          // no bursts
+    add_sample(*inst, {"-80", "10"});        // a negative average
+    add_sample(*inst, {"80", "-10"});        // negative bursts
+    add_sample(*inst, {"0", "10"});          // an average of 0 is one
+    add_sample(*inst, {"80", "4294967306"}); // 2^32 + 10 bursts are 10 in 32 bits
     EXPECT_NE(
-        detailsOf(*inst, {1, 1, 1, 1, 1, 1}).text.find("global_mem_name=DDR average_burst_size=[8 0 8]}"),
+        details_of(*inst, {1, 1, 1, 1, 1, 1}).text.find("global_mem_name=DDR average_burst_size=[8 0 8]}"),
         std::string::npos);
 }
 
@@ -283,15 +283,15 @@ TEST(ModuleNode, BurstAveragesAreWorkedOutInFloat) {
         InstBuilder{
             .function = "burst_float", .memory_type = "__global", .tags = {"burstcount", "readwritecount"}}
             .make();
-    addSample(*inst, {"100000001", "12"});
-    EXPECT_NE(detailsOf(*inst, {1}).text.find("global_mem_name= average_burst_size=[8333334]"),
+    add_sample(*inst, {"100000001", "12"});
+    EXPECT_NE(details_of(*inst, {1}).text.find("global_mem_name= average_burst_size=[8333334]"),
               std::string::npos);
 }
 
 TEST(ModuleNode, BurstAveragesOfOtherInstancesAreDropped) {
     const auto inst = InstBuilder{.function = "dropped", .tags = {"burstcount", "readwritecount"}}.make();
-    addSample(*inst, {"80", "10"});
-    EXPECT_EQ(detailsOf(*inst, {1}).text.find("burst"), std::string::npos);
+    add_sample(*inst, {"80", "10"});
+    EXPECT_EQ(details_of(*inst, {1}).text.find("burst"), std::string::npos);
 }
 
 } // namespace

@@ -11,7 +11,7 @@
 
 namespace {
 
-std::string generalText(float value) {
+std::string general_text(float value) {
     char text[64];
     const auto end =
         std::to_chars(text, text + sizeof text, static_cast<double>(value), std::chars_format::general, 7)
@@ -20,15 +20,15 @@ std::string generalText(float value) {
 }
 
 template <std::integral T>
-std::string generalText(T value) {
+std::string general_text(T value) {
     char text[64];
     return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
 }
 
 template <class T>
-bool isGeneral(T value) {
+bool is_general(T value) {
     const std::string written = report_text(value);
-    const std::string expected = generalText(value);
+    const std::string expected = general_text(value);
     EXPECT_EQ(written, expected);
     return written == expected;
 }
@@ -38,15 +38,15 @@ TEST(WriteNumber, FloatsOfEachExponent) {
     for (std::uint32_t exponent = 0; exponent < 256; ++exponent) {
         for (int i = 0; i < 8'000; ++i) {
             const auto bits = (random() & 0x807F'FFFF) | exponent << 23;
-            ASSERT_TRUE(isGeneral(std::bit_cast<float>(static_cast<std::uint32_t>(bits))));
+            ASSERT_TRUE(is_general(std::bit_cast<float>(static_cast<std::uint32_t>(bits))));
         }
     }
 }
 
 TEST(WriteNumber, FloatsOfFewDecimals) {
     for (int i = 0; i < 1'000'000; ++i) {
-        ASSERT_TRUE(isGeneral(static_cast<float>(i * 7) / 10.0f));
-        ASSERT_TRUE(isGeneral(static_cast<float>(i) / 100.0f));
+        ASSERT_TRUE(is_general(static_cast<float>(i * 7) / 10.0f));
+        ASSERT_TRUE(is_general(static_cast<float>(i) / 100.0f));
     }
 }
 
@@ -57,8 +57,8 @@ TEST(WriteNumber, FloatsNextToPowersOfTen) {
         for (int i = 0; i < 1'000; ++i)
             value = std::nextafter(value, 0.0f);
         for (int i = 0; i < 2'000; ++i) {
-            ASSERT_TRUE(isGeneral(value));
-            ASSERT_TRUE(isGeneral(-value));
+            ASSERT_TRUE(is_general(value));
+            ASSERT_TRUE(is_general(-value));
             value = std::nextafter(value, std::numeric_limits<float>::infinity());
         }
     }
@@ -81,8 +81,8 @@ TEST(WriteNumber, IntegersOfEachLength) {
     std::mt19937_64 random(1);
     for (int i = 0; i < 2'000'000; ++i) {
         const auto number = static_cast<long long>(random() >> (i % 64));
-        ASSERT_TRUE(isGeneral(number));
-        ASSERT_TRUE(isGeneral(static_cast<int>(number)));
+        ASSERT_TRUE(is_general(number));
+        ASSERT_TRUE(is_general(static_cast<int>(number)));
     }
 }
 
@@ -90,11 +90,11 @@ TEST(WriteNumber, IntegersNextToPowersOfTen) {
     long long power = 1;
     for (int digits = 1; digits <= 18; ++digits, power *= 10) {
         for (const long long value : {power - 1, power, power + 1, -power, 1 - power})
-            ASSERT_TRUE(isGeneral(value));
+            ASSERT_TRUE(is_general(value));
     }
-    ASSERT_TRUE(isGeneral(std::numeric_limits<long long>::min()));
-    ASSERT_TRUE(isGeneral(std::numeric_limits<long long>::max()));
-    ASSERT_TRUE(isGeneral(std::numeric_limits<unsigned long>::max()));
+    ASSERT_TRUE(is_general(std::numeric_limits<long long>::min()));
+    ASSERT_TRUE(is_general(std::numeric_limits<long long>::max()));
+    ASSERT_TRUE(is_general(std::numeric_limits<unsigned long>::max()));
 }
 
 } // namespace

@@ -10,7 +10,7 @@ namespace {
 
 using Plain = boost::property_tree::ptree;
 
-std::vector<std::string> textsOf(const ptree& array) {
+std::vector<std::string> texts_of(const ptree& array) {
     std::vector<std::string> texts;
     for (const auto& [key, element] : expanded(array)) {
         EXPECT_EQ(key, "");
@@ -93,10 +93,10 @@ TEST(ReportTree, NanIsWrittenWithItsSign) {
 }
 
 TEST(ReportTree, ArraysHoldTheirValuesInOrder) {
-    EXPECT_EQ(textsOf(createJSONArray(std::vector<int>{3, -1, 0})), (Texts{"3", "-1", "0"}));
-    EXPECT_EQ(textsOf(createJSONArray(std::vector<long long>{0, 9223372036854775807LL, 0})),
+    EXPECT_EQ(texts_of(createJSONArray(std::vector<int>{3, -1, 0})), (Texts{"3", "-1", "0"}));
+    EXPECT_EQ(texts_of(createJSONArray(std::vector<long long>{0, 9223372036854775807LL, 0})),
               (Texts{"0", "9223372036854775807", "0"}));
-    EXPECT_EQ(textsOf(createJSONArray(std::vector<float>{0.5f, -0.0f, 0.0f})), (Texts{"0.5", "-0", "0"}));
+    EXPECT_EQ(texts_of(createJSONArray(std::vector<float>{0.5f, -0.0f, 0.0f})), (Texts{"0.5", "-0", "0"}));
 }
 
 TEST(ReportTree, AnEmptyArrayIsAnEmptyNode) {
@@ -127,7 +127,7 @@ TEST(ReportTree, ElementsPushedBehindPackedOnesExtendTheArray) {
     ptree third;
     third.put("", 3);
     node.push_back({"", third});
-    EXPECT_EQ(textsOf(node), (Texts{"1", "2", "3"}));
+    EXPECT_EQ(texts_of(node), (Texts{"1", "2", "3"}));
 }
 
 TEST(ReportTree, SourceLocationHasAColumnOnlyIfAsked) {

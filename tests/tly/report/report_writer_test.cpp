@@ -115,7 +115,7 @@ class RandomTree {
         ptree tree;
         if (below(20) == 0)
             tree.data() = array();
-        appendChildren(tree, 0);
+        append_children(tree, 0);
         return tree;
     }
 
@@ -138,9 +138,9 @@ class RandomTree {
         return values;
     }
 
-    int anyInt() { return std::bit_cast<int>(static_cast<std::uint32_t>(m_random())); }
-    long long anyLong() { return static_cast<long long>(m_random()); }
-    float anyFloat() { return std::bit_cast<float>(static_cast<std::uint32_t>(m_random())); }
+    int any_int() { return std::bit_cast<int>(static_cast<std::uint32_t>(m_random())); }
+    long long any_long() { return static_cast<long long>(m_random()); }
+    float any_float() { return std::bit_cast<float>(static_cast<std::uint32_t>(m_random())); }
 
     ReportValue array() {
         using Int = std::numeric_limits<int>;
@@ -148,19 +148,19 @@ class RandomTree {
         using Float = std::numeric_limits<float>;
         switch (below(3)) {
             case 0:
-                return list<int>({0, 0, Int::min(), Int::max()}, &RandomTree::anyInt);
+                return list<int>({0, 0, Int::min(), Int::max()}, &RandomTree::any_int);
             case 1:
-                return list<long long>({0, 0, Long::min(), Long::max()}, &RandomTree::anyLong);
+                return list<long long>({0, 0, Long::min(), Long::max()}, &RandomTree::any_long);
             default:
                 return list<float>(
                     {0.0f, 0.0f, -0.0f, Float::infinity(), -Float::infinity(), Float::quiet_NaN(),
                      -Float::quiet_NaN(), Float::denorm_min(), Float::min(), Float::max(), Float::lowest(),
                      9999999.0f, 99999995.0f, 0.1f},
-                    &RandomTree::anyFloat);
+                    &RandomTree::any_float);
         }
     }
 
-    void appendChildren(ptree& node, unsigned depth) {
+    void append_children(ptree& node, unsigned depth) {
         const bool unnamed = below(3) == 0;
         for (unsigned count = below(5); count > 0; --count) {
             ptree child;
@@ -173,10 +173,10 @@ class RandomTree {
                     break;
                 case 2:
                     child.data() = array();
-                    appendChildren(child, depth + 1);
+                    append_children(child, depth + 1);
                     break;
                 default:
-                    appendChildren(child, depth + 1);
+                    append_children(child, depth + 1);
             }
             append_node(node, unnamed ? "" : text(), child);
         }
@@ -189,7 +189,7 @@ TEST(ReportWriter, AgreesWithTheSlowWriterOnRandomTrees) {
     constexpr unsigned num_trees = 2000;
     for (unsigned seed = 0; seed < num_trees; ++seed) {
         const ptree tree = RandomTree(seed).root();
-        ASSERT_EQ(written(tree), slowReport(expanded(tree))) << "seed " << seed;
+        ASSERT_EQ(written(tree), slow_report(expanded(tree))) << "seed " << seed;
     }
 }
 
@@ -223,13 +223,13 @@ TEST(ReportWriter, PackedArraysAgreeAtAnyLengthAndDepth) {
             SampleList<long long> list;
             for (std::size_t i = 0; i < length; ++i)
                 list.push_back(i < length / 2 ? static_cast<long long>(i) - 100 : 0);
-            ptree tree = packedArray(list);
+            ptree tree = packed_array(list);
             for (int level = 0; level < depth; ++level) {
                 ptree parent;
                 append_node(parent, "k", tree);
                 tree.swap(parent);
             }
-            ASSERT_TRUE(written(tree) == slowReport(expanded(tree)))
+            ASSERT_TRUE(written(tree) == slow_report(expanded(tree)))
                 << length << " values at depth " << depth;
         }
     }
@@ -240,11 +240,11 @@ TEST(ReportWriter, TextsLongerThanAnyBufferAreWhole) {
     const std::string text(3000000, 'x');
     append_text(tree, "long", text);
     append_text(tree, std::string(600000, '/'), "");
-    EXPECT_EQ(written(tree), slowReport(expanded(tree)));
+    EXPECT_EQ(written(tree), slow_report(expanded(tree)));
 }
 
 // Runs `function` on a stack of 256 KiB.
-void runOnSmallStack(std::function<void()> function) {
+void run_on_small_stack(std::function<void()> function) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{1} << 18), 0);
@@ -276,9 +276,9 @@ TEST(ReportWriter, AChainDeeperThanTheStackIsWritten) {
     expected += "}\n";
 
     std::string text;
-    runOnSmallStack([&] { text = written(chain); });
+    run_on_small_stack([&] { text = written(chain); });
     EXPECT_TRUE(text == expected); // too long to print
-    runOnSmallStack([&] { dismantle(chain); });
+    run_on_small_stack([&] { dismantle(chain); });
 }
 
 MATCHER_P2(IsError, message, file, "") {
@@ -286,7 +286,7 @@ MATCHER_P2(IsError, message, file, "") {
 }
 
 template <class Function>
-json_parser_error errorOf(Function function) {
+json_parser_error error_of(Function function) {
     try {
         function();
     } catch (const json_parser_error& error) {
@@ -300,47 +300,47 @@ constexpr const char* unrepresentable = "ptree contains data that cannot be repr
 TEST(ReportWriter, AFileThatCannotBeOpenedIsAnError) {
     const TempDir dir;
     const std::string path = dir.path("missing/report.json");
-    const auto error = errorOf([&] { write_report(path, ptree()); });
+    const auto error = error_of([&] { write_report(path, ptree()); });
     EXPECT_THAT(error, IsError("cannot open file", path));
     EXPECT_STREQ(error.what(), (path + ": cannot open file").c_str());
 }
 
 TEST(ReportWriter, AFullDeviceIsAWriteError) {
-    EXPECT_THAT(errorOf([] { write_report("/dev/full", ptree()); }), IsError("write error", "/dev/full"));
+    EXPECT_THAT(error_of([] { write_report("/dev/full", ptree()); }), IsError("write error", "/dev/full"));
     ptree large;
     append_text(large, "text", std::string(5000000, 'x'));
-    EXPECT_THAT(errorOf([&] { write_report("/dev/full", large); }), IsError("write error", "/dev/full"));
+    EXPECT_THAT(error_of([&] { write_report("/dev/full", large); }), IsError("write error", "/dev/full"));
 }
 
 TEST(ReportWriter, ABadStreamIsAWriteError) {
     std::ostringstream stream;
     stream.setstate(std::ios::badbit);
-    EXPECT_THAT(errorOf([&] { write_report(stream, ptree()); }), IsError("write error", ""));
+    EXPECT_THAT(error_of([&] { write_report(stream, ptree()); }), IsError("write error", ""));
 }
 
 TEST(ReportWriter, ANodeWithDataAndChildrenIsRefusedAndTheFileIsEmptied) {
     const TempDir dir;
     const std::string path = dir.path("report.json");
-    writeFile(path, "an older report");
+    write_file(path, "an older report");
     ptree tree;
     tree.put("a.b", 1);
     tree.put("a", "data");
-    EXPECT_THAT(errorOf([&] { write_report(path, tree); }), IsError(unrepresentable, path));
-    EXPECT_EQ(readFile(path), "");
+    EXPECT_THAT(error_of([&] { write_report(path, tree); }), IsError(unrepresentable, path));
+    EXPECT_EQ(read_file(path), "");
 }
 
 TEST(ReportWriter, ARootWithDataIsRefused) {
     ptree tree;
     tree.data() = ReportValue("data");
-    EXPECT_THAT(errorOf([&] { written(tree); }), IsError(unrepresentable, ""));
+    EXPECT_THAT(error_of([&] { written(tree); }), IsError(unrepresentable, ""));
 }
 
 TEST(ReportWriter, AnOlderLongerReportIsReplaced) {
     const TempDir dir;
     const std::string path = dir.path("report.json");
-    writeFile(path, std::string(1000, 'x'));
+    write_file(path, std::string(1000, 'x'));
     write_report(path, ptree());
-    EXPECT_EQ(readFile(path), "{\n}\n");
+    EXPECT_EQ(read_file(path), "{\n}\n");
 }
 
 } // namespace

@@ -28,9 +28,9 @@ class Toolbox : public testing::Test {
     }
     void write(const std::string& name, const std::string& bytes) const {
         std::filesystem::create_directories(std::filesystem::path(dir.path(name)).parent_path());
-        writeFile(dir.path(name), bytes);
+        write_file(dir.path(name), bytes);
     }
-    std::string read(const std::string& name) const { return readFile(dir.path(name)); }
+    std::string read(const std::string& name) const { return read_file(dir.path(name)); }
     bool exists(const std::string& name) const {
         return std::filesystem::exists(std::filesystem::symlink_status(dir.path(name)));
     }
@@ -82,7 +82,7 @@ class Toolbox : public testing::Test {
             if (entry.is_directory())
                 found[name + "/"];
             else
-                found[name] = entry.is_regular_file() ? readFile(entry.path()) : "";
+                found[name] = entry.is_regular_file() ? read_file(entry.path()) : "";
         }
         return found;
     }
