@@ -140,9 +140,12 @@ class BoardSpec {
     // Appends the memories' names, joined by ", ".
     void get_string_of_board_global_interface_names(std::string& out) const;
 
-    // Compile configurations. One that is set under a taken name takes its place; the earlier one then
-    // belongs to nobody, and is not deleted.
+    // Compile configurations. One that is set under a taken name takes its place; the earlier one then isn't
+    // owned by the board any more and is not deleted, as the caller may own it.
     void set_compile_config(CompileConfig* config, const std::string& name);
+    // As above, but a configuration that was added in this way and loses its place to another one stays with
+    // the board, as no caller has it.
+    void add_compile_config(std::unique_ptr<CompileConfig> config, const std::string& name);
     const CompileConfig& get_compile_config(std::string name) const;
     CompileConfig& get_compile_config(std::string name);
     unsigned int num_compile_configs() const;
@@ -152,12 +155,18 @@ class BoardSpec {
     std::string get_string_of_board_compile_config_names() const;
 
   private:
+    struct NamedCompileConfig {
+        CompileConfig* config = nullptr; // owned
+        bool is_added = false;           // by add_compile_config
+    };
+
     GlobalMemConfig* last_global_mem_of_name(const std::string& name) const;
 
     Version m_version;
     std::string m_name;
     std::unique_ptr<DeviceConfig> m_device_config;
-    std::map<std::string, CompileConfig*> m_compile_configs; // owned
+    std::map<std::string, NamedCompileConfig> m_compile_configs;
+    std::vector<std::unique_ptr<CompileConfig>> m_replaced_compile_configs;
     std::vector<std::string> m_compile_config_names;
     std::vector<std::unique_ptr<GlobalMemConfig>> m_global_mem_configs;
     std::unique_ptr<HostConfig> m_host_config;
