@@ -2,6 +2,7 @@
 // how instances connect to counters.
 #pragma once
 
+#include <memory>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -112,7 +113,6 @@ class ProfilerConfigModuleInst {
           m_sharedOn(shared_on) {}
     ProfilerConfigModuleInst(const ProfilerConfigModuleInst&) = delete;
     ProfilerConfigModuleInst& operator=(const ProfilerConfigModuleInst&) = delete;
-    ~ProfilerConfigModuleInst();
 
     const std::string& getName() const { return m_name; }
     ProfilerConfigFunction* getFunction() const { return m_function; }
@@ -135,8 +135,8 @@ class ProfilerConfigModuleInst {
     ProfilerConfigFunction* m_function;
     ProfilerConfigModule* m_module;
     std::string m_attribute;
-    std::vector<ProfilerConfigDebug*> m_debugs;
-    std::vector<ProfilerConfigSignal*> m_signals;
+    std::vector<std::unique_ptr<ProfilerConfigDebug>> m_debugs;
+    std::vector<std::unique_ptr<ProfilerConfigSignal>> m_signals;
     bool m_isAutorun;
     bool m_sharedOn;
 };
@@ -235,7 +235,8 @@ class ProfilerConfigFunction {
     const std::string& getUserFriendlyName() const { return m_userFriendlyName; }
     const ModuleMap* getModuleMapPtr() const { return m_moduleMapPtr; }
 
-    // Make records that this function lists and the model doesn't; the caller owns them.
+    // Each makes a record that this function lists and the model doesn't. The caller owns it and deletes it,
+    // which is why the lists below are of plain pointers.
     ProfilerConfigModuleInst* addModuleInst(const std::string& name, const std::string& module,
                                             const std::string& attribute, const bool& is_autorun,
                                             const bool& shared_on);
@@ -263,9 +264,9 @@ class ProfilerConfigFunction {
 class ProfilerConfig {
   public:
     ProfilerConfig() = default;
+    // The functions refer to this model's map of modules.
     ProfilerConfig(const ProfilerConfig&) = delete;
     ProfilerConfig& operator=(const ProfilerConfig&) = delete;
-    ~ProfilerConfig();
 
     // Null if there is none. Of several functions, modules or ports of one name the last is found, of several
     // module instances the first. Each takes time that doesn't grow with the model.
@@ -315,11 +316,11 @@ class ProfilerConfig {
         std::size_t operator()(const InstKey& key) const;
     };
 
-    std::vector<ProfilerConfigFunction*> m_functionList;
-    std::vector<ProfilerConfigModule*> m_moduleList;
-    std::vector<ProfilerConfigPort*> m_portList;
-    std::vector<ProfilerConfigModuleInst*> m_moduleInstList;
-    std::vector<ProfilerConfigConnection*> m_connectionList;
+    std::vector<std::unique_ptr<ProfilerConfigFunction>> m_functionList;
+    std::vector<std::unique_ptr<ProfilerConfigModule>> m_moduleList;
+    std::vector<std::unique_ptr<ProfilerConfigPort>> m_portList;
+    std::vector<std::unique_ptr<ProfilerConfigModuleInst>> m_moduleInstList;
+    std::vector<std::unique_ptr<ProfilerConfigConnection>> m_connectionList;
     ProfilerConfigIndex<ProfilerConfigFunction> m_functionMap;
     ProfilerConfigIndex<ProfilerConfigModule> m_moduleMap;
     ProfilerConfigIndex<ProfilerConfigPort> m_portMap;
