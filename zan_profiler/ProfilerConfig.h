@@ -194,13 +194,15 @@ class ProfilerConfigModule {
     const std::string& getName() const { return m_name; }
     ProfilerConfigFunction* getFunction() const { return m_function; }
     bool getIsKernelWrapper() const { return m_isKernelWrapper; }
+    void print(std::ostream& os) const;
+
+    // For callers outside this program.
 
     // Makes a port that this module lists and the model doesn't; the caller owns it.
     ProfilerConfigPort* addPortToModule(const std::string& cntl_name, const std::string& incr_name,
                                         const std::string& tag, const std::string& desc, unsigned int flag);
     unsigned int getNumPorts() const { return static_cast<unsigned int>(m_ports.size()); }
     ProfilerConfigPort* getPort(unsigned int i) const;
-    void print(std::ostream& os) const;
 
   private:
     std::string m_name;
@@ -233,8 +235,11 @@ class ProfilerConfigFunction {
     unsigned int getLinenum() const { return m_linenum; }
     const std::string& getOriginalName() const { return m_originalName; }
     const std::string& getUserFriendlyName() const { return m_userFriendlyName; }
-    const ModuleMap* getModuleMapPtr() const { return m_moduleMapPtr; }
+    void print(std::ostream& os) const;
 
+    // For callers outside this program.
+
+    const ModuleMap* getModuleMapPtr() const { return m_moduleMapPtr; }
     // Each makes a record that this function lists and the model doesn't. The caller owns it and deletes it,
     // which is why the lists below are of plain pointers.
     ProfilerConfigModuleInst* addModuleInst(const std::string& name, const std::string& module,
@@ -246,7 +251,6 @@ class ProfilerConfigFunction {
     ProfilerConfigModuleInst* getModuleInst(unsigned int i) const;
     unsigned int getNumConnections() const { return static_cast<unsigned int>(m_connections.size()); }
     ProfilerConfigConnection* getConnection(unsigned int i) const;
-    void print(std::ostream& os) const;
 
   private:
     std::string m_name;
@@ -276,15 +280,9 @@ class ProfilerConfig {
     ProfilerConfigModuleInst* getModuleInstWithNameAndFunction(const std::string& name,
                                                                const std::string& function) const;
 
-    // All records in the order in which they were added.
+    // In the order in which they were added.
     unsigned int getNumFunctions() const { return static_cast<unsigned int>(m_functionList.size()); }
     ProfilerConfigFunction* getFunction(unsigned int i) const;
-    unsigned int getNumModules() const { return static_cast<unsigned int>(m_moduleList.size()); }
-    ProfilerConfigModule* getModule(unsigned int i) const;
-    unsigned int getNumPorts() const { return static_cast<unsigned int>(m_portList.size()); }
-    ProfilerConfigPort* getPort(unsigned int i) const;
-    unsigned int getNumModuleInsts() const { return static_cast<unsigned int>(m_moduleInstList.size()); }
-    ProfilerConfigModuleInst* getModuleInst(unsigned int i) const;
     unsigned int getNumConnections() const { return static_cast<unsigned int>(m_connectionList.size()); }
     ProfilerConfigConnection* getConnection(unsigned int i) const;
 
@@ -308,6 +306,14 @@ class ProfilerConfig {
     // Prints modules and functions with what these list themselves, which for records that the model made is
     // nothing.
     void print(std::ostream& os) const;
+
+    // For callers outside this program: the other records in the order in which they were added.
+    unsigned int getNumModules() const { return static_cast<unsigned int>(m_moduleList.size()); }
+    ProfilerConfigModule* getModule(unsigned int i) const;
+    unsigned int getNumPorts() const { return static_cast<unsigned int>(m_portList.size()); }
+    ProfilerConfigPort* getPort(unsigned int i) const;
+    unsigned int getNumModuleInsts() const { return static_cast<unsigned int>(m_moduleInstList.size()); }
+    ProfilerConfigModuleInst* getModuleInst(unsigned int i) const;
 
   private:
     // An instance's name and its function's.
