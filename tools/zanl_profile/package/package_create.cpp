@@ -2,9 +2,9 @@
 #include <filesystem>
 
 #include "failure.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
-#include "section_argument.h"
 
 namespace zan::tool {
 

@@ -8,10 +8,10 @@
 
 #include "failure.h"
 #include "files.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
 #include "pkg_stream.h"
-#include "section_argument.h"
 #include "stream_plan.h"
 
 namespace zan::tool {

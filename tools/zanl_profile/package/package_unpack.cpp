@@ -11,10 +11,10 @@
 #include "failure.h"
 #include "files.h"
 #include "listing.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
 #include "pkg_stream.h"
-#include "section_argument.h"
 #include "staged_folder.h"
 
 namespace zan::tool {

@@ -1,4 +1,4 @@
-#include "section_argument.h"
+#include "package_arguments.h"
 
 #include <filesystem>
 

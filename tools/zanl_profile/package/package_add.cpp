@@ -1,8 +1,8 @@
 #include <algorithm>
 
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
-#include "section_argument.h"
 
 namespace zan::tool {
 
