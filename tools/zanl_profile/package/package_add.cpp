@@ -1,41 +1,36 @@
-#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <memory>
 
 #include "package_arguments.h"
 #include "package_commands.h"
-#include "package_file.h"
+#include "package_edit.h"
 
 namespace zan::tool {
 
 namespace {
 
-using Change = void (PackageEdit::*)(const std::string& name, FileBytes bytes);
+struct AddOptions {
+    std::string package;
+    std::vector<std::string> sections; // NAME=FILE
+};
 
-void edit(const EditOptions& options, Change change) {
-    std::vector<NamedFile> sections;
-    std::ranges::transform(options.sections, std::back_inserter(sections), parse_named_file);
+void add_sections(const AddOptions& options) {
+    const std::vector<NamedFile> sections = parse_named_files(options.sections);
     PackageEdit package = PackageEdit::change(options.package);
     for (const NamedFile& section : sections)
-        (package.*change)(section.name, read_bytes(section.file, max_section_size));
+        package.add(section.name, read_bytes(section.file, max_section_size));
     package.commit();
+}
+
+void define_add(CLI::App& app) {
+    const auto options = std::make_shared<AddOptions>();
+    add_package_argument(app, options->package);
+    add_named_files(app, options->sections)->required();
+    app.callback([options] { add_sections(*options); });
 }
 
 } // namespace
 
-void add_sections(const EditOptions& options) {
-    edit(options, &PackageEdit::add);
-}
-
-void update_sections(const EditOptions& options) {
-    edit(options, &PackageEdit::update);
-}
-
-void copy_sections(const CopyOptions& options) {
-    const PackageFile from(options.from);
-    const auto sections = from.sections_named(options.sections);
-    PackageEdit to = PackageEdit::change(options.to);
-    for (const SectionInfo* section : sections)
-        to.put(section->name, from.bytes(*section));
-    to.commit();
-}
+const Command add_command = {"add", "add sections", define_add};
 
 } // namespace zan::tool
