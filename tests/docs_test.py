@@ -42,6 +42,22 @@ class Docs(unittest.TestCase):
                         with self.subTest(sample=page.parent.name, file=file, line=line):
                             self.assertIn(line.strip(), lines)
 
+    def test_the_cycles_of_a_sample_last_as_long_as_its_time_stamps_say(self):
+        for sample in (TOP / "samples").glob("*/profile.mon"):
+            timing = (sample.parent / "sections" / "velmora_report").read_text()
+            cycles_a_nanosecond = float(re.search(r"^Actual clock freq: (.*)$", timing, re.MULTILINE)[1]) / 1000
+            previous = {}
+            for number, line in enumerate(sample.read_text().splitlines(), 1):
+                fields = line.split(",")
+                if fields[2].startswith("."):
+                    continue  # a transfer
+                name, start, end, cycles = fields[2], int(fields[3]), int(fields[4]), int(fields[7])
+                begin = previous.get((name, start), start)
+                previous[name, start] = end
+                with self.subTest(sample=sample.parent.name, line=number):
+                    # The host takes each sample a little early or late.
+                    self.assertAlmostEqual(cycles / cycles_a_nanosecond, end - begin, delta=0.02 * (end - begin))
+
     def test_the_table_of_samples_has_them_all(self):
         named = re.findall(r"^\| \[(\w+)\]\(\1\)", (TOP / "samples" / "README.md").read_text(), re.MULTILINE)
         self.assertCountEqual(named, [page.parent.name for page in (TOP / "samples").glob("*/profile.mon")])
