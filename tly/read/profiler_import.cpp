@@ -5,6 +5,7 @@
 #include <set>
 
 #include "ProfilerConfigXml.h"
+#include "counter_tags.h"
 #include "diagnostics.h"
 #include "package_sections.h"
 #include "tly_parse.h"
@@ -61,11 +62,6 @@ void add_locations(TlyModuleInst& inst, const ProfilerConfigModuleInst& describe
                 add(debug.getCallsiteFile(k), debug.getCallsiteLine(k), debug.getCallsiteColumn(k), true);
         }
     }
-}
-
-bool is_shared_tag(const std::string& tag) {
-    return tag == TlyModuleInst::CNT_SHARED || tag == TlyModuleInst::CNT_SHARED_CHWRITE ||
-           tag == TlyModuleInst::CNT_SHARED_CHREAD;
 }
 
 // Builds the profile model. Nothing that it leaves behind points into the description.
