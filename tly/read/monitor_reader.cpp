@@ -11,6 +11,7 @@
 #include "number_text.h"
 #include "tly_json.h"
 #include "tly_parse.h"
+#include "tree_sink.h"
 
 namespace {
 

@@ -1,8 +1,10 @@
 #include <algorithm>
 
+#include "derived_samples.h"
 #include "diagnostics.h"
 #include "report_formulas.h"
 #include "tly_json.h"
+#include "tree_sink.h"
 #include "wrapping.h"
 
 namespace {

@@ -1,13 +1,19 @@
 // Finished nodes in as few bytes as they can be told from.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <tuple>
 #include <unordered_map>
+#include <vector>
 
 #include "report_sink.h"
+#include "sample_list.h"
 
 // Takes nodes and tells them again, in the same order. A run of many invocations has millions of small nodes,
 // which would cost some hundred bytes each in a tree: here it is the text's own bytes and two or three more,

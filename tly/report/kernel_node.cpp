@@ -3,6 +3,7 @@
 #include "diagnostics.h"
 #include "tly_json.h"
 #include "tly_kernel.h"
+#include "tree_sink.h"
 
 ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     ptree node;

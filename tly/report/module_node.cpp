@@ -1,9 +1,11 @@
 #include <algorithm>
 
+#include "derived_samples.h"
 #include "diagnostics.h"
 #include "number_text.h"
 #include "report_formulas.h"
 #include "tly_json.h"
+#include "tree_sink.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "folded_nodes.h"
+#include "report_tree.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "tly_json.h"
 
+#include "tree_sink.h"
+
 namespace {
 
 // The filename may hold a NUL, which ends it.

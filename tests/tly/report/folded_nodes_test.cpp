@@ -6,6 +6,9 @@
 #include <random>
 #include <sstream>
 
+#include "report_tree.h"
+#include "tree_sink.h"
+
 namespace {
 
 // Tells random nodes, the same ones for a seed.
