@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 #include "report_sink.h"
@@ -21,9 +22,9 @@ class DerivedSamples {
     void append_to(ReportSink& sink, std::string_view key) {
         if (!m_list.empty()) {
             move_to_list();
-            sink.list(key, m_list);
+            sink.array(key, m_list);
         } else if (m_count != 0) {
-            sink.values(key, m_values.data(), m_count);
+            sink.array(key, std::span<const float>(m_values.data(), m_count));
         }
     }
 

@@ -35,7 +35,7 @@ boost::property_tree::ptree expanded(const ptree& tree) {
         if (const FoldedNodes* nodes = from.data().folded()) {
             ptree unfolded;
             TreeSink sink(unfolded);
-            nodes->tell(sink);
+            nodes->write_to(sink);
             for (const auto& entry : expanded(unfolded))
                 to.push_back(entry);
             dismantle(unfolded);

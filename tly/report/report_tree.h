@@ -108,15 +108,6 @@ ptree& append_text(ptree& node, std::string_view key, std::string text);
 // it.
 ptree& append_node(ptree& node, std::string_view key, ptree& child);
 
-// Appends the array of the samples under `key`, sharing their storage; an empty list appends nothing.
-template <class T>
-void append_samples(ptree& node, std::string_view key, const SampleList<T>& samples) {
-    if (samples.empty())
-        return;
-    ptree array = packed_array(samples);
-    append_node(node, key, array);
-}
-
 // The same document as a tree of texts, every packed value a child with the empty key.
 boost::property_tree::ptree expanded(const ptree& tree);
 
