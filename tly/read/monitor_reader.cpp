@@ -11,6 +11,7 @@
 #include "number_text.h"
 #include "tly_json.h"
 #include "tly_parse.h"
+#include "tree_sink.h"
 
 namespace {
 
@@ -85,7 +86,7 @@ void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels();
-    sink.open("");
+    sink.open({}, Form::object);
     kernel.write_node(sink, reset, ext_mems);
     sink.close();
 }
@@ -264,7 +265,7 @@ bool MonitorReader::read_last_field(LineHead& head) {
 
 void MonitorReader::add_transfer(const LineHead& head) {
     ReportSink& nodes = m_nodes.transfers();
-    nodes.open("");
+    nodes.open({}, Form::object);
     write_mem_transfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
     nodes.close();
     m_is_transfer = false;

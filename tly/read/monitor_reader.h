@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "folded_nodes.h"
+#include "report_tree.h"
 #include "tly_ext_mem.h"
 #include "tly_kernel.h"
 
