@@ -23,7 +23,6 @@ struct LineHead {
     int num_counters = 0;
 };
 
-inline constexpr int first_counter_field = 7;
 // The counters of other compute units are not read.
 inline constexpr int read_compute_unit = 0;
 

@@ -62,12 +62,8 @@ constexpr HeadField head_fields[] = {
 };
 
 bool is_transfer_name(std::string_view name) {
-    static const std::string* const names[] = {
-        &mem_transfer_read,    &mem_transfer_write, &mem_transfer_copy, &reprogram,   &mem_mirror_from_device,
-        &mem_mirror_to_device, &mem_transfer,       &mem_migration,     &usm_memcopy,
-    };
-    return name.starts_with('.') &&
-           std::any_of(std::begin(names), std::end(names), [&](const auto* known) { return name == *known; });
+    return name.starts_with('.') && std::any_of(std::begin(transfer_names), std::end(transfer_names),
+                                                [&](const auto* known) { return name == *known; });
 }
 
 // The name in a line is found by its shape: it starts with the first character that is neither a digit nor a
