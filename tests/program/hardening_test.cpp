@@ -1,11 +1,14 @@
 // What the programs' own ELF files say of how they were built.
 #include <fcntl.h>
 #include <gelf.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <functional>
+#include <map>
 #include <set>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
