@@ -84,8 +84,8 @@ TEST_F(PackageSectionsTest, EditsReachTheFileInSilence) {
 TEST_F(PackageSectionsTest, AFileThatWouldBeTooLargeIsNotBegun) {
     constexpr std::uint64_t size_with_new = 0x1204 + 7 * 40;
     const Bytes before = read_file(path);
-    EXPECT_EQ(add_and_close(before.size()), "its sections are to lie so far apart that it would have " +
-                                                std::to_string(size_with_new) + " bytes");
+    EXPECT_EQ(add_and_close(before.size()),
+              "the gaps between its sections would make it " + std::to_string(size_with_new) + " bytes long");
     EXPECT_TRUE(read_file(path) == before);
     EXPECT_EQ(add_and_close(size_with_new), "");
     EXPECT_EQ(std::filesystem::file_size(path), size_with_new);

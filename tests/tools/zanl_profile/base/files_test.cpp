@@ -142,7 +142,7 @@ TEST_F(Files, ARangeIsReadOrFails) {
     EXPECT_EQ(text_of(read_range(file.get(), 1, 3, "f")), "234");
     EXPECT_EQ(text_of(read_range(file.get(), 5, 0, "f")), "");
     EXPECT_EQ(failure_of([&] { read_range(file.get(), 3, 3, "f"); }),
-              "can't read 'f': it is shorter than it says");
+              "can't read 'f': it is shorter than expected");
     EXPECT_EQ(failure_of([&] { read_range(-1, 0, 1, "f"); }), "can't read 'f': Bad file descriptor");
 }
 
@@ -164,7 +164,7 @@ TEST_F(Files, ARangeIsCopiedToWhereTheOtherFileStands) {
     copy_range(from.get(), 0, 1, to.get(), "from", "to");
     EXPECT_EQ(read_file(dir.path("to")), "ab34560");
     EXPECT_EQ(failure_of([&] { copy_range(from.get(), 8, 3, to.get(), "from", "to"); }),
-              "can't read 'from': it is shorter than it says");
+              "can't read 'from': it is shorter than expected");
 }
 
 // The kernel copies between files alone.
