@@ -47,7 +47,7 @@ TEST_F(ToolboxCommandLine, WithoutACommandItSaysWhereHelpIs) {
               (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile package --help'\n", "2"}));
 }
 
-TEST_F(ToolboxCommandLine, AnUnknownCommandIsToldWithTheNearestOne) {
+TEST_F(ToolboxCommandLine, AnUnknownCommandIsReportedWithTheNearestOne) {
     EXPECT_EQ(run({"packag"}), trouble("unknown command 'packag'; did you mean 'package'?"));
     EXPECT_EQ(run({"package", "lsit", "x"}), trouble("unknown command 'lsit'; did you mean 'list'?"));
     EXPECT_EQ(run({"package", "unpak"}), trouble("unknown command 'unpak'; did you mean 'unpack'?"));
@@ -55,7 +55,7 @@ TEST_F(ToolboxCommandLine, AnUnknownCommandIsToldWithTheNearestOne) {
     EXPECT_EQ(run({"package", "\x1b[2J"}), trouble("unknown command '\\x1B[2J'"));
 }
 
-TEST_F(ToolboxCommandLine, AnUnknownOptionIsToldWithTheNearestOne) {
+TEST_F(ToolboxCommandLine, AnUnknownOptionIsReportedWithTheNearestOne) {
     EXPECT_EQ(run({"package", "list", "x", "--jsno"}),
               (Outcome{"",
                        "zanl-profile: unknown option '--jsno'; did you mean '--json'?\n"
@@ -67,7 +67,7 @@ TEST_F(ToolboxCommandLine, AnUnknownOptionIsToldWithTheNearestOne) {
                  "2"}));
 }
 
-TEST_F(ToolboxCommandLine, MissingAndSurplusArgumentsAreTold) {
+TEST_F(ToolboxCommandLine, MissingAndSurplusArgumentsAreReported) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"package", "create"},
                                                       {"package", "list"},
                                                       {"package", "list", "a", "b"},
@@ -89,7 +89,7 @@ TEST_F(ToolboxCommandLine, MissingAndSurplusArgumentsAreTold) {
     }
 }
 
-TEST_F(ToolboxCommandLine, AStandardOutputThatCannotBeWrittenIsTold) {
+TEST_F(ToolboxCommandLine, AStandardOutputThatCannotBeWrittenIsReported) {
     make("p.zanx", {{"a", "1"}});
     const std::string text = "zanl-profile: can't write to 'standard output': No space left on device\n";
     EXPECT_EQ(shell("$T package list p.zanx >/dev/full"), (Outcome{"", text, "2"}));
