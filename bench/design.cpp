@@ -6,16 +6,10 @@
 #include <random>
 #include <stdexcept>
 
-namespace {
-
-constexpr int first_counter = 7;
-
-} // namespace
-
 Design::Design(int num_insts) {
     const std::string name = "kernel_of_" + std::to_string(num_insts);
     auto* made = kernels[name] = new TlyKernel(name);
-    int offset = first_counter;
+    int offset = first_counter_field;
     for (int i = 0; i < num_insts; ++i) {
         m_insts.push_back(std::make_unique<TlyModuleInst>("load_" + std::to_string(i), "lsu", name,
                                                           "__global", "read", "BURST-COALESCED", "DDR", "512",
@@ -26,7 +20,7 @@ Design::Design(int num_insts) {
             inst.addPortTag(tag, offset++, 0);
         made->add_module_inst(&inst);
     }
-    m_num_counters = offset - first_counter;
+    m_num_counters = offset - first_counter_field;
     tree.put("kernels.nodes", "");
     tree.put("memtransfers.nodes", "");
 }

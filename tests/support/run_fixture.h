@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "monitor_reader.h"
 #include "temp_dir.h"
 #include "tly_parse.h"
 #include "whole_file.h"
@@ -39,10 +40,15 @@ class RunFixture {
 
     // Reads a monitor file of these lines, each ended by a newline.
     int read(const std::vector<std::string>& lines, bool no_profiler = false) {
-        std::string content;
-        for (const std::string& line : lines)
-            content += line + "\n";
-        return read_file(file(content), no_profiler);
+        return read_file(file(joined_lines(lines)), no_profiler);
+    }
+    // The same, with the choice of how kernel lines are decoded. Replaces the nodes that the tree has.
+    int read_decoding(LineDecoding decoding, const std::vector<std::string>& lines) {
+        FoldedMonitorNodes read_nodes;
+        const int status = read_monitor_file(kernels, read_nodes, file(joined_lines(lines)), original_names,
+                                             ext_mems, false, decoding);
+        read_nodes.append_to(tree);
+        return status;
     }
     int read_file(const std::string& path, bool no_profiler = false) {
         return parseProfilerMONFile(&kernels, &tree, path, original_names, ext_mems, no_profiler);
@@ -73,6 +79,12 @@ class RunFixture {
     std::unordered_map<std::string, TlyExtMem*> ext_mems;
 
   private:
+    static std::string joined_lines(const std::vector<std::string>& lines) {
+        std::string content;
+        for (const std::string& line : lines)
+            content += line + "\n";
+        return content;
+    }
     static std::string joined(const boost::property_tree::ptree& value) {
         std::string text = value.data();
         for (const auto& [key, element] : value)

@@ -28,7 +28,7 @@ void TlyKernel::add_module_inst(TlyModuleInst* inst) {
     ZAN_CONTRACT(inst != nullptr, "inst != nullptr");
     m_module_insts.push_back(inst);
     m_first_of_name.try_emplace(inst->name(), inst);
-    if (inst->name() == m_name + "_function_wrapper")
+    if (inst->name() == m_name + ext_mem_inst_suffix)
         set_extmem_module_inst(inst);
 }
 

@@ -66,7 +66,7 @@ int parseBoardXMLFile(ptree* tree, const char* package_path,
 }
 
 int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    const PackageSection section = package.read(".zan.board_spec.xml");
+    const PackageSection section = package.read(board_section);
     if (!section.text) {
         diagnose("Error: unable to get board xml zanx section\n");
         return 1;

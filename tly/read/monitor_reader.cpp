@@ -1,84 +1,16 @@
 #include "monitor_reader.h"
 
-#include <algorithm>
 #include <optional>
-#include <stdexcept>
 
 #include "diagnostics.h"
 #include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
-#include "number_text.h"
 #include "tly_json.h"
 #include "tly_parse.h"
 #include "tree_sink.h"
 
 namespace {
-
-// Field indices of a kernel line. A transfer line ends with the field of the sample time.
-enum FieldIndex : std::size_t {
-    device_id_field = 0,
-    queue_id_field = 1,
-    start_time_field = 3,
-    sample_time_field = 4,
-    shared_type_field = 5,
-    num_counters_field = 6,
-};
-
-// Reads one fixed field into the head; false if the field is no number of its type.
-using FieldSetter = bool (*)(LineHead&, const MonField&);
-
-template <auto member>
-bool set_int(LineHead& head, const MonField& field) {
-    const auto number = narrow_to_int(field.number());
-    head.*member = number.value_or(0);
-    return number.has_value();
-}
-
-template <auto member>
-bool set_long_long(LineHead& head, const MonField& field) {
-    head.*member = field.value;
-    return field.is_number;
-}
-
-bool set_shared_type(LineHead& head, const MonField& field) {
-    const auto number = narrow_to_int(field.number());
-    head.shared_type = shared_type_of(number.value_or(SHARED_NONE));
-    return number.has_value();
-}
-
-struct HeadField {
-    std::size_t index;
-    FieldSetter set;
-    std::string_view name; // as the message about a bad value has it
-};
-
-constexpr HeadField head_fields[] = {
-    {device_id_field, set_int<&LineHead::device_id>, "device id"},
-    {queue_id_field, set_int<&LineHead::queue_id>, "command queue id"},
-    {start_time_field, set_long_long<&LineHead::start_time>, "kernel start time"},
-    {sample_time_field, set_long_long<&LineHead::sample_time>, "sample time"},
-    {shared_type_field, set_shared_type, "shared counter type"},
-    {num_counters_field, set_int<&LineHead::num_counters>, "number of counters"},
-};
-
-bool is_transfer_name(std::string_view name) {
-    static const std::string* const names[] = {
-        &mem_transfer_read,    &mem_transfer_write, &mem_transfer_copy, &reprogram,   &mem_mirror_from_device,
-        &mem_mirror_to_device, &mem_transfer,       &mem_migration,     &usm_memcopy,
-    };
-    return name.starts_with('.') &&
-           std::any_of(std::begin(names), std::end(names), [&](const auto* known) { return name == *known; });
-}
-
-// The name in a line is found by its shape: it starts with the first character that is neither a digit nor a
-// comma, and ends in front of the next comma.
-std::string_view name_in(std::string_view line) {
-    const std::size_t begin = line.find_first_not_of("0123456789,");
-    if (begin == std::string_view::npos)
-        throw std::out_of_range("monitor line of digits and commas only");
-    return line.substr(begin, line.find(',', begin) - begin);
-}
 
 // Tells the node of the kernel's invocation, and resets the kernel if that is wanted.
 void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
@@ -107,12 +39,14 @@ class MonitorReader {
   public:
     MonitorReader(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
                   const std::map<std::string, std::string>& original_names,
-                  std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler)
+                  std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler,
+                  LineDecoding decoding)
         : m_kernels(kernels),
           m_nodes(nodes),
           m_original_names(original_names),
           m_ext_mems(ext_mems),
           m_no_profiler(no_profiler),
+          m_decoding(decoding),
           m_blocks(kernels) {}
 
     // Reads one line. False if the run has to end.
@@ -123,23 +57,21 @@ class MonitorReader {
     void finish();
 
   private:
-    bool find_target(Receiver& receiver);
+    bool find_target(LineTarget& target);
     TlyKernel* find_kernel();
     void collect_autorun_kernels();
-    bool read_head(LineHead& head);
-    bool read_last_field(LineHead& head);
-    bool set_head_field(const HeadField& field, LineHead& head);
     void add_transfer(const LineHead& head);
-    bool add_sample(const Receiver& receiver, const LineHead& head);
-    bool update_instances(const Receiver& receiver, SharedCounterTypes type);
+    bool add_sample(const LineTarget& target, const LineHead& head);
+    bool update_instances(const LineTarget& target, SharedCounterTypes type);
 
     std::map<std::string, TlyKernel*>& m_kernels;
     MonitorNodes& m_nodes;
     const std::map<std::string, std::string>& m_original_names;
     std::unordered_map<std::string, TlyExtMem*>& m_ext_mems;
     const bool m_no_profiler;
+    const LineDecoding m_decoding;
 
-    MonitorBlocks m_blocks;
+    LineBlocks m_blocks;
     int m_line_number = 0;
     MonLine m_line;
     std::string_view m_name_on_line; // of the line in hand
@@ -163,37 +95,37 @@ bool MonitorReader::read_line(std::string_view text) {
     }
     if (!m_is_transfer && m_blocks.add(text))
         return true;
-    m_name_on_line = name_in(text);
+    m_name_on_line = name_in_line(text);
     m_name = m_name_on_line;
-    Receiver receiver;
+    LineTarget target;
     if (is_transfer_name(m_name))
         m_is_transfer = true;
-    else if (!find_target(receiver))
+    else if (!find_target(target))
         return true;
 
     m_line.split(text);
     LineHead head;
-    if (!read_head(head) || !read_last_field(head))
+    if (!read_split_head(m_line, {m_is_transfer, !m_no_profiler}, m_line_number, head))
         return true;
     if (m_is_transfer) {
         add_transfer(head);
         return true;
     }
-    return add_sample(receiver, head);
+    return add_sample(target, head);
 }
 
 // Finds the kernel that a line names and its instances. False if the line has to be left out.
-bool MonitorReader::find_target(Receiver& receiver) {
-    receiver.kernel = find_kernel();
-    if (!receiver.kernel)
+bool MonitorReader::find_target(LineTarget& target) {
+    target.kernel = find_kernel();
+    if (!target.kernel)
         return false;
-    receiver.insts = &receiver.kernel->module_insts();
+    target.insts = &target.kernel->module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
         collect_autorun_kernels();
-        receiver.autorun_kernels = &m_autorun_kernels;
-        receiver.insts = &m_autorun_insts;
+        target.autorun_kernels = &m_autorun_kernels;
+        target.insts = &m_autorun_insts;
     }
-    if (receiver.insts->empty() && !m_no_profiler) {
+    if (target.insts->empty() && !m_no_profiler) {
         diagnose("profile.mon has some kernel that does not have any moduleinsts - Skipping line {}\n",
                  m_line_number);
         return false;
@@ -233,36 +165,6 @@ void MonitorReader::collect_autorun_kernels() {
     }
 }
 
-bool MonitorReader::set_head_field(const HeadField& field, LineHead& head) {
-    if (field.set(head, m_line.fields()[field.index]))
-        return true;
-    diagnose("ERROR: Unable to parse {}. Ignoring .mon line {}\n", field.name, m_line_number);
-    return false;
-}
-
-// Reads the fixed fields that a comma ends.
-bool MonitorReader::read_head(LineHead& head) {
-    for (const HeadField& field : head_fields) {
-        if (field.index < m_line.num_commas() && !set_head_field(field, head))
-            return false;
-    }
-    return true;
-}
-
-// Reads the last field, where it is a fixed one; false if the line has a wrong number of fields.
-bool MonitorReader::read_last_field(LineHead& head) {
-    const std::size_t last = m_line.num_commas();
-    if (last >= first_counter_field)
-        return true;
-    if ((last == sample_time_field && m_is_transfer) || (last == num_counters_field && m_no_profiler)) {
-        const auto* field = std::find_if(std::begin(head_fields), std::end(head_fields),
-                                         [&](const HeadField& row) { return row.index == last; });
-        return set_head_field(*field, head);
-    }
-    diagnose("ERROR: Unexpected number of values. Ignoring .mon line {}\n", m_line_number);
-    return false;
-}
-
 void MonitorReader::add_transfer(const LineHead& head) {
     ReportSink& nodes = m_nodes.transfers();
     nodes.open({}, Form::object);
@@ -272,7 +174,7 @@ void MonitorReader::add_transfer(const LineHead& head) {
 }
 
 // Adds the sample of a kernel line. False if the run has to end.
-bool MonitorReader::add_sample(const Receiver& receiver, const LineHead& head) {
+bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
     if (!m_no_profiler && num_fields != head.num_counters) {
         diagnose(
@@ -282,35 +184,35 @@ bool MonitorReader::add_sample(const Receiver& receiver, const LineHead& head) {
             m_line_number);
         return true;
     }
-    m_blocks.decode(receiver);
+    m_blocks.decode(target);
 
     // A start time of its own tells a line of a new invocation, and -1 a kernel without any.
-    const long long known_start = receiver.kernel->get_start_time();
+    const long long known_start = target.kernel->get_start_time();
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
-        for (TlyKernel* kernel : receiver.targets())
+        for (TlyKernel* kernel : target.kernels())
             write_invocation(*kernel, m_nodes, true, m_ext_mems);
     }
-    for (TlyKernel* kernel : receiver.targets()) {
-        record_head(*kernel, head);
-        if (sets_start_time)
+    target.add_head(head);
+    if (sets_start_time) {
+        for (TlyKernel* kernel : target.kernels())
             kernel->set_start_time(head.start_time);
+        target.kernel->set_start_time(head.start_time); // also that of the pseudo-kernel
     }
-    if (sets_start_time)
-        receiver.kernel->set_start_time(head.start_time);
 
     if (m_no_profiler)
         return true;
-    if (!update_instances(receiver, head.shared_type))
+    if (!update_instances(target, head.shared_type))
         return false;
-    update_total_cycles(receiver);
-    m_blocks.open(m_name_on_line, receiver, static_cast<std::size_t>(num_fields));
+    target.update_total_cycles();
+    if (m_decoding == LineDecoding::in_blocks)
+        m_blocks.open(m_name_on_line, target, static_cast<std::size_t>(num_fields));
     return true;
 }
 
 // Hands the line's counters to the instances. False if the design and the run differ about shared counters.
-bool MonitorReader::update_instances(const Receiver& receiver, SharedCounterTypes type) {
-    for (TlyModuleInst* inst : *receiver.insts) {
+bool MonitorReader::update_instances(const LineTarget& target, SharedCounterTypes type) {
+    for (TlyModuleInst* inst : *target.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
             diagnose(
                 "ERROR: .zanx file has shared counters data but .mon does not at line {}. Data will not "
@@ -348,13 +250,14 @@ void MonitorReader::finish() {
 
 int read_monitor_file(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
                       const std::string& mon_path, const std::map<std::string, std::string>& original_names,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler,
+                      LineDecoding decoding) {
     LineReader lines(mon_path);
     if (!lines.is_open()) {
         diagnose("ABORT: .mon file errored while trying to open.\n");
         return 1;
     }
-    MonitorReader reader(kernels, nodes, original_names, ext_mems, no_profiler);
+    MonitorReader reader(kernels, nodes, original_names, ext_mems, no_profiler, decoding);
     std::string_view line;
     while (lines.next(line)) {
         if (!reader.read_line(line)) {

@@ -34,7 +34,11 @@ class FoldedMonitorNodes final : public MonitorNodes {
     std::shared_ptr<FoldedNodes> m_transfers = std::make_shared<FoldedNodes>();
 };
 
+// How kernel lines are decoded. The results are the same, and lines in blocks are faster; tests compare them.
+enum class LineDecoding { in_blocks, line_by_line };
+
 // Does what parseProfilerMONFile does, with the nodes going to `nodes`.
 int read_monitor_file(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
                       const std::string& mon_path, const std::map<std::string, std::string>& original_names,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler);
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler,
+                      LineDecoding decoding = LineDecoding::in_blocks);

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "ProfilerConfigXml.h"
+#include "counter_tags.h"
 #include "diagnostics.h"
 #include "package_sections.h"
 #include "tly_parse.h"
@@ -17,9 +18,6 @@ using zan::profiler::ProfilerConfigDebug;
 using zan::profiler::ProfilerConfigFunction;
 using zan::profiler::ProfilerConfigModuleInst;
 using zan::profiler::ProfilerConfigXmlLoader;
-
-// Behind the fixed fields of a line.
-constexpr int first_counter_offset = 7;
 
 // The attribute text of an instance, taken apart. With fewer than seven fields only the first one counts.
 struct InstAttributes {
@@ -63,11 +61,6 @@ void add_locations(TlyModuleInst& inst, const ProfilerConfigModuleInst& describe
     }
 }
 
-bool is_shared_tag(const std::string& tag) {
-    return tag == TlyModuleInst::CNT_SHARED || tag == TlyModuleInst::CNT_SHARED_CHWRITE ||
-           tag == TlyModuleInst::CNT_SHARED_CHREAD;
-}
-
 // Builds the profile model. Nothing that it leaves behind points into the description.
 class ProfilerImport {
   public:
@@ -107,7 +100,7 @@ class ProfilerImport {
     // A connection that shares a port takes no field of its own, but for the first one of a kernel.
     int next_offset(const ProfilerConfigConnection& connection) {
         const auto [entry, is_first] =
-            m_counter_offsets.try_emplace(connection.getFunction()->getName(), first_counter_offset);
+            m_counter_offsets.try_emplace(connection.getFunction()->getName(), first_counter_field);
         if (!is_first && !connection.getSharedPort())
             ++entry->second;
         return entry->second;
@@ -211,7 +204,7 @@ int parse_description(std::map<std::string, TlyKernel*>& kernels, const ptree& t
                       std::map<std::string, std::string>& original_names) {
     constexpr int failure = 1;
     constexpr int no_description = 2;
-    const PackageSection section = package.read(".zan.profiler.xml");
+    const PackageSection section = package.read(profiler_section);
     package.close(); // the largest section is the last one: what the package holds of it isn't needed twice
     if (section.status == 1) {
         diagnose(

@@ -51,7 +51,7 @@ int parseVersionFile(ptree* tree, const char* package_path) {
 }
 
 int parse_version(ptree& tree, Package& package) {
-    const PackageSection section = package.read(".zan.version");
+    const PackageSection section = package.read(version_section);
     if (!section.text) {
         diagnose("Error: unable to get version zanx section\n");
         return 1;
@@ -67,7 +67,7 @@ int parseVelmoraReport(ptree* tree, const char* package_path) {
 }
 
 int parse_timing_report(ptree& tree, Package& package) {
-    const PackageSection section = package.read(".zan.velmora_report");
+    const PackageSection section = package.read(timing_report_section);
     if (!section.text) {
         diagnose("Error: unable to get velmora report zanx section\n");
         return 1;

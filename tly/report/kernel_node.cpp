@@ -18,8 +18,8 @@ void TlyKernel::write_node(ReportSink& node, bool reset,
     write_kernel(node, display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids, 0,
                  m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles, m_autorun,
                  m_shared_run_type);
-    const std::string function_inst = m_name + "_function_inst";
-    const std::string wrapper_inst = m_name + "_function_wrapper_inst";
+    const std::string function_inst = m_name + function_inst_suffix;
+    const std::string wrapper_inst = m_name + wrapper_inst_suffix;
     node.open("children", Form::array);
     for (const TlyModuleInst* inst : m_module_insts) {
         if (inst->name() == function_inst)

@@ -18,10 +18,10 @@ struct NamedKind {
 // Made when it is first asked for: what other sources define isn't there before main() begins.
 const std::vector<NamedKind>& named_kinds() {
     static const std::vector<NamedKind> kinds = {
-        {".zan.version", false, {"version", "version"}},
-        {".zan.board_spec.xml", false, {"board", "board description"}},
-        {".zan.velmora_report", false, {"timing", "timing report"}},
-        {".zan.profiler.xml", false, {"profiler", "profiler description"}},
+        {version_section, false, {"version", "version"}},
+        {board_section, false, {"board", "board description"}},
+        {timing_report_section, false, {"timing", "timing report"}},
+        {profiler_section, false, {"profiler", "profiler description"}},
         {opt_rpt_elf_section, false, {"optimization", "optimization report"}},
         {file_name_elf_section, true, {"file", "name of a source file"}},
         {kernel_source_elf_section_prefix, true, {"source", "kernel source"}},
