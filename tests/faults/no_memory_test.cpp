@@ -2,12 +2,12 @@
 // small run fails in turn.
 #include <algorithm>
 
-#include "command_line.h"
 #include "failing_memory.h"
 #include "forked_run.h"
 #include "package_folder.h"
 #include "sample_runs.h"
 #include "tly_exe.h"
+#include "toolbox.h"
 
 namespace {
 

@@ -61,7 +61,7 @@ int TlyModuleInst::updateCounters(std::span<const MonField> fields, int comp_uni
         if (type != SHARED_NONE && port.meaning.shared_type != SHARED_NONE &&
             port.meaning.shared_type != type)
             continue;
-        if (port.meaning.target == TagMeaning::Target::ext_mem)
+        if (port.meaning.target == TagTarget::ext_mem)
             record_ext_mem(m_ext_mem_ports[port.ext_mem_port], value, push);
         else
             add_value(port.meaning, value);
@@ -82,7 +82,7 @@ int TlyModuleInst::updateCounters(std::vector<std::string> tokens, int comp_unit
 
 void TlyModuleInst::updateSingleCounter(const std::string& tag, long long value, bool push) {
     const TagMeaning meaning = meaning_of_tag(tag, m_total_cycles_tag);
-    if (meaning.target == TagMeaning::Target::ext_mem) {
+    if (meaning.target == TagTarget::ext_mem) {
         ExtMemPort port{decode_ext_mem_tag(tag)};
         record_ext_mem(port, value, push);
     } else {
@@ -92,12 +92,12 @@ void TlyModuleInst::updateSingleCounter(const std::string& tag, long long value,
 }
 
 void TlyModuleInst::add_value(const TagMeaning& meaning, long long value) {
-    if (meaning.target == TagMeaning::Target::total_cycles) {
+    if (meaning.target == TagTarget::total_cycles) {
         m_has_total_cycles = true;
         m_total_cycles_current = wrapping_sum(m_total_cycles_current, value);
         return;
     }
-    if (meaning.target != TagMeaning::Target::counter)
+    if (meaning.target != TagTarget::counter)
         return;
     long long& accumulator = m_current[static_cast<std::size_t>(meaning.counter)];
     accumulator = wrapping_sum(accumulator, value);
@@ -161,7 +161,7 @@ struct TlyModuleInst::Columns {
 
 bool TlyModuleInst::counts_total_cycles(int comp_unit) const {
     return std::any_of(m_ports.begin(), m_ports.end(), [&](const PortCounter& port) {
-        return port.comp_unit == comp_unit && port.meaning.target == TagMeaning::Target::total_cycles;
+        return port.comp_unit == comp_unit && port.meaning.target == TagTarget::total_cycles;
     });
 }
 
@@ -173,7 +173,7 @@ bool TlyModuleInst::can_take_blocks(int first_counter, std::size_t counters_on_l
         if (port.offset < first_counter ||
             static_cast<std::size_t>(port.offset - first_counter) >= counters_on_line)
             return false;
-        if (port.meaning.target != TagMeaning::Target::ext_mem)
+        if (port.meaning.target != TagTarget::ext_mem)
             continue;
         const ExtMemTag& tag = m_ext_mem_ports[port.ext_mem_port].tag;
         if (tag.fault != ExtMemTag::Fault::none || !tag.names_op ||
@@ -201,17 +201,18 @@ void TlyModuleInst::updateCounters(const LineBlock& lines, int first_counter, in
 void TlyModuleInst::decode_column(const PortCounter& port, const LineBlock& lines, std::size_t column,
                                   Columns& columns) {
     switch (port.meaning.target) {
-        case TagMeaning::Target::nothing:
+        case TagTarget::nothing:
+        case TagTarget::shared_counter:
             return;
-        case TagMeaning::Target::counter:
+        case TagTarget::counter:
             columns.add(static_cast<std::size_t>(port.meaning.counter), lines, column);
             note_counter(port.meaning.counter);
             return;
-        case TagMeaning::Target::total_cycles:
+        case TagTarget::total_cycles:
             columns.add(Columns::total_cycles, lines, column);
             m_has_total_cycles = true;
             return;
-        case TagMeaning::Target::ext_mem: {
+        case TagTarget::ext_mem: {
             ExtMemPort& target = m_ext_mem_ports[port.ext_mem_port];
             if (!target.samples)
                 target.samples =

@@ -6,22 +6,6 @@
 #include "diagnostics.h"
 #include "number_text.h"
 
-const std::unordered_map<std::string, SharedCounterTypes> TlyModuleInst::CNT_SHARED_MAPPING = {
-    {CNT_IVALID, SHARED_IVALID},
-    {CNT_CHREAD_IVALID, SHARED_IVALID},
-    {CNT_CHWRITE_IVALID, SHARED_IVALID},
-    {CNT_LOOP_IVALID, SHARED_IVALID},
-    {CNT_EXT_STALL, SHARED_EXT_STALL},
-    {CNT_CHREAD_EXT_STALL, SHARED_EXT_STALL},
-    {CNT_CHWRITE_EXT_STALL, SHARED_EXT_STALL},
-    {CNT_IDLE, SHARED_IDLE},
-    {CNT_IDLE_CHREAD, SHARED_IDLE},
-    {CNT_IDLE_CHWRITE, SHARED_IDLE},
-    {CNT_TOTAL_REQ, SHARED_TOTAL_REQ},
-    {CNT_CHREAD_TOTAL_REQ, SHARED_TOTAL_REQ},
-    {CNT_CHWRITE_TOTAL_REQ, SHARED_TOTAL_REQ},
-};
-
 namespace {
 
 template <class T>
@@ -110,9 +94,9 @@ int TlyModuleInst::getIsCallsite(int i) const {
 void TlyModuleInst::addPortTag(std::string tag, int offset, int comp_unit) {
     const TagMeaning meaning = meaning_of_tag(tag, m_total_cycles_tag);
     activate(meaning);
-    if (meaning.target == TagMeaning::Target::total_cycles)
+    if (meaning.target == TagTarget::total_cycles)
         m_total_cycles_offset = offset;
-    if (meaning.target == TagMeaning::Target::ext_mem)
+    if (meaning.target == TagTarget::ext_mem)
         m_ext_mem_ports.push_back({decode_ext_mem_tag(tag)});
     m_ports.push_back({std::move(tag), offset, comp_unit, meaning, m_ext_mem_ports.size() - 1});
 }
@@ -168,7 +152,7 @@ int TlyModuleInst::getSharedOffset(const std::string& tag) const {
 // Gives a counter that a tag names its list, which starts with zeros for the samples so far.
 void TlyModuleInst::activate(const TagMeaning& meaning) {
     const auto index = static_cast<std::size_t>(meaning.counter);
-    if (meaning.target != TagMeaning::Target::counter || m_is_active[index])
+    if (meaning.target != TagTarget::counter || m_is_active[index])
         return;
     m_is_active[index] = true;
     m_active.push_back(meaning.counter);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "counter_tags.h"
+#include "ext_mem_tag.h"
 #include "line_block.h"
 #include "mon_line.h"
 #include "sample_list.h"
@@ -25,39 +26,39 @@ class TlyModuleInst {
   public:
     using Samples = SampleList<long long>;
 
-    // Counter tags, as ports of the profiler description spell them.
-    inline static const std::string CNT_BURSTCOUNT = "burstcount";
-    inline static const std::string CNT_COUNT_FUNCTION_VFABRIC = "clock";
-    inline static const std::string CNT_ISTALL = "istall";
-    inline static const std::string CNT_CHREAD_ISTALL = "chread_istall";
-    inline static const std::string CNT_CHWRITE_ISTALL = "chwrite_istall";
-    inline static const std::string CNT_EXT_STALL = "memorystalls";
-    inline static const std::string CNT_CHREAD_EXT_STALL = "chread_fifo_stall";
-    inline static const std::string CNT_CHWRITE_EXT_STALL = "chwrite_fifo_stall";
-    inline static const std::string CNT_OSTALL = "ostall";
-    inline static const std::string CNT_CHREAD_OSTALL = "chread_ostall";
-    inline static const std::string CNT_CHWRITE_OSTALL = "chwrite_ostall";
-    inline static const std::string CNT_IVALID = "ivalid";
-    inline static const std::string CNT_CHREAD_IVALID = "chread_ivalid";
-    inline static const std::string CNT_CHWRITE_IVALID = "chwrite_ivalid";
-    inline static const std::string CNT_LOOP_IVALID = "loop_ivalid";
-    inline static const std::string CNT_TOTAL_REQ = "totalreq";
-    inline static const std::string CNT_CHREAD_TOTAL_REQ = "chread_total_req";
-    inline static const std::string CNT_CHWRITE_TOTAL_REQ = "chwrite_total_req";
-    inline static const std::string CNT_BANDWIDTH = "bandwidth";
-    inline static const std::string CNT_UNALIGNED_REQ = "unalignedrequests";
-    inline static const std::string CNT_CACHEHIT = "cachehit";
-    inline static const std::string CNT_READWRITECOUNT = "readwritecount";
-    inline static const std::string CNT_IDLE = "idle";
-    inline static const std::string CNT_IDLE_CHREAD = "chread_idle";
-    inline static const std::string CNT_IDLE_CHWRITE = "chwrite_idle";
-    inline static const std::string CNT_SHARED = "shared";
-    inline static const std::string CNT_SHARED_CHWRITE = "chwrite_shared";
-    inline static const std::string CNT_SHARED_CHREAD = "chread_shared";
-    inline static const std::string CNT_CHREAD_TOTAL_FIFO_SIZE = "chread_total_fifo_size";
-    inline static const std::string CNT_CHREAD_MAX_FIFO_SIZE = "chread_max_fifo_size";
-    inline static const std::string CNT_CHWRITE_TOTAL_FIFO_SIZE = "chwrite_total_fifo_size";
-    inline static const std::string CNT_CHWRITE_MAX_FIFO_SIZE = "chwrite_max_fifo_size";
+    // Names for rows of the table of counter tags.
+    inline static const std::string CNT_BURSTCOUNT{counter_tag("burstcount")};
+    inline static const std::string CNT_COUNT_FUNCTION_VFABRIC{counter_tag("clock")};
+    inline static const std::string CNT_ISTALL{counter_tag("istall")};
+    inline static const std::string CNT_CHREAD_ISTALL{counter_tag("chread_istall")};
+    inline static const std::string CNT_CHWRITE_ISTALL{counter_tag("chwrite_istall")};
+    inline static const std::string CNT_EXT_STALL{counter_tag("memorystalls")};
+    inline static const std::string CNT_CHREAD_EXT_STALL{counter_tag("chread_fifo_stall")};
+    inline static const std::string CNT_CHWRITE_EXT_STALL{counter_tag("chwrite_fifo_stall")};
+    inline static const std::string CNT_OSTALL{counter_tag("ostall")};
+    inline static const std::string CNT_CHREAD_OSTALL{counter_tag("chread_ostall")};
+    inline static const std::string CNT_CHWRITE_OSTALL{counter_tag("chwrite_ostall")};
+    inline static const std::string CNT_IVALID{counter_tag("ivalid")};
+    inline static const std::string CNT_CHREAD_IVALID{counter_tag("chread_ivalid")};
+    inline static const std::string CNT_CHWRITE_IVALID{counter_tag("chwrite_ivalid")};
+    inline static const std::string CNT_LOOP_IVALID{counter_tag("loop_ivalid")};
+    inline static const std::string CNT_TOTAL_REQ{counter_tag("totalreq")};
+    inline static const std::string CNT_CHREAD_TOTAL_REQ{counter_tag("chread_total_req")};
+    inline static const std::string CNT_CHWRITE_TOTAL_REQ{counter_tag("chwrite_total_req")};
+    inline static const std::string CNT_BANDWIDTH{counter_tag("bandwidth")};
+    inline static const std::string CNT_UNALIGNED_REQ{counter_tag("unalignedrequests")};
+    inline static const std::string CNT_CACHEHIT{counter_tag("cachehit")};
+    inline static const std::string CNT_READWRITECOUNT{counter_tag("readwritecount")};
+    inline static const std::string CNT_IDLE{counter_tag("idle")};
+    inline static const std::string CNT_IDLE_CHREAD{counter_tag("chread_idle")};
+    inline static const std::string CNT_IDLE_CHWRITE{counter_tag("chwrite_idle")};
+    inline static const std::string CNT_SHARED{counter_tag("shared")};
+    inline static const std::string CNT_SHARED_CHWRITE{counter_tag("chwrite_shared")};
+    inline static const std::string CNT_SHARED_CHREAD{counter_tag("chread_shared")};
+    inline static const std::string CNT_CHREAD_TOTAL_FIFO_SIZE{counter_tag("chread_total_fifo_size")};
+    inline static const std::string CNT_CHREAD_MAX_FIFO_SIZE{counter_tag("chread_max_fifo_size")};
+    inline static const std::string CNT_CHWRITE_TOTAL_FIFO_SIZE{counter_tag("chwrite_total_fifo_size")};
+    inline static const std::string CNT_CHWRITE_MAX_FIFO_SIZE{counter_tag("chwrite_max_fifo_size")};
     inline static const std::string INV_CYCLE = "cycle";
     inline static const std::string INV_COUNTER = "counter";
 
@@ -73,7 +74,8 @@ class TlyModuleInst {
         "profile_extmem_\\w+_function[_]?(\\w*)_bank(\\d+)_port(\\d+)_write_burst_count_en_\\w+";
 
     // Which kind of run with shared counters measures a tag. Tags that aren't here are measured in every run.
-    static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING;
+    inline static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING =
+        make_shared_mapping();
 
     // `byte_width` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
     TlyModuleInst(std::string name, std::string module, std::string function, std::string memory_type,

@@ -130,7 +130,7 @@ void MonitorReader::collect_autorun_kernels() {
 
 void MonitorReader::add_transfer(const LineHead& head) {
     ReportSink& nodes = m_nodes.transfers();
-    nodes.open("");
+    nodes.open({}, Form::object);
     write_mem_transfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
     nodes.close();
     m_is_transfer = false;
@@ -215,7 +215,7 @@ void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, Profil
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels();
-    sink.open("");
+    sink.open({}, Form::object);
     kernel.write_node(sink, reset, ext_mems);
     sink.close();
 }

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "ProfilerConfigXml.h"
+#include "counter_tags.h"
 #include "diagnostics.h"
 #include "tly_constants.h"
 
@@ -58,11 +59,6 @@ void add_locations(TlyModuleInst& inst, const ProfilerConfigModuleInst& describe
                 add(debug.getCallsiteFile(k), debug.getCallsiteLine(k), debug.getCallsiteColumn(k), true);
         }
     }
-}
-
-bool is_shared_tag(const std::string& tag) {
-    return tag == TlyModuleInst::CNT_SHARED || tag == TlyModuleInst::CNT_SHARED_CHWRITE ||
-           tag == TlyModuleInst::CNT_SHARED_CHREAD;
 }
 
 // Fills the profile model. Nothing in it points into the description, which is gone after the stage.

@@ -6,6 +6,7 @@
 #include "monitor_reader.h"
 #include "package_sections.h"
 #include "profiler_import.h"
+#include "tree_sink.h"
 
 namespace {
 

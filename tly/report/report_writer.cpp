@@ -8,8 +8,10 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "folded_nodes.h"
+#include "report_tree.h"
 
 namespace {
 
@@ -370,7 +372,7 @@ class TextSink final : public ReportSink {
         open_pending(key);
         m_out.leaf(key, text);
     }
-    void open(std::string_view key) override {
+    void open(std::string_view key, Form /*form*/) override {
         open_pending(key);
         m_pending = key;
     }
@@ -380,17 +382,11 @@ class TextSink final : public ReportSink {
         else
             m_out.close();
     }
-    void list(std::string_view key, const SampleList<int>& values) override { write_list(key, values); }
-    void list(std::string_view key, const SampleList<long long>& values) override { write_list(key, values); }
-    void list(std::string_view key, const SampleList<float>& values) override { write_list(key, values); }
-    void values(std::string_view key, const int* values, std::size_t count) override {
-        write_values(key, values, count);
-    }
-    void values(std::string_view key, const long long* values, std::size_t count) override {
-        write_values(key, values, count);
-    }
-    void values(std::string_view key, const float* values, std::size_t count) override {
-        write_values(key, values, count);
+    void array(std::string_view key, const ReportArray& values) override {
+        open_pending(key);
+        m_out.open(key, true);
+        values.visit([&](const auto& numbers) { write_numbers(numbers); });
+        m_out.close();
     }
 
   private:
@@ -399,20 +395,14 @@ class TextSink final : public ReportSink {
             m_out.open(*std::exchange(m_pending, std::nullopt), first_key.empty());
     }
     template <class T>
-    void write_list(std::string_view key, const SampleList<T>& values) {
-        open_pending(key);
-        m_out.open(key, true);
+    void write_numbers(const SampleList<T>& values) {
         m_out.numbers(values);
-        m_out.close();
     }
     template <class T>
-    void write_values(std::string_view key, const T* values, std::size_t count) {
-        open_pending(key);
-        m_out.open(key, true);
-        m_out.numbers<T>(count, [&](std::size_t begin, std::size_t size, T* numbers) {
-            std::copy_n(values + begin, size, numbers);
+    void write_numbers(std::span<const T> values) {
+        m_out.numbers<T>(values.size(), [&](std::size_t begin, std::size_t size, T* numbers) {
+            std::copy_n(values.data() + begin, size, numbers);
         });
-        m_out.close();
     }
 
     NodeText& m_out;
@@ -473,7 +463,7 @@ class TreeWriter {
         node.data().visit_packed([&](const auto& values) { m_out.numbers(values); });
         if (has_folded(node)) {
             TextSink sink(m_out);
-            node.data().folded()->tell(sink);
+            node.data().folded()->write_to(sink);
         }
     }
 

@@ -107,12 +107,26 @@ TEST_F(ReadTest, ASectionOutsideTheFileHasNoData) {
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_section_exists(p, "five", nullptr); }), no_data);
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "five", buffer, 16); }),
               no_data + "No data for section 'five'.\n");
-    EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "five", nullptr, 16); }),
-              no_data + "Buffer argument is NULL\n");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section_transient(p, "five", &data); }),
               no_data + "No data for section 'five'.\n");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section_into_file(p, "five", "/dev/null"); }),
               "No data for section 'five'.\n");
+}
+
+// Whatever is wrong with the section, too: without a target there is nothing to read into.
+TEST_F(ReadTest, ANullTargetIsTheOnlyFaultReported) {
+    const std::string no_buffer = "Buffer argument is NULL\n";
+    const std::string no_pointer = "Buffer pointer argument is NULL\n";
+    const auto expect_them_alone = [&] {
+        EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section(p, "five", nullptr, 16); }), no_buffer);
+        EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section_transient(p, "five", nullptr); }),
+                  no_pointer);
+    };
+    expect_them_alone();
+    move_out_of_file();
+    expect_them_alone();
+    take_bytes_away();
+    expect_them_alone();
 }
 
 TEST_F(ReadTest, ASectionGoesIntoAFile) {

@@ -107,14 +107,6 @@ TEST(ReportTree, AnEmptyArrayIsAnEmptyNode) {
     EXPECT_TRUE(expanded(node).empty());
 }
 
-TEST(ReportTree, SamplesThatAreNoneAppendNothing) {
-    ptree node;
-    append_samples(node, "none", SampleList<int>());
-    append_samples(node, "one", SampleList<int>({1}));
-    ASSERT_EQ(node.size(), 1u);
-    EXPECT_EQ(node.front().first, "one");
-}
-
 TEST(ReportTree, APackedArrayReadsAsAnEmptyText) {
     ptree node;
     node.add_child("samples", createJSONArray(std::vector<int>{1, 2}));

@@ -1,17 +1,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 
 #include "failure.h"
 #include "files.h"
+#include "package_arguments.h"
 #include "package_commands.h"
-#include "package_file.h"
+#include "package_edit.h"
 #include "pkg_stream.h"
-#include "section_argument.h"
 #include "stream_plan.h"
 
 namespace zan::tool {
@@ -19,6 +21,12 @@ namespace zan::tool {
 namespace {
 
 namespace fs = std::filesystem;
+
+struct PackOptions {
+    std::string output; // a file, "-", or PACKAGE:SECTION
+    std::vector<std::string> paths;
+    std::string directory; // that the paths are relative to; may be empty
+};
 
 // Writes the planned entries as a stream to `output`, which messages call `name`.
 class PlannedStream {
@@ -118,8 +126,6 @@ void pack_into_file(const std::string& name, const std::vector<PlannedEntry>& pl
     output.commit();
 }
 
-} // namespace
-
 void pack_stream(const PackOptions& options) {
     const auto place = parse_section_place(options.output);
     const bool is_stdout = options.output == standard_stream;
@@ -138,5 +144,19 @@ void pack_stream(const PackOptions& options) {
     else
         pack_into_file(options.output, plan);
 }
+
+void define_pack(CLI::App& app) {
+    const auto options = std::make_shared<PackOptions>();
+    app.add_option("OUT", options->output,
+                   "the stream to make: a file, PACKAGE:SECTION, or '-' for standard output")
+        ->required();
+    app.add_option("DIR", options->paths, "the folders, or files, to pack")->required();
+    app.add_option("-C,--directory", options->directory, "take DIR from this folder")->type_name("DIR");
+    app.callback([options] { pack_stream(*options); });
+}
+
+} // namespace
+
+const Command pack_command = {"pack", "pack folders into a directory stream", define_pack};
 
 } // namespace zan::tool

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -11,10 +12,10 @@
 #include "failure.h"
 #include "files.h"
 #include "listing.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
 #include "pkg_stream.h"
-#include "section_argument.h"
 #include "staged_folder.h"
 
 namespace zan::tool {
@@ -24,6 +25,14 @@ namespace {
 namespace fs = std::filesystem;
 
 using zan::pkg::StreamReader;
+
+struct UnpackOptions {
+    std::string stream; // a file, "-", or PACKAGE:SECTION
+    std::string folder;
+    bool trust_names = false;
+    bool dry_run = false;
+    bool json = false; // of the dry run
+};
 
 // Where a stream comes from: a file, standard input, or a section.
 class StreamSource {
@@ -206,8 +215,6 @@ void unpack_trusted(Entries& entries, const std::string& folder) {
     }
 }
 
-} // namespace
-
 void unpack_stream(const UnpackOptions& options) {
     const StreamSource source(options.stream);
     Entries entries(source, options.stream);
@@ -218,5 +225,24 @@ void unpack_stream(const UnpackOptions& options) {
     else
         unpack_entries(entries, options.folder);
 }
+
+void define_unpack(CLI::App& app) {
+    const auto options = std::make_shared<UnpackOptions>();
+    app.add_option("STREAM", options->stream, "a file, PACKAGE:SECTION, or '-' for standard input")
+        ->required();
+    app.add_option("-o,--output", options->folder, "the folder to unpack into; made if it isn't there")
+        ->type_name("DIR")
+        ->required();
+    app.add_flag("--trust-names", options->trust_names,
+                 "also write where absolute names, '..' and symbolic links lead");
+    CLI::Option* const dry_run =
+        app.add_flag("--dry-run", options->dry_run, "list what would be written, and write nothing");
+    app.add_flag("--json", options->json, "print the list as JSON")->needs(dry_run);
+    app.callback([options] { unpack_stream(*options); });
+}
+
+} // namespace
+
+const Command unpack_command = {"unpack", "unpack a directory stream", define_unpack};
 
 } // namespace zan::tool
