@@ -141,9 +141,8 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
     if (m_model.is_described && num_fields != head.num_counters) {
         diagnose(
-            "Warning: number of .mon entries does not match number of counters for this kernel. Skipping "
-            "line "
-            "{}\n",
+            "Warning: number of .mon entries does not match number of counters for this kernel. "
+            "Skipping line {}\n",
             m_line_number);
         return true;
     }
@@ -178,18 +177,17 @@ bool MonitorReader::update_instances(const LineTarget& target, SharedCounterType
     for (TlyModuleInst* inst : *target.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
             diagnose(
-                "ERROR: .zanx file has shared counters data but .mon does not at line {}. Data will not "
-                "match. "
-                "Ensure host is run with the Profiler Runtime Wrapper using the shared counter option. "
-                "ABORT\n",
+                "ERROR: .zanx file has shared counters data but .mon does not at line {}. "
+                "Data will not match. Ensure host is run with the Profiler Runtime Wrapper using the "
+                "shared counter option. ABORT\n",
                 m_line_number);
             return false;
         }
         if (!inst->compiledSharedCounters() && type != SHARED_NONE) {
             diagnose(
-                "ERROR: .mon file has shared counters data at line {} but .zanx does not. Data will not "
-                "match. "
-                "Ensure design is compiled with the profile shared counters flag. ABORT\n",
+                "ERROR: .mon file has shared counters data at line {} but .zanx does not. "
+                "Data will not match. Ensure design is compiled with the profile shared counters flag. "
+                "ABORT\n",
                 m_line_number);
             return false;
         }

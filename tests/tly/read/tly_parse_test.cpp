@@ -30,8 +30,6 @@ class PackageStages : public testing::Test {
     std::string m_path = m_dir.path("design.zanx");
 };
 
-// ---- Sections
-
 TEST_F(PackageStages, ASectionIsCopiedAndEnded) {
     char* text = nullptr;
     EXPECT_EQ(get_zanx_sect("b", package({{"a", "1"}, {"b", "two\0three"}}), &text), 0);
@@ -58,8 +56,6 @@ TEST_F(PackageStages, APackageThatIsNotThereMakesNoText) {
     EXPECT_EQ(text, nullptr);
 }
 
-// ---- Version
-
 TEST_F(PackageStages, TheVersionIsTheFirstLine) {
     EXPECT_EQ(parseVersionFile(&tree, package({{".zan.version", "4.2 Build 117\nmore\n"}})), 0);
     EXPECT_EQ(node_text(tree), "versions={zanx_version=4.2 Build 117}");
@@ -71,8 +67,6 @@ TEST_F(PackageStages, APackageWithoutVersionHasAMessage) {
               "Error: unable to get version zanx section\n");
     EXPECT_EQ(node_text(tree), "");
 }
-
-// ---- Timing report
 
 TEST_F(PackageStages, TheClockGoesToTheRunInformation) {
     tree.put("run_info.nodes..name", "profile");
@@ -87,8 +81,6 @@ TEST_F(PackageStages, APackageWithoutTimingReportHasAMessage) {
               "Error: unable to get velmora report zanx section\n");
     EXPECT_EQ(node_text(tree), "run_info={nodes=[{name=profile}]}");
 }
-
-// ---- Board
 
 constexpr const char* small_board = R"(
     <board version="17.1" name="small">
@@ -137,8 +129,6 @@ TEST_F(BoardStage, APackageWithoutDescriptionHasAMessage) {
               "Error: unable to get board xml zanx section\n");
     EXPECT_TRUE(memories.empty());
 }
-
-// ---- Profiler description and monitor file
 
 class ModelStages : public PackageStages {
   protected:
