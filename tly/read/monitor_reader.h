@@ -3,8 +3,8 @@
 // What must hold: a line costs time in proportion to its length, however many instances the design has, and
 // nothing is allocated for a line or a field once a line as long has been seen (allocation_test counts). A
 // message comes when its line is read, and the node of an invocation when the invocation ends. Most of the
-// time of reading goes into numbers of plain lines, which line_blocks.h takes; what is here is for the others,
-// and may take longer.
+// time of reading goes into numbers of plain lines, which line_blocks.h takes; what is here is for the
+// others, and may take longer.
 #pragma once
 
 #include <memory>
