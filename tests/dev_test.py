@@ -47,15 +47,16 @@ class Dev(unittest.TestCase):
         self.assertEqual(self.dev("help"), (0, out, ""))
         self.assertEqual(self.dev("--help"), (0, out, ""))
 
-    def test_an_unknown_command_is_told_with_the_nearest_one(self):
-        for word, nearest in {"tset": "test", "dem": "demo", "formats": "format", "bnch": "bench"}.items():
+    def test_an_unknown_command_is_reported_with_those_that_begin_like_it(self):
+        meant = {"dem": "'demo'", "tests": "'test'", "formats": "'format'", "f": "'fuzz' or 'format'"}
+        for word, commands in meant.items():
             with self.subTest(word):
                 status, out, err = self.dev(word)
                 self.assertEqual((status, out), (2, ""))
-                self.assertEqual(err.splitlines()[0], f"dev: unknown command '{word}'; did you mean '{nearest}'?")
+                self.assertEqual(err.splitlines()[0], f"dev: unknown command '{word}'; did you mean {commands}?")
                 self.assertIn("usage: ./dev COMMAND\n", err)
 
-    def test_a_word_near_no_command_gets_no_suggestion(self):
+    def test_a_word_like_no_command_gets_no_suggestion(self):
         status, _, err = self.dev("something")
         self.assertEqual((status, err.splitlines()[0]), (2, "dev: unknown command 'something'"))
 
@@ -125,8 +126,8 @@ class Dev(unittest.TestCase):
     def test_lint_without_findings_passes_and_is_not_done_again(self):
         self.lint_runs_on_stand_ins()
         self.assertEqual(self.dev("lint"), (0, "clang-tidy      ok\ncppcheck        ok\n", ""))
-        passed_over = "clang-tidy      unchanged since it passed\ncppcheck        unchanged since it passed\n"
-        self.assertEqual(self.dev("lint"), (0, passed_over, ""))
+        unchanged = "clang-tidy      unchanged since it passed\ncppcheck        unchanged since it passed\n"
+        self.assertEqual(self.dev("lint"), (0, unchanged, ""))
         self.assertEqual((len(self.calls_of("run-clang-tidy")), len(self.calls_of("cppcheck"))), (1, 1))
 
     def test_lint_fails_with_the_findings_of_clang_tidy_and_nothing_else(self):
