@@ -7,16 +7,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-BoardDocument with_memories(const std::string& memories) {
-    BoardDocument document;
-    document.memory = memories;
-    return document;
-}
-
-std::vector<std::string> errors_of_memories(const std::string& memories) {
-    return load(with_memories(memories)).errors;
-}
-
 const std::string overlap = without_line("Global memory regions overlap.");
 
 TEST(GlobalMems, OverlapsAreRefusedButForOneByte) {

@@ -22,16 +22,6 @@ std::vector<std::string> errors_of(const std::string& attributes) {
     return load(with_memory(attributes)).errors;
 }
 
-BoardDocument with_memories(const std::string& memories) {
-    BoardDocument document;
-    document.memory = memories;
-    return document;
-}
-
-std::vector<std::string> errors_of_memories(const std::string& memories) {
-    return load(with_memories(memories)).errors;
-}
-
 // The names of the memories in the order of the board.
 std::string names_of(const board::BoardSpec& spec) {
     std::string names;
