@@ -1,6 +1,7 @@
 #include "tly_exe.h"
 
 #include "diagnostics.h"
+#include "document.h"
 #include "monitor_reader.h"
 #include "package_sections.h"
 
@@ -20,23 +21,13 @@ int refuse(const std::string& reason) {
     return 0;
 }
 
-// The document that every run starts from.
-void seed_document(ptree& tree) {
-    append_text(tree, "json_type", "Corvane Profiler JSON");
-    append_text(append_text(tree, "versions", ""), "profiler_json_version", tly_version);
-    for (const char* list : {"kernels", "boards", "memtransfers", "channels"})
-        append_text(append_text(tree, list, ""), "nodes", "");
-    ptree& run_nodes = append_text(append_text(tree, "run_info", ""), "nodes", "");
-    append_text(append_text(run_nodes, "", ""), "type", "runinfo");
-}
-
 // What lives as long as a run.
 struct Run {
     Run(const char* zanx_path, const char* mon_path) : package(zanx_path), mon_path(mon_path) {}
 
     Package package;
     const char* mon_path;
-    ptree* tree = new ptree;
+    ptree* tree = new ptree(empty_document());
     std::map<std::string, TlyKernel*>* kernels = new std::map<std::string, TlyKernel*>;
     std::unordered_map<std::string, TlyExtMem*> ext_mems;
     std::map<std::string, std::string> original_names;
@@ -107,7 +98,6 @@ void printUsage() {
 
 int runTLY(char* zanx_path, char* mon_path, char* json_path) {
     Run run(zanx_path, mon_path);
-    seed_document(*run.tree);
     int status = 0;
     for (const Stage& stage : stages) {
         status = stage.run(run);
