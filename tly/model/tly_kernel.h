@@ -11,8 +11,6 @@
 #include "tly_constants.h"
 #include "tly_module_inst.h"
 
-class ReportSink;
-
 // The reader adds one entry to each sample list for every monitor line of the kernel, getJSON turns what has
 // accumulated into a report node, and resetKernel makes room for the next invocation.
 // A kernel points to its module instances and doesn't own them: whoever ends the run deletes them.
@@ -86,13 +84,13 @@ class TlyKernel {
     // The report node of the current invocation. A memory that the board doesn't list is told on standard
     // error and left out. With `reset` the kernel is reset behind it.
     ptree getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
-    // Tells a sink what that node consists of.
-    void write_node(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
+    // The lists without a copy of their values.
+    const SampleList<int>& device_ids() const { return m_device_ids; }
+    const SampleList<int>& command_queues() const { return m_command_queues; }
+    const Samples& sample_timestamps() const { return m_sample_timestamps; }
+    const Samples& sample_totalcycles() const { return m_sample_totalcycles; }
 
   private:
-    void write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
-                        const std::unordered_map<std::string, TlyExtMem*>& ext_mems) const;
-
     std::string m_name;
     std::string m_original_name;
     std::string m_user_friendly_name;

@@ -4,10 +4,11 @@
 #include <memory>
 
 #include "BoardSpecXml.h"
+#include "board_node.h"
 #include "diagnostics.h"
 #include "package_sections.h"
-#include "tly_json.h"
 #include "tly_parse.h"
+#include "tree_sink.h"
 
 namespace {
 
@@ -84,7 +85,9 @@ int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, T
                 "Warning: trying to insert new global memory object with a name that already belongs to "
                 "an existing global memory. Global memory names must be unique\n");
     }
-    ptree board = getBoardJSON(spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
-    append_node(tree.get_child("boards.nodes"), "", board);
+    TreeSink boards(tree.get_child("boards.nodes"));
+    boards.open({}, Form::object);
+    write_board(boards, spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
+    boards.close();
     return 0;
 }

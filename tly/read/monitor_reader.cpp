@@ -3,11 +3,12 @@
 #include <optional>
 
 #include "diagnostics.h"
+#include "kernel_node.h"
 #include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
-#include "tly_json.h"
 #include "tly_parse.h"
+#include "transfer_node.h"
 #include "tree_sink.h"
 
 namespace {
@@ -19,8 +20,10 @@ void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
         return;
     ReportSink& sink = nodes.kernels();
     sink.open({}, Form::object);
-    kernel.write_node(sink, reset, ext_mems);
+    write_kernel(sink, kernel, ext_mems);
     sink.close();
+    if (reset)
+        kernel.resetKernel();
 }
 
 // The lists of a report tree, which have to be there when the first node comes.
