@@ -68,9 +68,8 @@ void write_channel_depth(ReportSink& details, const TlyModuleInst& inst) {
         const Samples& requests = requests_of(inst);
         if (fills.size() != stalls.size() || fills.size() != requests.size())
             diagnose(
-                "Warning: numbers of fifo size counts, channel stall counts, and request or invalid counts "
-                "do "
-                "not match.\n");
+                "Warning: numbers of fifo size counts, channel stall counts, "
+                "and request or invalid counts do not match.\n");
         DerivedSamples depths;
         SampleCursor<long long> fill(fills);
         SampleCursor<long long> request(requests);
@@ -159,8 +158,8 @@ DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
     const Samples& bursts = inst.samples(Counter::nbursts);
     if (words.size() != bursts.size())
         diagnose(
-            "Warning: Number of Total burst word samples does not match number of n bursts. May result in "
-            "incorrect average burst size data\n");
+            "Warning: Number of Total burst word samples does not match number of n bursts. "
+            "May result in incorrect average burst size data\n");
     DerivedSamples averages;
     SampleCursor<long long> word(words);
     SampleCursor<long long> burst(bursts);
