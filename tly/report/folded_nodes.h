@@ -26,7 +26,6 @@ class FoldedNodes final : public ReportSink {
     void close() override;
     void array(std::string_view key, const ReportArray& values) override;
 
-    bool empty() const { return m_blocks.empty(); }
     // Writes the same nodes in the same order.
     void write_to(ReportSink& sink) const;
 

@@ -22,9 +22,9 @@ void TlyKernel::write_node(ReportSink& node, bool reset,
     const std::string wrapper_inst = m_name + wrapper_inst_suffix;
     node.open("children", Form::array);
     for (const TlyModuleInst* inst : m_module_insts) {
-        if (inst->name() == function_inst)
+        if (inst->getName() == function_inst)
             continue;
-        if (inst->name() == wrapper_inst) {
+        if (inst->getName() == wrapper_inst) {
             write_ext_mems(node, *inst, ext_mems);
             continue;
         }

@@ -111,9 +111,6 @@ ptree& append_node(ptree& node, std::string_view key, ptree& child);
 // The same document as a tree of texts, every packed value a child with the empty key.
 boost::property_tree::ptree expanded(const ptree& tree);
 
-// The report tree of a document of texts.
-ptree packed(const boost::property_tree::ptree& document);
-
 // Frees everything below `tree`, however deeply it is nested. A tree's own destructor recurses.
 void dismantle(ptree& tree);
 

@@ -137,31 +137,6 @@ TEST(ReportTree, SourceLocationHasAColumnOnlyIfAsked) {
     EXPECT_EQ(without.get<std::string>("line"), "0");
 }
 
-TEST(ReportTree, ExpandedKeepsKeysOrderAndTexts) {
-    ptree tree;
-    append_text(tree, "b", "x");
-    append_text(tree, "a.b", "a dot in a key"); // appended as it stands, not as a path
-    ptree list = createJSONArray(std::vector<int>{4, 0});
-    append_node(tree, "list", list);
-    const Plain plain = expanded(tree);
-    ASSERT_EQ(plain.size(), 3u);
-    auto entry = plain.begin();
-    EXPECT_EQ(entry->first, "b");
-    EXPECT_EQ((++entry)->first, "a.b");
-    EXPECT_EQ(entry->second.data(), "a dot in a key");
-    EXPECT_EQ((++entry)->first, "list");
-    EXPECT_EQ(entry->second.size(), 2u);
-    EXPECT_EQ(entry->second.back().second.data(), "0");
-}
-
-TEST(ReportTree, PackedIsTheReverseOfExpandedForTexts) {
-    Plain document;
-    document.put("a.b", "1");
-    document.put("a.c", "2");
-    document.push_back({"", Plain("element")});
-    EXPECT_EQ(expanded(packed(document)), document);
-}
-
 TEST(ReportTree, AppendedNodesAreMovedNotCopied) {
     ptree node = getSourceJSON("file", 1, 2, true);
     const ptree* line = &node.get_child("line");

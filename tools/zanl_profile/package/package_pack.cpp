@@ -81,8 +81,8 @@ class PlannedStream {
     const std::unique_ptr<char[]> m_piece{new char[io_piece]};
 };
 
-// A stream onto an open file, which stays open when the stream ends.
-FileStream stream_onto(int fd) {
+// A C stream for an open file, which stays open when the stream is closed.
+FileStream stream_for(int fd) {
     const int copy = ::dup(fd);
     FileStream stream(copy < 0 ? nullptr : ::fdopen(copy, "wb"));
     if (!stream && copy >= 0)
@@ -90,6 +90,8 @@ FileStream stream_onto(int fd) {
     return stream;
 }
 
+// Opens the package first: one that can't be changed is reported before anything is packed. A section's bytes
+// must be whole when they are added, so the stream goes through a temporary file.
 void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry>& plan) {
     PackageEdit package = PackageEdit::change(place.package);
     const FileStream stream(std::tmpfile());
@@ -105,13 +107,13 @@ void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry
 }
 
 void pack_into_open_file(int fd, const std::string& name, const std::vector<PlannedEntry>& plan) {
-    const FileStream output = stream_onto(fd);
+    const FileStream output = stream_for(fd);
     if (!output)
         throw system_failure("can't write " + in_quotes(name));
     PlannedStream(output.get(), name).write(plan);
 }
 
-// Into what can't be replaced: a pipe, a device.
+// For files that can't be replaced: pipes and devices.
 void pack_into_special_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
     const Descriptor output(::open(name.c_str(), O_WRONLY | O_CLOEXEC));
     if (output.get() < 0)

@@ -97,7 +97,7 @@ class Entries {
     std::uint32_t mode() const { return m_reader->header().mode; }
     std::uint32_t size() const { return m_reader->header().size; }
 
-    // Hands the bytes of a file over in pieces: `take(bytes, size)`.
+    // Calls `take(bytes, size)` for one piece of a file's bytes after the other.
     template <typename Take>
     void read_data(Take take) {
         for (std::size_t left = is_folder() ? 0 : size(); left != 0;) {
@@ -163,8 +163,8 @@ void unpack_entries(Entries& entries, const std::string& folder) {
     staged.commit();
 }
 
-// Where a trusted entry's bytes go. A file is put in place when it is whole; what is no file, and a link to
-// something that isn't there yet, can only be written to.
+// The target of a trusted entry. A file is put in its place when it is whole; devices, and links to files
+// that don't exist yet, can only be written to directly.
 class TrustedTarget {
   public:
     explicit TrustedTarget(const std::string& path) : m_path(path) {
@@ -200,7 +200,8 @@ void make_trusted_folder(const std::string& path) {
         throw system_failure("can't make the folder " + in_quotes(path));
 }
 
-// As the library does it: names as they stand, straight into the folder, and into folders that are there.
+// As the library does it: names are used as they are, and entries are written into the folder one by one. A
+// folder on the way to an entry is made only if it has an entry of its own.
 void unpack_trusted(Entries& entries, const std::string& folder) {
     make_trusted_folder(folder);
     while (entries.next()) {
