@@ -10,7 +10,9 @@
 
 namespace {
 
-// A model of a caller's containers, which are the caller's again afterwards, also after an exception.
+// A model of a caller's containers, which are the caller's again afterwards, also after an exception. They
+// are exchanged, not copied: the caller's kernels and memories must not be deleted with the model, and a map
+// that is exchanged keeps its order.
 class CallersModel {
   public:
     CallersModel(ProfileModel::Kernels* kernels, ProfileModel::OriginalNames* original_names,
