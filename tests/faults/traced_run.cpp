@@ -24,7 +24,6 @@
 
 namespace {
 
-constexpr int status_not_started = 127;
 constexpr int status_not_traced = 126;
 
 // Has each of these calls wake the tracer, and no others: a process makes many that don't matter.
