@@ -111,7 +111,7 @@ void decode_counters(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         held.start();
         for (int i = 0; i < lines_of_invocation; ++i) {
-            for (const auto& inst : design.insts())
+            for (TlyModuleInst* inst : design.insts())
                 inst->updateCounters(line.fields(), 0, true, SHARED_NONE, 1);
         }
         state.PauseTiming();
@@ -126,7 +126,6 @@ BENCHMARK(decode_counters)->Arg(5)->Arg(50)->Arg(500)->Unit(benchmark::kMillisec
 
 // The same in blocks of lines.
 void decode_blocks(benchmark::State& state) {
-    constexpr int first_counter = 7;
     Design design(static_cast<int>(state.range(0)));
     const std::string text = design.monitor_text(1);
     MonLine line;
@@ -134,7 +133,7 @@ void decode_blocks(benchmark::State& state) {
     LineBlock block;
     block.reset(static_cast<std::size_t>(design.num_counters()));
     while (!block.full()) {
-        std::transform(line.fields().begin() + first_counter, line.fields().end(), block.next(),
+        std::transform(line.fields().begin() + first_counter_field, line.fields().end(), block.next(),
                        [](const MonField& field) { return field.value; });
         block.add();
     }
@@ -143,8 +142,8 @@ void decode_blocks(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         held.start();
         for (int i = 0; i < num_blocks; ++i) {
-            for (const auto& inst : design.insts())
-                inst->updateCounters(block, first_counter, 0, SHARED_NONE);
+            for (TlyModuleInst* inst : design.insts())
+                inst->updateCounters(block, first_counter_field, 0, SHARED_NONE);
         }
         state.PauseTiming();
         held.stop();

@@ -18,7 +18,8 @@ long long num_values(const ptree& node) {
     return values;
 }
 
-// The node of an invocation from samples that are at hand, and the bytes of heap that it takes beside them.
+// The node of an invocation from samples that are there already, and the bytes of heap that it takes beside
+// them.
 void build_node(benchmark::State& state) {
     Design design(num_insts);
     const MonitorFile file(design.monitor_text(num_lines));
@@ -27,7 +28,7 @@ void build_node(benchmark::State& state) {
     long long values = 0;
     for ([[maybe_unused]] auto _ : state) {
         held.start();
-        ptree node = design.kernel().getJSON(false, design.ext_mems);
+        ptree node = design.kernel().getJSON(false, design.ext_mems());
         state.PauseTiming();
         held.stop();
         values = num_values(node);

@@ -1,7 +1,10 @@
-"""The pages tell what is there: links lead somewhere, and what they show of a report is in one."""
+"""The pages describe what is there: links lead somewhere, and what they show of a report is in one."""
 
 import pathlib
 import re
+import shutil
+import subprocess
+import tempfile
 import textwrap
 import unittest
 
@@ -19,12 +22,33 @@ def blocks(text):
     return [textwrap.dedent(block) for block in re.findall(r"(?:^    .*\n)+", text, re.MULTILINE)]
 
 
+def anchors(page):
+    """What a link to a headline of the page may have after the #."""
+    headlines = re.findall(r"^#+ (.*)$", page.read_text(), re.MULTILINE)
+    return {re.sub(r"[^\w\- ]", "", headline.lower()).replace(" ", "-") for headline in headlines}
+
+
 class Docs(unittest.TestCase):
-    def test_links_lead_to_files(self):
+    def test_links_lead_to_files_and_headlines(self):
         for page in pages():
-            for target in re.findall(r"\]\(([^)#:]+)\)", page.read_text()):
+            for target in re.findall(r"\]\(([^):]+)\)", page.read_text()):
+                path, _, anchor = target.partition("#")
                 with self.subTest(page=str(page.relative_to(TOP)), target=target):
-                    self.assertTrue((page.parent / target).exists())
+                    file = page.parent / path if path else page
+                    self.assertTrue(file.exists())
+                    if anchor:
+                        self.assertIn(anchor, anchors(file))
+
+    def test_the_summary_in_the_readme_is_that_of_the_sample(self):
+        shown = next(block for block in blocks((TOP / "README.md").read_text()) if "describe_report" in block)
+        command, summary = shown.splitlines()[1], "".join(shown.splitlines(keepends=True)[2:])
+        self.assertEqual(command, "$ samples/describe_report report.json")
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copy(TOP / "samples" / "image_pipeline" / "expected_report.json", f"{folder}/report.json")
+            whole = subprocess.run([TOP / "samples" / "describe_report", "report.json"], cwd=folder, text=True,
+                                   check=True, stdout=subprocess.PIPE).stdout
+        self.assertEqual(summary, whole[:len(summary)])
+        self.assertEqual(whole[len(summary)], "\n")
 
     def test_the_piece_of_a_report_in_the_readme_is_in_the_report_of_the_sample(self):
         piece = next(block for block in blocks((TOP / "README.md").read_text()) if '"bandwidth_samples"' in block)
@@ -41,6 +65,22 @@ class Docs(unittest.TestCase):
                     if re.fullmatch(form, line):
                         with self.subTest(sample=page.parent.name, file=file, line=line):
                             self.assertIn(line.strip(), lines)
+
+    def test_the_cycles_of_a_sample_last_as_long_as_its_time_stamps_say(self):
+        for sample in (TOP / "samples").glob("*/profile.mon"):
+            timing = (sample.parent / "sections" / "velmora_report").read_text()
+            cycles_a_nanosecond = float(re.search(r"^Actual clock freq: (.*)$", timing, re.MULTILINE)[1]) / 1000
+            previous = {}
+            for number, line in enumerate(sample.read_text().splitlines(), 1):
+                fields = line.split(",")
+                if fields[2].startswith("."):
+                    continue  # a transfer
+                name, start, end, cycles = fields[2], int(fields[3]), int(fields[4]), int(fields[7])
+                begin = previous.get((name, start), start)
+                previous[name, start] = end
+                with self.subTest(sample=sample.parent.name, line=number):
+                    # The host takes each sample a little early or late.
+                    self.assertAlmostEqual(cycles / cycles_a_nanosecond, end - begin, delta=0.02 * (end - begin))
 
     def test_the_table_of_samples_has_them_all(self):
         named = re.findall(r"^\| \[(\w+)\]\(\1\)", (TOP / "samples" / "README.md").read_text(), re.MULTILINE)

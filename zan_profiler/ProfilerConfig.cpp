@@ -89,8 +89,9 @@ ProfilerConfigModuleInst* ProfilerConfigFunction::addModuleInst(const std::strin
                                                                 const std::string& attribute,
                                                                 const bool& is_autorun,
                                                                 const bool& shared_on) {
-    return m_moduleInsts.emplace_back(new ProfilerConfigModuleInst(name, this, find(*m_moduleMapPtr, module),
-                                                                   attribute, is_autorun, shared_on));
+    ProfilerConfigModule* known_module = m_moduleMapPtr ? find(*m_moduleMapPtr, module) : nullptr;
+    return m_moduleInsts.emplace_back(
+        new ProfilerConfigModuleInst(name, this, known_module, attribute, is_autorun, shared_on));
 }
 
 ProfilerConfigConnection* ProfilerConfigFunction::addConnection(ProfilerConfigModuleInst* inst, int id,

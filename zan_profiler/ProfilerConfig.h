@@ -214,7 +214,8 @@ class ProfilerConfigFunction {
   public:
     using ModuleMap = ProfilerConfigIndex<ProfilerConfigModule>;
 
-    // `modules` is where addModuleInst looks names up; it has to outlive the function.
+    // addModuleInst looks modules up in `modules`, which has to outlive the function. Without a map (null)
+    // every module is unknown.
     ProfilerConfigFunction(std::string name, unsigned int num_compute_units, std::string filename,
                            unsigned int linenum, std::string original_name, std::string user_friendly_name,
                            const ModuleMap* modules)

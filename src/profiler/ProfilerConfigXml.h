@@ -3,7 +3,7 @@
 
 #include "BaseXmlLoader.h"
 #include "ProfilerConfig.h"
-#include "ProfilerConfigVisitors.h"
+#include "ProfilerModuleInstListVisitor.h"
 
 namespace zan::profiler {
 

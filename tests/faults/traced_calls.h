@@ -27,13 +27,13 @@ std::span<const KnownCall> all_calls();
 const KnownCall* find_call(std::uint64_t number);
 
 // One call as a process is about to make it.
-class CallInHand {
+class CurrentCall {
   public:
-    CallInHand(pid_t process, const KnownCall& known, const std::array<std::uint64_t, 6>& arguments)
+    CurrentCall(pid_t process, const KnownCall& known, const std::array<std::uint64_t, 6>& arguments)
         : m_process(process), m_known(known), m_arguments(arguments) {}
 
-    // The file as a reader of a test knows it: relative to `folder`, "standard output", "(temporary)"; empty
-    // for one that is not the process's own.
+    // The file as tests name it: relative to `folder`, "standard output", "(temporary)"; empty for files that
+    // are not the process's own.
     std::string file(const std::string& folder, const std::string& output) const;
 
   private:

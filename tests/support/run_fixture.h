@@ -1,13 +1,10 @@
-// Kernels, module instances and a report tree made by hand, as the stages of a run hand them to the monitor
-// reader.
+// A profile model and a report tree made by hand, as the stages of a run hand them to the monitor reader.
 #pragma once
 
-#include <list>
-#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
+#include "monitor_reader.h"
 #include "temp_dir.h"
 #include "tly_parse.h"
 #include "whole_file.h"
@@ -20,10 +17,6 @@ class RunFixture {
     }
     RunFixture(const RunFixture&) = delete;
     RunFixture& operator=(const RunFixture&) = delete;
-    ~RunFixture() {
-        for (const auto& [name, kernel] : kernels)
-            delete kernel;
-    }
 
     TlyKernel& kernel(const std::string& name, bool autorun = false) {
         return *(kernels[name] = new TlyKernel(name, autorun));
@@ -31,18 +24,22 @@ class RunFixture {
 
     // An instance of the kernel, of the function with the kernel's name.
     TlyModuleInst& inst(TlyKernel& kernel, const std::string& name, bool shared = false) {
-        TlyModuleInst& made = m_insts.emplace_back(name, "module", kernel.get_name(), "", "", "", "", "32",
-                                                   "", kernel.is_autorun_kernel(), 1, shared);
-        kernel.add_module_inst(&made);
-        return made;
+        auto* made = new TlyModuleInst(name, "module", kernel.get_name(), "", "", "", "", "32", "",
+                                       kernel.is_autorun_kernel(), 1, shared);
+        kernel.add_module_inst(made);
+        return *made;
     }
 
     // Reads a monitor file of these lines, each ended by a newline.
     int read(const std::vector<std::string>& lines, bool no_profiler = false) {
-        std::string content;
-        for (const std::string& line : lines)
-            content += line + "\n";
-        return read_file(file(content), no_profiler);
+        return read_file(file(joined_lines(lines)), no_profiler);
+    }
+    // The same, with the choice of how kernel lines are decoded. Replaces the nodes that the tree has.
+    int read_decoding(LineDecoding decoding, const std::vector<std::string>& lines) {
+        FoldedMonitorNodes read_nodes;
+        const StageResult result = read_monitor_file(model, read_nodes, file(joined_lines(lines)), decoding);
+        read_nodes.append_to(tree);
+        return static_cast<int>(result);
     }
     int read_file(const std::string& path, bool no_profiler = false) {
         return parseProfilerMONFile(&kernels, &tree, path, original_names, ext_mems, no_profiler);
@@ -68,11 +65,18 @@ class RunFixture {
     }
 
     ptree tree;
-    std::map<std::string, TlyKernel*> kernels;
-    std::map<std::string, std::string> original_names;
-    std::unordered_map<std::string, TlyExtMem*> ext_mems;
+    ProfileModel model;
+    ProfileModel::Kernels& kernels = model.kernels;
+    ProfileModel::OriginalNames& original_names = model.original_names;
+    ProfileModel::ExtMems& ext_mems = model.ext_mems;
 
   private:
+    static std::string joined_lines(const std::vector<std::string>& lines) {
+        std::string content;
+        for (const std::string& line : lines)
+            content += line + "\n";
+        return content;
+    }
     static std::string joined(const boost::property_tree::ptree& value) {
         std::string text = value.data();
         for (const auto& [key, element] : value)
@@ -81,5 +85,4 @@ class RunFixture {
     }
 
     TempDir m_dir;
-    std::list<TlyModuleInst> m_insts; // instances stay where they are made
 };

@@ -11,7 +11,7 @@ namespace {
 // Numbers of up to this many digits fit a long long whatever the digits are.
 constexpr std::ptrdiff_t safe_digits = 18;
 
-// Reads the field that starts at `begin` and gives its end, the next comma or the end of the line. Nearly
+// Reads the field that starts at `begin` and returns its end, the next comma or the end of the line. Nearly
 // all fields are a plain number of few digits, so that one pass over them finds the value and the end.
 const char* read_field(const char* begin, const char* end, MonField& field) {
     const char* position = begin;

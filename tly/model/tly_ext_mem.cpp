@@ -43,27 +43,7 @@ TlyExtMem::TlyExtMem(std::string name, float max_bandwidth)
 }
 
 void TlyExtMem::add_interface(std::string name, unsigned int data_width, std::vector<std::string> ports) {
-    m_interfaces.push_back(new TlyExtMemInterface(std::move(name), data_width, std::move(ports)));
-}
-
-const TlyExtMemInterface& TlyExtMem::interface(int i) const {
-    return *m_interfaces.at(static_cast<std::size_t>(i));
-}
-
-std::string TlyExtMem::get_interface_name(int i) const {
-    return interface(i).getName();
-}
-
-int TlyExtMem::get_interface_width(int i) const {
-    return interface(i).getDataWidth();
-}
-
-int TlyExtMem::get_interface_nports(int i) const {
-    return interface(i).getNumPorts();
-}
-
-std::string TlyExtMem::get_interface_port_name(int i, int port) const {
-    return interface(i).getPortName(port);
+    m_interfaces.emplace_back(std::move(name), data_width, std::move(ports));
 }
 
 void TlyExtMem::set_max_burst_count(unsigned int count) {

@@ -27,8 +27,8 @@ TlyKernel::TlyKernel(std::string name) : TlyKernel(std::move(name), false) {
 void TlyKernel::add_module_inst(TlyModuleInst* inst) {
     ZAN_CONTRACT(inst != nullptr, "inst != nullptr");
     m_module_insts.push_back(inst);
-    m_first_of_name.try_emplace(inst->name(), inst);
-    if (inst->name() == m_name + "_function_wrapper")
+    m_first_of_name.try_emplace(inst->getName(), inst);
+    if (inst->getName() == m_name + ext_mem_inst_suffix)
         set_extmem_module_inst(inst);
 }
 
@@ -37,7 +37,7 @@ void TlyKernel::set_module_insts(std::vector<TlyModuleInst*> insts) {
     m_first_of_name.clear();
     for (TlyModuleInst* inst : m_module_insts) {
         if (inst)
-            m_first_of_name.try_emplace(inst->name(), inst);
+            m_first_of_name.try_emplace(inst->getName(), inst);
     }
 }
 

@@ -1,154 +1,50 @@
 #include "monitor_reader.h"
 
-#include <algorithm>
-#include <optional>
-#include <stdexcept>
+#include <utility>
 
 #include "diagnostics.h"
 #include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
-#include "number_text.h"
 #include "tly_json.h"
-#include "tly_parse.h"
 
 namespace {
 
-// Field indices of a kernel line. A transfer line ends with the field of the sample time.
-enum FieldIndex : std::size_t {
-    device_id_field = 0,
-    queue_id_field = 1,
-    start_time_field = 3,
-    sample_time_field = 4,
-    shared_type_field = 5,
-    num_counters_field = 6,
-};
-
-// Reads one fixed field into the head; false if the field is no number of its type.
-using FieldSetter = bool (*)(LineHead&, const MonField&);
-
-template <auto member>
-bool set_int(LineHead& head, const MonField& field) {
-    const auto number = narrow_to_int(field.number());
-    head.*member = number.value_or(0);
-    return number.has_value();
-}
-
-template <auto member>
-bool set_long_long(LineHead& head, const MonField& field) {
-    head.*member = field.value;
-    return field.is_number;
-}
-
-bool set_shared_type(LineHead& head, const MonField& field) {
-    const auto number = narrow_to_int(field.number());
-    head.shared_type = shared_type_of(number.value_or(SHARED_NONE));
-    return number.has_value();
-}
-
-struct HeadField {
-    std::size_t index;
-    FieldSetter set;
-    std::string_view name; // as the message about a bad value has it
-};
-
-constexpr HeadField head_fields[] = {
-    {device_id_field, set_int<&LineHead::device_id>, "device id"},
-    {queue_id_field, set_int<&LineHead::queue_id>, "command queue id"},
-    {start_time_field, set_long_long<&LineHead::start_time>, "kernel start time"},
-    {sample_time_field, set_long_long<&LineHead::sample_time>, "sample time"},
-    {shared_type_field, set_shared_type, "shared counter type"},
-    {num_counters_field, set_int<&LineHead::num_counters>, "number of counters"},
-};
-
-bool is_transfer_name(std::string_view name) {
-    static const std::string* const names[] = {
-        &mem_transfer_read,    &mem_transfer_write, &mem_transfer_copy, &reprogram,   &mem_mirror_from_device,
-        &mem_mirror_to_device, &mem_transfer,       &mem_migration,     &usm_memcopy,
-    };
-    return name.starts_with('.') &&
-           std::any_of(std::begin(names), std::end(names), [&](const auto* known) { return name == *known; });
-}
-
-// The name in a line is found by its shape: it starts with the first character that is neither a digit nor a
-// comma, and ends in front of the next comma.
-std::string_view name_in(std::string_view line) {
-    const std::size_t begin = line.find_first_not_of("0123456789,");
-    if (begin == std::string_view::npos)
-        throw std::out_of_range("monitor line of digits and commas only");
-    return line.substr(begin, line.find(',', begin) - begin);
-}
-
-// Tells the node of the kernel's invocation, and resets the kernel if that is wanted.
-void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    if (kernel.get_name() == autorun_profile_dummy_kernel)
-        return;
-    ReportSink& sink = nodes.kernels();
-    sink.open("");
-    kernel.write_node(sink, reset, ext_mems);
-    sink.close();
-}
-
-// The lists of a report tree, which have to be there when the first node comes.
-class TreeNodes final : public MonitorNodes {
-  public:
-    explicit TreeNodes(ptree& tree) : m_tree(tree) {}
-    ReportSink& kernels() override { return m_sink.emplace(m_tree.get_child("kernels.nodes")); }
-    ReportSink& transfers() override { return m_sink.emplace(m_tree.get_child("memtransfers.nodes")); }
-
-  private:
-    ptree& m_tree;
-    std::optional<TreeSink> m_sink;
-};
-
 class MonitorReader {
   public:
-    MonitorReader(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                  const std::map<std::string, std::string>& original_names,
-                  std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler)
-        : m_kernels(kernels),
-          m_nodes(nodes),
-          m_original_names(original_names),
-          m_ext_mems(ext_mems),
-          m_no_profiler(no_profiler),
-          m_blocks(kernels) {}
+    MonitorReader(ProfileModel& model, MonitorNodes& nodes, LineDecoding decoding)
+        : m_model(model), m_nodes(nodes), m_decoding(decoding), m_blocks(model.kernels) {}
 
     // Reads one line. False if the run has to end.
     bool read_line(std::string_view text);
     // Decodes what is still waiting for that. Nothing may be looked at before.
     void decode_all() { m_blocks.decode_all(); }
-    // Closes the last invocation of each kernel and tells which kernels were never seen.
+    // Closes the last invocation of each kernel, and warns of the kernels that no line named.
     void finish();
 
   private:
-    bool find_target(Receiver& receiver);
+    bool find_target(LineTarget& target);
     TlyKernel* find_kernel();
     void collect_autorun_kernels();
-    bool read_head(LineHead& head);
-    bool read_last_field(LineHead& head);
-    bool set_head_field(const HeadField& field, LineHead& head);
     void add_transfer(const LineHead& head);
-    bool add_sample(const Receiver& receiver, const LineHead& head);
-    bool update_instances(const Receiver& receiver, SharedCounterTypes type);
+    bool add_sample(const LineTarget& target, const LineHead& head);
+    bool update_instances(const LineTarget& target, SharedCounterTypes type);
 
-    std::map<std::string, TlyKernel*>& m_kernels;
+    ProfileModel& m_model;
     MonitorNodes& m_nodes;
-    const std::map<std::string, std::string>& m_original_names;
-    std::unordered_map<std::string, TlyExtMem*>& m_ext_mems;
-    const bool m_no_profiler;
+    const LineDecoding m_decoding;
 
-    MonitorBlocks m_blocks;
+    LineBlocks m_blocks;
     int m_line_number = 0;
     MonLine m_line;
-    std::string_view m_name_on_line; // of the line in hand
+    std::string_view m_name_on_line; // of the current line
     std::string m_name;              // the same after mapping
     // Set by a line with a transfer's name and cleared only when a transfer has been added: a faulty transfer
     // line leaves it set, and the next line is taken for a transfer whatever its name.
     bool m_is_transfer = false;
 
-    // What stands behind a line of the autorun pseudo-kernel; the same for all lines, since no line makes an
-    // autorun kernel.
+    // The kernels and instances that a line of the autorun pseudo-kernel is for. They are the same for all
+    // lines, since no line makes an autorun kernel.
     bool m_autorun_collected = false;
     std::vector<TlyKernel*> m_autorun_kernels;
     std::vector<TlyModuleInst*> m_autorun_insts;
@@ -162,37 +58,37 @@ bool MonitorReader::read_line(std::string_view text) {
     }
     if (!m_is_transfer && m_blocks.add(text))
         return true;
-    m_name_on_line = name_in(text);
+    m_name_on_line = name_in_line(text);
     m_name = m_name_on_line;
-    Receiver receiver;
+    LineTarget target;
     if (is_transfer_name(m_name))
         m_is_transfer = true;
-    else if (!find_target(receiver))
+    else if (!find_target(target))
         return true;
 
     m_line.split(text);
     LineHead head;
-    if (!read_head(head) || !read_last_field(head))
+    if (!read_split_head(m_line, {m_is_transfer, m_model.is_described}, m_line_number, head))
         return true;
     if (m_is_transfer) {
         add_transfer(head);
         return true;
     }
-    return add_sample(receiver, head);
+    return add_sample(target, head);
 }
 
 // Finds the kernel that a line names and its instances. False if the line has to be left out.
-bool MonitorReader::find_target(Receiver& receiver) {
-    receiver.kernel = find_kernel();
-    if (!receiver.kernel)
+bool MonitorReader::find_target(LineTarget& target) {
+    target.kernel = find_kernel();
+    if (!target.kernel)
         return false;
-    receiver.insts = &receiver.kernel->module_insts();
+    target.insts = &target.kernel->module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
         collect_autorun_kernels();
-        receiver.autorun_kernels = &m_autorun_kernels;
-        receiver.insts = &m_autorun_insts;
+        target.autorun_kernels = &m_autorun_kernels;
+        target.insts = &m_autorun_insts;
     }
-    if (receiver.insts->empty() && !m_no_profiler) {
+    if (target.insts->empty() && m_model.is_described) {
         diagnose("profile.mon has some kernel that does not have any moduleinsts - Skipping line {}\n",
                  m_line_number);
         return false;
@@ -203,16 +99,16 @@ bool MonitorReader::find_target(Receiver& receiver) {
 // The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if
 // nothing knows the name and no kernel may be made.
 TlyKernel* MonitorReader::find_kernel() {
-    const auto known = m_kernels.find(m_name);
-    if (known != m_kernels.end())
+    const auto known = m_model.kernels.find(m_name);
+    if (known != m_model.kernels.end())
         return known->second;
-    const auto mapped = m_original_names.find(m_name);
-    if (mapped != m_original_names.end()) {
+    const auto mapped = m_model.original_names.find(m_name);
+    if (mapped != m_model.original_names.end()) {
         m_name = mapped->second;
-        return m_kernels.at(m_name);
+        return m_model.kernels.at(m_name);
     }
-    if (m_no_profiler)
-        return m_kernels.emplace(m_name, new TlyKernel(m_name)).first->second;
+    if (!m_model.is_described)
+        return m_model.kernels.emplace(m_name, new TlyKernel(m_name)).first->second;
     diagnose(
         "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
         "----> kernel in .mon at line {}: {}\n",
@@ -223,7 +119,7 @@ TlyKernel* MonitorReader::find_kernel() {
 void MonitorReader::collect_autorun_kernels() {
     if (std::exchange(m_autorun_collected, true))
         return;
-    for (const auto& [name, kernel] : m_kernels) {
+    for (const auto& [name, kernel] : m_model.kernels) {
         if (!kernel->is_autorun_kernel())
             continue;
         m_autorun_kernels.push_back(kernel);
@@ -232,98 +128,66 @@ void MonitorReader::collect_autorun_kernels() {
     }
 }
 
-bool MonitorReader::set_head_field(const HeadField& field, LineHead& head) {
-    if (field.set(head, m_line.fields()[field.index]))
-        return true;
-    diagnose("ERROR: Unable to parse {}. Ignoring .mon line {}\n", field.name, m_line_number);
-    return false;
-}
-
-// Reads the fixed fields that a comma ends.
-bool MonitorReader::read_head(LineHead& head) {
-    for (const HeadField& field : head_fields) {
-        if (field.index < m_line.num_commas() && !set_head_field(field, head))
-            return false;
-    }
-    return true;
-}
-
-// Reads the last field, where it is a fixed one; false if the line has a wrong number of fields.
-bool MonitorReader::read_last_field(LineHead& head) {
-    const std::size_t last = m_line.num_commas();
-    if (last >= first_counter_field)
-        return true;
-    if ((last == sample_time_field && m_is_transfer) || (last == num_counters_field && m_no_profiler)) {
-        const auto* field = std::find_if(std::begin(head_fields), std::end(head_fields),
-                                         [&](const HeadField& row) { return row.index == last; });
-        return set_head_field(*field, head);
-    }
-    diagnose("ERROR: Unexpected number of values. Ignoring .mon line {}\n", m_line_number);
-    return false;
-}
-
 void MonitorReader::add_transfer(const LineHead& head) {
     ReportSink& nodes = m_nodes.transfers();
-    nodes.open("");
+    nodes.open({}, Form::object);
     write_mem_transfer(nodes, m_name, head.device_id, head.queue_id, head.start_time, head.sample_time);
     nodes.close();
     m_is_transfer = false;
 }
 
 // Adds the sample of a kernel line. False if the run has to end.
-bool MonitorReader::add_sample(const Receiver& receiver, const LineHead& head) {
+bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
-    if (!m_no_profiler && num_fields != head.num_counters) {
+    if (m_model.is_described && num_fields != head.num_counters) {
         diagnose(
-            "Warning: number of .mon entries does not match number of counters for this kernel. Skipping "
-            "line "
-            "{}\n",
+            "Warning: number of .mon entries does not match number of counters for this kernel. "
+            "Skipping line {}\n",
             m_line_number);
         return true;
     }
-    m_blocks.decode(receiver);
+    m_blocks.decode(target);
 
-    // A start time of its own tells a line of a new invocation, and -1 a kernel without any.
-    const long long known_start = receiver.kernel->get_start_time();
+    // A line with another start time begins an invocation. -1 is that of a kernel without one.
+    const long long known_start = target.kernel->get_start_time();
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
-        for (TlyKernel* kernel : receiver.targets())
-            write_invocation(*kernel, m_nodes, true, m_ext_mems);
+        for (TlyKernel* kernel : target.kernels())
+            write_invocation(*kernel, m_nodes, true, m_model.ext_mems);
     }
-    for (TlyKernel* kernel : receiver.targets()) {
-        record_head(*kernel, head);
-        if (sets_start_time)
+    target.add_head(head);
+    if (sets_start_time) {
+        for (TlyKernel* kernel : target.kernels())
             kernel->set_start_time(head.start_time);
+        target.kernel->set_start_time(head.start_time); // also that of the pseudo-kernel
     }
-    if (sets_start_time)
-        receiver.kernel->set_start_time(head.start_time);
 
-    if (m_no_profiler)
+    if (!m_model.is_described)
         return true;
-    if (!update_instances(receiver, head.shared_type))
+    if (!update_instances(target, head.shared_type))
         return false;
-    update_total_cycles(receiver);
-    m_blocks.open(m_name_on_line, receiver, static_cast<std::size_t>(num_fields));
+    target.update_total_cycles();
+    if (m_decoding == LineDecoding::in_blocks)
+        m_blocks.open(m_name_on_line, target, static_cast<std::size_t>(num_fields));
     return true;
 }
 
 // Hands the line's counters to the instances. False if the design and the run differ about shared counters.
-bool MonitorReader::update_instances(const Receiver& receiver, SharedCounterTypes type) {
-    for (TlyModuleInst* inst : *receiver.insts) {
+bool MonitorReader::update_instances(const LineTarget& target, SharedCounterTypes type) {
+    for (TlyModuleInst* inst : *target.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
             diagnose(
-                "ERROR: .zanx file has shared counters data but .mon does not at line {}. Data will not "
-                "match. "
-                "Ensure host is run with the Profiler Runtime Wrapper using the shared counter option. "
-                "ABORT\n",
+                "ERROR: .zanx file has shared counters data but .mon does not at line {}. "
+                "Data will not match. Ensure host is run with the Profiler Runtime Wrapper using the "
+                "shared counter option. ABORT\n",
                 m_line_number);
             return false;
         }
         if (!inst->compiledSharedCounters() && type != SHARED_NONE) {
             diagnose(
-                "ERROR: .mon file has shared counters data at line {} but .zanx does not. Data will not "
-                "match. "
-                "Ensure design is compiled with the profile shared counters flag. ABORT\n",
+                "ERROR: .mon file has shared counters data at line {} but .zanx does not. "
+                "Data will not match. Ensure design is compiled with the profile shared counters flag. "
+                "ABORT\n",
                 m_line_number);
             return false;
         }
@@ -334,9 +198,9 @@ bool MonitorReader::update_instances(const Receiver& receiver, SharedCounterType
 
 void MonitorReader::finish() {
     decode_all();
-    for (const auto& [name, kernel] : m_kernels) {
+    for (const auto& [name, kernel] : m_model.kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            write_invocation(*kernel, m_nodes, false, m_ext_mems);
+            write_invocation(*kernel, m_nodes, false, m_model.ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -345,36 +209,30 @@ void MonitorReader::finish() {
 
 } // namespace
 
-int read_monitor_file(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                      const std::string& mon_path, const std::map<std::string, std::string>& original_names,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
+void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
+    if (kernel.get_name() == autorun_profile_dummy_kernel)
+        return;
+    ReportSink& sink = nodes.kernels();
+    sink.open({}, Form::object);
+    kernel.write_node(sink, reset, ext_mems);
+    sink.close();
+}
+
+StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const std::string& mon_path,
+                              LineDecoding decoding) {
     LineReader lines(mon_path);
     if (!lines.is_open()) {
         diagnose("ABORT: .mon file errored while trying to open.\n");
-        return 1;
+        return StageResult::failed;
     }
-    MonitorReader reader(kernels, nodes, original_names, ext_mems, no_profiler);
+    MonitorReader reader(model, nodes, decoding);
     std::string_view line;
     while (lines.next(line)) {
         if (!reader.read_line(line)) {
             reader.decode_all();
-            return 1;
+            return StageResult::failed;
         }
     }
     reader.finish();
-    return 0;
-}
-
-int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string mon_path,
-                         const std::map<std::string, std::string>& original_names,
-                         std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
-    TreeNodes nodes(*tree);
-    return read_monitor_file(*kernels, nodes, mon_path, original_names, ext_mems, no_profiler);
-}
-
-int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
-                   std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    TreeNodes nodes(*tree);
-    write_invocation(*kernel, nodes, reset, ext_mems);
-    return 1;
+    return StageResult::done;
 }

@@ -1,8 +1,10 @@
 #include <algorithm>
 
+#include "derived_samples.h"
 #include "diagnostics.h"
 #include "report_formulas.h"
 #include "tly_json.h"
+#include "tree_sink.h"
 #include "wrapping.h"
 
 namespace {
@@ -103,9 +105,9 @@ void write_ext_mem(ReportSink& node, const TlyModuleInst& inst, const Samples& s
     node.text("port", mem.get_interface_port_name(bank, port_number));
     const std::size_t count = common_length(port, sample_cycles.size());
     if (port.reads.empty())
-        node.truth("write_only", true);
+        node.boolean("write_only", true);
     else if (port.writes.empty())
-        node.truth("read_only", true);
+        node.boolean("read_only", true);
     write_port_metrics(node, port, count, sample_cycles, mem.get_interface_width(bank), inst.getFmax(),
                        mem.has_max_burst_count() && mem.get_max_burst_count() > 1);
 }

@@ -50,13 +50,13 @@ struct FoldedNodes::Reader {
         position += size;
         return {begin, size};
     }
-    // Copies the values out, as nothing tells how they are aligned.
+    // Copies the values out, as they aren't aligned.
     template <class T>
-    std::size_t values(std::array<T, most_copied>& out) {
+    std::span<const T> values(std::array<T, most_copied>& out) {
         const std::size_t count = number();
         std::memcpy(out.data(), position, count * sizeof(T));
         position += count * sizeof(T);
-        return count;
+        return {out.data(), count};
     }
 };
 
@@ -97,50 +97,54 @@ void FoldedNodes::text(std::string_view key, std::string_view text) {
     end(std::copy(text.begin(), text.end(), out));
 }
 
-void FoldedNodes::open(std::string_view key) {
-    end(begin(Entry::open, key, 0));
+void FoldedNodes::open(std::string_view key, Form form) {
+    end(begin(form == Form::object ? Entry::open_object : Entry::open_array, key, 0));
 }
 
 void FoldedNodes::close() {
     end(begin(Entry::close, {}, 0));
 }
 
-template <class T>
-void FoldedNodes::add_bytes(Entry entry, std::string_view key, const T* values, std::size_t count) {
-    char* const out = put_number(begin(entry, key, max_number_bytes + count * sizeof(T)), count);
-    std::memcpy(out, values, count * sizeof(T));
-    end(out + count * sizeof(T));
+void FoldedNodes::array(std::string_view key, const ReportArray& values) {
+    values.visit([&](const auto& numbers) { add_array(key, numbers); });
 }
 
 template <class T>
-void FoldedNodes::add_values(std::string_view key, const T* values, std::size_t count) {
-    if (count > most_copied) {
-        add_list(key, SampleList<T>(values, count));
+void FoldedNodes::add_bytes(Entry entry, std::string_view key, std::span<const T> values) {
+    char* const out = put_number(begin(entry, key, max_number_bytes + values.size_bytes()), values.size());
+    std::memcpy(out, values.data(), values.size_bytes());
+    end(out + values.size_bytes());
+}
+
+template <class T>
+void FoldedNodes::add_array(std::string_view key, std::span<const T> values) {
+    if (values.size() > most_copied) {
+        add_array(key, list_of(values));
         // NOLINTNEXTLINE(bugprone-branch-clone): branches that are left out for a type look alike
     } else if constexpr (std::is_same_v<T, int>) {
-        add_bytes(Entry::ints, key, values, count);
+        add_bytes(Entry::ints, key, values);
     } else if constexpr (std::is_same_v<T, float>) {
-        add_bytes(Entry::floats, key, values, count);
+        add_bytes(Entry::floats, key, values);
     } else {
         std::array<std::int32_t, most_copied> narrow;
         bool fits = true;
-        for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < values.size(); ++i) {
             narrow[i] = static_cast<std::int32_t>(values[i]);
             fits = fits && narrow[i] == values[i];
         }
         if (fits)
-            add_bytes(Entry::narrow, key, narrow.data(), count);
+            add_bytes(Entry::narrow, key, std::span<const std::int32_t>(narrow.data(), values.size()));
         else
-            add_bytes(Entry::long_longs, key, values, count);
+            add_bytes(Entry::long_longs, key, values);
     }
 }
 
 template <class T>
-void FoldedNodes::add_list(std::string_view key, const SampleList<T>& values) {
+void FoldedNodes::add_array(std::string_view key, const SampleList<T>& values) {
     if (values.size() <= most_copied) {
         std::array<T, most_copied> copy;
         values.read(0, values.size(), copy.data());
-        add_values(key, copy.data(), values.size());
+        add_array(key, std::span<const T>(copy.data(), values.size()));
         return;
     }
     constexpr Entry entry = std::is_same_v<T, int>     ? Entry::int_list
@@ -152,55 +156,50 @@ void FoldedNodes::add_list(std::string_view key, const SampleList<T>& values) {
 }
 
 void FoldedNodes::write_entry(Entry entry, Reader& reader, ReportSink& sink) const {
-    const std::string_view key = m_keys[reader.number()];
-    const auto values = [&](auto& out) {
-        const std::size_t count = reader.values(out);
-        sink.values(key, out.data(), count);
-    };
+    const std::string_view key = entry == Entry::close ? std::string_view() : m_keys[reader.number()];
     switch (entry) {
         case Entry::close:
-            return; // has no key, and was told
+            return sink.close();
         case Entry::text:
             return sink.text(key, reader.text());
-        case Entry::open:
-            return sink.open(key);
+        case Entry::open_object:
+            return sink.open(key, Form::object);
+        case Entry::open_array:
+            return sink.open(key, Form::array);
         case Entry::int_list:
-            return sink.list(key, std::get<0>(m_lists)[reader.number()]);
+            return sink.array(key, std::get<0>(m_lists)[reader.number()]);
         case Entry::long_list:
-            return sink.list(key, std::get<1>(m_lists)[reader.number()]);
+            return sink.array(key, std::get<1>(m_lists)[reader.number()]);
         case Entry::float_list:
-            return sink.list(key, std::get<2>(m_lists)[reader.number()]);
+            return sink.array(key, std::get<2>(m_lists)[reader.number()]);
         case Entry::ints: {
             std::array<int, most_copied> ints;
-            return values(ints);
+            return sink.array(key, reader.values(ints));
         }
         case Entry::floats: {
             std::array<float, most_copied> floats;
-            return values(floats);
+            return sink.array(key, reader.values(floats));
         }
         case Entry::long_longs: {
             std::array<long long, most_copied> long_longs;
-            return values(long_longs);
+            return sink.array(key, reader.values(long_longs));
         }
         case Entry::narrow: {
             std::array<std::int32_t, most_copied> narrow;
             std::array<long long, most_copied> wide;
-            const std::size_t count = reader.values(narrow);
-            std::copy_n(narrow.begin(), count, wide.begin());
-            return sink.values(key, wide.data(), count);
+            const auto values = reader.values(narrow);
+            std::copy(values.begin(), values.end(), wide.begin());
+            return sink.array(key, std::span<const long long>(wide.data(), values.size()));
         }
     }
 }
 
-void FoldedNodes::tell(ReportSink& sink) const {
+void FoldedNodes::write_to(ReportSink& sink) const {
     for (const Block& block : m_blocks) {
         Reader reader{block.bytes.get(), block.bytes.get() + block.size};
         while (reader.position != reader.end) {
             const auto entry = static_cast<Entry>(*reader.position++);
-            if (entry == Entry::close)
-                sink.close();
-            else
-                write_entry(entry, reader, sink);
+            write_entry(entry, reader, sink);
         }
     }
 }

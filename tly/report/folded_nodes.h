@@ -1,13 +1,20 @@
 // Finished nodes in as few bytes as they can be told from.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <span>
+#include <string>
+#include <string_view>
 #include <tuple>
 #include <unordered_map>
+#include <vector>
 
 #include "report_sink.h"
+#include "sample_list.h"
 
 // Takes nodes and tells them again, in the same order. A run of many invocations has millions of small nodes,
 // which would cost some hundred bytes each in a tree: here it is the text's own bytes and two or three more,
@@ -15,29 +22,19 @@
 class FoldedNodes final : public ReportSink {
   public:
     void text(std::string_view key, std::string_view text) override;
-    void open(std::string_view key) override;
+    void open(std::string_view key, Form form) override;
     void close() override;
-    void list(std::string_view key, const SampleList<int>& values) override { add_list(key, values); }
-    void list(std::string_view key, const SampleList<long long>& values) override { add_list(key, values); }
-    void list(std::string_view key, const SampleList<float>& values) override { add_list(key, values); }
-    void values(std::string_view key, const int* values, std::size_t count) override {
-        add_values(key, values, count);
-    }
-    void values(std::string_view key, const long long* values, std::size_t count) override {
-        add_values(key, values, count);
-    }
-    void values(std::string_view key, const float* values, std::size_t count) override {
-        add_values(key, values, count);
-    }
+    void array(std::string_view key, const ReportArray& values) override;
 
-    bool empty() const { return m_blocks.empty(); }
-    void tell(ReportSink& sink) const;
+    // Writes the same nodes in the same order.
+    void write_to(ReportSink& sink) const;
 
   private:
     // What stands at the front of each entry, followed by the number of its key, if it has one.
     enum class Entry : unsigned char {
         text, // length, bytes
-        open,
+        open_object,
+        open_array,
         close,
         ints,       // number of values, their bytes
         long_longs, // number of values, their bytes
@@ -58,11 +55,11 @@ class FoldedNodes final : public ReportSink {
     void end(const char* end);
     std::size_t number_of(std::string_view key);
     template <class T>
-    void add_list(std::string_view key, const SampleList<T>& values);
+    void add_array(std::string_view key, const SampleList<T>& values);
     template <class T>
-    void add_values(std::string_view key, const T* values, std::size_t count);
+    void add_array(std::string_view key, std::span<const T> values);
     template <class T>
-    void add_bytes(Entry entry, std::string_view key, const T* values, std::size_t count);
+    void add_bytes(Entry entry, std::string_view key, std::span<const T> values);
     void write_entry(Entry entry, Reader& reader, ReportSink& sink) const;
 
     std::vector<Block> m_blocks;

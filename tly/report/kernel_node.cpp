@@ -3,6 +3,7 @@
 #include "diagnostics.h"
 #include "tly_json.h"
 #include "tly_kernel.h"
+#include "tree_sink.h"
 
 ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     ptree node;
@@ -17,17 +18,17 @@ void TlyKernel::write_node(ReportSink& node, bool reset,
     write_kernel(node, display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids, 0,
                  m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles, m_autorun,
                  m_shared_run_type);
-    const std::string function_inst = m_name + "_function_inst";
-    const std::string wrapper_inst = m_name + "_function_wrapper_inst";
-    node.open("children");
+    const std::string function_inst = m_name + function_inst_suffix;
+    const std::string wrapper_inst = m_name + wrapper_inst_suffix;
+    node.open("children", Form::array);
     for (const TlyModuleInst* inst : m_module_insts) {
-        if (inst->name() == function_inst)
+        if (inst->getName() == function_inst)
             continue;
-        if (inst->name() == wrapper_inst) {
+        if (inst->getName() == wrapper_inst) {
             write_ext_mems(node, *inst, ext_mems);
             continue;
         }
-        node.open("");
+        node.open({}, Form::object);
         write_module(node, *inst, m_sample_totalcycles);
         node.close();
     }
@@ -50,7 +51,7 @@ void TlyKernel::write_ext_mems(ReportSink& children, const TlyModuleInst& wrappe
                 if (wrapper.ext_mem_samples(EXT_MEM_READ, mem.get_name(), i, port).empty() &&
                     wrapper.ext_mem_samples(EXT_MEM_WRITE, mem.get_name(), i, port).empty())
                     continue;
-                children.open("");
+                children.open({}, Form::object);
                 write_ext_mem(children, wrapper, m_sample_totalcycles, mem, static_cast<unsigned long>(i),
                               static_cast<unsigned long>(port));
                 children.close();

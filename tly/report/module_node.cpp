@@ -1,9 +1,11 @@
 #include <algorithm>
 
+#include "derived_samples.h"
 #include "diagnostics.h"
 #include "number_text.h"
 #include "report_formulas.h"
 #include "tly_json.h"
+#include "tree_sink.h"
 
 namespace {
 
@@ -35,17 +37,17 @@ void write_location(ReportSink& node, const TlyModuleInst& inst, int i) {
 // Tells the call chains of the instance's flat list, where each location is followed by its call sites, the
 // innermost first. The walk goes backwards, so the entries come in reverse order of the debug records.
 void write_sources(ReportSink& node, const TlyModuleInst& inst) {
-    node.open("sourcefiles");
+    node.open("sourcefiles", Form::array);
     int end = std::min(std::min(inst.getNumLines(), inst.getNumFilenames()) - 1, inst.getNumCols()) + 1;
     while (end > 0) {
         int begin = end - 1;
         while (begin > 0 && inst.getIsCallsite(begin) != 0)
             --begin;
-        node.open("");
+        node.open({}, Form::object);
         write_location(node, inst, begin);
         for (int i = begin + 1; i < end; ++i) {
-            node.open("callsite");
-            node.open("");
+            node.open("callsite", Form::array);
+            node.open({}, Form::object);
             write_location(node, inst, i);
         }
         for (int i = begin + 1; i < end; ++i) {
@@ -88,7 +90,7 @@ int byte_width_of(const TlyModuleInst& inst) {
     const auto bits = parse_int(inst.getAttrByteWidth());
     if (bits)
         return *bits / 8;
-    diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.name(),
+    diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.getName(),
              inst.getAttrByteWidth());
     diagnose("Warning: unable to parse the byte width. Setting byte width to 1.\n");
     return 1;
@@ -195,7 +197,7 @@ void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples
     if (kind.global_read)
         write_cache_hits(details, inst);
     const bool coalesced = inst.getAttrMemoryOpt().find(memoryopt_coalesced) != std::string::npos;
-    details.truth("coalesced_memory", coalesced);
+    details.boolean("coalesced_memory", coalesced);
     DerivedSamples burst_sizes = average_burst_sizes(inst);
     if (kind.global && !burst_sizes.empty()) {
         details.text("global_mem_name", inst.getAttrGlobalMemName());
@@ -207,13 +209,13 @@ void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples
 
 void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sample_cycles) {
     node.text("type", "moduleinst");
-    node.text("name", inst.name());
+    node.text("name", inst.getName());
     // This message alone has no newline.
     if (inst.getNumLines() != inst.getNumFilenames() || inst.getNumLines() != inst.getNumCols())
         diagnose(
             "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
     write_sources(node, inst);
-    node.open("module_inst_details");
+    node.open("module_inst_details", Form::object);
     write_details(node, inst, sample_cycles);
     node.close();
 }

@@ -1,11 +1,11 @@
-// The text of a float: what a stream's default format would give with 7 significant digits.
+#include "report_numbers.h"
+
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 
 #include "decimal_digits.h"
-#include "report_tree.h"
 
 namespace {
 

@@ -3,8 +3,6 @@
 
 #include <boost/optional.hpp>
 #include <boost/property_tree/ptree.hpp>
-#include <charconv>
-#include <concepts>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -14,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-#include "decimal_digits.h"
+#include "report_numbers.h"
 #include "sample_list.h"
 
 class FoldedNodes;
@@ -71,46 +69,6 @@ class ReportValue {
         m_value;
 };
 
-// Longest text of a number in the report.
-inline constexpr std::size_t max_number_text = 24;
-
-// Writes the report's text of a number at `out`, which has room for max_number_text bytes, and gives the end.
-// Integers are decimal; a float has the 7 significant digits that a stream's default format would give.
-template <std::integral T>
-char* write_number(char* out, T value) {
-    constexpr std::uint64_t block = 100'000'000; // what eight digits hold
-    if (has_digit_blocks && value >= 0) {
-        const auto number = static_cast<std::uint64_t>(value);
-        if (number < block)
-            return write_up_to_8_digits(out, static_cast<std::uint32_t>(number));
-        if (number < block * block) {
-            out = write_up_to_8_digits(out, static_cast<std::uint32_t>(number / block));
-            return write_8_digits(out, static_cast<std::uint32_t>(number % block));
-        }
-    }
-    return std::to_chars(out, out + max_number_text, value).ptr;
-}
-char* write_number(char* out, float value);
-
-template <class T>
-concept ReportNumber = std::same_as<T, int> || std::same_as<T, long long> || std::same_as<T, unsigned int> ||
-    std::same_as<T, unsigned long> || std::same_as<T, float>;
-
-// The text that a value of type T has in the report.
-template <class T>
-std::string report_text(const T& value) {
-    if constexpr (std::is_same_v<T, bool>) {
-        return value ? "true" : "false";
-    } else if constexpr (std::is_enum_v<T>) {
-        return report_text(static_cast<std::underlying_type_t<T>>(value));
-    } else if constexpr (ReportNumber<T>) {
-        char text[max_number_text];
-        return std::string(text, write_number(text, value));
-    } else {
-        return std::string(value);
-    }
-}
-
 // How the tree's put and get see a ReportValue: as the text of a report of texts only. A packed array has
 // the empty text, as the node of an array has.
 template <class T>
@@ -150,20 +108,8 @@ ptree& append_text(ptree& node, std::string_view key, std::string text);
 // it.
 ptree& append_node(ptree& node, std::string_view key, ptree& child);
 
-// Appends the array of the samples under `key`, sharing their storage; an empty list appends nothing.
-template <class T>
-void append_samples(ptree& node, std::string_view key, const SampleList<T>& samples) {
-    if (samples.empty())
-        return;
-    ptree array = packed_array(samples);
-    append_node(node, key, array);
-}
-
 // The same document as a tree of texts, every packed value a child with the empty key.
 boost::property_tree::ptree expanded(const ptree& tree);
-
-// The report tree of a document of texts.
-ptree packed(const boost::property_tree::ptree& document);
 
 // Frees everything below `tree`, however deeply it is nested. A tree's own destructor recurses.
 void dismantle(ptree& tree);

@@ -1,10 +1,12 @@
 #include "tly_json.h"
 
+#include "tree_sink.h"
+
 namespace {
 
 // The filename may hold a NUL, which ends it.
 void write_source(ReportSink& node, const std::string& filename, unsigned int line) {
-    node.open("sourcefile");
+    node.open("sourcefile", Form::object);
     node.text("filename", filename.c_str());
     node.number("line", static_cast<int>(line));
     node.close();
@@ -30,7 +32,7 @@ void write_kernel(ReportSink& node, std::string_view name, const std::string& so
     node.number("shared_counter_run_type", static_cast<int>(shared_type));
     node.samples("sample_timestamps", sample_timestamps);
     node.samples("total_cycles_between_samples", total_cycles);
-    node.truth("is_autorun", is_autorun);
+    node.boolean("is_autorun", is_autorun);
 }
 
 ptree getKernelJSON(std::string name, std::string sourcefile, unsigned int line,

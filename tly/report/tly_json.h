@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "report_sink.h"
+#include "report_tree.h"
 #include "sample_list.h"
 #include "tly_constants.h"
 #include "tly_ext_mem.h"

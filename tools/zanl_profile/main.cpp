@@ -1,4 +1,4 @@
-#include "command_line.h"
+#include "toolbox.h"
 
 int main(int argc, char** argv) {
     return zan::tool::run_toolbox(argc, argv);

@@ -7,7 +7,7 @@
 
 namespace zan::pkg {
 
-void tell_error(const zan_pkg_file* pkg, const char* format, ...) {
+void report_error(const zan_pkg_file* pkg, const char* format, ...) {
     if (!pkg->show_error)
         return;
     va_list arguments;
@@ -16,7 +16,7 @@ void tell_error(const zan_pkg_file* pkg, const char* format, ...) {
     va_end(arguments);
 }
 
-void tell_info(const zan_pkg_file* pkg, const char* format, ...) {
+void report_progress(const zan_pkg_file* pkg, const char* format, ...) {
     if (!pkg->show_info)
         return;
     va_list arguments;
@@ -30,9 +30,9 @@ const char* elf_message(int error) {
     return text ? text : "(null)";
 }
 
-void tell_elf_failure(const zan_pkg_file* pkg, const char* function) {
+void report_elf_failure(const zan_pkg_file* pkg, const char* function) {
     constexpr int last_error = -1;
-    tell_error(pkg, " %s ()  failed : %s.", function, elf_message(last_error));
+    report_error(pkg, " %s ()  failed : %s.", function, elf_message(last_error));
 }
 
 Elf_Data* name_table(const zan_pkg_file* pkg) {
@@ -41,7 +41,7 @@ Elf_Data* name_table(const zan_pkg_file* pkg) {
     Elf_Data* data = section ? elf_getdata(section, nullptr) : nullptr;
     if (data && has_bytes(data))
         return data;
-    if (pkg->show_info)
+    if (pkg->show_info) // unlike all other progress, on standard error
         std::fputs("No string table section\n", stderr);
     return nullptr;
 }
@@ -93,17 +93,17 @@ Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section) {
         case DataFault::none:
             return data;
         case DataFault::missing:
-            tell_error(pkg, "No data for section.\n");
+            report_error(pkg, "No data for section.\n");
             return nullptr;
         case DataFault::multiple:
-            tell_error(pkg, "Multiple data descriptors for section.\n");
+            report_error(pkg, "Multiple data descriptors for section.\n");
             return nullptr;
     }
     return nullptr;
 }
 
-// Without memory for the section's header the library gives the section all the same, and its other functions
-// fall over it. That something went wrong can only be seen by its last error.
+// Without memory for the section's header elf_newscn() returns the section all the same, and the library's
+// other functions crash on it. Only the last error shows it.
 Elf_Scn* new_section(zan_pkg_file* pkg) {
     constexpr int pending_error = 0;
     elf_errno(); // forgets earlier failures
@@ -111,7 +111,7 @@ Elf_Scn* new_section(zan_pkg_file* pkg) {
     if (section && !elf_errmsg(pending_error))
         return section;
     pkg->broken = true;
-    tell_elf_failure(pkg, "elf_newscn");
+    report_elf_failure(pkg, "elf_newscn");
     return nullptr;
 }
 

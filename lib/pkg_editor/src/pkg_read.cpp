@@ -12,32 +12,27 @@ namespace {
 constexpr const char* section_not_found = "Couldn't find section with name '%s'.\n";
 constexpr const char* no_data_for_section = "No data for section '%s'.\n";
 
-// A section that a read function was asked for, and its data if it is valid.
-struct Found {
-    Elf_Scn* section;
-    Elf_Data* data;
-};
-
-Found look_up(const zan_pkg_file* pkg, const char* name) {
+// The section's data, to be copied or pointed to at `target`. Null, after the message for the first of these
+// faults: no target, no such section, no data. Data is looked at last: a caller without a target gets
+// no other message.
+const Elf_Data* find_readable(const zan_pkg_file* pkg, const char* name, const void* target,
+                              const char* null_target) {
     Elf_Scn* section = section_by_name(pkg, name);
-    return {section, section ? valid_data(pkg, section) : nullptr};
-}
-
-// Whether what was found can be read into `target`; tells what is wrong, `null_target` for no target.
-bool check_readable(const zan_pkg_file* pkg, const char* name, const Found& found, const void* target,
-                    const char* null_target) {
-    if (!target)
-        tell_error(pkg, "%s", null_target);
-    else if (!found.section)
-        tell_error(pkg, section_not_found, name);
-    else if (found.data && has_bytes(found.data))
-        return true;
-    else {
-        if (found.data) // a size, but no bytes in the file
-            tell_error(pkg, "No data for section.\n");
-        tell_error(pkg, no_data_for_section, name);
+    if (!target) {
+        report_error(pkg, "%s", null_target);
+        return nullptr;
     }
-    return false;
+    if (!section) {
+        report_error(pkg, section_not_found, name);
+        return nullptr;
+    }
+    const Elf_Data* data = valid_data(pkg, section);
+    if (data && has_bytes(data))
+        return data;
+    if (data) // a size, but no bytes in the file
+        report_error(pkg, "No data for section.\n");
+    report_error(pkg, no_data_for_section, name);
+    return nullptr;
 }
 
 // Writes all bytes, unbuffered so that the count of written bytes is that of the file.
@@ -63,26 +58,26 @@ int zan_pkg_section_exists(zan_pkg_file* pkg, const char* name, size_t* size) {
 int zan_pkg_read_section(zan_pkg_file* pkg, const char* name, void* buffer, size_t capacity) {
     if (!pkg || !name)
         return 0;
-    const Found found = look_up(pkg, name);
-    if (!check_readable(pkg, name, found, buffer, "Buffer argument is NULL\n"))
+    const Elf_Data* found = find_readable(pkg, name, buffer, "Buffer argument is NULL\n");
+    if (!found)
         return 0;
-    if (found.data->d_size >= capacity) {
-        tell_error(pkg, "Target buffer for section '%s' is too small.\n", name);
+    if (found->d_size >= capacity) {
+        report_error(pkg, "Target buffer for section '%s' is too small.\n", name);
         return 0;
     }
-    if (found.data->d_size != 0)
-        std::memcpy(buffer, found.data->d_buf, found.data->d_size);
-    static_cast<char*>(buffer)[found.data->d_size] = 0;
+    if (found->d_size != 0)
+        std::memcpy(buffer, found->d_buf, found->d_size);
+    static_cast<char*>(buffer)[found->d_size] = 0;
     return 1;
 }
 
 int zan_pkg_read_section_transient(zan_pkg_file* pkg, const char* name, void** data) {
     if (!pkg || !name)
         return 0;
-    const Found found = look_up(pkg, name);
-    if (!check_readable(pkg, name, found, data, "Buffer pointer argument is NULL\n"))
+    const Elf_Data* found = find_readable(pkg, name, data, "Buffer pointer argument is NULL\n");
+    if (!found)
         return 0;
-    *data = found.data->d_buf;
+    *data = found->d_buf;
     return 1;
 }
 
@@ -91,17 +86,17 @@ int zan_pkg_read_section_into_file(zan_pkg_file* pkg, const char* name, const ch
         return 0;
     Elf_Scn* section = section_by_name(pkg, name);
     if (!section) {
-        tell_error(pkg, section_not_found, name);
+        report_error(pkg, section_not_found, name);
         return 0;
     }
     Elf_Data* data = nullptr;
     const DataFault fault = find_data(section, data);
     if (fault == DataFault::multiple) {
-        tell_error(pkg, "Multiple data descriptors for '%s'.\n", name);
+        report_error(pkg, "Multiple data descriptors for '%s'.\n", name);
         return 0;
     }
     if (fault == DataFault::missing || !has_bytes(data)) {
-        tell_error(pkg, no_data_for_section, name);
+        report_error(pkg, no_data_for_section, name);
         return 0;
     }
     std::FILE* file = std::fopen(filename, "wb");
@@ -112,11 +107,11 @@ int zan_pkg_read_section_into_file(zan_pkg_file* pkg, const char* name, const ch
     }
     const std::size_t written = write_file(file, data);
     if (written < data->d_size) {
-        tell_error(pkg, "Wrote only %zu out of %zu bytes into %s for writing", written, data->d_size,
-                   filename);
+        report_error(pkg, "Wrote only %zu out of %zu bytes into %s for writing", written, data->d_size,
+                     filename);
         return 0;
     }
-    tell_info(pkg, "Wrote %zu bytes from section '%s' to file %s\n", written, name, filename);
+    report_progress(pkg, "Wrote %zu bytes from section '%s' to file %s\n", written, name, filename);
     return 1;
 }
 

@@ -41,7 +41,7 @@ class Unpacker {
     StreamReader& m_reader;
     const char* const m_caller;
     const std::size_t m_directory_length;
-    std::string m_path; // the target folder with its slash; behind it comes an entry's name
+    std::string m_path; // the target folder with its slash, to which names of entries are added
     const std::unique_ptr<char[]> m_small_file{new char[buffered_file_size]};
 };
 
@@ -100,7 +100,7 @@ Result Unpacker::write_file(const char* path) {
     std::FILE* const file = std::fopen(path, "wb");
     if (!file)
         return fail("Unable to open %s for writing: %s\n", path, std::strerror(errno));
-    std::setvbuf(file, nullptr, _IONBF, 0); // what isn't written now would fail in silence when it is closed
+    std::setvbuf(file, nullptr, _IONBF, 0); // a write that fails in fclose() would go unnoticed
     const Result result = m_reader.header().size == 0 ? done : write_data(path, file);
     std::fclose(file);
     return result;

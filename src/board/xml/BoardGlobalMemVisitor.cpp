@@ -70,16 +70,26 @@ bool GlobalMemVisitor::visit_global_mem_elem(const XMLElement& elem) {
     if (!report_unexpected_attrs(elem, 10, "max_bandwidth", "type", "interleaved_bytes", "name", "id",
                                  "config_addr", "default", "primary_interface", "allocation_type",
                                  "can_access") ||
-        !add_memory(elem) || !read_max_bandwidth(elem))
+        !add_memory(elem))
         return !m_has_error;
-    if (!read_lists(elem) || !read_allocation_type(elem) || !read_type(elem))
+    // The rule on names also applies after an attribute that can't be read, but not after a refused value.
+    if (read_values(elem) == Reading::refused || !check_names(elem))
         return !m_has_error;
-    // A memory without a name among several is told even behind a bad number.
-    if (read_interleaving_and_name(elem) && !read_id(elem))
-        return !m_has_error;
-    if (check_names(elem) && !m_has_error)
+    if (!m_has_error)
         read_config_addr(elem);
     return !m_has_error;
+}
+
+GlobalMemVisitor::Reading GlobalMemVisitor::read_values(const XMLElement& elem) {
+    float bandwidth = 0.0f;
+    if (!query_attribute(elem, "max_bandwidth", &bandwidth, true, true))
+        return Reading::failed;
+    if (!set_max_bandwidth(elem, bandwidth) || !read_lists(elem) || !read_allocation_type(elem) ||
+        !read_type(elem))
+        return Reading::refused;
+    if (!read_interleaving_and_name(elem))
+        return Reading::failed;
+    return read_id(elem) ? Reading::done : Reading::refused;
 }
 
 // The memory joins the others before anything else of it is read.
@@ -95,10 +105,7 @@ bool GlobalMemVisitor::add_memory(const XMLElement& elem) {
     return true;
 }
 
-bool GlobalMemVisitor::read_max_bandwidth(const XMLElement& elem) {
-    float bandwidth = 0.0f;
-    if (!query_attribute(elem, "max_bandwidth", &bandwidth, true, true))
-        return false;
+bool GlobalMemVisitor::set_max_bandwidth(const XMLElement& elem, float bandwidth) {
     if (!(bandwidth >= 0.0f)) // a NaN isn't either
         return report_attr_error(elem, "max_bandwidth", "Max global memory bandwidth must be non-negative.");
     m_gmem->set_max_bandwidth(bandwidth);

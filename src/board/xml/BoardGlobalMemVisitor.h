@@ -15,12 +15,16 @@ class GlobalMemVisitor : public BoardSectionVisitor {
     bool VisitExit(const XMLElement& elem) override;
 
   private:
+    // How the reading of the attributes ended; `failed` where one is missing or not of its type.
+    enum class Reading { done, failed, refused };
+
     bool visit_global_mem_elem(const XMLElement& elem);
     bool visit_interface_elem(const XMLElement& elem);
     bool pass_over(const XMLElement& elem);
 
     bool add_memory(const XMLElement& elem);
-    bool read_max_bandwidth(const XMLElement& elem);
+    Reading read_values(const XMLElement& elem);
+    bool set_max_bandwidth(const XMLElement& elem, float bandwidth);
     bool read_lists(const XMLElement& elem);
     bool read_allocation_type(const XMLElement& elem);
     bool read_type(const XMLElement& elem);

@@ -3,9 +3,9 @@
 
 #include "BaseXmlLoader.h"
 #include "BoardCompileVisitor.h"
+#include "BoardDeviceVisitor.h"
 #include "BoardGlobalMemVisitor.h"
-#include "BoardInterfaceVisitors.h"
-#include "BoardSectionVisitors.h"
+#include "BoardInterfaceVisitor.h"
 #include "BoardSpec.h"
 #include "BoardVisitor.h"
 

@@ -4,10 +4,10 @@
 
 #include "BaseAttributeTable.h"
 #include "BoardCompileVisitor.h"
+#include "BoardDeviceVisitor.h"
 #include "BoardGlobalMemChecks.h"
 #include "BoardGlobalMemVisitor.h"
-#include "BoardInterfaceVisitors.h"
-#include "BoardSectionVisitors.h"
+#include "BoardInterfaceVisitor.h"
 #include "contract.h"
 
 namespace zan::board::xml {

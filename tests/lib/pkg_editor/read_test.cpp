@@ -37,7 +37,7 @@ class ReadTest : public PackageTest {
     void* data = nullptr;
 };
 
-TEST_F(ReadTest, ExistsGivesTheSize) {
+TEST_F(ReadTest, ExistsStoresTheSize) {
     std::size_t size = 99;
     EXPECT_EQ(zan_pkg_section_exists(pkg.get(), "five", &size), 1);
     EXPECT_EQ(size, 5u);
@@ -70,14 +70,14 @@ TEST_F(ReadTest, AnEmptySectionFitsABufferOfOneByte) {
     EXPECT_STREQ(buffer, "");
 }
 
-TEST_F(ReadTest, ReadingTellsWhatIsWrongInItsOrder) {
+TEST_F(ReadTest, ReadingReportsTheFirstFault) {
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "six", nullptr, 9); }),
               "Buffer argument is NULL\n");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "six", buffer, 0); }),
               "Couldn't find section with name 'six'.\n");
 }
 
-TEST_F(ReadTest, TransientReadingGivesAPointerIntoThePackage) {
+TEST_F(ReadTest, TransientReadingStoresAPointerIntoThePackage) {
     EXPECT_EQ(zan_pkg_read_section_transient(pkg.get(), "five", &data), 1);
     EXPECT_EQ(Bytes(static_cast<char*>(data), 5), "12345");
     EXPECT_EQ(zan_pkg_read_section_transient(pkg.get(), "empty", &data), 1);
@@ -107,12 +107,26 @@ TEST_F(ReadTest, ASectionOutsideTheFileHasNoData) {
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_section_exists(p, "five", nullptr); }), no_data);
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "five", buffer, 16); }),
               no_data + "No data for section 'five'.\n");
-    EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "five", nullptr, 16); }),
-              no_data + "Buffer argument is NULL\n");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section_transient(p, "five", &data); }),
               no_data + "No data for section 'five'.\n");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section_into_file(p, "five", "/dev/null"); }),
               "No data for section 'five'.\n");
+}
+
+// Whatever is wrong with the section, too: without a target there is nothing to read into.
+TEST_F(ReadTest, ANullTargetIsTheOnlyFaultReported) {
+    const std::string no_buffer = "Buffer argument is NULL\n";
+    const std::string no_pointer = "Buffer pointer argument is NULL\n";
+    const auto expect_them_alone = [&] {
+        EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section(p, "five", nullptr, 16); }), no_buffer);
+        EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section_transient(p, "five", nullptr); }),
+                  no_pointer);
+    };
+    expect_them_alone();
+    move_out_of_file();
+    expect_them_alone();
+    take_bytes_away();
+    expect_them_alone();
 }
 
 TEST_F(ReadTest, ASectionGoesIntoAFile) {
@@ -130,7 +144,7 @@ TEST_F(ReadTest, ASectionGoesIntoAFile) {
     EXPECT_EQ(read_file(out), "");
 }
 
-TEST_F(ReadTest, FilesThatCannotBeWrittenAreTold) {
+TEST_F(ReadTest, FilesThatCannotBeWrittenAreReported) {
     EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section_into_file(p, "six", "/dev/null"); }),
               "Couldn't find section with name 'six'.\n");
     EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section_into_file(p, "five", "/nonexistent/x"); }),

@@ -1,5 +1,5 @@
 // The loader around the visitors: files, several loads, debug text, contracts.
-#include "ProfilerConfigVisitors.h"
+#include "ProfilerModuleInstListVisitor.h"
 #include "capture.h"
 #include "contract_death.h"
 #include "temp_dir.h"

@@ -51,11 +51,19 @@ TEST_F(Records, InstanceOfAFunctionFindsModulesAddedLater) {
     const std::unique_ptr<ProfilerConfigModuleInst> before(
         function().addModuleInst("i", "late", "", false, false));
     config.addModule("late", "", false);
-    const std::unique_ptr<ProfilerConfigModuleInst> behind(
+    const std::unique_ptr<ProfilerConfigModuleInst> after(
         function().addModuleInst("j", "late", "", false, false));
     EXPECT_EQ(before->getModule(), nullptr);
-    EXPECT_EQ(behind->getModule(), config.getModule(1));
-    EXPECT_EQ(function().getModuleInst(1), behind.get());
+    EXPECT_EQ(after->getModule(), config.getModule(1));
+    EXPECT_EQ(function().getModuleInst(1), after.get());
+}
+
+TEST_F(Records, WithoutAMapOfModulesAnInstanceHasNoModule) {
+    ProfilerConfigFunction alone("f", 1, "", 0, "", "", nullptr);
+    const std::unique_ptr<ProfilerConfigModuleInst> inst(alone.addModuleInst("i", "m", "a", true, false));
+    EXPECT_EQ(inst->getModule(), nullptr);
+    EXPECT_EQ(inst->getFunction(), &alone);
+    EXPECT_EQ(alone.getModuleInst(0), inst.get());
 }
 
 TEST_F(Records, ConnectionOfAFunctionKeepsTexts) {

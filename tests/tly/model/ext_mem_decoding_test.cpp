@@ -1,4 +1,4 @@
-// Tags of external memory ports.
+// How values reach the ports of external memories.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -9,43 +9,6 @@
 namespace {
 
 using Values = std::vector<long long>;
-
-TEST(ExtMemTag, NamesMemoryBankPortAndOperation) {
-    const std::pair<const char*, ExtMemOpType> rows[] = {
-        {"_read_data_inc_en_", EXT_MEM_READ},
-        {"_write_data_inc_en_", EXT_MEM_WRITE},
-        {"_read_burst_count_en_", EXT_MEM_READ_BURST},
-        {"_write_burst_count_en_", EXT_MEM_WRITE_BURST},
-    };
-    for (const auto& [word, op] : rows) {
-        const ExtMemTag tag =
-            decode_ext_mem_tag("profile_extmem_k_function_mem_bank1_port2" + std::string(word) + "x");
-        EXPECT_EQ(tag.op, op) << word;
-        EXPECT_TRUE(tag.names_op);
-        EXPECT_EQ(tag.memory, "mem");
-        EXPECT_EQ(tag.bank, 1);
-        EXPECT_EQ(tag.port, 2);
-        EXPECT_EQ(tag.fault, ExtMemTag::Fault::none);
-    }
-}
-
-// "_bank" starts inside "_function_", so the length of the name is negative, and the name is all that
-// follows.
-TEST(ExtMemTag, AnEmptyMemoryNameTakesTheRestOfTheTag) {
-    const ExtMemTag tag = decode_ext_mem_tag("profile_extmem_k_function_bank1_port2_read_data_inc_en_x");
-    EXPECT_EQ(tag.memory, "bank1_port2_read_data_inc_en_x");
-    EXPECT_EQ(tag.bank, 1);
-    EXPECT_EQ(tag.port, 2);
-}
-
-TEST(ExtMemTag, TheFirstOccurrenceOfEachWordCounts) {
-    // The kernel's own name holds "_bank" in front of "_function_": the bank text is all up to "_port".
-    const ExtMemTag tag =
-        decode_ext_mem_tag("profile_extmem_my_bank7_k_function_mem_bank1_port2_read_data_inc_en_x");
-    EXPECT_EQ(tag.bank, 7);
-    EXPECT_EQ(tag.port, 2);
-    EXPECT_EQ(tag.memory, "mem_bank1_port2_read_data_inc_en_x");
-}
 
 class ExtMemDecodingTest : public testing::Test {
   protected:
@@ -78,7 +41,7 @@ TEST_F(ExtMemDecodingTest, ATagWithoutAnOperationCountsAsReadBursts) {
     EXPECT_EQ(inst->getNumExtReadBurstStarts("mem", 1, 2), (Values{5, 6}));
 }
 
-TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
+TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsReportedAndRecordsNothing) {
     for (const std::string tag : {"profile_extmem_k_mem_bank1_port2_read_data_inc_en_x",
                                   "profile_extmem_k_function_mem_port2_read_data_inc_en_x",
                                   "profile_extmem_k_function_mem_bank1_read_data_inc_en_x"}) {
@@ -89,14 +52,14 @@ TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
     }
 }
 
-TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreTold) {
+TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreReported) {
     EXPECT_EQ(messages_of("profile_extmem_"),
               "WARNING: extmem port tag does not match an op type\n"
               "WARNING: something went wrong when decoding the properties of the external memory "
               "profile_extmem_\n");
 }
 
-TEST_F(ExtMemDecodingTest, ABadBankIsToldAlone) {
+TEST_F(ExtMemDecodingTest, ABadBankIsReportedAlone) {
     const std::string start = "WARNING: value for external memory bank was invalid: ";
     EXPECT_EQ(messages_of("profile_extmem_k_function_m_bankX_portY_read_data_inc_en_x"), start + "X\n");
     EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank_port2_read_data_inc_en_x"), start + "\n");
@@ -105,7 +68,7 @@ TEST_F(ExtMemDecodingTest, ABadBankIsToldAlone) {
     EXPECT_EQ(inst->getNumExtMems(), 0);
 }
 
-TEST_F(ExtMemDecodingTest, ABadPortIsToldWithAllThatFollowsIt) {
+TEST_F(ExtMemDecodingTest, ABadPortIsReportedWithAllThatFollowsIt) {
     EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank1_portY_read_data_inc_en_x"),
               "WARNING: value for external memory port was invalid: Y_read_data_inc_en_x\n");
     EXPECT_EQ(inst->getNumExtMems(), 0);
@@ -141,7 +104,7 @@ TEST(UpdateExtMemCounter, RecordsAndAddsToTheLastSample) {
     EXPECT_EQ(inst->getNumExtWrites("m", 0, 1), (Values{11}));
 }
 
-TEST(UpdateExtMemCounter, NegativeNumbersAreToldAndRecordNothing) {
+TEST(UpdateExtMemCounter, NegativeNumbersAreReportedAndRecordNothing) {
     const auto inst = InstBuilder{.function = "direct_negative"}.make();
     EXPECT_EQ(stderr_of([&] {
                   inst->updateExtMemCounter("m", EXT_MEM_READ, -7, -8, 5, true);

@@ -1,4 +1,4 @@
-// Folded nodes stand for the nodes of a tree that was told the same.
+// Folded nodes stand for the nodes of a tree that got the same calls.
 #include "folded_nodes.h"
 
 #include <gtest/gtest.h>
@@ -7,19 +7,19 @@
 
 #include "written_report.h"
 
+#include "report_tree.h"
+#include "tree_sink.h"
+
 namespace {
 
-// Tells random nodes, the same ones for a seed.
+// Writes random nodes, the same ones for a seed.
 class RandomNodes {
   public:
     explicit RandomNodes(unsigned seed) : m_random(seed) {}
 
-    void tell(ReportSink& sink) {
-        for (unsigned count = below(6); count > 0; --count) {
-            sink.open("");
-            write_children(sink, 0);
-            sink.close();
-        }
+    void write_to(ReportSink& sink) {
+        for (unsigned count = below(6); count > 0; --count)
+            write_node(sink, {}, 0);
     }
 
   private:
@@ -40,11 +40,12 @@ class RandomNodes {
         if (below(2) == 0)
             sink.samples(key, SampleList<T>(values));
         else if (!values.empty())
-            sink.values(key, values.data(), values.size());
+            sink.array(key, std::span<const T>(values));
     }
 
-    void write_children(ReportSink& sink, int depth) {
+    void write_node(ReportSink& sink, std::string_view node_key, int depth) {
         const bool in_array = below(3) == 0;
+        sink.open(node_key, in_array ? Form::array : Form::object);
         for (unsigned count = below(8); count > 0; --count) {
             const std::string key = in_array ? std::string() : text() + "k";
             switch (below(depth < 4 ? 6 : 5)) {
@@ -58,14 +59,13 @@ class RandomNodes {
                     write_array<float>(sink, key, 40);
                     break;
                 case 5:
-                    sink.open(key);
-                    write_children(sink, depth + 1);
-                    sink.close();
+                    write_node(sink, key, depth + 1);
                     break;
                 default:
                     sink.text(key, text());
             }
         }
+        sink.close();
     }
 
     std::mt19937_64 m_random;
@@ -77,9 +77,9 @@ struct Trees {
 
     explicit Trees(unsigned seed) {
         TreeSink sink(plain.put("a.nodes", ""));
-        RandomNodes(seed).tell(sink);
+        RandomNodes(seed).write_to(sink);
         const auto nodes = std::make_shared<FoldedNodes>();
-        RandomNodes(seed).tell(*nodes);
+        RandomNodes(seed).write_to(*nodes);
         folded.put("a.nodes", "").data() = ReportValue(nodes);
     }
 };
@@ -137,13 +137,13 @@ TEST(FoldedNodes, TextsLongerThanABlockAreWhole) {
     const auto nodes = std::make_shared<FoldedNodes>();
     nodes->text("", "before");
     nodes->text("", text);
-    nodes->text("", "behind");
+    nodes->text("", "after");
     ptree tree;
     tree.put("nodes", "").data() = ReportValue(nodes);
     const auto list = expanded(tree).get_child("nodes");
     ASSERT_EQ(list.size(), 3u);
     EXPECT_TRUE(std::next(list.begin())->second.data() == text);
-    EXPECT_EQ(list.back().second.data(), "behind");
+    EXPECT_EQ(list.back().second.data(), "after");
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-#include "report_tree.h"
+#include "report_numbers.h"
 
 namespace {
 

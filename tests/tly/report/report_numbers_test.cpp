@@ -1,4 +1,6 @@
 // The quick ways of writing numbers give the text that the general one gives.
+#include "report_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -6,8 +8,6 @@
 #include <cmath>
 #include <limits>
 #include <random>
-
-#include "report_tree.h"
 
 namespace {
 

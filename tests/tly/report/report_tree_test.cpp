@@ -107,14 +107,6 @@ TEST(ReportTree, AnEmptyArrayIsAnEmptyNode) {
     EXPECT_TRUE(expanded(node).empty());
 }
 
-TEST(ReportTree, SamplesThatAreNoneAppendNothing) {
-    ptree node;
-    append_samples(node, "none", SampleList<int>());
-    append_samples(node, "one", SampleList<int>({1}));
-    ASSERT_EQ(node.size(), 1u);
-    EXPECT_EQ(node.front().first, "one");
-}
-
 TEST(ReportTree, APackedArrayReadsAsAnEmptyText) {
     ptree node;
     node.add_child("samples", createJSONArray(std::vector<int>{1, 2}));
@@ -143,31 +135,6 @@ TEST(ReportTree, SourceLocationHasAColumnOnlyIfAsked) {
     ASSERT_EQ(without.size(), 2u);
     EXPECT_EQ(without.get<std::string>("filename"), "");
     EXPECT_EQ(without.get<std::string>("line"), "0");
-}
-
-TEST(ReportTree, ExpandedKeepsKeysOrderAndTexts) {
-    ptree tree;
-    append_text(tree, "b", "x");
-    append_text(tree, "a.b", "a dot in a key"); // appended as it stands, not as a path
-    ptree list = createJSONArray(std::vector<int>{4, 0});
-    append_node(tree, "list", list);
-    const Plain plain = expanded(tree);
-    ASSERT_EQ(plain.size(), 3u);
-    auto entry = plain.begin();
-    EXPECT_EQ(entry->first, "b");
-    EXPECT_EQ((++entry)->first, "a.b");
-    EXPECT_EQ(entry->second.data(), "a dot in a key");
-    EXPECT_EQ((++entry)->first, "list");
-    EXPECT_EQ(entry->second.size(), 2u);
-    EXPECT_EQ(entry->second.back().second.data(), "0");
-}
-
-TEST(ReportTree, PackedIsTheReverseOfExpandedForTexts) {
-    Plain document;
-    document.put("a.b", "1");
-    document.put("a.c", "2");
-    document.push_back({"", Plain("element")});
-    EXPECT_EQ(expanded(packed(document)), document);
 }
 
 TEST(ReportTree, AppendedNodesAreMovedNotCopied) {

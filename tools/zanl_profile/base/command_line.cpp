@@ -14,13 +14,6 @@ namespace zan::tool {
 
 namespace {
 
-constexpr const char* program_name = "zanl-profile";
-
-// The commands of the toolbox; each has others below it.
-constexpr Command toolbox_commands[] = {
-    {"package", "look into design packages, make and change them", define_package_commands},
-};
-
 std::vector<std::string> command_names(const CLI::App& app) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
@@ -43,7 +36,7 @@ std::string suggestion(const std::string& word, const std::vector<std::string>& 
 }
 
 // The command that the arguments lead to: the program itself, or the last one that they name. Throws Failure
-// for a word where a command should stand.
+// for a word where a command should stand. The parser has no suggestions, so it doesn't get such words.
 const CLI::App& command_meant(const CLI::App& program, const std::vector<std::string>& arguments) {
     const CLI::App* app = &program;
     for (const std::string& word : arguments) {
@@ -62,7 +55,8 @@ std::string full_name(const CLI::App& app) {
     return parent ? full_name(*parent) + " " + app.get_name() : app.get_name();
 }
 
-// What the parser says, with the option that may have been meant.
+// The message for arguments that the parser refuses. An unknown option comes first, with the option that may
+// have been meant: the parser would report what is missing because of it.
 std::string wrong_use(const CLI::App& app, const std::vector<std::string>& arguments,
                       const CLI::ParseError& error) {
     const auto names = option_names(app);
@@ -74,9 +68,9 @@ std::string wrong_use(const CLI::App& app, const std::vector<std::string>& argum
     return command_names(app).empty() ? printable(error.what()) : "no command is given";
 }
 
-// Takes no memory, of which there may be none.
-int fail(const char* text, int status) {
-    std::fprintf(stderr, "%s: %s\n", program_name, text);
+// Allocates nothing, as it also reports that there is no memory left.
+int fail(const Command& program, const char* text, int status = status_trouble) {
+    std::fprintf(stderr, "%s: %s\n", program.name, text);
     return status;
 }
 
@@ -85,33 +79,6 @@ int print_text(const std::string& text) {
         throw system_failure("can't write to standard output");
     return 0;
 }
-
-int run(CLI::App& program, std::vector<std::string> arguments) {
-    const CLI::App& command = command_meant(program, arguments);
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as the parser wants them
-    try {
-        program.parse(std::move(reversed));
-        return 0;
-    } catch (const CLI::CallForHelp&) {
-        return print_text(command.help(command.get_parent() ? full_name(*command.get_parent()) : ""));
-    } catch (const CLI::CallForVersion&) {
-        return print_text(std::string(program_name) + " " + tly_version + "\n");
-    } catch (const CLI::ParseError& error) {
-        fail(wrong_use(command, arguments, error).c_str(), status_trouble);
-        std::fprintf(stderr, "see '%s --help'\n", full_name(command).c_str());
-        return status_trouble;
-    }
-}
-
-} // namespace
-
-void add_commands(CLI::App& app, std::span<const Command> commands) {
-    app.require_subcommand(1);
-    for (const Command& command : commands)
-        command.define(*app.add_subcommand(command.name, command.summary));
-}
-
-namespace {
 
 // The parser's words for the parts of a help page, in ours.
 void label_help(CLI::App& program) {
@@ -128,25 +95,48 @@ void label_help(CLI::App& program) {
     program.set_help_flag("-h,--help", "print this help");
 }
 
+int parse_and_run(const Command& program, const std::vector<std::string>& arguments) {
+    CLI::App app(program.summary, program.name);
+    // Before the commands, which inherit both.
+    label_help(app);
+    app.set_version_flag("--version", std::string(), "print the version");
+    program.define(app);
+    const CLI::App& command = command_meant(app, arguments);
+    try {
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them reversed
+        return 0;
+    } catch (const CLI::CallForHelp&) {
+        return print_text(command.help(command.get_parent() ? full_name(*command.get_parent()) : ""));
+    } catch (const CLI::CallForVersion&) {
+        return print_text(std::string(program.name) + " " + tly_version + "\n");
+    } catch (const CLI::ParseError& error) {
+        fail(program, wrong_use(command, arguments, error).c_str());
+        std::fprintf(stderr, "see '%s --help'\n", full_name(command).c_str());
+        return status_trouble;
+    }
+}
+
 } // namespace
 
-int run_toolbox(int argc, const char* const* argv) {
+void add_commands(CLI::App& app, std::span<const Command* const> commands) {
+    app.require_subcommand(1);
+    for (const Command* command : commands)
+        command->define(*app.add_subcommand(command->name, command->summary));
+}
+
+int run_command_line(const Command& program, int argc, const char* const* argv) {
     occupy_standard_streams();
     try {
-        CLI::App program("Looks into what a profiled FPGA design has left behind.", program_name);
-        label_help(program);
-        program.set_version_flag("--version", std::string(), "print the version");
-        add_commands(program, toolbox_commands);
         std::vector<std::string> arguments;
         if (argc > 0)
             arguments.assign(argv + 1, argv + argc);
-        return run(program, std::move(arguments));
+        return parse_and_run(program, arguments);
     } catch (const Failure& failure) {
-        return fail(failure.what(), failure.status());
+        return fail(program, failure.what(), failure.status());
     } catch (const std::bad_alloc&) {
-        return fail("there is not enough memory", status_trouble);
+        return fail(program, "there is not enough memory");
     } catch (const std::exception& error) {
-        return fail(error.what(), status_trouble);
+        return fail(program, error.what());
     }
 }
 

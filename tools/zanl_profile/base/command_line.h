@@ -1,4 +1,4 @@
-// The command line of the toolbox: commands as rows of tables, their help, and what wrong use gets to hear.
+// Command lines: programs and commands as rows, their help, and what wrong use is answered with.
 #pragma once
 
 #include <span>
@@ -9,6 +9,7 @@ class App;
 
 namespace zan::tool {
 
+// A program, or a command of one.
 struct Command {
     const char* name;
     const char* summary; // a line for the help
@@ -16,14 +17,11 @@ struct Command {
     void (*define)(CLI::App& app);
 };
 
-// Adds commands to a program, or to a command that has others below it.
-void add_commands(CLI::App& app, std::span<const Command> commands);
+// Adds commands to a program, or to a command that has others below it, in the order of its help.
+void add_commands(CLI::App& app, std::span<const Command* const> commands);
 
-// The commands of `zanl-profile package`.
-void define_package_commands(CLI::App& app);
-
-// Runs the toolbox: does what the arguments say, tells on standard error what went wrong, and gives the exit
-// status. No exception leaves it.
-int run_toolbox(int argc, const char* const* argv);
+// Runs the program: does what the arguments ask for, and returns the exit status. Failures are reported on
+// standard error; no exception leaves it.
+int run_command_line(const Command& program, int argc, const char* const* argv);
 
 } // namespace zan::tool

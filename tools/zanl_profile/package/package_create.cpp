@@ -1,10 +1,12 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 
 #include "failure.h"
+#include "package_arguments.h"
 #include "package_commands.h"
-#include "package_file.h"
-#include "section_argument.h"
+#include "package_edit.h"
 
 namespace zan::tool {
 
@@ -12,8 +14,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The files of the folder `sections` of a sample, by name. Hidden files are somebody's editor's, not the
-// design's.
+struct CreateOptions {
+    std::string package;
+    std::vector<std::string> sections; // NAME=FILE
+    std::string from;                  // a folder laid out as a sample is; may be empty
+};
+
+// The files of the folder `sections` of a sample, by name. Hidden files are left out: editors and version
+// control make them, and they are no part of the design.
 std::vector<fs::path> sample_files(const fs::path& sample) {
     const fs::path folder = sample / "sections";
     std::error_code error;
@@ -34,19 +42,17 @@ std::vector<fs::path> sample_files(const fs::path& sample) {
 }
 
 // The file `version` holds the section ".zan.version", and so on.
-std::string section_of(const fs::path& file) {
+std::string section_name(const fs::path& file) {
     return ".zan." + file.filename().string();
 }
-
-} // namespace
 
 void create_package(const CreateOptions& options) {
     std::vector<NamedFile> sections;
     if (!options.from.empty()) {
         for (const fs::path& file : sample_files(options.from))
-            sections.push_back({section_of(file), file});
+            sections.push_back({section_name(file), file});
     }
-    std::ranges::transform(options.sections, std::back_inserter(sections), parse_named_file);
+    std::ranges::move(parse_named_files(options.sections), std::back_inserter(sections));
     if (sections.empty())
         throw Failure("nothing to make " + in_quotes(options.package) + " of; give NAME=FILE or --from DIR");
     PackageEdit package = PackageEdit::create(options.package);
@@ -54,5 +60,20 @@ void create_package(const CreateOptions& options) {
         package.add(section.name, read_bytes(section.file, max_section_size));
     package.commit();
 }
+
+void define_create(CLI::App& app) {
+    const auto options = std::make_shared<CreateOptions>();
+    app.add_option("OUT", options->package, "the package to make; a file of its name is replaced")
+        ->required();
+    add_named_files(app, options->sections);
+    app.add_option("--from", options->from,
+                   "take the files in DIR/sections: 'version' becomes '.zan.version'")
+        ->type_name("DIR");
+    app.callback([options] { create_package(*options); });
+}
+
+} // namespace
+
+const Command create_command = {"create", "make a package of files", define_create};
 
 } // namespace zan::tool

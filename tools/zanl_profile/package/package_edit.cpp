@@ -1,41 +1,132 @@
-#include <algorithm>
+#include "package_edit.h"
 
-#include "package_commands.h"
-#include "package_file.h"
-#include "section_argument.h"
+#include <cerrno>
+
+#include "failure.h"
 
 namespace zan::tool {
 
 namespace {
 
-using Change = void (PackageEdit::*)(const std::string& name, FileBytes bytes);
+// Offsets in a package have 32 bits.
+constexpr std::uint64_t max_package_size = 0xFFFFFFFF;
+// What a section takes beside its bytes and its name: its header, and the gap before it.
+constexpr std::uint64_t section_overhead = 40 + 128;
+// How far gaps between sections may let the package grow. Each section's header asks for an alignment of its
+// own, of up to 2 GiB: a package that asks for gigabytes was made to fill the disk.
+constexpr std::uint64_t max_new_gaps = 16 << 20;
+// No new package is larger before it has sections.
+constexpr std::uint64_t new_package_size = 8192;
 
-void edit(const EditOptions& options, Change change) {
-    std::vector<NamedFile> sections;
-    std::ranges::transform(options.sections, std::back_inserter(sections), parse_named_file);
-    PackageEdit package = PackageEdit::change(options.package);
-    for (const NamedFile& section : sections)
-        (package.*change)(section.name, read_bytes(section.file, max_section_size));
-    package.commit();
+// The section that holds the names of all sections.
+constexpr const char* name_table_section = ".shstrtab";
+
+// A failure of the package functions, which may have no reason of the system's.
+Failure edit_failure(const std::string& what) {
+    return errno == 0 ? Failure(what) : system_failure(what);
 }
 
 } // namespace
 
-void add_sections(const EditOptions& options) {
-    edit(options, &PackageEdit::add);
+PackageEdit::PackageEdit(const std::string& path)
+    : m_path(path), m_file(std::make_unique<UnfinishedFile>(path)) {
 }
 
-void update_sections(const EditOptions& options) {
-    edit(options, &PackageEdit::update);
+PackageEdit PackageEdit::create(const std::string& path) {
+    PackageEdit edit(path);
+    edit.m_file_size = new_package_size;
+    edit.take(zan_pkg_open_file(edit.m_file->path().c_str(), ZAN_PKG_READ_WRITE | ZAN_PKG_CREATE));
+    return edit;
 }
 
-void copy_sections(const CopyOptions& options) {
-    const PackageFile from(options.from);
-    const auto sections = from.sections_named(options.sections);
-    PackageEdit to = PackageEdit::change(options.to);
-    for (const SectionInfo* section : sections)
-        to.put(section->name, from.bytes(*section));
-    to.commit();
+PackageEdit PackageEdit::change(const std::string& path) {
+    const PackageFile original(path);
+    PackageEdit edit(path);
+    for (const SectionInfo& section : original.sections())
+        edit.m_sizes.try_emplace(section.name, section.size);
+    edit.m_file_size = original.copy_file(edit.m_file->fd(), path);
+    edit.take(zan::pkg::open_to_edit(edit.m_file->path().c_str()));
+    return edit;
+}
+
+void PackageEdit::take(zan_pkg_file* package) {
+    m_handle.reset(package);
+    if (!m_handle)
+        throw system_failure("can't write " + in_quotes(m_path));
+}
+
+bool PackageEdit::has(const std::string& name) const {
+    return m_sizes.contains(name);
+}
+
+void PackageEdit::add(const std::string& name, FileBytes bytes) {
+    check_name(name);
+    if (has(name))
+        throw Failure(in_quotes(m_path) + " has a section " + in_quotes(name) + " already");
+    count(name, 0, bytes.size() + name.size() + section_overhead);
+    errno = 0;
+    if (!zan_pkg_add_data_section(m_handle.get(), name.c_str(), bytes.data(), bytes.size()))
+        throw edit_failure("can't add " + quoted_section(name, m_path));
+    m_sizes[name] = bytes.size();
+    m_bytes.push_back(std::move(bytes));
+}
+
+void PackageEdit::update(const std::string& name, FileBytes bytes) {
+    check_name(name);
+    if (!has(name))
+        throw Failure(in_quotes(m_path) + " has no section " + in_quotes(name), status_no);
+    count(name, m_sizes[name], bytes.size());
+    errno = 0;
+    if (!zan_pkg_update_section(m_handle.get(), name.c_str(), bytes.data(), bytes.size()))
+        throw edit_failure("can't replace the contents of " + quoted_section(name, m_path));
+    m_sizes[name] = bytes.size();
+    m_bytes.push_back(std::move(bytes));
+}
+
+void PackageEdit::put(const std::string& name, FileBytes bytes) {
+    if (has(name))
+        update(name, std::move(bytes));
+    else
+        add(name, std::move(bytes));
+}
+
+void PackageEdit::commit() {
+    const std::string failure = zan::pkg::close_edited(m_handle.release(), m_file_size + max_new_gaps);
+    if (!failure.empty())
+        throw Failure("can't write " + in_quotes(m_path) + ": " + failure);
+    check_written();
+    m_file->commit();
+}
+
+void PackageEdit::check_name(const std::string& name) const {
+    if (name.empty())
+        throw Failure("a section of " + in_quotes(m_path) + " needs a name");
+    if (name == name_table_section)
+        throw Failure("section " + in_quotes(name) + " holds the names of all sections; it can't be set");
+    if (name.size() > ZAN_PKG_MAX_SECTION_NAME)
+        throw Failure("the name of a section has at most " + std::to_string(ZAN_PKG_MAX_SECTION_NAME) +
+                      " bytes, not " + std::to_string(name.size()) + ": " + in_quotes(name));
+}
+
+void PackageEdit::count(const std::string& name, std::size_t old_size, std::size_t new_size) {
+    m_file_size = m_file_size - old_size + new_size;
+    if (m_file_size > max_package_size)
+        throw Failure("can't write " + quoted_section(name, m_path) +
+                      ": the package would be larger than 4 GiB");
+}
+
+// The last look before the old package is gone: that no call has failed doesn't prove that every section is
+// there.
+void PackageEdit::check_written() const {
+    const PackageFile written(m_file->path(), m_path);
+    std::unordered_map<std::string, const SectionInfo*> found;
+    for (const SectionInfo& section : written.sections())
+        found.try_emplace(section.name, &section);
+    for (const auto& [name, size] : m_sizes) {
+        const auto section = found.find(name);
+        if (section == found.end() || section->second->size != size)
+            throw Failure("can't write " + quoted_section(name, m_path) + ": it did not reach the file");
+    }
 }
 
 } // namespace zan::tool

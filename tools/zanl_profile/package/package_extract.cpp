@@ -1,11 +1,22 @@
+#include <CLI/CLI.hpp>
 #include <filesystem>
+#include <memory>
 
 #include "failure.h"
 #include "file_names.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
 
 namespace zan::tool {
+
+namespace {
+
+struct ExtractOptions {
+    std::string package;
+    std::string folder;
+    std::vector<std::string> sections; // all of them if it is empty
+};
 
 void extract_sections(const ExtractOptions& options) {
     const PackageFile package(options.package);
@@ -22,5 +33,19 @@ void extract_sections(const ExtractOptions& options) {
         file.commit();
     }
 }
+
+void define_extract(CLI::App& app) {
+    const auto options = std::make_shared<ExtractOptions>();
+    add_package_argument(app, options->package);
+    app.add_option("SECTION", options->sections, "the sections; all if none is named");
+    app.add_option("-o,--output", options->folder, "the folder for the files; made if it isn't there")
+        ->type_name("DIR")
+        ->required();
+    app.callback([options] { extract_sections(*options); });
+}
+
+} // namespace
+
+const Command extract_command = {"extract", "write sections into files", define_extract};
 
 } // namespace zan::tool

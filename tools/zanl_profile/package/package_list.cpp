@@ -1,4 +1,8 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
 #include "listing.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
 #include "section_kinds.h"
@@ -6,6 +10,11 @@
 namespace zan::tool {
 
 namespace {
+
+struct ListOptions {
+    std::string package;
+    bool json = false;
+};
 
 constexpr SectionKind damaged_kind = {"damaged", "damaged: its bytes are not in the file"};
 
@@ -19,8 +28,6 @@ SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
     return begins_stream(beginning.data(), beginning.size()) ? stream_kind : kind;
 }
 
-} // namespace
-
 void list_package(const ListOptions& options) {
     const PackageFile package(options.package);
     Listing listing{"package", options.package, "sections", {"name", "size", "kind", "meaning"},
@@ -32,5 +39,16 @@ void list_package(const ListOptions& options) {
     }
     print(listing, options.json);
 }
+
+void define_list(CLI::App& app) {
+    const auto options = std::make_shared<ListOptions>();
+    add_package_argument(app, options->package);
+    app.add_flag("--json", options->json, "print JSON");
+    app.callback([options] { list_package(*options); });
+}
+
+} // namespace
+
+const Command list_command = {"list", "list the sections: their sizes, and what each is", define_list};
 
 } // namespace zan::tool

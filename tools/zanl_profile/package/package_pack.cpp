@@ -1,17 +1,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 
 #include "failure.h"
 #include "files.h"
+#include "package_arguments.h"
 #include "package_commands.h"
-#include "package_file.h"
+#include "package_edit.h"
 #include "pkg_stream.h"
-#include "section_argument.h"
 #include "stream_plan.h"
 
 namespace zan::tool {
@@ -19,6 +21,12 @@ namespace zan::tool {
 namespace {
 
 namespace fs = std::filesystem;
+
+struct PackOptions {
+    std::string output; // a file, "-", or PACKAGE:SECTION
+    std::vector<std::string> paths;
+    std::string directory; // that the paths are relative to; may be empty
+};
 
 // Writes the planned entries as a stream to `output`, which messages call `name`.
 class PlannedStream {
@@ -73,8 +81,8 @@ class PlannedStream {
     const std::unique_ptr<char[]> m_piece{new char[io_piece]};
 };
 
-// A stream onto an open file, which stays open when the stream ends.
-FileStream stream_onto(int fd) {
+// A C stream for an open file, which stays open when the stream is closed.
+FileStream stream_for(int fd) {
     const int copy = ::dup(fd);
     FileStream stream(copy < 0 ? nullptr : ::fdopen(copy, "wb"));
     if (!stream && copy >= 0)
@@ -82,6 +90,8 @@ FileStream stream_onto(int fd) {
     return stream;
 }
 
+// Opens the package first: one that can't be changed is reported before anything is packed. A section's bytes
+// must be whole when they are added, so the stream goes through a temporary file.
 void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry>& plan) {
     PackageEdit package = PackageEdit::change(place.package);
     const FileStream stream(std::tmpfile());
@@ -97,13 +107,13 @@ void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry
 }
 
 void pack_into_open_file(int fd, const std::string& name, const std::vector<PlannedEntry>& plan) {
-    const FileStream output = stream_onto(fd);
+    const FileStream output = stream_for(fd);
     if (!output)
         throw system_failure("can't write " + in_quotes(name));
     PlannedStream(output.get(), name).write(plan);
 }
 
-// Into what can't be replaced: a pipe, a device.
+// For files that can't be replaced: pipes and devices.
 void pack_into_special_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
     const Descriptor output(::open(name.c_str(), O_WRONLY | O_CLOEXEC));
     if (output.get() < 0)
@@ -117,8 +127,6 @@ void pack_into_file(const std::string& name, const std::vector<PlannedEntry>& pl
     output.sync();
     output.commit();
 }
-
-} // namespace
 
 void pack_stream(const PackOptions& options) {
     const auto place = parse_section_place(options.output);
@@ -138,5 +146,19 @@ void pack_stream(const PackOptions& options) {
     else
         pack_into_file(options.output, plan);
 }
+
+void define_pack(CLI::App& app) {
+    const auto options = std::make_shared<PackOptions>();
+    app.add_option("OUT", options->output,
+                   "the stream to make: a file, PACKAGE:SECTION, or '-' for standard output")
+        ->required();
+    app.add_option("DIR", options->paths, "the folders, or files, to pack")->required();
+    app.add_option("-C,--directory", options->directory, "take DIR from this folder")->type_name("DIR");
+    app.callback([options] { pack_stream(*options); });
+}
+
+} // namespace
+
+const Command pack_command = {"pack", "pack folders into a directory stream", define_pack};
 
 } // namespace zan::tool

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -11,10 +12,10 @@
 #include "failure.h"
 #include "files.h"
 #include "listing.h"
+#include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
 #include "pkg_stream.h"
-#include "section_argument.h"
 #include "staged_folder.h"
 
 namespace zan::tool {
@@ -24,6 +25,14 @@ namespace {
 namespace fs = std::filesystem;
 
 using zan::pkg::StreamReader;
+
+struct UnpackOptions {
+    std::string stream; // a file, "-", or PACKAGE:SECTION
+    std::string folder;
+    bool trust_names = false;
+    bool dry_run = false;
+    bool json = false; // of the dry run
+};
 
 // Where a stream comes from: a file, standard input, or a section.
 class StreamSource {
@@ -88,7 +97,7 @@ class Entries {
     std::uint32_t mode() const { return m_reader->header().mode; }
     std::uint32_t size() const { return m_reader->header().size; }
 
-    // Hands the bytes of a file over in pieces: `take(bytes, size)`.
+    // Calls `take(bytes, size)` for one piece of a file's bytes after the other.
     template <typename Take>
     void read_data(Take take) {
         for (std::size_t left = is_folder() ? 0 : size(); left != 0;) {
@@ -154,8 +163,8 @@ void unpack_entries(Entries& entries, const std::string& folder) {
     staged.commit();
 }
 
-// Where a trusted entry's bytes go. A file is put in place when it is whole; what is no file, and a link to
-// something that isn't there yet, can only be written to.
+// The target of a trusted entry. A file is put in its place when it is whole; devices, and links to files
+// that don't exist yet, can only be written to directly.
 class TrustedTarget {
   public:
     explicit TrustedTarget(const std::string& path) : m_path(path) {
@@ -191,7 +200,8 @@ void make_trusted_folder(const std::string& path) {
         throw system_failure("can't make the folder " + in_quotes(path));
 }
 
-// As the library does it: names as they stand, straight into the folder, and into folders that are there.
+// As the library does it: names are used as they are, and entries are written into the folder one by one. A
+// folder on the way to an entry is made only if it has an entry of its own.
 void unpack_trusted(Entries& entries, const std::string& folder) {
     make_trusted_folder(folder);
     while (entries.next()) {
@@ -206,8 +216,6 @@ void unpack_trusted(Entries& entries, const std::string& folder) {
     }
 }
 
-} // namespace
-
 void unpack_stream(const UnpackOptions& options) {
     const StreamSource source(options.stream);
     Entries entries(source, options.stream);
@@ -218,5 +226,24 @@ void unpack_stream(const UnpackOptions& options) {
     else
         unpack_entries(entries, options.folder);
 }
+
+void define_unpack(CLI::App& app) {
+    const auto options = std::make_shared<UnpackOptions>();
+    app.add_option("STREAM", options->stream, "a file, PACKAGE:SECTION, or '-' for standard input")
+        ->required();
+    app.add_option("-o,--output", options->folder, "the folder to unpack into; made if it isn't there")
+        ->type_name("DIR")
+        ->required();
+    app.add_flag("--trust-names", options->trust_names,
+                 "also write where absolute names, '..' and symbolic links lead");
+    CLI::Option* const dry_run =
+        app.add_flag("--dry-run", options->dry_run, "list what would be written, and write nothing");
+    app.add_flag("--json", options->json, "print the list as JSON")->needs(dry_run);
+    app.callback([options] { unpack_stream(*options); });
+}
+
+} // namespace
+
+const Command unpack_command = {"unpack", "unpack a directory stream", define_unpack};
 
 } // namespace zan::tool

@@ -15,13 +15,13 @@ struct NamedKind {
     SectionKind kind;
 };
 
-// Made when it is first asked for: what other sources define isn't there before main() begins.
+// Made at first use, as constants of other sources may not be there before main() begins.
 const std::vector<NamedKind>& named_kinds() {
     static const std::vector<NamedKind> kinds = {
-        {".zan.version", false, {"version", "version"}},
-        {".zan.board_spec.xml", false, {"board", "board description"}},
-        {".zan.velmora_report", false, {"timing", "timing report"}},
-        {".zan.profiler.xml", false, {"profiler", "profiler description"}},
+        {version_section, false, {"version", "version"}},
+        {board_section, false, {"board", "board description"}},
+        {timing_report_section, false, {"timing", "timing report"}},
+        {profiler_section, false, {"profiler", "profiler description"}},
         {opt_rpt_elf_section, false, {"optimization", "optimization report"}},
         {file_name_elf_section, true, {"file", "name of a source file"}},
         {kernel_source_elf_section_prefix, true, {"source", "kernel source"}},
@@ -39,6 +39,7 @@ SectionKind kind_of_name(std::string_view name) {
     return {"other", ""};
 }
 
+// A stream is compressed, so it is known by the magic number of its first record, not by its first bytes.
 bool begins_stream(const char* bytes, std::size_t size) {
     zan::pkg::StreamReader reader(bytes, size);
     std::uint32_t magic = 0;

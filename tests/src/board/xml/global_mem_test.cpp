@@ -180,6 +180,30 @@ TEST(GlobalMem, AmongSeveralEachHasAName) {
                             at_line(5, message)));
 }
 
+TEST(GlobalMem, TheRuleOnNamesAlsoAppliesAfterABandwidthThatCantBeRead) {
+    const std::string rule =
+        "All global memories must have a name when there are more than 1 global memories.";
+    const auto errors_of_second = [](const std::string& attributes) {
+        return errors_of_memories(memory_at("a", "0x2000", "1") + "\n<global_mem " + attributes + ">" +
+                                  good_interface + "</global_mem>");
+    };
+    const std::string missing = at_line(5, "Expected attribute 'max_bandwidth' on element 'global_mem'.");
+    const std::string malformed =
+        at_line(5, "Incorrect type for attribute 'max_bandwidth' on element 'global_mem'.");
+    // The name is read after the bandwidth, so here it hasn't been: the rule fails with a name as without.
+    for (const std::string name : {"", " name='b'"}) {
+        EXPECT_THAT(errors_of_second("id='1'" + name), ElementsAre(missing, at_line(5, rule)));
+        EXPECT_THAT(errors_of_second("max_bandwidth='x'" + name), ElementsAre(malformed, at_line(5, rule)));
+    }
+    EXPECT_THAT(errors_of_second("max_bandwidth='-1'"),
+                ElementsAre(at_line(5, "Max global memory bandwidth must be non-negative.")));
+}
+
+TEST(GlobalMem, TheRuleOnNamesDoesntApplyToASingleMemoryWithoutABandwidth) {
+    EXPECT_THAT(errors_of("id='1'"),
+                ElementsAre(at_line(4, "Expected attribute 'max_bandwidth' on element 'global_mem'.")));
+}
+
 // ---- Interfaces
 
 TEST(GlobalMemInterface, MustStateFiveAttributes) {

@@ -1,114 +1,99 @@
-// Help, versions and wrong use.
-#include "nearest_word.h"
+// Programs of a test's own; the toolbox's commands are in toolbox_test.cpp.
+#include "command_line.h"
+
+#include <gtest/gtest.h>
+
+#include <CLI/CLI.hpp>
+#include <new>
+#include <stdexcept>
+
+#include "capture.h"
+#include "failure.h"
+#include "run_program.h"
 #include "tly_constants.h"
-#include "toolbox_fixture.h"
 
 namespace {
 
-using testing::HasSubstr;
-using testing::StartsWith;
+using namespace zan::tool;
 
-constexpr const char* package_commands[] = {"create", "list", "show", "extract", "add",
-                                            "update", "copy", "pack", "unpack"};
-
-using CommandLine = Toolbox;
-
-TEST_F(CommandLine, HelpListsTheCommandsOfItsLevel) {
-    const Outcome top = run({"--help"});
-    EXPECT_EQ(top.status, "0");
-    EXPECT_EQ(top.err, "");
-    EXPECT_THAT(top.out, HasSubstr("Usage: zanl-profile [OPTIONS] COMMAND"));
-    EXPECT_THAT(top.out, HasSubstr("package "));
-    const Outcome package = run({"package", "--help"});
-    EXPECT_EQ(package.status, "0");
-    EXPECT_EQ(package.err, "");
-    EXPECT_THAT(package.out, HasSubstr("Usage: zanl-profile package [OPTIONS] COMMAND"));
-    for (const char* command : package_commands)
-        EXPECT_THAT(package.out, HasSubstr(std::string("\n  ") + command + " "));
+template <class Exception>
+void define_failing(CLI::App& app) {
+    app.callback([] { throw Exception("it\nfailed"); });
 }
 
-TEST_F(CommandLine, EachCommandHasHelp) {
-    for (const char* command : package_commands) {
-        for (const char* option : {"--help", "-h"}) {
-            const Outcome outcome = run({"package", command, option});
-            EXPECT_EQ(outcome.status, "0");
-            EXPECT_EQ(outcome.err, "");
-            EXPECT_THAT(outcome.out, HasSubstr(std::string("Usage: zanl-profile package ") + command + " "));
-        }
+const Command greet = {"greet", "print a greeting",
+                       [](CLI::App& app) { app.callback([] { std::fputs("hello\n", stdout); }); }};
+const Command fail = {"fail", "end early", define_failing<Failure>};
+const Command say_no = {"no", "find nothing", [](CLI::App& app) {
+                            app.callback([] { throw Failure("it isn't there", status_no); });
+                        }};
+const Command run_out = {"run-out", "use up memory",
+                         [](CLI::App& app) { app.callback([] { throw std::bad_alloc(); }); }};
+const Command stop = {"stop", "meet a fault", define_failing<std::runtime_error>};
+
+constexpr const Command* commands[] = {&greet, &fail, &say_no, &run_out, &stop};
+const Command program = {"tester", "Tests command lines.",
+                         [](CLI::App& app) { add_commands(app, commands); }};
+
+Outcome run(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "tester");
+    arguments.push_back(nullptr);
+    int status = 0;
+    std::string err;
+    const std::string out = stdout_of([&] {
+        err = stderr_of([&] {
+            status = run_command_line(program, static_cast<int>(arguments.size() - 1), arguments.data());
+        });
+    });
+    return {out, err, std::to_string(status)};
+}
+
+TEST(CommandLine, ACommandDoesItsWork) {
+    EXPECT_EQ(run({"greet"}), (Outcome{"hello\n", "", "0"}));
+}
+
+TEST(CommandLine, AFailureEndsTheCommandWithItsTextAndStatus) {
+    EXPECT_EQ(run({"fail"}), (Outcome{"", "tester: it\nfailed\n", "2"}));
+    EXPECT_EQ(run({"no"}), (Outcome{"", "tester: it isn't there\n", "1"}));
+}
+
+TEST(CommandLine, NoExceptionLeavesTheProgram) {
+    EXPECT_EQ(run({"run-out"}), (Outcome{"", "tester: there is not enough memory\n", "2"}));
+    EXPECT_EQ(run({"stop"}), (Outcome{"", "tester: it\nfailed\n", "2"}));
+}
+
+TEST(CommandLine, HelpListsTheCommandsInTheirOrder) {
+    const Outcome outcome = run({"--help"});
+    EXPECT_EQ(outcome.status, "0");
+    EXPECT_EQ(outcome.err, "");
+    std::size_t last = 0;
+    for (const Command* command : commands) {
+        const std::size_t found = outcome.out.find(std::string("\n  ") + command->name + " ");
+        EXPECT_GT(found, last) << command->name;
+        EXPECT_NE(found, outcome.out.npos) << command->name;
+        EXPECT_NE(outcome.out.find(command->summary), outcome.out.npos) << command->name;
+        last = found;
     }
 }
 
-TEST_F(CommandLine, TheVersionIsTheOneOfReports) {
-    EXPECT_EQ(run({"--version"}), (Outcome{"zanl-profile " + tly_version + "\n", "", "0"}));
+TEST(CommandLine, TheVersionIsTheOneOfReports) {
+    EXPECT_EQ(run({"--version"}), (Outcome{"tester " + tly_version + "\n", "", "0"}));
 }
 
-TEST_F(CommandLine, WithoutACommandItSaysWhereHelpIs) {
-    EXPECT_EQ(run({}), (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile --help'\n", "2"}));
-    EXPECT_EQ(run({"package"}),
-              (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile package --help'\n", "2"}));
-}
-
-TEST_F(CommandLine, AnUnknownCommandIsToldWithTheNearestOne) {
-    EXPECT_EQ(run({"packag"}), trouble("unknown command 'packag'; did you mean 'package'?"));
-    EXPECT_EQ(run({"package", "lsit", "x"}), trouble("unknown command 'lsit'; did you mean 'list'?"));
-    EXPECT_EQ(run({"package", "unpak"}), trouble("unknown command 'unpak'; did you mean 'unpack'?"));
-    EXPECT_EQ(run({"package", "something"}), trouble("unknown command 'something'"));
-    EXPECT_EQ(run({"package", "\x1b[2J"}), trouble("unknown command '\\x1B[2J'"));
-}
-
-TEST_F(CommandLine, AnUnknownOptionIsToldWithTheNearestOne) {
-    EXPECT_EQ(run({"package", "list", "x", "--jsno"}),
-              (Outcome{"",
-                       "zanl-profile: unknown option '--jsno'; did you mean '--json'?\n"
-                       "see 'zanl-profile package list --help'\n",
-                       "2"}));
+TEST(CommandLine, WrongUseIsReportedWithAHint) {
+    EXPECT_EQ(run({}), (Outcome{"", "tester: no command is given\nsee 'tester --help'\n", "2"}));
+    EXPECT_EQ(run({"gret"}), (Outcome{"", "tester: unknown command 'gret'; did you mean 'greet'?\n", "2"}));
     EXPECT_EQ(
-        run({"package", "pack", "o", "d", "--nothing=1"}),
-        (Outcome{"", "zanl-profile: unknown option '--nothing'\nsee 'zanl-profile package pack --help'\n",
+        run({"greet", "--halp"}),
+        (Outcome{"", "tester: unknown option '--halp'; did you mean '--help'?\nsee 'tester greet --help'\n",
                  "2"}));
 }
 
-TEST_F(CommandLine, MissingAndSurplusArgumentsAreTold) {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"package", "create"},
-                                                      {"package", "list"},
-                                                      {"package", "list", "a", "b"},
-                                                      {"package", "show", "a"},
-                                                      {"package", "show", "a", "b", "c"},
-                                                      {"package", "extract", "a"},
-                                                      {"package", "add", "a"},
-                                                      {"package", "update", "a"},
-                                                      {"package", "copy", "a", "b"},
-                                                      {"package", "pack", "a"},
-                                                      {"package", "unpack", "a"},
-                                                      {"package", "unpack", "a", "-o", "d", "--json"}}) {
-        const Outcome outcome = run(arguments);
-        EXPECT_EQ(outcome.status, "2");
-        EXPECT_EQ(outcome.out, "");
-        EXPECT_THAT(outcome.err, StartsWith("zanl-profile: "));
-        EXPECT_THAT(outcome.err, HasSubstr("\nsee 'zanl-profile package " + arguments[1] + " --help'\n"));
-        EXPECT_TRUE(tree().empty());
-    }
-}
-
-TEST_F(CommandLine, AStandardOutputThatCannotBeWrittenIsTold) {
-    make("p.zanx", {{"a", "1"}});
-    const std::string text = "zanl-profile: can't write to 'standard output': No space left on device\n";
-    EXPECT_EQ(shell("$T package list p.zanx >/dev/full"), (Outcome{"", text, "2"}));
-    EXPECT_EQ(shell("$T package list p.zanx --json >/dev/full"), (Outcome{"", text, "2"}));
-    EXPECT_EQ(shell("$T package show p.zanx a >/dev/full"), (Outcome{"", text, "2"}));
-    EXPECT_EQ(shell("$T --help >/dev/full"),
-              trouble("can't write to standard output: No space left on device"));
-}
-
-TEST(NearestWord, CountsLettersToAddDropChangeOrSwap) {
-    const std::vector<std::string> words = {"list", "show", "update"};
-    EXPECT_EQ(zan::tool::nearest_word("lst", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("llist", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("lost", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("lsit", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("upd", words), ""); // three letters away
-    EXPECT_EQ(zan::tool::nearest_word("", words), "");
-    EXPECT_EQ(zan::tool::nearest_word("list", {}), "");
+// As exec() allows it.
+TEST(CommandLine, AProgramMayHaveNoNameAmongItsArguments) {
+    const char* const none[] = {nullptr};
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(run_command_line(program, 0, none), 2); }),
+              "tester: no command is given\nsee 'tester --help'\n");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "BoardSectionVisitors.h"
+#include "BoardDeviceVisitor.h"
 
 #include <unordered_set>
 

@@ -1,10 +1,13 @@
-#include "section_argument.h"
+#include "package_arguments.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "failure.h"
 
 namespace zan::tool {
+
+namespace {
 
 NamedFile parse_named_file(const std::string& argument) {
     const std::size_t equals = argument.find('=');
@@ -13,6 +16,25 @@ NamedFile parse_named_file(const std::string& argument) {
     return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
 
+} // namespace
+
+void add_package_argument(CLI::App& app, std::string& package) {
+    app.add_option("FILE", package, "the package")->required();
+}
+
+CLI::Option* add_named_files(CLI::App& app, std::vector<std::string>& arguments) {
+    return app.add_option("NAME=FILE", arguments,
+                          "a section's name and the file with its bytes; '-' is standard input");
+}
+
+std::vector<NamedFile> parse_named_files(const std::vector<std::string>& arguments) {
+    std::vector<NamedFile> files;
+    for (const std::string& argument : arguments)
+        files.push_back(parse_named_file(argument));
+    return files;
+}
+
+// Names of packages may hold a ":" themselves, as may names of sections, so not any ":" will do.
 std::optional<SectionPlace> parse_section_place(const std::string& argument) {
     std::error_code ignored;
     if (std::filesystem::exists(argument, ignored))

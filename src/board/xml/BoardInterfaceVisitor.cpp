@@ -1,4 +1,4 @@
-#include "BoardInterfaceVisitors.h"
+#include "BoardInterfaceVisitor.h"
 
 #include <fmt/format.h>
 

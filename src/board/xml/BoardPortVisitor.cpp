@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "BaseAttributeTable.h"
-#include "BoardInterfaceVisitors.h"
+#include "BoardInterfaceVisitor.h"
 #include "contract.h"
 
 namespace zan::board::xml {

@@ -1,4 +1,4 @@
-#include "ProfilerConfigVisitors.h"
+#include "ProfilerModuleInstListVisitor.h"
 
 #include <fmt/core.h>
 

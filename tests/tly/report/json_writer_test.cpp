@@ -1,0 +1,149 @@
+// The text of nodes that a writer takes one after the other.
+#include "json_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <vector>
+
+namespace {
+
+template <class Nodes>
+std::string written(Nodes nodes) {
+    std::ostringstream stream;
+    StreamTarget target(stream);
+    TextBuffer buffer(target);
+    JsonWriter writer(buffer);
+    nodes(writer);
+    writer.finish();
+    buffer.flush();
+    return stream.str();
+}
+
+TEST(JsonWriter, NoNodesAreAnEmptyObject) {
+    EXPECT_EQ(written([](ReportSink&) {}), "{\n}\n");
+}
+
+TEST(JsonWriter, MembersHaveKeysAndElementsHaveNone) {
+    EXPECT_EQ(written([](ReportSink& sink) {
+                  sink.text("a", "1");
+                  sink.open("list", Form::array);
+                  sink.text({}, "2");
+                  sink.open({}, Form::object);
+                  sink.number("b", 3);
+                  sink.close();
+                  sink.open({}, Form::array);
+                  sink.boolean({}, true);
+                  sink.close();
+                  sink.close();
+              }),
+              R"({
+    "a": "1",
+    "list":
+    [
+        "2",
+        {
+            "b": "3"
+        },
+        [
+            "true"
+        ]
+    ]
+}
+)");
+}
+
+TEST(JsonWriter, ANodeWithoutChildrenIsAnEmptyText) {
+    EXPECT_EQ(written([](ReportSink& sink) {
+                  sink.open("object", Form::object);
+                  sink.close();
+                  sink.open("array", Form::array);
+                  sink.open({}, Form::array);
+                  sink.close();
+                  sink.open({}, Form::object);
+                  sink.close();
+                  sink.close();
+              }),
+              R"({
+    "object": "",
+    "array":
+    [
+        "",
+        ""
+    ]
+}
+)");
+}
+
+TEST(JsonWriter, ArraysOfEachTypeAndStorage) {
+    const std::vector<float> floats = {0.5f, -0.0f};
+    EXPECT_EQ(written([&](ReportSink& sink) {
+                  sink.array("ints", SampleList<int>({-1, 0}));
+                  sink.array("floats", std::span<const float>(floats));
+                  sink.open("in", Form::array);
+                  sink.array({}, SampleList<long long>({1LL << 40}));
+                  sink.close();
+              }),
+              R"({
+    "ints":
+    [
+        "-1",
+        "0"
+    ],
+    "floats":
+    [
+        "0.5",
+        "-0"
+    ],
+    "in":
+    [
+        [
+            "1099511627776"
+        ]
+    ]
+}
+)");
+}
+
+// Numbers are written 256 at a time, and one by one where an array stands more than 15 levels deep.
+TEST(JsonWriter, ArraysAreOpenArraysWithATextForEachNumber) {
+    for (const std::size_t length : {1, 255, 256, 257, 513, 20'000}) {
+        std::vector<int> values(length);
+        for (std::size_t i = 0; i < length; ++i)
+            values[i] = static_cast<int>(i) * 7'919 - 100'000;
+        for (const int depth : {0, 1, 13, 14, 15, 40}) {
+            const auto nested = [&](auto write_array) {
+                return written([&](ReportSink& sink) {
+                    for (int i = 0; i < depth; ++i)
+                        sink.open("k", Form::object);
+                    write_array(sink);
+                    for (int i = 0; i < depth; ++i)
+                        sink.close();
+                });
+            };
+            const std::string expected = nested([&](ReportSink& sink) {
+                sink.open("values", Form::array);
+                for (const int value : values)
+                    sink.text({}, std::to_string(value));
+                sink.close();
+            });
+            const auto plain = [&](ReportSink& sink) { sink.array("values", std::span<const int>(values)); };
+            const auto list = [&](ReportSink& sink) { sink.array("values", SampleList<int>(values)); };
+            EXPECT_TRUE(nested(plain) == expected) << length << " values at depth " << depth;
+            EXPECT_TRUE(nested(list) == expected) << length << " values at depth " << depth;
+        }
+    }
+}
+
+TEST(JsonWriter, KeysAreQuotedLikeTextsAndNeedNotLast) {
+    EXPECT_EQ(written([](ReportSink& sink) {
+                  std::string key = "a/b";
+                  sink.open(key, Form::object);
+                  key = "xxx";
+                  sink.text(key, "");
+                  sink.close();
+              }),
+              "{\n    \"a\\/b\":\n    {\n        \"xxx\": \"\"\n    }\n}\n");
+}
+
+} // namespace

@@ -1,0 +1,53 @@
+// Nodes that are written to a tree.
+#include "tree_sink.h"
+
+#include <gtest/gtest.h>
+
+#include "node_text.h"
+
+namespace {
+
+TEST(TreeSink, NodesHaveTheirChildrenInOrder) {
+    ptree node;
+    TreeSink sink(node);
+    sink.text("text", "a");
+    sink.open("list", Form::array);
+    sink.open({}, Form::object);
+    sink.number("n", -3);
+    sink.close();
+    sink.text({}, "b");
+    sink.close();
+    sink.boolean("yes", true);
+    sink.boolean("no", false);
+    EXPECT_EQ(node_text(node), "text=a list=[{n=-3} b] yes=true no=false");
+}
+
+TEST(TreeSink, AChildWithoutChildrenIsAnEmptyText) {
+    ptree node;
+    TreeSink sink(node);
+    for (const Form form : {Form::object, Form::array}) {
+        sink.open("none", form);
+        sink.close();
+    }
+    EXPECT_EQ(node_text(node), "none= none=");
+}
+
+TEST(TreeSink, ArraysOfListsAndOfPlainValuesAreTheSame) {
+    const std::vector<long long> values = {4, 0, -1, 0};
+    ptree node;
+    TreeSink sink(node);
+    sink.array("list", SampleList<long long>(values));
+    sink.array("plain", std::span<const long long>(values));
+    EXPECT_EQ(node_text(node), "list=[4 0 -1 0] plain=[4 0 -1 0]");
+}
+
+TEST(TreeSink, SamplesThatAreNoneAppendNothing) {
+    ptree node;
+    TreeSink sink(node);
+    sink.samples("none", SampleList<int>());
+    sink.samples("one", SampleList<int>({1}));
+    ASSERT_EQ(node.size(), 1u);
+    EXPECT_EQ(node.front().first, "one");
+}
+
+} // namespace

@@ -1,0 +1,102 @@
+// Help, versions and wrong use of the toolbox.
+#include "tly_constants.h"
+#include "toolbox_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* package_commands[] = {"create", "list", "show", "extract", "add",
+                                            "update", "copy", "pack", "unpack"};
+
+using ToolboxCommandLine = Toolbox;
+
+TEST_F(ToolboxCommandLine, HelpListsTheCommandsOfItsLevel) {
+    const Outcome top = run({"--help"});
+    EXPECT_EQ(top.status, "0");
+    EXPECT_EQ(top.err, "");
+    EXPECT_THAT(top.out, HasSubstr("Usage: zanl-profile [OPTIONS] COMMAND"));
+    EXPECT_THAT(top.out, HasSubstr("package "));
+    const Outcome package = run({"package", "--help"});
+    EXPECT_EQ(package.status, "0");
+    EXPECT_EQ(package.err, "");
+    EXPECT_THAT(package.out, HasSubstr("Usage: zanl-profile package [OPTIONS] COMMAND"));
+    for (const char* command : package_commands)
+        EXPECT_THAT(package.out, HasSubstr(std::string("\n  ") + command + " "));
+}
+
+TEST_F(ToolboxCommandLine, EachCommandHasHelp) {
+    for (const char* command : package_commands) {
+        for (const char* option : {"--help", "-h"}) {
+            const Outcome outcome = run({"package", command, option});
+            EXPECT_EQ(outcome.status, "0");
+            EXPECT_EQ(outcome.err, "");
+            EXPECT_THAT(outcome.out, HasSubstr(std::string("Usage: zanl-profile package ") + command + " "));
+        }
+    }
+}
+
+TEST_F(ToolboxCommandLine, TheVersionIsTheOneOfReports) {
+    EXPECT_EQ(run({"--version"}), (Outcome{"zanl-profile " + tly_version + "\n", "", "0"}));
+}
+
+TEST_F(ToolboxCommandLine, WithoutACommandItSaysWhereHelpIs) {
+    EXPECT_EQ(run({}), (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile --help'\n", "2"}));
+    EXPECT_EQ(run({"package"}),
+              (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile package --help'\n", "2"}));
+}
+
+TEST_F(ToolboxCommandLine, AnUnknownCommandIsReportedWithTheNearestOne) {
+    EXPECT_EQ(run({"packag"}), trouble("unknown command 'packag'; did you mean 'package'?"));
+    EXPECT_EQ(run({"package", "lsit", "x"}), trouble("unknown command 'lsit'; did you mean 'list'?"));
+    EXPECT_EQ(run({"package", "unpak"}), trouble("unknown command 'unpak'; did you mean 'unpack'?"));
+    EXPECT_EQ(run({"package", "something"}), trouble("unknown command 'something'"));
+    EXPECT_EQ(run({"package", "\x1b[2J"}), trouble("unknown command '\\x1B[2J'"));
+}
+
+TEST_F(ToolboxCommandLine, AnUnknownOptionIsReportedWithTheNearestOne) {
+    EXPECT_EQ(run({"package", "list", "x", "--jsno"}),
+              (Outcome{"",
+                       "zanl-profile: unknown option '--jsno'; did you mean '--json'?\n"
+                       "see 'zanl-profile package list --help'\n",
+                       "2"}));
+    EXPECT_EQ(
+        run({"package", "pack", "o", "d", "--nothing=1"}),
+        (Outcome{"", "zanl-profile: unknown option '--nothing'\nsee 'zanl-profile package pack --help'\n",
+                 "2"}));
+}
+
+TEST_F(ToolboxCommandLine, MissingAndSurplusArgumentsAreReported) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"package", "create"},
+                                                      {"package", "list"},
+                                                      {"package", "list", "a", "b"},
+                                                      {"package", "show", "a"},
+                                                      {"package", "show", "a", "b", "c"},
+                                                      {"package", "extract", "a"},
+                                                      {"package", "add", "a"},
+                                                      {"package", "update", "a"},
+                                                      {"package", "copy", "a", "b"},
+                                                      {"package", "pack", "a"},
+                                                      {"package", "unpack", "a"},
+                                                      {"package", "unpack", "a", "-o", "d", "--json"}}) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, "2");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err, StartsWith("zanl-profile: "));
+        EXPECT_THAT(outcome.err, HasSubstr("\nsee 'zanl-profile package " + arguments[1] + " --help'\n"));
+        EXPECT_TRUE(tree().empty());
+    }
+}
+
+TEST_F(ToolboxCommandLine, AStandardOutputThatCannotBeWrittenIsReported) {
+    make("p.zanx", {{"a", "1"}});
+    const std::string text = "zanl-profile: can't write to 'standard output': No space left on device\n";
+    EXPECT_EQ(shell("$T package list p.zanx >/dev/full"), (Outcome{"", text, "2"}));
+    EXPECT_EQ(shell("$T package list p.zanx --json >/dev/full"), (Outcome{"", text, "2"}));
+    EXPECT_EQ(shell("$T package show p.zanx a >/dev/full"), (Outcome{"", text, "2"}));
+    EXPECT_EQ(shell("$T --help >/dev/full"),
+              trouble("can't write to standard output: No space left on device"));
+}
+
+} // namespace

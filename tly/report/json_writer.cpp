@@ -1,0 +1,153 @@
+// Nearly all bytes of a report are numbers in arrays, so write_numbers() is what counts here: it makes room
+// for many numbers at once, and copies what stands between two of them as a block whose size the compiler
+// knows.
+#include "json_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "quoted_text.h"
+
+namespace {
+
+constexpr std::size_t indent_width = 4;
+
+// What stands between two numbers of an array: the end of a line, the blanks of the next one, and quotes.
+constexpr std::size_t separator_block = 64;
+using Separator = std::array<char, separator_block>;
+
+constexpr std::size_t separator_size(std::size_t depth) {
+    return depth * indent_width + 4;
+}
+
+// Arrays of numbers in a report are up to seven levels deep; deeper ones than these are written value by
+// value.
+constexpr std::size_t num_separators = 16;
+static_assert(separator_size(num_separators - 1) <= separator_block);
+
+// By depth. Each one ends in what is overwritten by the next number.
+constexpr std::array<Separator, num_separators> separators = [] {
+    std::array<Separator, num_separators> table{};
+    for (std::size_t depth = 0; depth < num_separators; ++depth) {
+        Separator& separator = table[depth];
+        separator.fill(' ');
+        separator[0] = '"';
+        separator[1] = ',';
+        separator[2] = '\n';
+        separator[separator_size(depth) - 1] = '"';
+    }
+    return table;
+}();
+
+constexpr std::size_t chunk = 256; // numbers that are written at once
+
+} // namespace
+
+void JsonWriter::append_indent(std::size_t depth) {
+    m_out.append_blanks(depth * indent_width);
+}
+
+// Opens the bracket of the node that was opened last. That of the report has no line before it.
+void JsonWriter::begin_children() {
+    OpenNode& node = m_open.back();
+    node.has_children = true;
+    if (node.is_member) {
+        m_out.append(":\n");
+        append_indent(m_open.size() - 1);
+    }
+    if (node.form == Form::array)
+        m_out.append("[\n");
+    else
+        m_out.append("{\n");
+}
+
+void JsonWriter::begin_child(std::string_view key) {
+    const OpenNode& parent = m_open.back();
+    if (parent.has_children)
+        m_out.append(",\n");
+    else
+        begin_children();
+    append_indent(m_open.size());
+    if (parent.form == Form::object)
+        append_quoted(m_out, key);
+}
+
+void JsonWriter::text(std::string_view key, std::string_view text) {
+    begin_child(key);
+    if (m_open.back().form == Form::object)
+        m_out.append(": ");
+    append_quoted(m_out, text);
+}
+
+void JsonWriter::open(std::string_view key, Form form) {
+    begin_child(key);
+    m_open.push_back({form, m_open.back().form == Form::object, false});
+}
+
+void JsonWriter::close() {
+    const OpenNode closed = m_open.back();
+    m_open.pop_back();
+    if (closed.has_children) {
+        m_out.append("\n");
+        append_indent(m_open.size());
+        if (closed.form == Form::array)
+            m_out.append("]");
+        else
+            m_out.append("}");
+    } else if (closed.is_member) {
+        m_out.append(": \"\"");
+    } else {
+        m_out.append("\"\"");
+    }
+}
+
+void JsonWriter::array(std::string_view key, const ReportArray& values) {
+    open(key, Form::array);
+    values.visit([&](const auto& numbers) { write_numbers(numbers); });
+    close();
+}
+
+void JsonWriter::finish() {
+    if (m_open.back().has_children)
+        m_out.append("\n}\n");
+    else
+        m_out.append("{\n}\n");
+}
+
+template <class T>
+void JsonWriter::write_numbers(const SampleList<T>& numbers) {
+    std::array<T, chunk> block;
+    for (std::size_t begin = 0; begin < numbers.size(); begin += chunk) {
+        const std::size_t count = std::min(chunk, numbers.size() - begin);
+        numbers.read(begin, count, block.data());
+        write_numbers(std::span<const T>(block.data(), count));
+    }
+}
+
+// Each number is followed by a whole block that starts with the separator: copying a fixed size takes a few
+// instructions, and what is too much is overwritten.
+template <class T>
+void JsonWriter::write_numbers(std::span<const T> numbers) {
+    const std::size_t depth = m_open.size();
+    if (depth >= num_separators) {
+        for (const T value : numbers)
+            number({}, value);
+        return;
+    }
+    const Separator separator = separators[depth];
+    const std::size_t size = separator_size(depth);
+    while (!numbers.empty()) {
+        const auto some = numbers.first(std::min(chunk, numbers.size()));
+        numbers = numbers.subspan(some.size());
+        begin_child({});
+        m_out.append("\"");
+        char* out = m_out.reserve(some.size() * (max_number_text + separator_block));
+        for (const T value : some) {
+            out = write_number(out, value);
+            std::memcpy(out, separator.data(), separator_block);
+            out += size;
+        }
+        m_out.advance(out - size + 1); // the quote that ends the last number
+    }
+}

@@ -1,0 +1,6 @@
+#include "text_buffer.h"
+
+void TextBuffer::flush() {
+    m_good = m_good && m_target.write(m_bytes.get(), m_size);
+    m_size = 0;
+}

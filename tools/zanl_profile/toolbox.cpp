@@ -1,0 +1,24 @@
+#include "toolbox.h"
+
+#include "command_line.h"
+#include "package_commands.h"
+
+namespace zan::tool {
+
+namespace {
+
+// A new command is a line here.
+constexpr const Command* toolbox_commands[] = {
+    &package_command,
+};
+
+constexpr Command toolbox = {"zanl-profile", "Tools for profiled FPGA designs.",
+                             [](CLI::App& app) { add_commands(app, toolbox_commands); }};
+
+} // namespace
+
+int run_toolbox(int argc, const char* const* argv) {
+    return run_command_line(toolbox, argc, argv);
+}
+
+} // namespace zan::tool
