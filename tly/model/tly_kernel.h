@@ -11,8 +11,6 @@
 #include "tly_constants.h"
 #include "tly_module_inst.h"
 
-class ReportSink;
-
 // The reader adds one entry to each sample list for every monitor line of the kernel, getJSON turns what has
 // accumulated into a report node, and resetKernel makes room for the next invocation.
 // A kernel points to its module instances and doesn't own them: clean_up deletes them at the end of a run.
@@ -59,14 +57,17 @@ class TlyKernel {
     // one right after.
     void resetKernel();
 
-    // Writes the report node of the current invocation into a sink. A memory that the board doesn't list is
-    // reported on standard error and left out. With `reset` the kernel is reset afterwards.
-    void write_node(ReportSink& node, bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
+    // The lists without a copy of their values.
+    const SampleList<int>& device_ids() const { return m_device_ids; }
+    const SampleList<int>& command_queues() const { return m_command_queues; }
+    const Samples& sample_timestamps() const { return m_sample_timestamps; }
+    const Samples& sample_totalcycles() const { return m_sample_totalcycles; }
 
     // The rest of the public part is for callers outside the program; the program itself doesn't use it.
     // Lists are copied into vectors.
 
-    // write_node into a tree.
+    // The report node of the current invocation. A memory that the board doesn't list is reported on standard
+    // error and left out. With `reset` the kernel is reset afterwards.
     ptree getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
 
     void set_name(std::string name) { m_name = std::move(name); }
@@ -94,9 +95,6 @@ class TlyKernel {
     void set_extmem_module_inst(TlyModuleInst* inst) { m_extmem_module_inst = inst; }
 
   private:
-    void write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
-                        const std::unordered_map<std::string, TlyExtMem*>& ext_mems) const;
-
     std::string m_name;
     std::string m_original_name;
     std::string m_user_friendly_name;

@@ -10,6 +10,7 @@ void LineTarget::add_head(const LineHead& head) const {
     }
 }
 
+// An autorun kernel whose function has no cycles keeps those that it has; the kernel of the line doesn't.
 void LineTarget::update_total_cycles() const {
     if (autorun_kernels) {
         for (TlyKernel* each : *autorun_kernels) {
