@@ -36,7 +36,7 @@ HOT_LOOPS = [
     ("numbers to lists", r"decode_column|push_columns|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
     ("metrics", r"write_details|write_port_metrics|megabytes_per_second|average_channel_depth"),
     ("numbers to text", r"write_number|write_numbers|SampleList<.*::read"),
-    ("description", r"tinyxml2|zan::|parse_description|meaning_of_tag"),
+    ("description", r"tinyxml2|zan::|import_profiler|meaning_of_tag"),
 ]
 
 

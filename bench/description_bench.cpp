@@ -2,12 +2,13 @@
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <optional>
 
 #include "ProfilerConfigXml.h"
 #include "description.h"
 #include "make_package.h"
+#include "profiler_import.h"
 #include "temp_dir.h"
-#include "tly_parse.h"
 
 namespace {
 
@@ -61,7 +62,7 @@ class Growth {
     double m_last = 0;    // of the part before it
 };
 
-// Runs `load` for as long as the benchmark takes, and `clean` behind it, which isn't timed.
+// Runs `load` for as long as the benchmark takes, and after it `clean`, which isn't timed.
 template <typename Load, typename Clean>
 void measure(benchmark::State& state, Growth& growth, Load load, Clean clean) {
     std::chrono::duration<double> time{};
@@ -100,18 +101,12 @@ void import_description(benchmark::State& state) {
     const std::string package = dir.path("design.zanx");
     make_package(package, {{".zan.profiler.xml", description_text(static_cast<int>(state.range(0)))}});
     ptree tree;
-    std::map<std::string, TlyKernel*> kernels;
-    std::map<std::string, std::string> original_names;
-    measure(
-        state, growth, [&] { parseProfilerXMLFile(&kernels, &tree, package.c_str(), &original_names); },
-        [&] {
-            for (const auto& [name, kernel] : kernels) {
-                for (TlyModuleInst* inst : kernel->module_insts())
-                    delete inst;
-                delete kernel;
-            }
-            kernels.clear();
-        });
+    std::optional<ProfileModel> model;
+    const auto import = [&] {
+        Package opened(package.c_str());
+        import_profiler(model.emplace(), tree, opened);
+    };
+    measure(state, growth, import, [&] { model.reset(); });
 }
 BENCHMARK(import_description)
     ->Arg(1)

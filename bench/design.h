@@ -5,15 +5,17 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <map>
-#include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
+#include "profile_model.h"
+#include "report_tree.h"
 #include "temp_dir.h"
-#include "tly_parse.h"
 #include "whole_file.h"
+
+// The size of the designs that are read and written.
+constexpr int num_insts = 60;
+constexpr int num_lines = 5000;
 
 // One kernel with module instances of three counters each: a clock, requests and stalls for the first, and
 // global reads with requests, stalls and bandwidth for the others.
@@ -31,15 +33,13 @@ class Design {
     void read(const std::string& path);
     void reset();
 
-    TlyKernel& kernel() { return *kernels.begin()->second; }
-    const std::vector<std::unique_ptr<TlyModuleInst>>& insts() const { return m_insts; }
-
-    ptree tree;
-    std::map<std::string, TlyKernel*> kernels;
-    std::unordered_map<std::string, TlyExtMem*> ext_mems;
+    TlyKernel& kernel() { return *m_model.kernels.begin()->second; }
+    const std::vector<TlyModuleInst*>& insts() { return kernel().get_module_insts(); }
+    ProfileModel::ExtMems& ext_mems() { return m_model.ext_mems; }
 
   private:
-    std::vector<std::unique_ptr<TlyModuleInst>> m_insts;
+    ptree m_tree;
+    ProfileModel m_model;
     int m_num_counters = 0;
 };
 

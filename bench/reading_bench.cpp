@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr int num_insts = 60;
-constexpr int num_lines = 5000;
-
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
     for (std::size_t begin = 0; begin < text.size();) {
@@ -114,7 +111,7 @@ void decode_counters(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         held.start();
         for (int i = 0; i < lines_of_invocation; ++i) {
-            for (const auto& inst : design.insts())
+            for (TlyModuleInst* inst : design.insts())
                 inst->updateCounters(line.fields(), 0, true, SHARED_NONE, 1);
         }
         state.PauseTiming();
@@ -145,7 +142,7 @@ void decode_blocks(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         held.start();
         for (int i = 0; i < num_blocks; ++i) {
-            for (const auto& inst : design.insts())
+            for (TlyModuleInst* inst : design.insts())
                 inst->updateCounters(block, first_counter_field, 0, SHARED_NONE);
         }
         state.PauseTiming();

@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr int num_insts = 60;
-constexpr int num_lines = 5000;
-
 long long num_values(const ptree& node) {
     const ptree& children = node;
     long long values = 0;
@@ -30,7 +27,7 @@ void build_node(benchmark::State& state) {
     long long values = 0;
     for ([[maybe_unused]] auto _ : state) {
         held.start();
-        ptree node = design.kernel().getJSON(false, design.ext_mems);
+        ptree node = design.kernel().getJSON(false, design.ext_mems());
         state.PauseTiming();
         held.stop();
         values = num_values(node);

@@ -24,7 +24,7 @@ bool is_target(std::string_view path) {
     return path.starts_with(target_name);
 }
 
-// Contents of a stream, made into one: it takes a fuzzer long to find records behind a compression.
+// Makes a stream of these contents: a fuzzer takes long to find records that are compressed.
 std::string as_stream(std::string_view contents) {
     uLongf size = compressBound(contents.size()) + 100;
     std::string stream(size, '\0');

@@ -69,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         zan_pkg_close_file(package);
     }
     if (is_editable)
-        edit(path.c_str()); // otherwise it stops the process, as it is told to
+        edit(path.c_str()); // other files stop the process, as pkg_editor.h says
     ::close(file);
     return 0;
 }

@@ -22,7 +22,7 @@ std::vector<int> open_files;
 std::vector<Elf*> open_packages;
 
 // Where a run goes on whose process would have ended by a signal. raise() can't be left by an exception.
-std::jmp_buf behind_the_run;
+std::jmp_buf after_the_run;
 
 } // namespace
 
@@ -46,7 +46,7 @@ int __wrap_elf_end(Elf*) {
 }
 
 int __wrap_raise(int) {
-    std::longjmp(behind_the_run, 1); // NOLINT(cert-err52-cpp): see there
+    std::longjmp(after_the_run, 1); // NOLINT(cert-err52-cpp): see there
 }
 
 // The fuzzer's own handlers stay.
@@ -62,7 +62,7 @@ void run_in_process(const std::string& package, std::string_view monitor_lines) 
     const __lsan::ScopedDisabler no_leaks;
     std::string zanx = package, mon = monitor.path(), json = "/dev/null";
     try {
-        if (setjmp(behind_the_run) == 0) // NOLINT(cert-err52-cpp): see there
+        if (setjmp(after_the_run) == 0) // NOLINT(cert-err52-cpp): see there
             runTLY(zanx.data(), mon.data(), json.data());
     } catch (const ExpectedStop&) {
     } catch (const std::exception&) {

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-// Joins the package at `package` and these lines into a report that nobody reads. Ends that input may bring
-// about, and exceptions, are caught. What a run leaves behind for the end of its process is released.
+// Joins the package at `package` and these lines into a report that isn't kept. Ends that input may bring
+// about, and exceptions, are caught. What a run leaves for the end of its process is released.
 void run_in_process(const std::string& package, std::string_view monitor_lines);
 
 // A file in memory; `path` opens it for as long as the object lives.

@@ -1,5 +1,5 @@
 // A whole run, of which each byte comes from the input: lines "--- NAME" begin the sections ".zan.NAME" of
-// the package; those behind the line "--- profile.mon" are the monitor file. An input that begins otherwise
+// the package; those after the line "--- profile.mon" are the monitor file. An input that begins otherwise
 // is the package itself.
 #include <cstdint>
 #include <string>

@@ -17,6 +17,6 @@ namespace zan {
 } // namespace zan
 
 // Stops the process unless `condition` holds. `text` is shown as it stands: a condition's text is known to
-// callers and tests, so it must not change when the C++ behind it does.
+// callers and tests, so it must not change when the condition is written in another way.
 #define ZAN_CONTRACT(condition, text) \
     ((condition) ? static_cast<void>(0) : ::zan::contract_failed((text), __FILE__, __LINE__, __func__))

@@ -6,7 +6,7 @@ namespace failing_memory {
 
 // From now on allocations are counted, and the one of this number fails; the first is 1, and 0 fails none.
 void begin(long number);
-// No allocation fails any more. Gives how many there were.
+// No allocation fails any more. Returns how many there were.
 long end();
 // Blocks that were allocated and not freed.
 long live_blocks();

@@ -1,4 +1,4 @@
-// A folder for runs that meet faults, which can be brought back to what it was ahead of each.
+// A folder for runs that meet faults, whose contents can be restored before each run.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -12,7 +12,7 @@
 #include "temp_dir.h"
 #include "whole_file.h"
 
-// Files with their bytes, folders with a slash behind their names.
+// Files with their bytes, folders with a slash at the end of their names.
 using Tree = std::map<std::string, std::string>;
 
 using Words = std::set<std::string>;
@@ -39,7 +39,7 @@ class FaultTest : public testing::Test {
     // Makes the folder hold just these.
     void restore(const Tree& wanted) const {
         namespace fs = std::filesystem;
-        if (tree() == wanted) // as most runs leave it, and to look takes less time than to write
+        if (tree() == wanted) // true after most runs, and comparing takes less time than writing
             return;
         for (const auto& entry : fs::directory_iterator(dir.path()))
             fs::remove_all(entry.path());

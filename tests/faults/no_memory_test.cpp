@@ -1,5 +1,5 @@
-// What runs of both programs, and the package functions, make of memory that runs out: each allocation of a
-// small run fails in turn.
+// Runs of both programs, and of the package functions, in which memory runs out: each allocation of a small
+// run fails in turn.
 #include <algorithm>
 
 #include "failing_memory.h"
@@ -78,8 +78,8 @@ class ToolboxWithoutMemory : public FaultTest {
             number);
     }
 
-    // The C++ library itself ends a process that has no memory to look into a folder.
-    static void expect_told(const std::string& status, const std::string& err) {
+    // The C++ runtime ends a process that has no memory to read a folder.
+    static void expect_failure(const std::string& status, const std::string& err) {
         if (status == "SIGABRT") {
             EXPECT_THAT(err, StartsWith("terminate called "));
             return;
@@ -105,7 +105,7 @@ class ToolboxWithoutMemory : public FaultTest {
                 continue;
             }
             ++num_failed;
-            expect_told(status, err);
+            expect_failure(status, err);
             EXPECT_TRUE(whole.outcome.out.starts_with(out)) << out;
             EXPECT_EQ(tree(), before);
         }

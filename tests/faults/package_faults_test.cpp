@@ -1,5 +1,4 @@
-// What the package functions make of system calls that fail: whatever happens, nothing stays open when a
-// caller has closed what he has opened.
+// The package functions where system calls fail: nothing stays open after a caller has closed what it opened.
 #include <map>
 
 #include "fault_fixture.h"
@@ -22,7 +21,7 @@ class PackageFaults : public Traced<PackageFolder>, public testing::WithParamInt
         return num_open_files() != open_files ? left_open : good ? went_well : failed;
     }
 
-    // That a use with any of these calls failing ends as its result tells, and leaves nothing open.
+    // With each of these calls failing, a use ends with one of its results, and nothing stays open.
     void expect_nothing_left_open(Calls calls, int error, bool lasting) const {
         with_each_call_failing(
             use, calls, error, lasting, [&] { restore(files); },
@@ -46,7 +45,7 @@ TEST_P(PackageFaults, WithoutAFaultItGoesWellAndLeavesNothingOpen) {
     EXPECT_EQ(run_whole(use).outcome, (Outcome{"", "", "0"}));
 }
 
-TEST_P(PackageFaults, NothingStaysOpenBehindAFailure) {
+TEST_P(PackageFaults, NothingStaysOpenAfterAFailure) {
     for (const Calls calls :
          {Calls::reads, Calls::folder_reads, Calls::writes, Calls::opens, Calls::closes, Calls::others})
         expect_nothing_left_open(calls, EIO, false);
@@ -56,7 +55,7 @@ TEST_P(PackageFaults, NothingStaysOpenOnAFullDisk) {
     expect_nothing_left_open(Calls::writes, ENOSPC, true);
 }
 
-TEST_P(PackageFaults, NothingStaysOpenBehindAnInterruptedCall) {
+TEST_P(PackageFaults, NothingStaysOpenAfterAnInterruptedCall) {
     for (const Calls calls : {Calls::reads, Calls::writes, Calls::opens})
         expect_nothing_left_open(calls, EINTR, false);
 }

@@ -1,11 +1,11 @@
-// Uses of the package functions, as a caller makes them who closes what he has opened.
+// Uses of the package functions by callers that close what they open.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <vector>
 
-// Gives whether all of it went well.
+// `work` returns whether all of it went well.
 struct PackageUse {
     std::string name;
     std::function<bool()> work;

@@ -1,11 +1,11 @@
-// What a run of zanl-profile-tly makes of system calls that fail.
+// Runs of zanl-profile-tly in which system calls fail.
 #include "sample_runs.h"
 #include "tly_constants.h"
 #include "traced_fixture.h"
 
 namespace {
 
-// What came of the faults that struck a file: "pread64 design.zanx" and the words for the outcomes.
+// The outcomes of faults, by what they struck: "pread64 design.zanx" and the words for the outcomes.
 using Findings = std::map<std::string, Words>;
 
 class ReportFaults : public Traced<SampleRuns> {
@@ -62,7 +62,7 @@ TEST_F(ReportFaults, AMonitorLineWhoseEndCannotBeReadIsLeftOut) {
             run({.calls = Calls::reads, .number = size + 1, .error = EIO, .file = "profile.mon", .piece = 1});
         EXPECT_EQ(cut.outcome.status, "0");
         EXPECT_TRUE(cut_reports.contains(read("report.json")))
-            << "behind " << lines.substr(0, static_cast<std::size_t>(size));
+            << "after " << lines.substr(0, static_cast<std::size_t>(size));
         reports.insert(read("report.json"));
     }
     EXPECT_EQ(reports, cut_reports);
@@ -100,7 +100,7 @@ TEST_F(ReportFaults, AnInterruptedReadOrWriteIsMadeAgain) {
     EXPECT_EQ(findings(Calls::writes, EINTR), (Findings{{"write report.json", {"the report"}}}));
 }
 
-TEST_F(ReportFaults, PiecesOfAByteGiveTheSame) {
+TEST_F(ReportFaults, PiecesOfAByteMakeTheSameReport) {
     for (const Calls calls : {Calls::reads, Calls::writes}) {
         restore(files);
         const TracedRun pieces = run({.calls = calls, .piece = 1});

@@ -1,4 +1,4 @@
-// Runs of zanl-profile-tly over a sample design, and what may come of one that meets a fault.
+// Runs of zanl-profile-tly over a sample design, and the outcomes that a fault may have.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@
 #include "run_program.h"
 
 // A folder with the package, the monitor file and an old report of a sample, and the reports that runs in it
-// can give.
+// can write.
 class SampleRuns : public FaultTest {
   protected:
     using Run = std::function<Outcome()>;
@@ -52,7 +52,7 @@ class SampleRuns : public FaultTest {
         return ends;
     }
 
-    // What came of a run, in words; empty for something that no page tells of.
+    // The outcome of a run, in words; empty for one that isn't documented.
     std::string outcome_of(const Outcome& outcome) const {
         const auto& [out, err, status] = outcome;
         const std::string report = read("report.json");
@@ -75,8 +75,8 @@ class SampleRuns : public FaultTest {
 
   private:
     static constexpr const char* no_description =
-        "Warning: No profiler elf section. Will only return kernel start/stop time and memory transfer times "
-        "between device & host.\n";
+        "Warning: No profiler elf section. "
+        "Will only return kernel start/stop time and memory transfer times between device & host.\n";
 
     bool is_part(const std::string& report) const { return right_report.starts_with(report); }
 };

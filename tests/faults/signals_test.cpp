@@ -30,7 +30,7 @@ class Signals : public SampleRuns {
     }
 
     // Starts the program with a named pipe as one of its files, waits until it reads from the pipe, and calls
-    // `meanwhile(process)`. Gives how the process has ended.
+    // `meanwhile(process, writer)`. Returns the exit status, or the name of the signal.
     template <typename Meanwhile>
     std::string waiting_at_pipe(const std::string& program, const std::vector<std::string>& arguments,
                                 const std::string& pipe, Meanwhile meanwhile) {
@@ -65,8 +65,7 @@ TEST_F(Signals, ARunThatIsEndedLeavesNoReport) {
     }
 }
 
-// Standard input would be as good; a pipe tells when the program is there. By then the copy of the package
-// is.
+// A named pipe shows when the program reads it; by then the copy of the package has been made.
 TEST_F(Signals, AToolboxThatIsEndedLeavesThePackageAsItWasAndTheCopyBesideIt) {
     for (const int signal : ending_signals) {
         EXPECT_EQ(waiting_at_pipe(ZAN_TOOLBOX, {"package", "add", "design.zanx", "x=pipe"}, "pipe",
@@ -112,7 +111,7 @@ TEST_F(Signals, AClosedOrFullStandardErrorDoesNotChangeAReport) {
     }
 }
 
-TEST_F(Signals, AMessageThatNobodyReadsEndsARunAndThenThereIsNoReport) {
+TEST_F(Signals, AMessageIntoAClosedPipeEndsARunWithoutAReport) {
     write("profile.mon", "\n" + files.at("profile.mon"));
     // The reader at the end of the pipe has gone when the program starts.
     EXPECT_EQ(shell("exec 3> >(exec true); wait $!; $P design.zanx profile.mon report.json 2>&3").status,
@@ -120,7 +119,7 @@ TEST_F(Signals, AMessageThatNobodyReadsEndsARunAndThenThereIsNoReport) {
     EXPECT_FALSE(fs::exists(dir.path("report.json")));
 }
 
-TEST_F(Signals, TheToolboxTellsItsStatusWhateverBecomesOfItsMessages) {
+TEST_F(Signals, TheToolboxHasItsStatusEvenIfItsMessagesAreLost) {
     for (const char* stream : {"2>&-", "2>/dev/full", "<&- >&- 2>&-"}) {
         EXPECT_EQ(shell(std::string("$T package show none.zanx x ") + stream), (Outcome{"", "", "2"}));
         EXPECT_EQ(shell(std::string("$T package show design.zanx x ") + stream), (Outcome{"", "", "1"}));
@@ -131,8 +130,7 @@ TEST_F(Signals, TheToolboxTellsItsStatusWhateverBecomesOfItsMessages) {
     }
 }
 
-// A file that is opened gets the number of a stream that is closed, and would be read or written in its
-// place.
+// A file that is opened gets the number of a closed stream, and would be read or written in its place.
 TEST_F(Signals, AClosedStandardStreamIsNoFileOfTheToolbox) {
     const auto trouble = [](const std::string& text) {
         return Outcome{"", "zanl-profile: " + text + ": Bad file descriptor\n", "2"};
@@ -148,13 +146,13 @@ TEST_F(Signals, AClosedStandardStreamIsNoFileOfTheToolbox) {
     EXPECT_EQ(tree(), files);
 }
 
-// Runs a program as a user whose folder this isn't. Permissions don't hold for the super-user.
+// Runs a program as a user who doesn't own the folder; permissions don't bind the super-user.
 Outcome as_plain_user(const std::string& program, const std::vector<std::string>& arguments,
                       const std::string& folder) {
     const TempDir output;
     const pid_t process = start_child(folder, output.path("out"), output.path("err"), [&] {
-        constexpr uid_t nobody = 65534;
-        if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0))
+        constexpr uid_t plain_user = 65534;
+        if (::geteuid() == 0 && (::setgid(plain_user) != 0 || ::setuid(plain_user) != 0))
             return 127;
         return program_body(program, arguments)();
     });

@@ -1,5 +1,5 @@
-// What the commands of zanl-profile make of system calls that fail: each ends with all done, or with one
-// message and nothing done.
+// The commands of zanl-profile where system calls fail: each ends with all done, or with one message and
+// nothing done.
 #include <regex>
 
 #include "fault_fixture.h"
@@ -12,7 +12,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// A command, and what it may have done of its work where it has failed: nothing, or some whole files.
+// A command, and what a failure may leave of its work: nothing, or some whole files.
 struct Case {
     std::string name;
     std::vector<std::string> arguments;
@@ -66,8 +66,8 @@ class ToolboxFaults : public Traced<FaultTest>, public testing::WithParamInterfa
     }
     std::function<int()> body() const { return toolbox(GetParam().arguments); }
 
-    // With each of these calls failing, the command does all its work or none of it. The calls that it can do
-    // its work without are those that `spared` describes.
+    // With each of these calls failing, the command does all its work or none of it. `spared`
+    // describes the calls that it can do without.
     void expect_all_or_nothing(Calls calls, int error, bool lasting, const std::string& spared) const {
         with_each_call_failing(
             body(), calls, error, lasting, [&] { restore(before); },
@@ -130,7 +130,7 @@ TEST_P(ToolboxFaults, WithoutAFaultTheWorkIsDone) {
     EXPECT_TRUE(after != before || whole.outcome.out != "");
 }
 
-// A read behind the last byte, which only says that it was the last, and one that ends the removal of a
+// The exceptions are a read after the last byte, which only finds the end, and one that ends the removal of a
 // folder.
 TEST_P(ToolboxFaults, AFailedReadLeavesAllAsItWas) {
     expect_all_or_nothing(Calls::reads, EIO, false, "read s\\.stream");
@@ -165,12 +165,12 @@ TEST_P(ToolboxFaults, AnyOtherFailureLeavesAllAsItWas) {
     expect_all_or_nothing(Calls::others, EIO, false, "f?chmod .*|newfstatat .*");
 }
 
-TEST_P(ToolboxFaults, AnInterruptedCallIsMadeAgainOrTold) {
+TEST_P(ToolboxFaults, AnInterruptedCallIsMadeAgainOrReported) {
     for (const Calls calls : {Calls::reads, Calls::writes})
         expect_all_or_nothing(calls, EINTR, false, ".*");
 }
 
-TEST_P(ToolboxFaults, PiecesOfAFewBytesGiveTheSame) {
+TEST_P(ToolboxFaults, PiecesOfAFewBytesHaveTheSameEffect) {
     for (const Calls calls : {Calls::reads, Calls::writes}) {
         restore(before);
         const TracedRun run = run_traced(body(), dir.path(), {.calls = calls, .piece = 7});

@@ -54,10 +54,10 @@ constexpr KnownCall known_calls[] = {
 #endif
 };
 
-// The name with the letters that mkstemp() has made up.
-std::string without_chance(const std::string& name) {
-    static const std::regex made_up("(unfinished-)[A-Za-z0-9]{6}");
-    return std::regex_replace(name, made_up, "$1XXXXXX");
+// The name with X for each random letter of mkstemp().
+std::string without_random_letters(const std::string& name) {
+    static const std::regex random_letters("(unfinished-)[A-Za-z0-9]{6}");
+    return std::regex_replace(name, random_letters, "$1XXXXXX");
 }
 
 } // namespace
@@ -71,23 +71,23 @@ std::span<const KnownCall> all_calls() {
     return known_calls;
 }
 
-std::string CallInHand::descriptor_path(std::uint64_t argument) const {
+std::string CurrentCall::descriptor_path(std::uint64_t argument) const {
     const auto descriptor = static_cast<int>(argument);
     std::error_code ignored;
     return fs::read_symlink("/proc/" + std::to_string(m_process) + "/fd/" + std::to_string(descriptor),
                             ignored);
 }
 
-std::string CallInHand::path_argument() const {
+std::string CurrentCall::path_argument() const {
     const std::string text = text_at(m_arguments[static_cast<std::size_t>(m_known.path)]);
-    // The calls with "at" in their names have a folder ahead of the path.
+    // The calls with "at" in their names have a folder before the path.
     const bool has_folder = m_known.path == 1 && static_cast<int>(m_arguments[0]) != AT_FDCWD;
     if (!has_folder || text.starts_with('/'))
         return text;
     return descriptor_path(m_arguments[0]) + (text.empty() ? "" : "/" + text);
 }
 
-std::string CallInHand::text_at(std::uint64_t address) const {
+std::string CurrentCall::text_at(std::uint64_t address) const {
     std::string text;
     // To the end of a page at most, since the next one may not be there.
     constexpr std::uint64_t page = 4096;
@@ -106,15 +106,16 @@ std::string CallInHand::text_at(std::uint64_t address) const {
     return text;
 }
 
-std::string CallInHand::file(const std::string& folder, const std::string& output) const {
+std::string CurrentCall::file(const std::string& folder, const std::string& output) const {
     const std::string path = m_known.path == none
                                  ? descriptor_path(m_arguments[static_cast<std::size_t>(m_known.descriptor)])
                                  : path_argument();
     if (path == output)
         return "standard output";
     if (path.starts_with(folder + "/"))
-        return without_chance(path.substr(folder.size() + 1));
+        return without_random_letters(path.substr(folder.size() + 1));
     if (path.ends_with(" (deleted)") || path == "/tmp")
         return "(temporary)";
-    return path.empty() || path.find('/') == 0 || path.find(':') != path.npos ? "" : without_chance(path);
+    return path.empty() || path.find('/') == 0 || path.find(':') != path.npos ? ""
+                                                                              : without_random_letters(path);
 }

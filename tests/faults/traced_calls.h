@@ -8,7 +8,8 @@
 #include <span>
 #include <string>
 
-#include "traced_run.h"
+// System calls by what they do. What removes a file isn't among them: without it nothing can be cleaned up.
+enum class Calls { reads, folder_reads, writes, opens, closes, others };
 
 // How a call names its file, and where its size stands among its arguments.
 struct KnownCall {
@@ -27,13 +28,13 @@ std::span<const KnownCall> all_calls();
 const KnownCall* find_call(std::uint64_t number);
 
 // One call as a process is about to make it.
-class CallInHand {
+class CurrentCall {
   public:
-    CallInHand(pid_t process, const KnownCall& known, const std::array<std::uint64_t, 6>& arguments)
+    CurrentCall(pid_t process, const KnownCall& known, const std::array<std::uint64_t, 6>& arguments)
         : m_process(process), m_known(known), m_arguments(arguments) {}
 
-    // The file as a reader of a test knows it: relative to `folder`, "standard output", "(temporary)"; empty
-    // for one that is not the process's own.
+    // The file as tests name it: relative to `folder`, "standard output", "(temporary)"; empty for files that
+    // are not the process's own.
     std::string file(const std::string& folder, const std::string& output) const;
 
   private:

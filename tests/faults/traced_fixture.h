@@ -20,11 +20,11 @@ class Traced : public Fixture {
             GTEST_SKIP() << fault;
         this->start();
     }
-    // Behind the look whether there can be a test.
+    // Called after the check that processes can be traced.
     virtual void start() = 0;
 
     // Runs `body` with each of these calls in turn failing with the error; `lasting` as with a Fault.
-    // `prepare()` comes ahead of each run, `check(run)` behind it.
+    // Calls `prepare()` before each run and `check(run)` after it.
     template <typename Prepare, typename Check>
     void with_each_call_failing(const std::function<int()>& body, Calls calls, int error, bool lasting,
                                 Prepare prepare, Check check) const {
@@ -34,8 +34,8 @@ class Traced : public Fixture {
             prepare();
             const TracedRun run = run_traced(body, this->dir.path(), {calls, number, error, lasting});
             ASSERT_FALSE(run.struck.empty()) << "there is no call " << number;
-            SCOPED_TRACE(run.struck + " (" + std::to_string(number) + ") gives " + std::strerror(error) +
-                         (lasting ? ", and so do those behind it" : ""));
+            SCOPED_TRACE(run.struck + " (" + std::to_string(number) + ") fails: " + std::strerror(error) +
+                         (lasting ? ", and so do those after it" : ""));
             check(run);
         }
     }

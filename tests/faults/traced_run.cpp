@@ -24,10 +24,9 @@
 
 namespace {
 
-constexpr int status_not_started = 127;
 constexpr int status_not_traced = 126;
 
-// Has each of these calls wake the tracer, and no others: a process makes many that don't matter.
+// Makes each of these calls stop for the tracer, and no others: to stop at all of them would be slow.
 bool report_calls(Calls calls) {
     std::vector<sock_filter> filter = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -44,7 +43,7 @@ bool report_calls(Calls calls) {
            ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-// Lets the process be traced, and goes on when the tracer is there.
+// Lets the parent trace this process, and waits until it does.
 bool become_traced(Calls calls) {
     return ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 && ::raise(SIGSTOP) == 0 && report_calls(calls);
 }
@@ -56,7 +55,7 @@ class Registers {
     explicit Registers(pid_t process) : m_process(process) {
         ::ptrace(PTRACE_GETREGS, m_process, nullptr, &m_registers);
     }
-    // The call isn't made, and gives this.
+    // The call isn't made, and returns this.
     void replace_call(long long result) {
         m_registers.orig_rax = static_cast<unsigned long long>(-1);
         set_result(result);
@@ -98,7 +97,7 @@ class Tracer {
     Tracer(pid_t process, const std::string& folder, const std::string& output, const Fault& fault)
         : m_process(process), m_folder(folder), m_output(output), m_fault(fault) {}
 
-    // Follows the process to its end, and gives its wait status.
+    // Follows the process to its end, and returns its wait status.
     int follow();
 
     TracedRun run;
@@ -112,24 +111,24 @@ class Tracer {
     const std::string& m_folder;
     const std::string& m_output;
     const Fault& m_fault;
-    bool m_fails_behind = false; // the call in hand is made, and gives the error all the same
+    bool m_fails_after = false; // the current call is made, and returns the error all the same
 };
 
 int Tracer::follow() {
     ::ptrace(PTRACE_SETOPTIONS, m_process, nullptr,
              PTRACE_O_TRACESECCOMP | PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL | PTRACE_O_TRACEEXEC);
     for (int signal = 0;;) {
-        ::ptrace(m_fails_behind ? PTRACE_SYSCALL : PTRACE_CONT, m_process, nullptr, signal);
+        ::ptrace(m_fails_after ? PTRACE_SYSCALL : PTRACE_CONT, m_process, nullptr, signal);
         const int status = wait_for_child(m_process);
         if (!WIFSTOPPED(status))
             return status;
-        constexpr int behind_call = SIGTRAP | 0x80;
+        constexpr int after_call = SIGTRAP | 0x80;
         signal = WSTOPSIG(status);
-        if (signal == behind_call && std::exchange(m_fails_behind, false))
+        if (signal == after_call && std::exchange(m_fails_after, false))
             Registers(m_process).set_result(-m_fault.error);
         if (status >> 8 == (SIGTRAP | PTRACE_EVENT_SECCOMP << 8))
             at_call();
-        if (signal == behind_call || status >> 16 != 0)
+        if (signal == after_call || status >> 16 != 0)
             signal = 0;
     }
 }
@@ -160,13 +159,13 @@ bool Tracer::counts(const KnownCall& call, const Arguments& arguments, std::stri
     if (call.descriptor != KnownCall::none &&
         arguments[static_cast<std::size_t>(call.descriptor)] == STDERR_FILENO)
         return false;
-    file = CallInHand(m_process, call, arguments).file(m_folder, m_output);
+    file = CurrentCall(m_process, call, arguments).file(m_folder, m_output);
     return !file.empty() && (m_fault.file.empty() || file == m_fault.file);
 }
 
 void Tracer::fail(const KnownCall& call) {
     if (call.calls == Calls::closes)
-        m_fails_behind = true; // a failed close has closed all the same
+        m_fails_after = true; // a close that fails closes all the same
     else
         Registers(m_process).replace_call(-m_fault.error);
 }

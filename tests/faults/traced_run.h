@@ -1,5 +1,5 @@
-// Runs of a process in which system calls go wrong on demand, whichever library makes them: the process is
-// traced as a debugger would do it.
+// Runs of a process in which system calls fail on demand, whichever library makes them: the process is traced
+// as by a debugger.
 #pragma once
 
 #include <cstdint>
@@ -8,19 +8,17 @@
 #include <vector>
 
 #include "run_program.h"
+#include "traced_calls.h"
 
-// System calls by what they do. What removes a file isn't among them: without it nothing can be cleaned up.
-enum class Calls { reads, folder_reads, writes, opens, closes, others };
-
-// What a traced process meets. Only calls on its own files count: those in its folder, temporary ones, and
-// the standard streams but for standard error, where faults are told.
+// Which call of a traced process fails, and how. Only calls on its own files count: those in its folder,
+// temporary ones, and the standard streams except standard error, where faults are reported.
 struct Fault {
     static constexpr int none = 0;
 
     Calls calls = Calls::reads;
     int number = none;     // which of these calls, from 1 on
     int error = 0;         // the errno it fails with
-    bool lasting = false;  // so do all of these calls behind it
+    bool lasting = false;  // so do all of these calls after it
     std::string file = {}; // only calls on this file count; empty for all files
     // Each of the calls that don't fail moves this many bytes at most; 0 for all that it is asked for.
     std::uint64_t piece = 0;
@@ -29,8 +27,8 @@ struct Fault {
 struct TracedRun {
     Outcome outcome; // an end by a signal has the signal's name as its status: "SIGABRT"
     int calls = 0;   // how many calls counted
-    // The first one that has failed, with its file: "pread64 design.zanx". Of a name made up by chance the
-    // letters are given as X.
+    // The first one that has failed, with its file: "pread64 design.zanx". Random
+    // letters of a name are X.
     std::string struck;
 };
 

@@ -1,11 +1,14 @@
-// What the programs' own ELF files say of how they were built.
+// How the programs were built, as their own ELF files show it.
 #include <fcntl.h>
 #include <gelf.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <functional>
+#include <map>
 #include <set>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -66,7 +69,7 @@ class Elf64File {
   private:
     using Visit = std::function<bool(Elf_Data* data, const GElf_Shdr& header, int index)>;
 
-    // Calls `visit` with growing indices for each section of that type, until it gives false.
+    // Calls `visit` with growing indices for each section of that type, until it returns false.
     void each_entry(GElf_Word type, const Visit& visit) const {
         GElf_Shdr header;
         for (Elf_Scn* section = nullptr; (section = elf_nextscn(m_elf, section));) {
@@ -94,7 +97,7 @@ TEST_P(HardeningTest, TheProgramIsPositionIndependent) {
     EXPECT_FALSE(program.dynamic().contains(DT_TEXTREL)); // code that the loader would have to write to
 }
 
-TEST_P(HardeningTest, TablesOfFunctionsAreFilledAheadOfMainAndReadOnlyThen) {
+TEST_P(HardeningTest, TablesOfFunctionsAreFilledBeforeMainAndReadOnlyThen) {
     EXPECT_NO_THROW(program.segment_flags(PT_GNU_RELRO));
     EXPECT_EQ(program.dynamic()[DT_FLAGS_1] & DF_1_NOW, DF_1_NOW);
 }

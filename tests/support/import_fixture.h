@@ -1,29 +1,23 @@
-// The profile model that a description gives.
+// The profile model of a description.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 
 #include "capture.h"
 #include "description.h"
 #include "make_package.h"
+#include "profile_model.h"
 #include "temp_dir.h"
 #include "tly_parse.h"
 
 class ImportTest : public testing::Test {
   protected:
     ImportTest() { set_clock("240.5"); }
-    ~ImportTest() override { forget(); }
-
     // Deletes what was imported.
     void forget() {
-        for (const auto& [name, kernel] : kernels) {
-            for (TlyModuleInst* inst : kernel->module_insts())
-                delete inst;
-            delete kernel;
-        }
+        delete_kernels(kernels);
         kernels.clear();
         original_names.clear();
     }
@@ -54,7 +48,7 @@ class ImportTest : public testing::Test {
         TlyModuleInst* found = kernels.at(kernel)->check_module_exists(name);
         return found ? *found : throw std::out_of_range("no instance " + name);
     }
-    // The instance's counters, "tag:offset" each, with "/compute unit" behind where it isn't 0.
+    // The instance's counters, "tag:offset" each, followed by "/compute unit" where it isn't 0.
     std::string counters(const std::string& kernel, const std::string& name) const {
         const TlyModuleInst& of = inst(kernel, name);
         const auto offsets = of.getPortTagOffsets();
@@ -71,14 +65,15 @@ class ImportTest : public testing::Test {
     std::string all_counters() const {
         std::string text;
         for (const auto& [name, kernel] : kernels) {
-            for (const TlyModuleInst* of : kernel->module_insts())
+            for (const TlyModuleInst* of : kernel->get_module_insts())
                 text += name + " " + of->getName() + " " + counters(name, of->getName()) + "\n";
         }
         return text;
     }
 
-    std::map<std::string, TlyKernel*> kernels;
-    std::map<std::string, std::string> original_names;
+    ProfileModel model;
+    ProfileModel::Kernels& kernels = model.kernels;
+    ProfileModel::OriginalNames& original_names = model.original_names;
     ptree tree;
     std::string messages;
 

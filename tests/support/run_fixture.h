@@ -1,11 +1,7 @@
-// Kernels, module instances and a report tree made by hand, as the stages of a run hand them to the monitor
-// reader.
+// A profile model and a report tree made by hand, as the stages of a run hand them to the monitor reader.
 #pragma once
 
-#include <list>
-#include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "monitor_reader.h"
@@ -21,10 +17,6 @@ class RunFixture {
     }
     RunFixture(const RunFixture&) = delete;
     RunFixture& operator=(const RunFixture&) = delete;
-    ~RunFixture() {
-        for (const auto& [name, kernel] : kernels)
-            delete kernel;
-    }
 
     TlyKernel& kernel(const std::string& name, bool autorun = false) {
         return *(kernels[name] = new TlyKernel(name, autorun));
@@ -32,10 +24,10 @@ class RunFixture {
 
     // An instance of the kernel, of the function with the kernel's name.
     TlyModuleInst& inst(TlyKernel& kernel, const std::string& name, bool shared = false) {
-        TlyModuleInst& made = m_insts.emplace_back(name, "module", kernel.get_name(), "", "", "", "", "32",
-                                                   "", kernel.is_autorun_kernel(), 1, shared);
-        kernel.add_module_inst(&made);
-        return made;
+        auto* made = new TlyModuleInst(name, "module", kernel.get_name(), "", "", "", "", "32", "",
+                                       kernel.is_autorun_kernel(), 1, shared);
+        kernel.add_module_inst(made);
+        return *made;
     }
 
     // Reads a monitor file of these lines, each ended by a newline.
@@ -45,10 +37,9 @@ class RunFixture {
     // The same, with the choice of how kernel lines are decoded. Replaces the nodes that the tree has.
     int read_decoding(LineDecoding decoding, const std::vector<std::string>& lines) {
         FoldedMonitorNodes read_nodes;
-        const int status = read_monitor_file(kernels, read_nodes, file(joined_lines(lines)), original_names,
-                                             ext_mems, false, decoding);
+        const StageResult result = read_monitor_file(model, read_nodes, file(joined_lines(lines)), decoding);
         read_nodes.append_to(tree);
-        return status;
+        return static_cast<int>(result);
     }
     int read_file(const std::string& path, bool no_profiler = false) {
         return parseProfilerMONFile(&kernels, &tree, path, original_names, ext_mems, no_profiler);
@@ -74,9 +65,10 @@ class RunFixture {
     }
 
     ptree tree;
-    std::map<std::string, TlyKernel*> kernels;
-    std::map<std::string, std::string> original_names;
-    std::unordered_map<std::string, TlyExtMem*> ext_mems;
+    ProfileModel model;
+    ProfileModel::Kernels& kernels = model.kernels;
+    ProfileModel::OriginalNames& original_names = model.original_names;
+    ProfileModel::ExtMems& ext_mems = model.ext_mems;
 
   private:
     static std::string joined_lines(const std::vector<std::string>& lines) {
@@ -93,5 +85,4 @@ class RunFixture {
     }
 
     TempDir m_dir;
-    std::list<TlyModuleInst> m_insts; // instances stay where they are made
 };

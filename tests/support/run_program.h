@@ -1,4 +1,4 @@
-// Runs a program as a shell would, and gives back all it wrote.
+// Runs a program as a shell would, and returns all that it wrote.
 #pragma once
 
 #include <filesystem>
@@ -33,7 +33,7 @@ class PipeWriter {
     PipeWriter(const std::filesystem::path& path, const std::string& bytes);
     PipeWriter(const PipeWriter&) = delete;
     PipeWriter& operator=(const PipeWriter&) = delete;
-    // Ends the writing, also if nobody ever opened the pipe for reading.
+    // Ends the writing, also if the pipe was never opened for reading.
     ~PipeWriter();
 
   private:

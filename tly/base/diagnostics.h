@@ -8,7 +8,7 @@
 #include <utility>
 
 // Writes the formatted text and flushes. A stream that can't take it is no reason to end a run, so a failure
-// is passed over.
+// is ignored.
 template <class... Args>
 void write_message(std::FILE* stream, fmt::format_string<Args...> format, Args&&... args) {
     fmt::memory_buffer text;

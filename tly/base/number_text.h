@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-// Leading white space and one sign are accepted, text behind the digits is ignored. Nothing is given where
+// Leading white space and one sign are accepted, text after the digits is ignored. There is no result where
 // std::stoll throws: for a text without a number at that place and for a number out of range.
 std::optional<long long> parse_long_long(std::string_view text);
 

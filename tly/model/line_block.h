@@ -8,7 +8,8 @@
 #include "wrapping.h"
 
 // The counters of some lines, a row each. A line touches every sample list of its kernel, and those are more
-// than the caches hold; many lines at once touch each list once.
+// than the caches hold; many lines at once touch each list once. Rows are read column by column, so a block
+// has to fit a cache itself: lines of 1,441 counters come in blocks of 22.
 class LineBlock {
   public:
     static constexpr std::size_t max_lines = 64;

@@ -19,16 +19,17 @@ struct MonField {
 // The field that a text stands for, commas and all.
 MonField read_mon_field(std::string_view text);
 
-// Reads the front of a line piece by piece, as long as it is what nearly all lines are: plain numbers of up
-// to 18 digits. A piece that is anything else ends the reading; then the line has to be split.
+// Reads a line piece by piece, as long as it is what nearly all lines are: plain numbers of up to 18 digits,
+// which fit a long long whatever the digits are. A piece that is anything else ends the reading; then the
+// line has to be split. What is read is what the split line has.
 class PlainFields {
   public:
     explicit PlainFields(std::string_view line) : m_position(line.data()), m_end(line.data() + line.size()) {}
 
     bool at_sign() const { return m_position != m_end && *m_position == '-'; }
-    // Reads a number and the comma behind it; false if that isn't what stands there.
+    // Reads a number and the comma after it; false if that isn't what stands there.
     bool number(long long& value) { return digits(value) && comma(); }
-    // Reads a text up to the comma behind it, which has to be there.
+    // Reads a text up to the next comma, which has to be there.
     bool text(std::string_view& text);
     // Reads the last fields of the line, just as many numbers as are wanted.
     bool last_numbers(long long* values, std::size_t count);

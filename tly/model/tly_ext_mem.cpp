@@ -2,6 +2,8 @@
 
 #include "wrapping.h"
 
+// Callers pass numbers from anywhere: an operation that is none must not index the array, and negative
+// numbers name no port.
 ExtMemCounts::Samples* ExtMemCounts::samples(ExtMemOpType op, int bank, int port) {
     if (op < EXT_MEM_READ || op > EXT_MEM_WRITE_BURST || bank < 0 || port < 0)
         return nullptr;
@@ -19,7 +21,7 @@ const ExtMemCounts::Samples* ExtMemCounts::find_samples(ExtMemOpType op, int ban
 void ExtMemCounts::record(Samples& samples, long long value, bool push) {
     if (push)
         samples.push_back(value);
-    else if (!samples.empty())
+    else if (!samples.empty()) // a port without samples has nothing to add to
         samples.set_back(wrapping_sum(samples.back(), value));
 }
 
@@ -43,27 +45,7 @@ TlyExtMem::TlyExtMem(std::string name, float max_bandwidth)
 }
 
 void TlyExtMem::add_interface(std::string name, unsigned int data_width, std::vector<std::string> ports) {
-    m_interfaces.push_back(new TlyExtMemInterface(std::move(name), data_width, std::move(ports)));
-}
-
-const TlyExtMemInterface& TlyExtMem::interface(int i) const {
-    return *m_interfaces.at(static_cast<std::size_t>(i));
-}
-
-std::string TlyExtMem::get_interface_name(int i) const {
-    return interface(i).getName();
-}
-
-int TlyExtMem::get_interface_width(int i) const {
-    return interface(i).getDataWidth();
-}
-
-int TlyExtMem::get_interface_nports(int i) const {
-    return interface(i).getNumPorts();
-}
-
-std::string TlyExtMem::get_interface_port_name(int i, int port) const {
-    return interface(i).getPortName(port);
+    m_interfaces.emplace_back(std::move(name), data_width, std::move(ports));
 }
 
 void TlyExtMem::set_max_burst_count(unsigned int count) {

@@ -39,12 +39,7 @@ TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string f
       m_num_compute_units(num_compute_units),
       m_compiled_shared_counters(compiledSharedCounters),
       m_total_cycles_tag("clock_" + m_function + "_function") {
-    reset();
-}
-
-TlyModuleInst::~TlyModuleInst() {
-    for (const auto& [name, counts] : m_ext_mem_counts)
-        delete counts;
+    reset(); // for the cycles of the function, which other instances may have recorded before
 }
 
 void TlyModuleInst::addFilename(std::string filename) {
@@ -75,8 +70,10 @@ int TlyModuleInst::getNumCols() const {
     return size_of(m_col_nums);
 }
 
-std::string TlyModuleInst::getFileName(int i) const {
-    return entry_or(m_filenames, i, std::string());
+const std::string& TlyModuleInst::getFileName(int i) const {
+    static const std::string none;
+    const auto index = static_cast<std::size_t>(i); // a negative index is beyond every list
+    return index < m_filenames.size() ? m_filenames[index] : none;
 }
 
 int TlyModuleInst::getLine(int i) const {
@@ -91,9 +88,11 @@ int TlyModuleInst::getIsCallsite(int i) const {
     return entry_or(m_is_callsite, i, -1);
 }
 
+// What a tag means is worked out here, once. Lines, of which there may be millions, only go over the table.
 void TlyModuleInst::addPortTag(std::string tag, int offset, int comp_unit) {
     const TagMeaning meaning = meaning_of_tag(tag, m_total_cycles_tag);
-    activate(meaning);
+    if (meaning.target == TagTarget::counter)
+        m_counters.activate(meaning.counter);
     if (meaning.target == TagTarget::total_cycles)
         m_total_cycles_offset = offset;
     if (meaning.target == TagTarget::ext_mem)
@@ -106,19 +105,11 @@ void TlyModuleInst::updateAutorunOffsets(int delta) {
         return;
     for (PortCounter& port : m_ports)
         port.offset += delta;
-    if (m_total_cycles_offset >= 0)
+    if (m_total_cycles_offset >= 0) // -1 stands for no cycle counter, and stays
         m_total_cycles_offset += delta;
 }
 
-int TlyModuleInst::getNPorts() const {
-    return size_of(m_ports);
-}
-
 int TlyModuleInst::getNTags() const {
-    return size_of(m_ports);
-}
-
-int TlyModuleInst::getPortTagSize() const {
     return size_of(m_ports);
 }
 
@@ -149,54 +140,45 @@ int TlyModuleInst::getSharedOffset(const std::string& tag) const {
     return found == m_shared_tags.end() ? -1 : found->second;
 }
 
-// Gives a counter that a tag names its list, which starts with zeros for the samples so far.
-void TlyModuleInst::activate(const TagMeaning& meaning) {
-    const auto index = static_cast<std::size_t>(meaning.counter);
-    if (meaning.target != TagTarget::counter || m_is_active[index])
-        return;
-    m_is_active[index] = true;
-    m_active.push_back(meaning.counter);
-    m_samples[index] = m_zeros;
-}
-
 void TlyModuleInst::partialReset() {
-    for (const Counter counter : m_active)
-        m_current[static_cast<std::size_t>(counter)] = 0;
-    m_total_cycles_current = 0;
+    m_counters.start_line();
+    m_functions.start_line();
 }
 
 void TlyModuleInst::pushValuesOnVectors() {
-    for (const Counter counter : m_active) {
-        const auto index = static_cast<std::size_t>(counter);
-        m_samples[index].push_back(m_current[index]);
-    }
-    m_zeros.push_back(0);
-    if (!m_has_total_cycles)
-        return;
-    if (!m_function_cycles)
-        m_function_cycles = &m_total_cycles[m_function]; // entries stay in place
-    m_function_cycles->push_back(m_total_cycles_current);
+    m_counters.end_line();
+    if (m_has_total_cycles)
+        function_cycles().push_back(m_functions.line_sum());
 }
 
 void TlyModuleInst::reset() {
-    partialReset();
+    m_counters.clear();
     m_ireq_count_valid = false;
     m_has_total_fifo_size = false;
     m_has_max_fifo_size = false;
     m_has_total_cycles = false;
-    for (Samples& list : m_samples)
-        list.clear();
-    m_zeros.clear();
-    m_sample_timestamps.clear();
     m_invalid_values.clear();
-    const auto cycles = m_total_cycles.find(m_function);
-    if (cycles != m_total_cycles.end())
-        cycles->second.clear();
-    for (const auto& [name, counts] : m_ext_mem_counts)
-        delete counts;
+    m_functions.start_line();
+    // These two reach beyond the instance: sample times of all functions, cycles of all instances of its own.
+    m_functions.clear_timestamps();
+    if (Samples* cycles = find_function_cycles())
+        cycles->clear();
+    // The next invocation may bring other memories, and the report is to list none without samples.
     m_ext_mem_counts.clear();
     for (ExtMemPort& port : m_ext_mem_ports)
         port.samples = nullptr;
+}
+
+// The cycles of the instance's function, for a sample to be added.
+TlyModuleInst::Samples& TlyModuleInst::function_cycles() {
+    if (!m_function_cycles)
+        m_function_cycles = &m_functions.list_of(m_function);
+    return *m_function_cycles;
+}
+
+// The same, null if no instance has added a sample yet.
+TlyModuleInst::Samples* TlyModuleInst::find_function_cycles() const {
+    return m_function_cycles ? m_function_cycles : m_functions.find(m_function);
 }
 
 long long TlyModuleInst::sample(Counter counter, int i) const {
@@ -205,20 +187,14 @@ long long TlyModuleInst::sample(Counter counter, int i) const {
     return index < list.size() ? list[index] : -1;
 }
 
-std::vector<long long> TlyModuleInst::getTotalCycles() const {
-    return total_cycles().to_vector();
-}
-
 TlyModuleInst::Samples TlyModuleInst::total_cycles() const {
-    if (m_function_cycles)
-        return *m_function_cycles;
-    const auto found = m_total_cycles.find(m_function);
-    if (found != m_total_cycles.end())
-        return found->second;
+    if (const Samples* cycles = find_function_cycles())
+        return *cycles;
     diagnose("WARNING: No total cycles found for kernel {}\n", m_function);
     return {};
 }
 
+// In double up to the last division: a float of the product would round before the ceiling does.
 float TlyModuleInst::getStallPercentage() const {
     const Samples& stalls = samples(Counter::ext_stall);
     const Samples cycles = total_cycles();
@@ -239,13 +215,12 @@ long long TlyModuleInst::getCsvTotalCycles(std::string* fields, int count) {
 }
 
 void TlyModuleInst::addSampleTimestamp(long long timestamp) {
-    m_sample_timestamps[m_function].push_back(timestamp);
+    m_functions.add_timestamp(m_function, timestamp);
 }
 
 std::vector<long long> TlyModuleInst::getSampleTimestamps() const {
-    const auto found = m_sample_timestamps.find(m_function);
-    if (found != m_sample_timestamps.end())
-        return found->second.to_vector();
+    if (const Samples* timestamps = m_functions.find_timestamps(m_function))
+        return timestamps->to_vector();
     diagnose("WARNING: no sample timestamps in moduleInst\n");
     return {};
 }
@@ -266,7 +241,7 @@ TlyModuleInst::Samples TlyModuleInst::ext_mem_samples(ExtMemOpType op, const std
     const auto memory = m_ext_mem_counts.find(mem_name);
     if (memory == m_ext_mem_counts.end())
         return {};
-    const Samples* found = memory->second->find_samples(op, bank, port);
+    const Samples* found = memory->second.find_samples(op, bank, port);
     return found ? *found : Samples();
 }
 

@@ -1,14 +1,15 @@
 // A profiled hardware block of a kernel and its samples.
 #pragma once
 
-#include <array>
 #include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "counter_samples.h"
 #include "counter_tags.h"
 #include "ext_mem_tag.h"
+#include "function_cycles.h"
 #include "line_block.h"
 #include "mon_line.h"
 #include "sample_list.h"
@@ -18,13 +19,107 @@
 // One module instance: a load-store unit, a channel access, a loop, a kernel's function wrapper. It has
 // - static attributes from the profiler description;
 // - a table of counters: tag, field index in a monitor line, compute unit;
-// - for each counter family an accumulator for the line in progress and a list with one entry for each line
-//   that reached the instance. A sample index means the same in all lists and in the kernel's timestamps.
+// - samples of each counter family, one for each line that reached the instance, so that a sample index means
+//   the same in all lists and in the kernel's timestamps;
+// - samples of the ports of external memories.
 // The owner adds tags first, then hands over lines (updateCounters), reads the samples, and resets.
 // Total cycles are kept for each function, shared by all instances of it. Not for several threads.
 class TlyModuleInst {
   public:
     using Samples = SampleList<long long>;
+
+    // `byte_width` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
+    TlyModuleInst(std::string name, std::string module, std::string function, std::string memory_type,
+                  std::string rw, std::string lsu_type, std::string global_mem_name, std::string byte_width,
+                  std::string memory_opt, bool autorun, int num_compute_units, bool compiledSharedCounters);
+    TlyModuleInst(const TlyModuleInst&) = delete;
+    TlyModuleInst& operator=(const TlyModuleInst&) = delete;
+
+    const std::string& getName() const { return m_name; }
+    const std::string& getModule() const { return m_module; }
+    const std::string& getAttrMemoryType() const { return m_attr_memory_type; }
+    const std::string& getAttrRw() const { return m_attr_rw; }
+    const std::string& getAttrLsuType() const { return m_attr_lsu_type; }
+    const std::string& getAttrGlobalMemName() const { return m_attr_global_mem_name; }
+    const std::string& getAttrByteWidth() const { return m_attr_byte_width; }
+    const std::string& getAttrMemoryOpt() const { return m_attr_memory_opt; }
+    const std::string& getFunction() const { return m_function; }
+    bool isAutorun() const { return m_autorun; }
+    bool compiledSharedCounters() const { return m_compiled_shared_counters; }
+    // The kernel clock in MHz; 0 until it is set.
+    float getFmax() const { return m_fmax; }
+    void setFmax(float fmax) { m_fmax = fmax; }
+
+    // Source locations: for each debug record one entry that is no call site, followed by its call sites.
+    void addFilename(std::string filename);
+    void addLine(int line);
+    void addColNum(int column);
+    void addIsCallsite(bool is_callsite);
+    int getNumFilenames() const;
+    int getNumLines() const;
+    int getNumCols() const;
+    // The entry at i. For an index outside the list: an empty text, and -1 for the others. getIsCallsite
+    // returns 0 or 1.
+    const std::string& getFileName(int i) const;
+    int getLine(int i) const;
+    int getColNum(int i) const;
+    int getIsCallsite(int i) const;
+
+    // Adds a counter: its tag, the 0-based index of its field in a monitor line, its compute unit.
+    void addPortTag(std::string tag, int offset, int comp_unit);
+    // Moves the counters of an autorun instance past those of other kernels on the same line.
+    void updateAutorunOffsets(int delta);
+    int getNTags() const;
+
+    // Physical counters that several logical ones share. The first entry for a tag stays.
+    void addSharedTag(std::string tag, int offset);
+    // The tag's offset, or -1.
+    int getSharedOffset(const std::string& tag) const;
+    void addHasShared(int count) { m_num_has_shared += count; }
+    int getNumHasShared() const { return m_num_has_shared; }
+
+    // Takes the instance's counters out of a line. `comp_unit` -1 reads the counters of all compute units.
+    // With `push` the values make a sample of their own. `type` is what a run with shared counters measured.
+    // A value that is no number, or a field that the line doesn't have, is reported on standard error,
+    // remembered in getInvalidValues() and counted as -1. Returns -1 if there was one, else 0.
+    int updateCounters(std::span<const MonField> fields, int comp_unit, bool push, SharedCounterTypes type,
+                       int line_number);
+    // The same, with `push`, for a block of lines, whose counters start at the field `first_counter`. The
+    // instance must be able to take the block, and `type` be the same on all lines.
+    void updateCounters(const LineBlock& lines, int first_counter, int comp_unit, SharedCounterTypes type);
+    // Whether decoding a block has the same effect as decoding its lines one after the other: each counter is
+    // on the line, no tag has a fault to report, and no two of them make samples of one list.
+    bool can_take_blocks(int first_counter, std::size_t counters_on_line, int comp_unit) const;
+
+    // The life of a sample: sums of the line to zero; all of them onto the sample lists. reset() also empties
+    // the lists and flags, the function's total cycles, and the external memories; tags and attributes stay.
+    void partialReset();
+    void pushValuesOnVectors();
+    void reset();
+
+    // All samples of a family. A copy of the list shares its storage.
+    const Samples& samples(Counter counter) const { return m_counters[counter]; }
+
+    // A request count, or in a run with shared counters any that could have been one, has been seen.
+    bool getIReqCountValid() const { return m_ireq_count_valid; }
+    bool getHasTotalFifoSize() const { return m_has_total_fifo_size; }
+    bool getHasMaxFifoSize() const { return m_has_max_fifo_size; }
+
+    // The cycles of each sample of the instance's function. A function without any is reported on standard
+    // error, and the list is empty.
+    Samples total_cycles() const;
+    // There is such a list, empty or not; once there, it stays.
+    bool has_total_cycles() const { return find_function_cycles() != nullptr; }
+    // One of its counters in the compute unit counts cycles of the function.
+    bool counts_total_cycles(int comp_unit) const;
+
+    // External memories that were recorded since the last reset, in the iteration order of the map that holds
+    // them, and the samples of a port, empty if there are none.
+    std::vector<std::string> getExtMemNames() const;
+    Samples ext_mem_samples(ExtMemOpType op, const std::string& mem_name, int bank, int port) const;
+
+    // The rest of the public part is for callers outside the program; the program itself doesn't use it.
+    // Lists are copied into vectors.
 
     // Names for rows of the table of counter tags.
     inline static const std::string CNT_BURSTCOUNT{counter_tag("burstcount")};
@@ -77,97 +172,26 @@ class TlyModuleInst {
     inline static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING =
         make_shared_mapping();
 
-    // `byte_width` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
-    TlyModuleInst(std::string name, std::string module, std::string function, std::string memory_type,
-                  std::string rw, std::string lsu_type, std::string global_mem_name, std::string byte_width,
-                  std::string memory_opt, bool autorun, int num_compute_units, bool compiledSharedCounters);
-    TlyModuleInst(const TlyModuleInst&) = delete;
-    TlyModuleInst& operator=(const TlyModuleInst&) = delete;
-    ~TlyModuleInst();
-
-    std::string getName() const { return m_name; }
-    // The same name without a copy.
-    const std::string& name() const { return m_name; }
-    std::string getModule() const { return m_module; }
-    std::string getAttrMemoryType() const { return m_attr_memory_type; }
-    std::string getAttrRw() const { return m_attr_rw; }
-    std::string getAttrLsuType() const { return m_attr_lsu_type; }
-    std::string getAttrGlobalMemName() const { return m_attr_global_mem_name; }
-    std::string getAttrByteWidth() const { return m_attr_byte_width; }
-    std::string getAttrMemoryOpt() const { return m_attr_memory_opt; }
-    std::string getFunction() const { return m_function; }
-    // The same text without a copy.
-    const std::string& function() const { return m_function; }
-    bool isAutorun() const { return m_autorun; }
     int getNumComputeUnits() const { return m_num_compute_units; }
-    bool compiledSharedCounters() const { return m_compiled_shared_counters; }
-    // The kernel clock in MHz; 0 until it is set.
-    float getFmax() const { return m_fmax; }
-    void setFmax(float fmax) { m_fmax = fmax; }
-
-    // Source locations: for each debug record one entry that is no call site, and its call sites behind it.
-    void addFilename(std::string filename);
-    void addLine(int line);
-    void addColNum(int column);
-    void addIsCallsite(bool is_callsite);
-    int getNumFilenames() const;
-    int getNumLines() const;
-    int getNumCols() const;
-    // The entry at i. For an index outside the list: an empty text, and -1 for the others. getIsCallsite
-    // gives 0 or 1.
-    std::string getFileName(int i) const;
-    int getLine(int i) const;
-    int getColNum(int i) const;
-    int getIsCallsite(int i) const;
-
-    // Adds a counter: its tag, the 0-based index of its field in a monitor line, its compute unit.
-    void addPortTag(std::string tag, int offset, int comp_unit);
-    // Moves the counters of an autorun instance behind those of other kernels on the same line.
-    void updateAutorunOffsets(int delta);
-    int getNPorts() const;
-    int getNTags() const;
-    int getPortTagSize() const;
+    // All three: the number of counters.
+    int getNPorts() const { return getNTags(); }
+    int getPortTagSize() const { return getNTags(); }
     std::vector<int> getPortTagOffsets() const;
     std::vector<std::string> getPortTagList() const;
     // Throws std::out_of_range beyond the end.
     int getPortCompUnit(int i) const;
-
-    // Physical counters that several logical ones share. The first entry for a tag stays.
-    void addSharedTag(std::string tag, int offset);
-    // The tag's offset, or -1.
-    int getSharedOffset(const std::string& tag) const;
     bool hasSharedPorts() const { return !m_shared_tags.empty(); }
-    void addHasShared(int count) { m_num_has_shared += count; }
-    int getNumHasShared() const { return m_num_has_shared; }
 
-    // Takes the instance's counters out of a line. `comp_unit` -1 reads the counters of all compute units.
-    // With `push` the values make a sample of their own. `type` is what a run with shared counters measured.
-    // A value that is no number, or a field that the line doesn't have, is told on standard error, remembered
-    // in getInvalidValues() and counted as -1. Gives -1 if there was one, else 0.
-    int updateCounters(std::span<const MonField> fields, int comp_unit, bool push, SharedCounterTypes type,
-                       int line_number);
-    // The same, with `push`, for a block of lines, whose counters start at the field `first_counter`. The
-    // instance must be able to take the block, and `type` be the same on all lines.
-    void updateCounters(const LineBlock& lines, int first_counter, int comp_unit, SharedCounterTypes type);
-    // Whether decoding a block gives just what decoding its lines one after the other would: each counter is
-    // on the line, nothing has to be told, and no two of them make samples of one list.
-    bool can_take_blocks(int first_counter, std::size_t counters_on_line, int comp_unit) const;
-    // The same for a list of texts. `line_length` is not used.
+    // updateCounters for a list of texts. `line_length` is not used.
     int updateCounters(std::vector<std::string> tokens, int comp_unit, int line_length, bool push,
                        SharedCounterTypes type, int line_number);
-    // Applies one value to the line in progress. Unknown tags are ignored, faulty external memory tags told
-    // on standard error.
+    // Applies one value to the line in progress. Unknown tags are ignored, faulty external memory tags
+    // reported on standard error.
     void updateSingleCounter(const std::string& tag, long long value, bool push);
-    // Records a value of an external memory port. A negative number is told on standard error and records
+    // Records a value of an external memory port. A negative number is reported on standard error and records
     // nothing.
     void updateExtMemCounter(const std::string& mem_name, ExtMemOpType op, int bank, int port,
                              long long value, bool push);
-
-    // The life of a sample: accumulators to zero; all of them onto the sample lists. reset() also empties the
-    // lists and flags, the function's total cycles, and the external memories; tags and attributes stay.
-    void partialReset();
-    void pushValuesOnVectors();
-    void reset();
 
     std::vector<long long> getOStallCount() const { return samples(Counter::ostall).to_vector(); }
     std::vector<long long> getIStallCount() const { return samples(Counter::istall).to_vector(); }
@@ -191,27 +215,7 @@ class TlyModuleInst {
     long long getNBurstsSample(int i) const { return sample(Counter::nbursts, i); }
     long long getTotalBurstWordsSample(int i) const { return sample(Counter::burst_words, i); }
 
-    // All samples of a family. A copy of the list shares its storage, the getters above copy it.
-    const Samples& samples(Counter counter) const {
-        const auto index = static_cast<std::size_t>(counter);
-        // cppcheck-suppress returnTempReference ; both are members
-        return m_is_active[index] ? m_samples[index] : m_zeros;
-    }
-
-    // A request count, or in a run with shared counters any that could have been one, has been seen.
-    bool getIReqCountValid() const { return m_ireq_count_valid; }
-    bool getHasTotalFifoSize() const { return m_has_total_fifo_size; }
-    bool getHasMaxFifoSize() const { return m_has_max_fifo_size; }
-
-    // The cycles of each sample of the instance's function. A function without any is told on standard error
-    // and gives an empty list.
-    std::vector<long long> getTotalCycles() const;
-    // The same list, sharing its storage.
-    Samples total_cycles() const;
-    // There is such a list, empty or not; once there, it stays.
-    bool has_total_cycles() const { return m_function_cycles || m_total_cycles.contains(m_function); }
-    // One of its counters in the compute unit counts cycles of the function.
-    bool counts_total_cycles(int comp_unit) const;
+    std::vector<long long> getTotalCycles() const { return total_cycles().to_vector(); }
     // The share of the last sample's cycles that were stalls, in percent, rounded up at two decimals. There
     // must be a sample.
     float getStallPercentage() const;
@@ -219,22 +223,19 @@ class TlyModuleInst {
     // is no number.
     long long getCsvTotalCycles(std::string* fields, int count);
 
-    std::vector<std::string> getInvalidValues() const { return m_invalid_values; }
+    const std::vector<std::string>& getInvalidValues() const { return m_invalid_values; }
     void clearInvalidValues() { m_invalid_values.clear(); }
 
+    // Sample times of the instance's function. A function without any is reported on standard error, and the
+    // list is empty. A reset of any instance empties the lists of all functions.
     void addSampleTimestamp(long long timestamp);
     std::vector<long long> getSampleTimestamps() const;
 
-    // External memories that were recorded since the last reset, in the iteration order of the map that holds
-    // them, and the samples of a port, empty if there are none.
-    std::vector<std::string> getExtMemNames() const;
     int getNumExtMems() const;
     std::vector<long long> getNumExtReads(const std::string& mem_name, int bank, int port) const;
     std::vector<long long> getNumExtWrites(const std::string& mem_name, int bank, int port) const;
     std::vector<long long> getNumExtReadBurstStarts(const std::string& mem_name, int bank, int port) const;
     std::vector<long long> getNumExtWriteBurstStarts(const std::string& mem_name, int bank, int port) const;
-    // The same samples, sharing their storage.
-    Samples ext_mem_samples(ExtMemOpType op, const std::string& mem_name, int bank, int port) const;
 
   private:
     // An external memory tag and the list that its values go to, looked up with the first value since a
@@ -252,21 +253,18 @@ class TlyModuleInst {
     };
 
     long long sample(Counter counter, int i) const;
-    void activate(const TagMeaning& meaning);
     void mark_invalid(std::string_view text, int line_number);
     void add_value(const TagMeaning& meaning, long long value);
     void note_counter(Counter counter);
-    struct Columns;
-    void decode_column(const PortCounter& port, const LineBlock& lines, std::size_t column, Columns& columns);
-    void push_columns(const Columns& columns, std::size_t count);
+    void decode_column(const PortCounter& port, const LineBlock& lines, std::size_t field,
+                       CounterColumns& columns);
     void record_ext_mem(ExtMemPort& port, long long value, bool push);
-    Samples* ext_mem_list(const std::string& mem_name, ExtMemOpType op, int bank, int port);
+    Samples& ext_mem_list(ExtMemPort& port);
+    Samples& function_cycles();
+    Samples* find_function_cycles() const;
 
-    // Per function name; entries are made with the first sample and stay for good.
-    inline static std::unordered_map<std::string, Samples> m_total_cycles;
-    inline static std::unordered_map<std::string, Samples> m_sample_timestamps;
-    // Total cycles of the line in progress. One is enough, since instances are updated one after the other.
-    inline static long long m_total_cycles_current = 0;
+    // Shared by all instances of the process.
+    inline static FunctionCycles m_functions;
 
     std::string m_name;
     std::string m_module;
@@ -293,19 +291,13 @@ class TlyModuleInst {
     std::unordered_map<std::string, int> m_shared_tags;
     int m_num_has_shared = 0;
 
-    std::array<long long, num_counters> m_current{};
-    // Most instances have few of the counters. Those that no tag names have no list of their own: as many
-    // zeros as there are samples stand for each.
-    std::vector<Counter> m_active;
-    std::array<bool, num_counters> m_is_active{};
-    std::array<Samples, num_counters> m_samples;
-    Samples m_zeros;
-    Samples* m_function_cycles = nullptr; // the entry of m_total_cycles, once there is one
+    CounterSamples m_counters;
+    Samples* m_function_cycles = nullptr; // the list of m_functions, once one was needed
     bool m_has_total_cycles = false;
     bool m_ireq_count_valid = false;
     bool m_has_total_fifo_size = false;
     bool m_has_max_fifo_size = false;
     std::vector<std::string> m_invalid_values;
-    // Owned. Never reserve here: the report follows the map's iteration order.
-    std::unordered_map<std::string, ExtMemCounts*> m_ext_mem_counts;
+    // By name. Never reserve here: the report follows the map's iteration order.
+    std::unordered_map<std::string, ExtMemCounts> m_ext_mem_counts;
 };

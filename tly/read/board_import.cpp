@@ -1,4 +1,5 @@
-// From the board description to external memories and the board's node.
+#include "board_import.h"
+
 #include <csignal>
 #include <cstdlib>
 #include <memory>
@@ -6,8 +7,7 @@
 #include "BoardSpecXml.h"
 #include "board_node.h"
 #include "diagnostics.h"
-#include "package_sections.h"
-#include "tly_parse.h"
+#include "tly_constants.h"
 #include "tree_sink.h"
 
 namespace {
@@ -17,7 +17,8 @@ using zan::board::BoardSpecXmlLoader;
 using zan::board::GlobalMemConfig;
 using zan::board::Interface;
 
-// Ends the process as a read through a null pointer would, whoever has taken, ignored or blocked that signal.
+// Ends the process as a read through a null pointer would, also if that signal is handled, ignored or
+// blocked.
 [[noreturn]] void end_by_segmentation_fault() {
     std::signal(SIGSEGV, SIG_DFL);
     sigset_t fault;
@@ -43,10 +44,10 @@ struct MemoryMaps {
 };
 
 // Makes the memory that counters refer to. All of its interfaces have one burst count.
-TlyExtMem* make_ext_mem(const GlobalMemConfig& described, MemoryMaps& maps) {
+std::unique_ptr<TlyExtMem> make_ext_mem(const GlobalMemConfig& described, MemoryMaps& maps) {
     const std::string& name = described.get_name();
     maps.max_bandwidths[name] = described.get_max_bandwidth();
-    auto* memory = new TlyExtMem(name, described.get_max_bandwidth());
+    auto memory = std::make_unique<TlyExtMem>(name, described.get_max_bandwidth());
     for (unsigned int i = 0; i < described.get_num_intfs(); ++i) {
         const Interface& intf = described.get_intf(i);
         memory->add_interface(intf.get_name(), intf.get_data_width(), port_names(intf));
@@ -60,27 +61,23 @@ TlyExtMem* make_ext_mem(const GlobalMemConfig& described, MemoryMaps& maps) {
 
 } // namespace
 
-int parseBoardXMLFile(ptree* tree, const char* package_path,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    Package package(package_path);
-    return parse_board(*tree, package, ext_mems);
-}
-
-int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+StageResult import_board(ProfileModel& model, ptree& tree, Package& package) {
     const PackageSection section = package.read(board_section);
     if (!section.text) {
         diagnose("Error: unable to get board xml zanx section\n");
-        return 1;
+        return StageResult::failed;
     }
     const std::unique_ptr<BoardSpec> spec(BoardSpecXmlLoader(false, false).load_xml(section.text.get()));
-    // Callers know a board that can't be loaded by this end; what is wrong with it is told nowhere.
+    // Callers rely on this end for a board that can't be loaded. What is wrong with it is not reported.
     if (!spec)
         end_by_segmentation_fault();
     MemoryMaps maps;
     for (const auto& described : spec->get_global_mem_configs()) {
-        // A second memory of a name is in the maps, but the first one keeps its place; the second belongs to
-        // nobody, and lives as long as the run.
-        if (!ext_mems.try_emplace(described->get_name(), make_ext_mem(*described, maps)).second)
+        // A second memory of a name replaces the first in the maps, but not in the model.
+        std::unique_ptr<TlyExtMem> memory = make_ext_mem(*described, maps);
+        if (model.ext_mems.try_emplace(described->get_name(), memory.get()).second)
+            memory.release(); // the model's now
+        else
             diagnose(
                 "Warning: trying to insert new global memory object with a name that already belongs to "
                 "an existing global memory. Global memory names must be unique\n");
@@ -89,5 +86,5 @@ int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, T
     boards.open({}, Form::object);
     write_board(boards, spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
     boards.close();
-    return 0;
+    return StageResult::done;
 }

@@ -75,11 +75,11 @@ void LineBlocks::find_shared_functions() {
     };
     std::unordered_map<std::string_view, Use> uses;
     for (const auto& [name, kernel] : m_kernels) {
-        for (const TlyModuleInst* inst : kernel->module_insts()) {
-            Use& use = uses.try_emplace(inst->function(), Use{kernel}).first->second;
+        for (const TlyModuleInst* inst : kernel->get_module_insts()) {
+            Use& use = uses.try_emplace(inst->getFunction(), Use{kernel}).first->second;
             use.num_writers += inst->counts_total_cycles(read_compute_unit) ? 1 : 0;
             if (use.kernel != kernel || use.num_writers > 1)
-                m_shared_functions.insert(inst->function());
+                m_shared_functions.insert(inst->getFunction());
         }
     }
 }
@@ -91,7 +91,7 @@ bool LineBlocks::can_decode_together(const LineTarget& target, std::size_t num_c
     const auto& insts = *target.insts;
     // A function without a list of cycles has a message on each line.
     const auto warns_of_cycles = [](const TlyKernel* kernel) {
-        return !kernel->module_insts().empty() && !kernel->module_insts().front()->has_total_cycles();
+        return !kernel->get_module_insts().empty() && !kernel->get_module_insts().front()->has_total_cycles();
     };
     if (insts.empty() || !insts.front()->has_total_cycles() ||
         (target.autorun_kernels &&
@@ -99,7 +99,7 @@ bool LineBlocks::can_decode_together(const LineTarget& target, std::size_t num_c
         return false;
     return std::all_of(insts.begin(), insts.end(), [&](const TlyModuleInst* inst) {
         return inst->compiledSharedCounters() == insts.front()->compiledSharedCounters() &&
-               !m_shared_functions.contains(inst->function()) &&
+               !m_shared_functions.contains(inst->getFunction()) &&
                inst->can_take_blocks(first_counter_field, num_counters, read_compute_unit);
     });
 }

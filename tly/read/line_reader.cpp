@@ -9,6 +9,7 @@
 
 namespace {
 
+// The first buffer. A read is for at least half of it.
 constexpr std::size_t block_size = std::size_t{1} << 18;
 
 } // namespace
@@ -21,8 +22,8 @@ LineReader::~LineReader() {
         ::close(m_fd);
 }
 
-// Moves the bytes at hand to the front of a buffer that has room behind them. What isn't read into is never
-// touched.
+// Moves the bytes that no line has taken yet to the front of a buffer that has room after them. Room that
+// nothing is read into is never touched, so that it takes no memory.
 void LineReader::make_room() {
     const std::size_t size = m_end - m_begin;
     if (m_capacity - size < block_size / 2) {
@@ -38,7 +39,7 @@ void LineReader::make_room() {
     m_end = size;
 }
 
-// Reads more bytes behind those at hand; false if there are no more.
+// Reads more bytes after those in the buffer; false if there are no more.
 bool LineReader::fill() {
     if (m_at_end || !is_open())
         return false;
@@ -56,7 +57,7 @@ bool LineReader::fill() {
 }
 
 bool LineReader::next(std::string_view& line) {
-    std::size_t searched = 0; // bytes at the front that hold no newline
+    std::size_t searched = 0; // bytes at the front without a newline: a long line is searched once
     while (true) {
         const std::size_t size = m_end - m_begin;
         const char* const begin = m_buffer.get() + m_begin;

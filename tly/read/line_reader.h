@@ -16,7 +16,7 @@ class LineReader {
 
     bool is_open() const { return m_fd >= 0; }
 
-    // Gives the next line without its newline; the last line needs none. The view holds until the next call.
+    // Takes the next line without its newline; the last line needs none. The view holds until the next call.
     // False at the end of the file, and where it can't be read any further: a folder counts as an empty file,
     // and a line whose end can't be read is none.
     bool next(std::string_view& line);

@@ -1,62 +1,27 @@
 #include "monitor_reader.h"
 
-#include <optional>
+#include <utility>
 
 #include "diagnostics.h"
 #include "kernel_node.h"
 #include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
-#include "tly_parse.h"
+#include "tly_constants.h"
 #include "transfer_node.h"
-#include "tree_sink.h"
 
 namespace {
 
-// Tells the node of the kernel's invocation, and resets the kernel if that is wanted.
-void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    if (kernel.get_name() == autorun_profile_dummy_kernel)
-        return;
-    ReportSink& sink = nodes.kernels();
-    sink.open({}, Form::object);
-    write_kernel(sink, kernel, ext_mems);
-    sink.close();
-    if (reset)
-        kernel.resetKernel();
-}
-
-// The lists of a report tree, which have to be there when the first node comes.
-class TreeNodes final : public MonitorNodes {
-  public:
-    explicit TreeNodes(ptree& tree) : m_tree(tree) {}
-    ReportSink& kernels() override { return m_sink.emplace(m_tree.get_child("kernels.nodes")); }
-    ReportSink& transfers() override { return m_sink.emplace(m_tree.get_child("memtransfers.nodes")); }
-
-  private:
-    ptree& m_tree;
-    std::optional<TreeSink> m_sink;
-};
-
 class MonitorReader {
   public:
-    MonitorReader(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                  const std::map<std::string, std::string>& original_names,
-                  std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler,
-                  LineDecoding decoding)
-        : m_kernels(kernels),
-          m_nodes(nodes),
-          m_original_names(original_names),
-          m_ext_mems(ext_mems),
-          m_no_profiler(no_profiler),
-          m_decoding(decoding),
-          m_blocks(kernels) {}
+    MonitorReader(ProfileModel& model, MonitorNodes& nodes, LineDecoding decoding)
+        : m_model(model), m_nodes(nodes), m_decoding(decoding), m_blocks(model.kernels) {}
 
     // Reads one line. False if the run has to end.
     bool read_line(std::string_view text);
-    // Decodes what is still waiting for that. Nothing may be looked at before.
+    // Decodes the lines that still wait for that. The samples are not complete before.
     void decode_all() { m_blocks.decode_all(); }
-    // Closes the last invocation of each kernel and tells which kernels were never seen.
+    // Closes the last invocation of each kernel, and warns of the kernels that no line named.
     void finish();
 
   private:
@@ -67,24 +32,21 @@ class MonitorReader {
     bool add_sample(const LineTarget& target, const LineHead& head);
     bool update_instances(const LineTarget& target, SharedCounterTypes type);
 
-    std::map<std::string, TlyKernel*>& m_kernels;
+    ProfileModel& m_model;
     MonitorNodes& m_nodes;
-    const std::map<std::string, std::string>& m_original_names;
-    std::unordered_map<std::string, TlyExtMem*>& m_ext_mems;
-    const bool m_no_profiler;
     const LineDecoding m_decoding;
 
     LineBlocks m_blocks;
     int m_line_number = 0;
     MonLine m_line;
-    std::string_view m_name_on_line; // of the line in hand
+    std::string_view m_name_on_line; // of the current line
     std::string m_name;              // the same after mapping
     // Set by a line with a transfer's name and cleared only when a transfer has been added: a faulty transfer
     // line leaves it set, and the next line is taken for a transfer whatever its name.
     bool m_is_transfer = false;
 
-    // What stands behind a line of the autorun pseudo-kernel; the same for all lines, since no line makes an
-    // autorun kernel.
+    // The kernels and instances that a line of the autorun pseudo-kernel is for. They are the same for all
+    // lines, since no line makes an autorun kernel.
     bool m_autorun_collected = false;
     std::vector<TlyKernel*> m_autorun_kernels;
     std::vector<TlyModuleInst*> m_autorun_insts;
@@ -96,6 +58,7 @@ bool MonitorReader::read_line(std::string_view text) {
         diagnose("warning: empty .mon line {}\n", m_line_number);
         return true;
     }
+    // After a faulty transfer the next line is one, too, even if it looks like a kernel's.
     if (!m_is_transfer && m_blocks.add(text))
         return true;
     m_name_on_line = name_in_line(text);
@@ -108,7 +71,7 @@ bool MonitorReader::read_line(std::string_view text) {
 
     m_line.split(text);
     LineHead head;
-    if (!read_split_head(m_line, {m_is_transfer, !m_no_profiler}, m_line_number, head))
+    if (!read_split_head(m_line, {m_is_transfer, m_model.is_described}, m_line_number, head))
         return true;
     if (m_is_transfer) {
         add_transfer(head);
@@ -122,13 +85,13 @@ bool MonitorReader::find_target(LineTarget& target) {
     target.kernel = find_kernel();
     if (!target.kernel)
         return false;
-    target.insts = &target.kernel->module_insts();
+    target.insts = &target.kernel->get_module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
         collect_autorun_kernels();
         target.autorun_kernels = &m_autorun_kernels;
         target.insts = &m_autorun_insts;
     }
-    if (target.insts->empty() && !m_no_profiler) {
+    if (target.insts->empty() && m_model.is_described) {
         diagnose("profile.mon has some kernel that does not have any moduleinsts - Skipping line {}\n",
                  m_line_number);
         return false;
@@ -136,19 +99,19 @@ bool MonitorReader::find_target(LineTarget& target) {
     return true;
 }
 
-// The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if
-// nothing knows the name and no kernel may be made.
+// The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if the
+// name is unknown and no kernel may be made.
 TlyKernel* MonitorReader::find_kernel() {
-    const auto known = m_kernels.find(m_name);
-    if (known != m_kernels.end())
+    const auto known = m_model.kernels.find(m_name);
+    if (known != m_model.kernels.end())
         return known->second;
-    const auto mapped = m_original_names.find(m_name);
-    if (mapped != m_original_names.end()) {
+    const auto mapped = m_model.original_names.find(m_name);
+    if (mapped != m_model.original_names.end()) {
         m_name = mapped->second;
-        return m_kernels.at(m_name);
+        return m_model.kernels.at(m_name);
     }
-    if (m_no_profiler)
-        return m_kernels.emplace(m_name, new TlyKernel(m_name)).first->second;
+    if (!m_model.is_described)
+        return m_model.kernels[m_name] = new TlyKernel(m_name);
     diagnose(
         "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
         "----> kernel in .mon at line {}: {}\n",
@@ -156,14 +119,16 @@ TlyKernel* MonitorReader::find_kernel() {
     return nullptr;
 }
 
+// The order is that of the report's nodes, and the first instance is the one whose cycles the pseudo-kernel
+// gets.
 void MonitorReader::collect_autorun_kernels() {
     if (std::exchange(m_autorun_collected, true))
         return;
-    for (const auto& [name, kernel] : m_kernels) {
+    for (const auto& [name, kernel] : m_model.kernels) {
         if (!kernel->is_autorun_kernel())
             continue;
         m_autorun_kernels.push_back(kernel);
-        const auto& insts = kernel->module_insts();
+        const auto& insts = kernel->get_module_insts();
         m_autorun_insts.insert(m_autorun_insts.end(), insts.begin(), insts.end());
     }
 }
@@ -176,25 +141,27 @@ void MonitorReader::add_transfer(const LineHead& head) {
     m_is_transfer = false;
 }
 
-// Adds the sample of a kernel line. False if the run has to end.
+// Adds the sample of a kernel line. False if the run has to end. The steps have an order: lines of the same
+// kernels that wait come first, an invocation that has ended is written before the kernels are changed, and
+// the cycles are handed on when all instances have their counters.
 bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
+    // The head was read, so that there are seven fields, or more.
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
-    if (!m_no_profiler && num_fields != head.num_counters) {
+    if (m_model.is_described && num_fields != head.num_counters) {
         diagnose(
-            "Warning: number of .mon entries does not match number of counters for this kernel. Skipping "
-            "line "
-            "{}\n",
+            "Warning: number of .mon entries does not match number of counters for this kernel. "
+            "Skipping line {}\n",
             m_line_number);
         return true;
     }
     m_blocks.decode(target);
 
-    // A start time of its own tells a line of a new invocation, and -1 a kernel without any.
+    // A line with another start time begins an invocation. -1 is that of a kernel without one.
     const long long known_start = target.kernel->get_start_time();
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : target.kernels())
-            write_invocation(*kernel, m_nodes, true, m_ext_mems);
+            close_invocation(*kernel, m_nodes, true, m_model.ext_mems);
     }
     target.add_head(head);
     if (sets_start_time) {
@@ -203,7 +170,7 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
         target.kernel->set_start_time(head.start_time); // also that of the pseudo-kernel
     }
 
-    if (m_no_profiler)
+    if (!m_model.is_described)
         return true;
     if (!update_instances(target, head.shared_type))
         return false;
@@ -213,23 +180,23 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     return true;
 }
 
-// Hands the line's counters to the instances. False if the design and the run differ about shared counters.
+// Hands the line's counters to the instances. False if the design and the run differ about shared counters,
+// which is found at the first such instance: those before it have taken the line. No report is written then.
 bool MonitorReader::update_instances(const LineTarget& target, SharedCounterTypes type) {
     for (TlyModuleInst* inst : *target.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
             diagnose(
-                "ERROR: .zanx file has shared counters data but .mon does not at line {}. Data will not "
-                "match. "
-                "Ensure host is run with the Profiler Runtime Wrapper using the shared counter option. "
-                "ABORT\n",
+                "ERROR: .zanx file has shared counters data but .mon does not at line {}. "
+                "Data will not match. Ensure host is run with the Profiler Runtime Wrapper using the "
+                "shared counter option. ABORT\n",
                 m_line_number);
             return false;
         }
         if (!inst->compiledSharedCounters() && type != SHARED_NONE) {
             diagnose(
-                "ERROR: .mon file has shared counters data at line {} but .zanx does not. Data will not "
-                "match. "
-                "Ensure design is compiled with the profile shared counters flag. ABORT\n",
+                "ERROR: .mon file has shared counters data at line {} but .zanx does not. "
+                "Data will not match. Ensure design is compiled with the profile shared counters flag. "
+                "ABORT\n",
                 m_line_number);
             return false;
         }
@@ -238,11 +205,12 @@ bool MonitorReader::update_instances(const LineTarget& target, SharedCounterType
     return true;
 }
 
+// The pseudo-kernel is neither written nor warned of, whether a line named it or not.
 void MonitorReader::finish() {
     decode_all();
-    for (const auto& [name, kernel] : m_kernels) {
+    for (const auto& [name, kernel] : m_model.kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            write_invocation(*kernel, m_nodes, false, m_ext_mems);
+            close_invocation(*kernel, m_nodes, false, m_model.ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -251,37 +219,32 @@ void MonitorReader::finish() {
 
 } // namespace
 
-int read_monitor_file(std::map<std::string, TlyKernel*>& kernels, MonitorNodes& nodes,
-                      const std::string& mon_path, const std::map<std::string, std::string>& original_names,
-                      std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler,
-                      LineDecoding decoding) {
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
+    if (kernel.get_name() == autorun_profile_dummy_kernel)
+        return;
+    ReportSink& sink = nodes.kernels();
+    sink.open({}, Form::object);
+    write_kernel(sink, kernel, ext_mems);
+    sink.close();
+    if (reset)
+        kernel.resetKernel();
+}
+
+StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const std::string& mon_path,
+                              LineDecoding decoding) {
     LineReader lines(mon_path);
     if (!lines.is_open()) {
         diagnose("ABORT: .mon file errored while trying to open.\n");
-        return 1;
+        return StageResult::failed;
     }
-    MonitorReader reader(kernels, nodes, original_names, ext_mems, no_profiler, decoding);
+    MonitorReader reader(model, nodes, decoding);
     std::string_view line;
     while (lines.next(line)) {
         if (!reader.read_line(line)) {
             reader.decode_all();
-            return 1;
+            return StageResult::failed;
         }
     }
     reader.finish();
-    return 0;
-}
-
-int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string mon_path,
-                         const std::map<std::string, std::string>& original_names,
-                         std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
-    TreeNodes nodes(*tree);
-    return read_monitor_file(*kernels, nodes, mon_path, original_names, ext_mems, no_profiler);
-}
-
-int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
-                   std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    TreeNodes nodes(*tree);
-    write_invocation(*kernel, nodes, reset, ext_mems);
-    return 1;
+    return StageResult::done;
 }

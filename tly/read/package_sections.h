@@ -1,20 +1,25 @@
-// A package that is open while a run reads its sections.
+// A package that is open while a run reads its sections, and the stages that read a section of plain text.
 #pragma once
 
-#include <map>
 #include <memory>
-#include <string>
 
 #include "pkg_editor.h"
-#include "tly_parse.h"
+#include "report_tree.h"
+#include "stage_result.h"
 
-// What get_zanx_sect gives: its status, and the text, which is null unless the status is 0.
-struct PackageSection {
-    int status;
-    std::unique_ptr<char[]> text;
+// The numbers are those that get_zanx_sect returns.
+enum class SectionStatus {
+    found = 0,
+    no_section = 1,
+    no_package = 2, // it can't be opened
 };
 
-// Opens the package with the first section that is wanted.
+struct PackageSection {
+    SectionStatus status;
+    std::unique_ptr<char[]> text; // ended by a NUL; null unless the section was found
+};
+
+// Opens the package when the first section is read.
 class Package {
   public:
     // The path isn't copied.
@@ -23,6 +28,7 @@ class Package {
     Package& operator=(const Package&) = delete;
     ~Package() { close(); }
 
+    // The text of a section that can't be read is empty.
     PackageSection read(const char* section);
     // Closes the package, and frees what it holds. The next section opens it again.
     void close();
@@ -32,9 +38,7 @@ class Package {
     zan_pkg_file* m_file = nullptr;
 };
 
-// The stages of tly_parse.h on an open package.
-int parse_version(ptree& tree, Package& package);
-int parse_board(ptree& tree, Package& package, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
-int parse_timing_report(ptree& tree, Package& package);
-int parse_description(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
-                      std::map<std::string, std::string>& original_names);
+// Puts the first line of the version section at "versions.zanx_version".
+StageResult parse_version(ptree& tree, Package& package);
+// Puts the clock frequency that the timing report names, or "0.0", under "fmax" of the run information node.
+StageResult parse_timing_report(ptree& tree, Package& package);

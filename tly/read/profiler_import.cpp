@@ -1,4 +1,5 @@
-// From the profiler description to kernels, module instances, and the places of their counters on a line.
+#include "profiler_import.h"
+
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -7,8 +8,7 @@
 #include "ProfilerConfigXml.h"
 #include "counter_tags.h"
 #include "diagnostics.h"
-#include "package_sections.h"
-#include "tly_parse.h"
+#include "tly_constants.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ InstAttributes split_attributes(std::string_view text) {
     return {fields[0], fields[1], fields[2], fields[3], fields[4], fields[6]}; // nothing reads field 5
 }
 
-// Each location with the call sites that lead to it behind it. A call site of line 0 is none.
+// Each location, followed by the call sites that lead to it. A call site of line 0 is none.
 void add_locations(TlyModuleInst& inst, const ProfilerConfigModuleInst& described) {
     const auto add = [&](const std::string& file, unsigned int line, unsigned int column, bool is_callsite) {
         inst.addLine(static_cast<int>(line));
@@ -61,38 +61,38 @@ void add_locations(TlyModuleInst& inst, const ProfilerConfigModuleInst& describe
     }
 }
 
-// Builds the profile model. Nothing that it leaves behind points into the description.
+// Fills the profile model. Nothing in it points into the description, which is gone after the stage.
 class ProfilerImport {
   public:
-    ProfilerImport(std::map<std::string, TlyKernel*>& kernels,
-                   std::map<std::string, std::string>& original_names, float fmax)
-        : m_kernels(kernels), m_original_names(original_names), m_fmax(fmax) {}
+    ProfilerImport(ProfileModel& model, float fmax) : m_model(model), m_fmax(fmax) {}
 
     void run(const ProfilerConfig& config) {
         for (unsigned int i = 0; i < config.getNumFunctions(); ++i)
-            addFunction(*config.getFunction(i));
+            add_function(*config.getFunction(i));
         for (unsigned int i = 0; i < config.getNumConnections(); ++i)
-            addConnection(*config.getConnection(i));
+            add_connection(*config.getConnection(i));
         if (m_counter_offsets.contains(autorun_profile_dummy_kernel))
             shift_autorun_kernels();
     }
 
   private:
-    void addFunction(const ProfilerConfigFunction& function) {
+    void add_function(const ProfilerConfigFunction& function) {
         const std::string& name = function.getName();
         if (!function.getOriginalName().empty())
-            m_original_names.emplace(function.getOriginalName(), name); // the first claim stays
-        m_kernels[name] = new TlyKernel(name, function.getUserFriendlyName(), function.getOriginalName(),
-                                        function.getFilename(), static_cast<int>(function.getLinenum()));
+            m_model.original_names.emplace(function.getOriginalName(), name); // the first claim stays
+        m_model.kernels[name] =
+            new TlyKernel(name, function.getUserFriendlyName(), function.getOriginalName(),
+                          function.getFilename(), static_cast<int>(function.getLinenum()));
     }
 
-    void addConnection(const ProfilerConfigConnection& connection) {
+    // The field is taken first, also by a connection that turns out to have no counter.
+    void add_connection(const ProfilerConfigConnection& connection) {
         const int offset = next_offset(connection);
         TlyModuleInst& inst = inst_of(connection);
         const std::string& tag = connection.getPort()->getTag();
         if (is_shared_tag(tag))
             inst.addSharedTag(tag, offset);
-        addPortTag(inst, connection, offset);
+        add_port_tag(inst, connection, offset);
         if (inst.isAutorun())
             m_autorun_kernels.insert(inst.getFunction());
     }
@@ -106,43 +106,45 @@ class ProfilerImport {
         return entry->second;
     }
 
+    // The instance of a connection, made with its first one: instances without connections are not made, and
+    // those of a kernel are in the order of their first connections.
     TlyModuleInst& inst_of(const ProfilerConfigConnection& connection) {
         const ProfilerConfigModuleInst& described = *connection.getModuleInst();
         const std::string& function = connection.getFunction()->getName();
-        const auto kernel = m_kernels.find(function);
-        TlyModuleInst* inst =
-            kernel == m_kernels.end() ? nullptr : kernel->second->check_module_exists(described.getName());
-        if (!inst) {
-            inst = make_inst(described);
-            attach(inst, function);
-        }
-        return *inst;
+        const auto kernel = m_model.kernels.find(function);
+        TlyModuleInst* inst = kernel == m_model.kernels.end()
+                                  ? nullptr
+                                  : kernel->second->check_module_exists(described.getName());
+        return inst ? *inst : attach(make_inst(described), function);
     }
 
-    TlyModuleInst* make_inst(const ProfilerConfigModuleInst& described) const {
+    std::unique_ptr<TlyModuleInst> make_inst(const ProfilerConfigModuleInst& described) const {
         constexpr int num_compute_units = 1;
         InstAttributes attributes = split_attributes(described.getAttribute());
-        auto* inst = new TlyModuleInst(described.getName(), described.getModule()->getName(),
-                                       described.getFunction()->getName(), std::move(attributes.memory_type),
-                                       std::move(attributes.rw), std::move(attributes.lsu_type),
-                                       std::move(attributes.global_mem_name),
-                                       std::move(attributes.byte_width), std::move(attributes.memory_opt),
-                                       described.getIsAutorun(), num_compute_units, described.getSharedOn());
+        auto inst = std::make_unique<TlyModuleInst>(
+            described.getName(), described.getModule()->getName(), described.getFunction()->getName(),
+            std::move(attributes.memory_type), std::move(attributes.rw), std::move(attributes.lsu_type),
+            std::move(attributes.global_mem_name), std::move(attributes.byte_width),
+            std::move(attributes.memory_opt), described.getIsAutorun(), num_compute_units,
+            described.getSharedOn());
         add_locations(*inst, described);
         inst->setFmax(m_fmax);
         return inst;
     }
 
-    void attach(TlyModuleInst* inst, const std::string& function) {
-        TlyKernel*& kernel = m_kernels[function];
+    // Makes the instance one of the kernel, and the kernel if there is none.
+    TlyModuleInst& attach(std::unique_ptr<TlyModuleInst> inst, const std::string& function) {
+        TlyKernel*& kernel = m_model.kernels[function];
         if (!kernel)
             kernel = new TlyKernel(function, inst->isAutorun());
         else if (inst->isAutorun() && !kernel->is_autorun_kernel())
             kernel->set_autorun();
-        kernel->add_module_inst(inst);
+        kernel->add_module_inst(inst.get());
+        return *inst.release(); // the model's now
     }
 
-    static void addPortTag(TlyModuleInst& inst, const ProfilerConfigConnection& connection, int offset) {
+    // A port that shares a counter has the field of that counter, which must have come before it.
+    static void add_port_tag(TlyModuleInst& inst, const ProfilerConfigConnection& connection, int offset) {
         const std::string& tag = connection.getPort()->getTag();
         const int compute_unit = static_cast<int>(connection.getComputeUnit());
         const auto* shared_port = connection.getSharedPort();
@@ -160,23 +162,24 @@ class ProfilerImport {
     }
 
     // All autorun kernels report on the lines of one pseudo-kernel, the greatest name first, so the counters
-    // of each lie behind those of the kernels before it.
+    // of each follow those of the kernels before it.
     void shift_autorun_kernels() {
         int running_offset = 1;
         for (auto entry = m_autorun_kernels.rbegin(); entry != m_autorun_kernels.rend(); ++entry) {
             const std::string& name = *entry;
-            const auto kernel = m_kernels.find(name);
-            if (kernel == m_kernels.end())
+            const auto kernel = m_model.kernels.find(name);
+            if (kernel == m_model.kernels.end())
                 diagnose("Warning: {} is listed as an autorun kernel but no kernel exists\n", name);
             else if (kernel->second->get_name() != autorun_profile_dummy_kernel)
                 running_offset += shift_kernel(*kernel->second, running_offset);
         }
     }
 
-    // Gives the number of fields that the kernel's counters take.
+    // Moves the kernel's counters, and returns the number of fields that they take. Counters that are shared
+    // take none, which only a design that was compiled with shared counters takes into account.
     static int shift_kernel(const TlyKernel& kernel, int delta) {
         int num_fields = 0;
-        for (TlyModuleInst* inst : kernel.module_insts()) {
+        for (TlyModuleInst* inst : kernel.get_module_insts()) {
             inst->updateAutorunOffsets(delta);
             num_fields += inst->getNTags();
             if (inst->compiledSharedCounters())
@@ -185,44 +188,35 @@ class ProfilerImport {
         return num_fields;
     }
 
-    std::map<std::string, TlyKernel*>& m_kernels;
-    std::map<std::string, std::string>& m_original_names;
+    ProfileModel& m_model;
     float m_fmax;
-    std::map<std::string, int> m_counter_offsets; // by kernel: that of the connection in hand
+    std::map<std::string, int> m_counter_offsets; // by kernel: that of the last connection
     std::set<std::string> m_autorun_kernels;
 };
 
 } // namespace
 
-int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* package_path,
-                         std::map<std::string, std::string>* original_names) {
-    Package package(package_path);
-    return parse_description(*kernels, *tree, package, *original_names);
-}
-
-int parse_description(std::map<std::string, TlyKernel*>& kernels, const ptree& tree, Package& package,
-                      std::map<std::string, std::string>& original_names) {
-    constexpr int failure = 1;
-    constexpr int no_description = 2;
+StageResult import_profiler(ProfileModel& model, const ptree& tree, Package& package) {
     const PackageSection section = package.read(profiler_section);
     package.close(); // the largest section is the last one: what the package holds of it isn't needed twice
-    if (section.status == 1) {
+    model.is_described = section.status != SectionStatus::no_section;
+    if (!model.is_described) {
         diagnose(
             "Warning: No profiler elf section. Will only return kernel start/stop time and memory "
             "transfer times between device & host.\n");
-        return no_description;
+        return StageResult::no_description;
     }
-    if (section.status != 0) {
+    if (section.status != SectionStatus::found) {
         diagnose("Error unable to read profiler elf section\n");
-        return failure;
+        return StageResult::failed;
     }
     const std::unique_ptr<ProfilerConfig> config(ProfilerConfigXmlLoader(false).load_xml(section.text.get()));
     if (!config) {
         diagnose("Error: unable to load profiler.xml file\n");
-        return failure;
+        return StageResult::failed;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.
     const float fmax = tree.get_optional<float>("run_info.nodes..fmax").value_or(0.0f);
-    ProfilerImport(kernels, original_names, fmax).run(*config);
-    return 0;
+    ProfilerImport(model, fmax).run(*config);
+    return StageResult::done;
 }

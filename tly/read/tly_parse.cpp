@@ -1,78 +1,104 @@
 #include "tly_parse.h"
 
-#include "diagnostics.h"
+#include <optional>
+
+#include "board_import.h"
+#include "monitor_reader.h"
 #include "package_sections.h"
+#include "profiler_import.h"
+#include "tree_sink.h"
 
 namespace {
 
-// The clock frequency as the timing report spells it. Only a line that ends in a newline counts.
-std::string clock_text(std::string_view report) {
-    constexpr std::string_view label = "Actual clock freq: ";
-    const std::size_t found = report.find(label);
-    if (found == std::string_view::npos)
-        return "0.0";
-    const std::string_view rest = report.substr(found + label.size());
-    const std::size_t newline = rest.find('\n');
-    return newline == std::string_view::npos ? "0.0" : std::string(rest.substr(0, newline));
-}
+// A model of a caller's containers, which are the caller's again afterwards, also after an exception. They
+// are exchanged, not copied: the caller's kernels and memories must not be deleted with the model, and a map
+// that is exchanged keeps its order.
+class CallersModel {
+  public:
+    CallersModel(ProfileModel::Kernels* kernels, ProfileModel::OriginalNames* original_names,
+                 ProfileModel::ExtMems* ext_mems)
+        : m_kernels(kernels), m_original_names(original_names), m_ext_mems(ext_mems) {
+        exchange();
+    }
+    CallersModel(const CallersModel&) = delete;
+    CallersModel& operator=(const CallersModel&) = delete;
+    ~CallersModel() { exchange(); }
+
+    ProfileModel& operator*() { return m_model; }
+    ProfileModel* operator->() { return &m_model; }
+
+  private:
+    void exchange() {
+        if (m_kernels)
+            m_kernels->swap(m_model.kernels);
+        if (m_original_names)
+            m_original_names->swap(m_model.original_names);
+        if (m_ext_mems)
+            m_ext_mems->swap(m_model.ext_mems);
+    }
+
+    ProfileModel m_model;
+    ProfileModel::Kernels* m_kernels;
+    ProfileModel::OriginalNames* m_original_names;
+    ProfileModel::ExtMems* m_ext_mems;
+};
+
+// The lists of a report tree, which have to be there when the first node comes.
+class TreeNodes final : public MonitorNodes {
+  public:
+    explicit TreeNodes(ptree& tree) : m_tree(tree) {}
+    ReportSink& kernels() override { return m_sink.emplace(m_tree.get_child("kernels.nodes")); }
+    ReportSink& transfers() override { return m_sink.emplace(m_tree.get_child("memtransfers.nodes")); }
+
+  private:
+    ptree& m_tree;
+    std::optional<TreeSink> m_sink;
+};
 
 } // namespace
-
-void Package::close() {
-    zan_pkg_close_file(std::exchange(m_file, nullptr));
-}
-
-PackageSection Package::read(const char* section) {
-    constexpr int no_section = 1;
-    constexpr int no_package = 2;
-    if (!m_file)
-        m_file = zan_pkg_open_file(m_path, ZAN_PKG_READ);
-    if (!m_file)
-        return {no_package, nullptr};
-    std::size_t size = 0;
-    if (zan_pkg_section_exists(m_file, section, &size) == 0)
-        return {no_section, nullptr};
-    // Zeros first: a section that can't be read is an empty text.
-    std::unique_ptr<char[]> text(new char[size + 1]());
-    zan_pkg_read_section(m_file, section, text.get(), size + 1);
-    return {0, std::move(text)};
-}
 
 int get_zanx_sect(const char* section, const char* package_path, char** buffer) {
     PackageSection found = Package(package_path).read(section);
     if (found.text)
         *buffer = found.text.release();
-    return found.status;
+    return static_cast<int>(found.status);
 }
 
 int parseVersionFile(ptree* tree, const char* package_path) {
     Package package(package_path);
-    return parse_version(*tree, package);
+    return static_cast<int>(parse_version(*tree, package));
 }
 
-int parse_version(ptree& tree, Package& package) {
-    const PackageSection section = package.read(version_section);
-    if (!section.text) {
-        diagnose("Error: unable to get version zanx section\n");
-        return 1;
-    }
-    const std::string_view version = section.text.get();
-    tree.put("versions.zanx_version", std::string(version.substr(0, version.find('\n'))));
-    return 0;
+int parseBoardXMLFile(ptree* tree, const char* package_path,
+                      std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+    Package package(package_path);
+    return static_cast<int>(import_board(*CallersModel(nullptr, nullptr, &ext_mems), *tree, package));
 }
 
 int parseVelmoraReport(ptree* tree, const char* package_path) {
     Package package(package_path);
-    return parse_timing_report(*tree, package);
+    return static_cast<int>(parse_timing_report(*tree, package));
 }
 
-int parse_timing_report(ptree& tree, Package& package) {
-    const PackageSection section = package.read(timing_report_section);
-    if (!section.text) {
-        diagnose("Error: unable to get velmora report zanx section\n");
-        return 1;
-    }
-    // The doubled dot leads to the one element of the array, whose key is empty.
-    tree.get_child("run_info.nodes..").put("fmax", clock_text(section.text.get()));
-    return 0;
+int parseProfilerXMLFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, const char* package_path,
+                         std::map<std::string, std::string>* original_names) {
+    Package package(package_path);
+    return static_cast<int>(import_profiler(*CallersModel(kernels, original_names, nullptr), *tree, package));
+}
+
+int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree, std::string mon_path,
+                         const std::map<std::string, std::string>& original_names,
+                         std::unordered_map<std::string, TlyExtMem*>& ext_mems, bool no_profiler) {
+    CallersModel model(kernels, nullptr, &ext_mems);
+    model->original_names = original_names;
+    model->is_described = !no_profiler;
+    TreeNodes nodes(*tree);
+    return static_cast<int>(read_monitor_file(*model, nodes, mon_path));
+}
+
+int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
+                   std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+    TreeNodes nodes(*tree);
+    close_invocation(*kernel, nodes, reset, ext_mems);
+    return 1;
 }

@@ -4,6 +4,7 @@
 #include "ext_mem_node.h"
 #include "module_node.h"
 #include "source_node.h"
+#include "tly_constants.h"
 #include "tree_sink.h"
 
 namespace {
@@ -84,10 +85,10 @@ void write_kernel(ReportSink& node, const TlyKernel& kernel,
     const std::string function_inst = name + function_inst_suffix;
     const std::string wrapper_inst = name + wrapper_inst_suffix;
     node.open("children", Form::array);
-    for (const TlyModuleInst* inst : kernel.module_insts()) {
-        if (inst->name() == wrapper_inst) {
+    for (const TlyModuleInst* inst : kernel.get_module_insts()) {
+        if (inst->getName() == wrapper_inst) {
             write_ext_mems(node, *inst, sample_cycles, ext_mems);
-        } else if (inst->name() != function_inst) {
+        } else if (inst->getName() != function_inst) {
             node.open({}, Form::object);
             write_module(node, *inst, sample_cycles);
             node.close();

@@ -88,7 +88,7 @@ int byte_width_of(const TlyModuleInst& inst) {
     const auto bits = parse_int(inst.getAttrByteWidth());
     if (bits)
         return *bits / 8;
-    diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.name(),
+    diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.getName(),
              inst.getAttrByteWidth());
     diagnose("Warning: unable to parse the byte width. Setting byte width to 1.\n");
     return 1;
@@ -207,7 +207,7 @@ void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples
 
 void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sample_cycles) {
     node.text("type", "moduleinst");
-    node.text("name", inst.name());
+    node.text("name", inst.getName());
     // This message alone has no newline.
     if (inst.getNumLines() != inst.getNumFilenames() || inst.getNumLines() != inst.getNumCols())
         diagnose(

@@ -1,6 +1,6 @@
 #include "tly_exe.h"
 
-// NOLINTNEXTLINE(bugprone-exception-escape): what nobody catches ends the process, as callers expect
+// NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the process, as callers expect
 int main(int argc, char** argv) {
     return tly_main(argc, argv);
 }

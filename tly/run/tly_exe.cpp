@@ -1,9 +1,11 @@
 #include "tly_exe.h"
 
+#include "board_import.h"
 #include "diagnostics.h"
 #include "document.h"
 #include "monitor_reader.h"
 #include "package_sections.h"
+#include "profiler_import.h"
 
 namespace {
 
@@ -21,47 +23,40 @@ int refuse(const std::string& reason) {
     return 0;
 }
 
-// What lives as long as a run.
+// All that lives as long as a run, and what a run has to free.
 struct Run {
     Run(const char* zanx_path, const char* mon_path) : package(zanx_path), mon_path(mon_path) {}
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run() { dismantle(tree); } // call chains may be deeper than the stack
 
     Package package;
     const char* mon_path;
-    ptree* tree = new ptree(empty_document());
-    std::map<std::string, TlyKernel*>* kernels = new std::map<std::string, TlyKernel*>;
-    std::unordered_map<std::string, TlyExtMem*> ext_mems;
-    std::map<std::string, std::string> original_names;
-    bool no_profiler = false;
+    ptree tree = empty_document();
+    ProfileModel model;
 };
 
-int read_monitor_file(Run& run) {
-    FoldedMonitorNodes lists;
-    const int status = read_monitor_file(*run.kernels, lists, run.mon_path, run.original_names, run.ext_mems,
-                                         run.no_profiler);
-    lists.append_to(*run.tree);
-    return status;
+StageResult read_monitor_file(Run& run) {
+    FoldedMonitorNodes nodes;
+    const StageResult result = read_monitor_file(run.model, nodes, run.mon_path);
+    nodes.append_to(run.tree);
+    return result;
 }
 
-// A stage gives its status, 0 for success; `failure` is what ends the run otherwise.
 struct Stage {
-    int (*run)(Run& run);
-    const char* failure;
+    StageResult (*work)(Run& run);
+    const char* failure; // the message if it fails, which ends the run
 };
 
-// In the order of a run: the memories must be there before counters are read, and the clock must stand in the
-// tree before the profiler description is.
+// In the order of a run: the memories must be there before counters are read, and the clock must be in the
+// tree before the profiler description is read.
 constexpr Stage stages[] = {
-    {[](Run& run) { return parse_version(*run.tree, run.package); }, "ABORT: Error parsing version."},
-    {[](Run& run) { return parse_board(*run.tree, run.package, run.ext_mems); },
+    {[](Run& run) { return parse_version(run.tree, run.package); }, "ABORT: Error parsing version."},
+    {[](Run& run) { return import_board(run.model, run.tree, run.package); },
      "ABORT: Error parsing board .xml file."},
-    {[](Run& run) { return parse_timing_report(*run.tree, run.package); },
+    {[](Run& run) { return parse_timing_report(run.tree, run.package); },
      "ABORT: Error parsing Velmora report."},
-    {[](Run& run) {
-         constexpr int no_description = 2;
-         const int status = parse_description(*run.kernels, *run.tree, run.package, run.original_names);
-         run.no_profiler = status == no_description;
-         return run.no_profiler ? 0 : status;
-     },
+    {[](Run& run) { return import_profiler(run.model, run.tree, run.package); },
      "ABORT: Error parsing profiler .xml file."},
     {[](Run& run) { return read_monitor_file(run); }, "ABORT: Error parsing .mon file."},
 };
@@ -98,33 +93,24 @@ void printUsage() {
 
 int runTLY(char* zanx_path, char* mon_path, char* json_path) {
     Run run(zanx_path, mon_path);
-    int status = 0;
     for (const Stage& stage : stages) {
-        status = stage.run(run);
-        if (status != 0) {
+        const StageResult result = stage.work(run);
+        if (result == StageResult::failed) {
             diagnose("{}\n", stage.failure);
-            break;
+            return static_cast<int>(result);
         }
     }
-    if (status == 0)
-        write_report(json_path, *run.tree);
-    clean_up(run.tree, run.kernels, run.ext_mems);
-    return status;
+    write_report(json_path, run.tree);
+    return 0;
 }
 
 void clean_up(ptree* tree, std::map<std::string, TlyKernel*>* kernels,
               // cppcheck-suppress constParameter ; callers pass what they own, and it is gone afterwards
               std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    if (tree) {
+    if (tree)
         dismantle(*tree); // call chains may be deeper than the stack
-        delete tree;
-    }
-    for (const auto& [name, kernel] : *kernels) {
-        for (TlyModuleInst* inst : kernel->module_insts())
-            delete inst;
-        delete kernel;
-    }
+    delete tree;
+    delete_kernels(*kernels);
     delete kernels;
-    for (const auto& [name, memory] : ext_mems)
-        delete memory;
+    delete_ext_mems(ext_mems);
 }

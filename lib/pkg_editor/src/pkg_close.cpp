@@ -14,15 +14,15 @@ using namespace zan::pkg;
 bool zan::pkg::flush_elf_edits(zan_pkg_file* pkg) {
     if (pkg->fd == -1)
         return true;
-    tell_info(pkg, "flush_elf_edits: Pkg fd is live\n");
+    report_progress(pkg, "flush_elf_edits: Pkg fd is live\n");
     if (!pkg->dirty)
         return true;
-    tell_info(pkg, "flush_elf_edits: Pkg is dirty\n");
+    report_progress(pkg, "flush_elf_edits: Pkg is dirty\n");
     if (pkg->broken || elf_update(pkg->elf, ELF_C_WRITE) < 0) {
         std::fprintf(stderr, " elf_update ()  failed : %s.", elf_message(-1));
         return false;
     }
-    tell_info(pkg, "flush_elf_edits: Pkg update is ok\n");
+    report_progress(pkg, "flush_elf_edits: Pkg update is ok\n");
     return true;
 }
 
@@ -36,7 +36,7 @@ void free_blocks(zan_pkg_file* pkg) {
     }
 }
 
-// A writable package has its name table in storage of its own.
+// A writable package has its name table in storage of its own, since the library's can't grow.
 void free_name_table(zan_pkg_file* pkg) {
     Elf_Data* data = name_table(pkg);
     ZAN_CONTRACT(data != nullptr, "data");
@@ -46,11 +46,11 @@ void free_name_table(zan_pkg_file* pkg) {
 
 bool close_descriptor(const zan_pkg_file* pkg) {
     if (pkg->dirty && ::fsync(pkg->fd) != 0)
-        tell_error(pkg, "zan_pkg_close_file: Failed to flush data on %s: %s\n", pkg->fname,
-                   std::strerror(errno));
+        report_error(pkg, "zan_pkg_close_file: Failed to flush data on %s: %s\n", pkg->fname,
+                     std::strerror(errno));
     if (::close(pkg->fd) == 0)
         return true;
-    tell_error(pkg, "zan_pkg_close_file: Failed to close %s: %s\n", pkg->fname, std::strerror(errno));
+    report_error(pkg, "zan_pkg_close_file: Failed to close %s: %s\n", pkg->fname, std::strerror(errno));
     return false;
 }
 
@@ -59,12 +59,13 @@ bool close_descriptor(const zan_pkg_file* pkg) {
 int zan_pkg_close_file(zan_pkg_file* pkg) {
     if (!pkg)
         return 0;
-    flush_elf_edits(pkg); // a failure has been told, and doesn't count
+    flush_elf_edits(pkg); // reports a failure itself; the result is that of closing the file
     free_blocks(pkg);
     if (pkg->writable)
         free_name_table(pkg);
+    // The library counts references to a handle; only the last elf_end() releases it.
     while (elf_end(pkg->elf) != 0)
-        tell_info(pkg, "zan_pkg_close_file: elf_end returned non-zero.  Do it again.\n");
+        report_progress(pkg, "zan_pkg_close_file: elf_end returned non-zero.  Do it again.\n");
     const bool closed = pkg->fd == -1 || close_descriptor(pkg);
     std::free(pkg);
     return closed;

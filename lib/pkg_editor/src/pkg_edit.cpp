@@ -27,25 +27,25 @@ void* bytes_of(const void* data, std::size_t size) {
     return size == 0 ? &no_bytes : const_cast<void*>(data);
 }
 
-// Whether a section of that name can be added; tells why not.
+// Whether a section of that name can be added; reports why not.
 bool check_addable(const zan_pkg_file* pkg, const char* name) {
     if (!pkg->writable) {
-        tell_error(pkg, read_only);
+        report_error(pkg, read_only);
         return false;
     }
     if (section_by_name(pkg, name)) {
-        tell_error(pkg, "Section '%s' already exists.\n", name);
+        report_error(pkg, "Section '%s' already exists.\n", name);
         return false;
     }
     return true;
 }
 
-// Appends a name to the name table and gives its offset; 0 on failure.
+// Appends a name to the name table and returns its offset; 0 on failure, as offset 0 is the empty name.
 std::size_t append_name(zan_pkg_file* pkg, const char* name) {
     const std::size_t length = std::strlen(name);
     if (length > ZAN_PKG_MAX_SECTION_NAME) {
-        tell_error(pkg, "Section name length %u exceeds limit of %d bytes. Section name is %s\n",
-                   static_cast<unsigned>(length), ZAN_PKG_MAX_SECTION_NAME, name);
+        report_error(pkg, "Section name length %u exceeds limit of %d bytes. Section name is %s\n",
+                     static_cast<unsigned>(length), ZAN_PKG_MAX_SECTION_NAME, name);
         return 0;
     }
     Elf_Data* data = name_table(pkg);
@@ -54,7 +54,7 @@ std::size_t append_name(zan_pkg_file* pkg, const char* name) {
     const std::size_t new_size = offset + length + 1;
     void* grown = std::realloc(data->d_buf, new_size);
     if (!grown) {
-        tell_error(pkg, " Failed to allocate %u bytes for string table", static_cast<unsigned>(new_size));
+        report_error(pkg, " Failed to allocate %u bytes for string table", static_cast<unsigned>(new_size));
         return 0;
     }
     std::memcpy(static_cast<char*>(grown) + offset, name, length + 1);
@@ -64,22 +64,23 @@ std::size_t append_name(zan_pkg_file* pkg, const char* name) {
     return offset;
 }
 
-// Makes a section with the bytes and a name; false on failure, which may leave a nameless empty section.
+// Makes a section with the bytes and a name; false on failure. That may leave an empty section without a
+// name, as the library can't remove one; lists skip it.
 bool make_section(zan_pkg_file* pkg, const char* name, const void* bytes, std::size_t size) {
     Elf_Scn* section = new_section(pkg);
     if (!section)
         return false;
     Elf_Data* data = elf_newdata(section);
     if (!data) {
-        tell_elf_failure(pkg, "elf_newdata");
+        report_elf_failure(pkg, "elf_newdata");
         return false;
     }
     describe_bytes(data, bytes_of(bytes, size), size);
-    pkg->dirty = true;
+    pkg->dirty = true; // also if a later step fails, since the section stays
 
     Elf32_Shdr* shdr = elf32_getshdr(section);
     if (!shdr)
-        tell_elf_failure(pkg, "elf32_getshdr");
+        report_elf_failure(pkg, "elf32_getshdr");
     ZAN_CONTRACT(shdr != nullptr, "shdr");
     shdr->sh_type = SHT_PROGBITS;
     shdr->sh_flags = 0;
@@ -121,9 +122,10 @@ void* read_file_into_buffer(zan_pkg_file* pkg, const char* filename, std::size_t
     return block;
 }
 
-// Adds a section of size 0. It reaches the file with one byte first and is emptied then.
+// Adds a section of size 0. It reaches the file with one byte first and is emptied after that; callers see
+// both steps in the messages.
 int add_empty_section(zan_pkg_file* pkg, const char* name) {
-    tell_info(pkg, "Empty input file. Creating section using dummy file and then updating it.\n");
+    report_progress(pkg, "Empty input file. Creating section using dummy file and then updating it.\n");
     constexpr std::size_t dummy_size = 1;
     void* dummy = allocate_block(pkg, dummy_size);
     if (!dummy)
@@ -134,11 +136,11 @@ int add_empty_section(zan_pkg_file* pkg, const char* name) {
     return zan_pkg_update_section(pkg, name, dummy, 0);
 }
 
-// The name table's bytes belong to the handle, so new ones are copied.
+// The name table's bytes belong to the handle, which reallocates and frees them, so new ones are copied.
 bool replace_name_table(zan_pkg_file* pkg, Elf_Data* table, const void* bytes, std::size_t size) {
     void* copy = std::malloc(size + 1);
     if (!copy) {
-        tell_error(pkg, " Failed to allocate %u bytes for string table", static_cast<unsigned>(size));
+        report_error(pkg, " Failed to allocate %u bytes for string table", static_cast<unsigned>(size));
         return false;
     }
     std::memcpy(copy, bytes, size);
@@ -154,7 +156,7 @@ int zan_pkg_add_data_section(zan_pkg_file* pkg, const char* name, const void* da
     if (!pkg || !name || !check_addable(pkg, name) || !can_hold(data, size) ||
         !make_section(pkg, name, data, size))
         return 0;
-    tell_info(pkg, "zan_pkg_add_data_section: Added section %s with %zu bytes\n", name, size);
+    report_progress(pkg, "zan_pkg_add_data_section: Added section %s with %zu bytes\n", name, size);
     return 1;
 }
 
@@ -168,7 +170,8 @@ int zan_pkg_add_data_section_from_file(zan_pkg_file* pkg, const char* name, cons
     const int added =
         size == 0 ? add_empty_section(pkg, name) : zan_pkg_add_data_section(pkg, name, block, size);
     if (added)
-        tell_info(pkg, "Read %zu bytes from file %s and created new section '%s'.\n", size, filename, name);
+        report_progress(pkg, "Read %zu bytes from file %s and created new section '%s'.\n", size, filename,
+                        name);
     return added;
 }
 
@@ -177,17 +180,18 @@ int zan_pkg_update_section(zan_pkg_file* pkg, const char* name, const void* data
         return 0;
     Elf_Scn* section = section_by_name(pkg, name);
     if (!pkg->writable) {
-        tell_error(pkg, read_only);
+        report_error(pkg, read_only);
         return 0;
     }
     if (!section) {
-        tell_error(pkg, section_missing, name);
+        report_error(pkg, section_missing, name);
         return 0;
     }
     Elf_Data* descriptor = valid_data(pkg, section);
     if (!descriptor || !can_hold(data, size))
         return 0;
-    tell_info(pkg, "zan_pkg_update_section: Updating section %s with %zu bytes of new data\n", name, size);
+    report_progress(pkg, "zan_pkg_update_section: Updating section %s with %zu bytes of new data\n", name,
+                    size);
     void* const bytes = bytes_of(data, size);
     if (descriptor == name_table(pkg)) {
         if (!replace_name_table(pkg, descriptor, bytes, size))
@@ -196,8 +200,9 @@ int zan_pkg_update_section(zan_pkg_file* pkg, const char* name, const void* data
         descriptor->d_buf = bytes;
         descriptor->d_size = size;
     }
+    // The library writes only what is marked as changed.
     if (elf_flagdata(descriptor, ELF_C_SET, ELF_F_DIRTY) == 0) {
-        tell_error(pkg, "Failed to mark section '%s' data as dirty.\n", name);
+        report_error(pkg, "Failed to mark section '%s' data as dirty.\n", name);
         return 0;
     }
     pkg->dirty = true;
@@ -208,17 +213,17 @@ int zan_pkg_update_section_from_file(zan_pkg_file* pkg, const char* name, const 
     if (!pkg || !name || !filename)
         return 0;
     if (!pkg->writable) {
-        tell_error(pkg, read_only);
+        report_error(pkg, read_only);
         return 0;
     }
     if (!section_by_name(pkg, name)) {
-        tell_error(pkg, section_missing, name);
+        report_error(pkg, section_missing, name);
         return 0;
     }
     std::size_t size = 0;
     const void* block = read_file_into_buffer(pkg, filename, &size);
     if (!block || !zan_pkg_update_section(pkg, name, block, size))
         return 0;
-    tell_info(pkg, "Read %zu bytes from file %s and updated section '%s'.\n", size, filename, name);
+    report_progress(pkg, "Read %zu bytes from file %s and updated section '%s'.\n", size, filename, name);
     return 1;
 }

@@ -7,7 +7,7 @@
 
 namespace zan::pkg {
 
-void tell_error(const zan_pkg_file* pkg, const char* format, ...) {
+void report_error(const zan_pkg_file* pkg, const char* format, ...) {
     if (!pkg->show_error)
         return;
     va_list arguments;
@@ -16,7 +16,7 @@ void tell_error(const zan_pkg_file* pkg, const char* format, ...) {
     va_end(arguments);
 }
 
-void tell_info(const zan_pkg_file* pkg, const char* format, ...) {
+void report_progress(const zan_pkg_file* pkg, const char* format, ...) {
     if (!pkg->show_info)
         return;
     va_list arguments;
@@ -30,18 +30,19 @@ const char* elf_message(int error) {
     return text ? text : "(null)";
 }
 
-void tell_elf_failure(const zan_pkg_file* pkg, const char* function) {
+void report_elf_failure(const zan_pkg_file* pkg, const char* function) {
     constexpr int last_error = -1;
-    tell_error(pkg, " %s ()  failed : %s.", function, elf_message(last_error));
+    report_error(pkg, " %s ()  failed : %s.", function, elf_message(last_error));
 }
 
 Elf_Data* name_table(const zan_pkg_file* pkg) {
+    // By the library's function: an index that doesn't fit the file's header stands in section 0.
     std::size_t index = 0;
     Elf_Scn* section = elf_getshdrstrndx(pkg->elf, &index) == 0 ? elf_getscn(pkg->elf, index) : nullptr;
     Elf_Data* data = section ? elf_getdata(section, nullptr) : nullptr;
     if (data && has_bytes(data))
         return data;
-    if (pkg->show_info)
+    if (pkg->show_info) // unlike all other progress, on standard error
         std::fputs("No string table section\n", stderr);
     return nullptr;
 }
@@ -93,17 +94,17 @@ Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section) {
         case DataFault::none:
             return data;
         case DataFault::missing:
-            tell_error(pkg, "No data for section.\n");
+            report_error(pkg, "No data for section.\n");
             return nullptr;
         case DataFault::multiple:
-            tell_error(pkg, "Multiple data descriptors for section.\n");
+            report_error(pkg, "Multiple data descriptors for section.\n");
             return nullptr;
     }
     return nullptr;
 }
 
-// Without memory for the section's header the library gives the section all the same, and its other functions
-// fall over it. That something went wrong can only be seen by its last error.
+// Without memory for the section's header elf_newscn() returns the section all the same, and the library's
+// other functions crash on it. Only the last error shows it.
 Elf_Scn* new_section(zan_pkg_file* pkg) {
     constexpr int pending_error = 0;
     elf_errno(); // forgets earlier failures
@@ -111,16 +112,17 @@ Elf_Scn* new_section(zan_pkg_file* pkg) {
     if (section && !elf_errmsg(pending_error))
         return section;
     pkg->broken = true;
-    tell_elf_failure(pkg, "elf_newscn");
+    report_elf_failure(pkg, "elf_newscn");
     return nullptr;
 }
 
+// A section of type SHT_NOBITS claims a size and has no bytes in the file.
 bool has_bytes(const Elf_Data* data) {
     return data->d_size == 0 || data->d_buf != nullptr;
 }
 
 void describe_bytes(Elf_Data* data, void* bytes, std::size_t size) {
-    constexpr std::size_t alignment = 128;
+    constexpr std::size_t alignment = 128; // part of the format: readers find sections at multiples of it
     data->d_buf = bytes;
     data->d_size = size;
     data->d_type = ELF_T_BYTE;
@@ -136,7 +138,7 @@ void* allocate_block(zan_pkg_file* pkg, std::size_t size) {
         std::fprintf(stderr, "Could not allocated %zu bytes of memory\n", size_with_link);
         return nullptr;
     }
-    *block = pkg->allocated_blocks;
+    *block = pkg->allocated_blocks; // a list through the first words, as the handle is plain data
     pkg->allocated_blocks = block;
     return block + 1;
 }

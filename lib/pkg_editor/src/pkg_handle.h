@@ -1,4 +1,4 @@
-// What the package functions share: the handle, its messages, and the checked ways into a package.
+// What the package functions share: the handle, its messages, and checked access to a package's parts.
 #pragma once
 
 #include <libelf.h>
@@ -18,22 +18,22 @@ struct zan_pkg_file {
     bool dirty : 1; // set by the first edit, and never cleared
     bool show_error : 1;
     bool show_info : 1;
-    bool broken : 1; // has a section that the library falls over, and is used no more but to be closed
+    bool broken : 1; // has a section that would crash the library; may only be closed
 };
 
 namespace zan::pkg {
 
 // Messages under the show flags; `format` is that of printf.
-[[gnu::format(printf, 2, 3)]] void tell_error(const zan_pkg_file* pkg, const char* format, ...);
-[[gnu::format(printf, 2, 3)]] void tell_info(const zan_pkg_file* pkg, const char* format, ...);
+[[gnu::format(printf, 2, 3)]] void report_error(const zan_pkg_file* pkg, const char* format, ...);
+[[gnu::format(printf, 2, 3)]] void report_progress(const zan_pkg_file* pkg, const char* format, ...);
 
 // The library's text for an error number, never null. The number is that of an elf_errmsg call.
 const char* elf_message(int error);
-// Tells that a library call has failed, with the library's last error.
-void tell_elf_failure(const zan_pkg_file* pkg, const char* function);
+// Reports a failed library call under show_error, with the library's last error.
+void report_elf_failure(const zan_pkg_file* pkg, const char* function);
 
-// The descriptor of the section-name table; null, and told under show_info, if there is no table. The table
-// of a writable package is a copy from malloc.
+// The descriptor of the section-name table; null if there is none, which is reported under show_info. The
+// table of a writable package is a copy from malloc.
 Elf_Data* name_table(const zan_pkg_file* pkg);
 
 // The name at an offset of the table; empty, with null data, where the table has no such name.
@@ -46,7 +46,7 @@ bool copy_header(Elf_Scn* section, Elf32_Shdr& header);
 // The first section of that name, or null.
 Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name);
 
-// Calls `visit(section, name)` for each section that lists show, in order, until it gives false.
+// Calls `visit(section, name)` for each section that lists show, in order, until it returns false.
 template <class Visit>
 void for_each_listed_section(const zan_pkg_file* pkg, Visit visit) {
     const Elf_Data* table = pkg->broken ? nullptr : name_table(pkg);
@@ -67,22 +67,23 @@ void for_each_listed_section(const zan_pkg_file* pkg, Visit visit) {
 enum class DataFault { none, missing, multiple };
 DataFault find_data(Elf_Scn* section, Elf_Data*& data);
 
-// The same with the message that a fault owes; null if there is one.
+// The same, with the message for a fault; null if there is one.
 Elf_Data* valid_data(const zan_pkg_file* pkg, Elf_Scn* section);
 
 // Whether the descriptor's bytes are there to be read: a section may have a size and no bytes.
 bool has_bytes(const Elf_Data* data);
 
-// A new section; null, and told, on failure, which may break the package.
+// A new section; null on failure, which is reported and may break the package.
 Elf_Scn* new_section(zan_pkg_file* pkg);
 
 // Makes a descriptor hold `size` bytes of plain data at `bytes`.
 void describe_bytes(Elf_Data* data, void* bytes, std::size_t size);
 
-// A new block of `size` bytes that lives until the package is closed; null, and told, if there is no memory.
+// A new block of `size` bytes that lives until the package is closed; null if there is no memory, which is
+// reported on standard error.
 void* allocate_block(zan_pkg_file* pkg, std::size_t size);
 
-// Pushes edits to the file; false, and told on standard error, if that fails.
+// Writes edits to the file; false if that fails, which is reported on standard error.
 bool flush_elf_edits(zan_pkg_file* pkg);
 
 } // namespace zan::pkg

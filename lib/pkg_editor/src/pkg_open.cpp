@@ -21,7 +21,7 @@ char empty_data_section_buf[4096];
 
 constexpr std::size_t new_table_capacity = 4096;
 
-// The arguments of an open call that are wrong are told before there is a handle.
+// Reports wrong arguments of an open call, before there is a handle with show flags.
 [[gnu::format(printf, 2, 3)]] zan_pkg_file* refuse(int mode, const char* format, ...) {
     if (mode & ZAN_PKG_SHOW_ERROR) {
         va_list arguments;
@@ -52,6 +52,8 @@ bool check_mode(const char* filename, int mode) {
 bool start_elf_library(int mode) {
     if (elf_version(EV_CURRENT) != EV_NONE)
         return true;
+    // Here, and for elf_begin, elf_newehdr and elf_memory, the library is asked for the text of the system's
+    // errno, for which it may have none. Callers know the messages like this.
     refuse(mode, "elf_version failed: %s\n", elf_message(errno));
     return false;
 }
@@ -60,6 +62,7 @@ int open_descriptor(const char* filename, int mode) {
     if (mode & ZAN_PKG_READ)
         return ::open(filename, O_RDONLY | O_CLOEXEC, 0);
     const int creation = (mode & ZAN_PKG_CREATE) ? O_CREAT : 0;
+    // Without O_TRUNC: the library sets the file's size when it writes.
     return ::open(filename, O_RDWR | O_CLOEXEC | creation, 0666);
 }
 
@@ -85,13 +88,14 @@ zan_pkg_file* discard(zan_pkg_file* pkg, void* own_table = nullptr) {
     return nullptr;
 }
 
-// Puts a copy of the name table in place of the library's own, so that it can grow.
+// Puts a copy of the name table in place of the library's own, so that it can grow by realloc().
 zan_pkg_file* prepare_for_writing(zan_pkg_file* pkg, Elf_Data* data) {
-    if (data->d_size == 0)
+    if (data->d_size == 0) // malloc(0) may return null, and an empty table has no name to begin with
         return discard(pkg);
     void* copy = std::malloc(data->d_size);
     if (!copy) {
-        tell_error(pkg, " Failed to allocate %u bytes for string table", static_cast<unsigned>(data->d_size));
+        report_error(pkg, " Failed to allocate %u bytes for string table",
+                     static_cast<unsigned>(data->d_size));
         return discard(pkg);
     }
     data->d_buf = std::memcpy(copy, data->d_buf, data->d_size);
@@ -101,7 +105,7 @@ zan_pkg_file* prepare_for_writing(zan_pkg_file* pkg, Elf_Data* data) {
 bool make_header(zan_pkg_file* pkg) {
     Elf32_Ehdr* header = elf32_newehdr(pkg->elf);
     if (!header) {
-        tell_error(pkg, "elf_newehdr failed: %s\n", elf_message(errno));
+        report_error(pkg, "elf_newehdr failed: %s\n", elf_message(errno));
         return false;
     }
     header->e_ident[EI_DATA] = ELFDATA2LSB;
@@ -110,8 +114,8 @@ bool make_header(zan_pkg_file* pkg) {
     return true;
 }
 
-// Makes the section of section names, which holds its own name; gives null on failure. `*bytes` is its new
-// storage.
+// Makes the section of section names, which holds its own name; null on failure. `*bytes` is its new storage,
+// also on failure.
 Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
     constexpr char own_name[] = ".shstrtab";
     Elf_Scn* section = new_section(pkg);
@@ -119,21 +123,21 @@ Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
         return nullptr;
     Elf_Data* data = elf_newdata(section);
     if (!data) {
-        tell_elf_failure(pkg, "elf_newdata");
+        report_elf_failure(pkg, "elf_newdata");
         return nullptr;
     }
     *bytes = static_cast<char*>(std::calloc(1, new_table_capacity));
     if (!*bytes) {
-        tell_error(pkg, " Failed to allocate %d bytes for string table",
-                   static_cast<int>(new_table_capacity));
+        report_error(pkg, " Failed to allocate %d bytes for string table",
+                     static_cast<int>(new_table_capacity));
         return nullptr;
     }
-    std::memcpy(*bytes + 1, own_name, sizeof own_name); // behind the NUL that is the empty name
+    std::memcpy(*bytes + 1, own_name, sizeof own_name); // after the NUL that is the empty name
     describe_bytes(data, *bytes, 1 + sizeof own_name);
 
     Elf32_Shdr* header = elf32_getshdr(section);
     if (!header) {
-        tell_elf_failure(pkg, "elf32_getshdr");
+        report_elf_failure(pkg, "elf32_getshdr");
         return nullptr;
     }
     header->sh_name = 1;
@@ -150,8 +154,8 @@ bool set_name_table_index(zan_pkg_file* pkg, Elf_Scn* table) {
     Elf32_Shdr* header_0 = section_0 ? elf32_getshdr(section_0) : nullptr;
     Elf32_Ehdr* header = elf32_getehdr(pkg->elf);
     if (!header_0 || !header) {
-        tell_elf_failure(pkg, section_0 ? "elf32_getshdr" : "elf_getscn");
-        tell_error(pkg, " Failed to set e_shstrndx\n");
+        report_elf_failure(pkg, section_0 ? "elf32_getshdr" : "elf_getscn");
+        report_error(pkg, " Failed to set e_shstrndx\n");
         return false;
     }
     const bool fits = index < SHN_LORESERVE;
@@ -167,6 +171,7 @@ zan_pkg_file* create_contents(zan_pkg_file* pkg) {
     Elf_Scn* table = make_header(pkg) ? make_name_table(pkg, &table_bytes) : nullptr;
     if (!table || !set_name_table_index(pkg, table))
         return discard(pkg, table_bytes);
+    // Its failure doesn't matter: a package without the nameless section is read and edited all the same.
     zan_pkg_add_data_section(pkg, "", empty_data_section_buf, sizeof empty_data_section_buf);
     pkg->dirty = true;
     return pkg;
@@ -190,7 +195,7 @@ zan_pkg_file* begin(const char* filename, int mode) {
     const Elf_Cmd writing = creates ? ELF_C_WRITE : ELF_C_RDWR;
     pkg->elf = elf_begin(fd, pkg->writable ? writing : ELF_C_READ, nullptr);
     if (!pkg->elf) {
-        tell_error(pkg, "elf_begin failed: %s\n", elf_message(errno));
+        report_error(pkg, "elf_begin failed: %s\n", elf_message(errno));
         return discard(pkg);
     }
     return pkg;
@@ -222,7 +227,7 @@ zan_pkg_file* zan_pkg_open_file_from_memory(const void* data, size_t size, int m
         return refuse(mode, "Invalid mode %d for opening a binary in memory\n", mode);
     if (!data || size == 0 || !start_elf_library(mode))
         return nullptr;
-    // The library takes a pointer to bytes that can be changed, and leaves them alone.
+    // The library's parameter isn't const, but it doesn't change the bytes.
     Elf* elf = elf_memory(static_cast<char*>(const_cast<void*>(data)), size);
     if (!elf)
         return refuse(mode, "elf_memory failed: %s\n", elf_message(errno));

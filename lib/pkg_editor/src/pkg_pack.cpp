@@ -50,9 +50,9 @@ class Packer {
     Packer(const char* output_name, std::FILE* output) : m_output_name(output_name), m_writer(output) {}
 
     bool start() { return m_writer.start(); }
-    // Adds a file, or a folder with all that it holds. False, and told, if that fails.
+    // Adds a file, or a folder with all that it holds. False if that fails, which is reported.
     bool add(const std::string& path);
-    // A write that fails now isn't told: only closing the file is looked at.
+    // A write that fails here isn't reported: only closing the file is looked at.
     void finish() { m_writer.finish(); }
 
   private:

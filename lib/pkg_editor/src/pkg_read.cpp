@@ -13,25 +13,25 @@ constexpr const char* section_not_found = "Couldn't find section with name '%s'.
 constexpr const char* no_data_for_section = "No data for section '%s'.\n";
 
 // The section's data, to be copied or pointed to at `target`. Null, after the message for the first of these
-// faults: no target, no such section, no data. Data is looked at last: a caller without a target learns
-// nothing else.
+// faults: no target, no such section, no data. Data is looked at last: a caller without a target gets
+// no other message.
 const Elf_Data* find_readable(const zan_pkg_file* pkg, const char* name, const void* target,
                               const char* null_target) {
     Elf_Scn* section = section_by_name(pkg, name);
     if (!target) {
-        tell_error(pkg, "%s", null_target);
+        report_error(pkg, "%s", null_target);
         return nullptr;
     }
     if (!section) {
-        tell_error(pkg, section_not_found, name);
+        report_error(pkg, section_not_found, name);
         return nullptr;
     }
     const Elf_Data* data = valid_data(pkg, section);
     if (data && has_bytes(data))
         return data;
     if (data) // a size, but no bytes in the file
-        tell_error(pkg, "No data for section.\n");
-    tell_error(pkg, no_data_for_section, name);
+        report_error(pkg, "No data for section.\n");
+    report_error(pkg, no_data_for_section, name);
     return nullptr;
 }
 
@@ -62,7 +62,7 @@ int zan_pkg_read_section(zan_pkg_file* pkg, const char* name, void* buffer, size
     if (!found)
         return 0;
     if (found->d_size >= capacity) {
-        tell_error(pkg, "Target buffer for section '%s' is too small.\n", name);
+        report_error(pkg, "Target buffer for section '%s' is too small.\n", name);
         return 0;
     }
     if (found->d_size != 0)
@@ -86,17 +86,17 @@ int zan_pkg_read_section_into_file(zan_pkg_file* pkg, const char* name, const ch
         return 0;
     Elf_Scn* section = section_by_name(pkg, name);
     if (!section) {
-        tell_error(pkg, section_not_found, name);
+        report_error(pkg, section_not_found, name);
         return 0;
     }
     Elf_Data* data = nullptr;
     const DataFault fault = find_data(section, data);
     if (fault == DataFault::multiple) {
-        tell_error(pkg, "Multiple data descriptors for '%s'.\n", name);
+        report_error(pkg, "Multiple data descriptors for '%s'.\n", name);
         return 0;
     }
     if (fault == DataFault::missing || !has_bytes(data)) {
-        tell_error(pkg, no_data_for_section, name);
+        report_error(pkg, no_data_for_section, name);
         return 0;
     }
     std::FILE* file = std::fopen(filename, "wb");
@@ -107,11 +107,11 @@ int zan_pkg_read_section_into_file(zan_pkg_file* pkg, const char* name, const ch
     }
     const std::size_t written = write_file(file, data);
     if (written < data->d_size) {
-        tell_error(pkg, "Wrote only %zu out of %zu bytes into %s for writing", written, data->d_size,
-                   filename);
+        report_error(pkg, "Wrote only %zu out of %zu bytes into %s for writing", written, data->d_size,
+                     filename);
         return 0;
     }
-    tell_info(pkg, "Wrote %zu bytes from section '%s' to file %s\n", written, name, filename);
+    report_progress(pkg, "Wrote %zu bytes from section '%s' to file %s\n", written, name, filename);
     return 1;
 }
 

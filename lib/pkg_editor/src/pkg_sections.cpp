@@ -13,7 +13,8 @@ namespace zan::pkg {
 
 namespace {
 
-// A size that can't be told leaves it to the reading of a section whether its bytes are there.
+// The file's size; if it is unknown, the largest number, so that reading a section finds out whether its
+// bytes are there.
 std::uint64_t file_size(int descriptor) {
     struct stat status;
     return ::fstat(descriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size)
@@ -27,18 +28,18 @@ std::string update_failure() {
     return error == 0 ? text : text + ": " + std::strerror(error);
 }
 
-// Writes the edits; gives an empty text, or why that failed.
+// Writes the edits; returns an empty text, or why that failed.
 std::string write_edited(zan_pkg_file* pkg, std::uint64_t max_size) {
     errno = 0;
     const off_t size = elf_update(pkg->elf, ELF_C_NULL);
     if (size >= 0 && static_cast<std::uint64_t>(size) > max_size)
-        return "its sections are to lie so far apart that it would have " + std::to_string(size) + " bytes";
+        return "the gaps between its sections would make it " + std::to_string(size) + " bytes long";
     if (size < 0 || elf_update(pkg->elf, ELF_C_WRITE) < 0)
         return update_failure();
     return ::fsync(pkg->fd) == 0 ? std::string() : std::strerror(errno);
 }
 
-// Closes the package, and neither writes nor tells anything.
+// Closes the package without writing or printing anything.
 int close_quietly(zan_pkg_file* pkg) {
     pkg->dirty = false;
     pkg->show_error = false;

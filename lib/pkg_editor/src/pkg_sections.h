@@ -1,5 +1,5 @@
-// All sections of a package at once, and edits whose end is told: for C++ callers who need more than the
-// plain functions give.
+// All sections of a package at once, and edits that report whether they reached the disk: for C++ callers who
+// need more than the plain functions offer.
 #pragma once
 
 #include <cstddef>
@@ -15,27 +15,27 @@ struct SectionInfo {
     std::string name;
     std::uint64_t offset; // of its bytes in the file
     std::size_t size;     // in bytes
-    bool in_file; // whether all its bytes are there; one without contents may claim a size, damage too
+    bool in_file;         // whether all its bytes are there
 };
 
 // Whether the file is an ELF file of the 32-bit class with a table of section names. Others can be opened for
 // reading, but nothing is found in them, and they must not be opened for writing.
 bool is_package(const zan_pkg_file* pkg);
 
-// Opens the package for editing, and tells nothing. Null, with errno, on failure: also for a file without a
-// table of section names, and for one whose table can't be read, which may be a passing fault of the disk.
+// Opens the package for editing; nothing is printed. Null on failure, with errno if the system has a reason:
+// also for a file without a table of section names, or with one that can't be read.
 zan_pkg_file* open_to_edit(const char* filename);
 
-// All sections that lists show, in order, as the headers tell of them: their bytes are not read. The package
-// must have been opened from a file, and have no edits.
+// All sections that lists show, in order, as their headers describe them: their bytes are not read. The
+// package must have been opened from a file, and have no edits.
 std::vector<SectionInfo> list_sections(const zan_pkg_file* pkg);
 
 // The package's open file, which stays the package's.
 int file_descriptor(const zan_pkg_file* pkg);
 
-// Writes the edits, has them reach the disk, and closes the package. Gives an empty text, or why that failed;
-// the handle is gone in either case. Nothing is printed. A file of more than `max_size` bytes isn't begun:
-// what lies between sections counts, and each asks in its header for an alignment of its own, up to 2 GiB.
+// Writes the edits to the disk and closes the package. Returns an empty text, or why that failed; the handle
+// is gone in either case. Nothing is printed. A file of more than `max_size` bytes is not begun. Gaps between
+// sections count: each section's header asks for an alignment of its own, of up to 2 GiB.
 std::string close_edited(zan_pkg_file* pkg, std::uint64_t max_size);
 
 // Closes the package without writing the edits. Nothing is printed.

@@ -20,7 +20,7 @@ uInt zlib_size(std::size_t size) {
     return static_cast<uInt>(std::min(size, max_zlib_size));
 }
 
-// zlib doesn't change its input, but takes it as if it could.
+// zlib's parameter isn't const, but it doesn't change its input.
 Bytef* zlib_input(const void* data) {
     return static_cast<Bytef*>(const_cast<void*>(data));
 }
@@ -29,7 +29,7 @@ Bytef* zlib_input(const void* data) {
 
 StreamWriter::~StreamWriter() {
     if (m_started)
-        deflateEnd(&m_zlib); // says no more than that something is pending
+        deflateEnd(&m_zlib); // its result only says that something was pending
 }
 
 bool StreamWriter::start() {
@@ -48,7 +48,7 @@ bool StreamWriter::append(const void* data, std::size_t size) {
         while (m_zlib.avail_in != 0) {
             const int ret = deflate(&m_zlib, Z_NO_FLUSH);
             ZAN_CONTRACT(ret != Z_STREAM_ERROR, no_stream_error);
-            // The call that takes the last of the input may fill the buffer too.
+            // The call that takes the last of the input may have filled the buffer as well.
             if (m_zlib.avail_out == 0 && !write_pending())
                 return false;
         }
@@ -118,8 +118,9 @@ StreamReader::Next StreamReader::next() {
     return Next::entry;
 }
 
-// Ends as the format has always been read: a stream in memory needs some input left for each read, and the
-// end of a file is what a read has met, not what comes.
+// The end is found where readers of the format have always found it: in memory each read needs some input
+// that is left, and in a file the end counts once a read has met it. A reader that looked further would
+// accept, or refuse, other streams.
 bool StreamReader::read(void* target, std::size_t size) {
     m_zlib.next_out = static_cast<Bytef*>(target);
     m_zlib.avail_out = zlib_size(size);
@@ -135,14 +136,15 @@ bool StreamReader::ends_well() {
     Bytef none_expected;
     m_zlib.next_out = &none_expected;
     m_zlib.avail_out = 1;
-    // The read of the end record may have met the checksum already.
+    // zlib may have met the checksum while it read the end record. A byte that still comes out of the stream
+    // is something after the end record.
     Inflated inflated = Inflated::hungry;
     while (!m_at_end && inflated == Inflated::hungry && (m_zlib.avail_in != 0 || refill()))
         inflated = inflate_into_target();
     return m_at_end && inflated != Inflated::full;
 }
 
-// Hands zlib more input; false if there is none.
+// Supplies zlib with more input; false if there is none.
 bool StreamReader::refill() {
     if (m_input) {
         if (std::feof(m_input))

@@ -1,5 +1,5 @@
 // Directory streams, record by record: what packing and unpacking share, for C++ callers who name, check or
-// store the entries in their own way. docs/stream.md tells the format.
+// store the entries in their own way. docs/stream.md describes the format.
 #pragma once
 
 #include <zlib.h>
@@ -16,8 +16,8 @@ enum RecordType : std::uint32_t { record_file, record_directory, record_end };
 
 constexpr std::uint32_t record_magic = 0xBEEFFEEB;
 
-// What stands ahead of each entry, in the byte order of the machine. Behind it come the name with its NUL,
-// then a file's bytes.
+// The beginning of each entry, in the byte order of the machine. After it come the name with its NUL, then a
+// file's bytes.
 struct RecordHeader {
     std::uint32_t magic;
     std::uint32_t type;        // a RecordType; others count as files
@@ -27,7 +27,7 @@ struct RecordHeader {
 };
 static_assert(sizeof(RecordHeader) == 20, "records have no padding");
 
-// Longest name that a stream can give back, with its NUL.
+// Longest name that can be read from a stream, with its NUL.
 constexpr std::size_t max_name_length = 8192;
 // Compressed bytes are read and written in pieces of this size.
 constexpr std::size_t stream_chunk = 32768;
@@ -46,8 +46,8 @@ class StreamWriter {
     bool append(const void* data, std::size_t size);
     // Appends a header and the name; a file's bytes are the caller's to append.
     bool append_entry(RecordType type, std::uint32_t mode, const std::string& name, std::uint32_t size);
-    // Appends the end record and writes what is pending. All of it is tried, also behind a failed write;
-    // false if one failed. Nothing can be appended any more.
+    // Appends the end record and writes what is pending, all of it even after a failed write; false if one
+    // failed. Nothing can be appended after this.
     bool finish();
 
   private:
@@ -59,14 +59,14 @@ class StreamWriter {
     const std::unique_ptr<Bytef[]> m_buffer{new Bytef[stream_chunk]};
 };
 
-// Reads a stream from memory or from a file. What it reads is trusted in nothing: any bytes whatever give an
-// end or a fault.
+// Reads a stream from memory or from a file. Nothing in it is trusted: any bytes lead to an end or to a
+// fault.
 class StreamReader {
   public:
     enum class Next {
-        entry, // header() and name() tell of it
+        entry, // header() and name() are about it
         end,   // the end record
-        cut,   // no input ahead of a record, which ends a stream as well
+        cut,   // no input where a record should begin, which ends a stream as well
         bad_header,
         bad_magic,
         bad_name, // cut, empty, or longer than max_name_length
@@ -81,7 +81,7 @@ class StreamReader {
 
     // Has to be called first, and once; false if there is no memory.
     bool start();
-    // Goes on to the next record. The bytes of the one before have to be read by then.
+    // Goes on to the next record. The bytes of the previous one must have been read.
     Next next();
     const RecordHeader& header() const { return m_header; }
     // The entry's name up to its first NUL.
@@ -89,10 +89,10 @@ class StreamReader {
     // Reads exactly `size` bytes of the contents into `target`; false if there are fewer, or if none are
     // asked for.
     bool read(void* target, std::size_t size);
-    // Whether the stream's checksum stands behind the end record, and is right. Nothing can be read any more.
+    // Whether the stream's checksum follows the end record, and is right. Nothing can be read after this.
     bool ends_well();
-    // The errno of what has failed where the stream itself is without fault: reading the file, or memory. 0
-    // if nothing has.
+    // The errno of a failure that is no fault of the stream: of reading the file, or of memory. 0 if there
+    // was none.
     int system_error() const { return m_error; }
 
   private:
@@ -102,12 +102,12 @@ class StreamReader {
     Inflated inflate_into_target();
 
     std::FILE* m_input = nullptr;
-    const Bytef* m_rest = nullptr; // of a stream in memory: what zlib hasn't been handed yet
+    const Bytef* m_rest = nullptr; // of a stream in memory: what zlib hasn't got yet
     std::size_t m_rest_size = 0;
     z_stream m_zlib{};
     bool m_started = false;
     int m_error = 0;
-    bool m_at_end = false; // zlib has met the end of the stream, and found its checksum right
+    bool m_at_end = false; // zlib has reached the end of the stream, and its checksum is right
     RecordHeader m_header{};
     const std::unique_ptr<char[]> m_name{new char[max_name_length + 1]};
     const std::unique_ptr<Bytef[]> m_buffer; // of a stream in a file

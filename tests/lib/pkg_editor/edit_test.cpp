@@ -134,11 +134,11 @@ TEST_F(EditTest, EditsTellTheirProgress) {
 
 TEST_F(EditTest, SectionsGrowShrinkAndEmpty) {
     for (const Bytes& content : {Bytes(100000, 'x'), Bytes("1"), Bytes("2"), Bytes(), Bytes(300, 'y')}) {
-        make({{"front", "f"}, {"a", "old"}, {"behind", Bytes(1000, 'b')}});
+        make({{"front", "f"}, {"a", "old"}, {"after", Bytes(1000, 'b')}});
         EXPECT_EQ(update("a", content), 1);
         EXPECT_EQ(section("a"), content);
         EXPECT_EQ(section("front"), "f");
-        EXPECT_EQ(section("behind"), Bytes(1000, 'b'));
+        EXPECT_EQ(section("after"), Bytes(1000, 'b'));
     }
 }
 
@@ -222,13 +222,13 @@ TEST_F(EditTest, AnEmptyFileBecomesAnEmptySection) {
                   }),
                   "Empty input file. Creating section using dummy file and then updating it.\n"
                   "zan_pkg_add_data_section: Added section a with 1 bytes\n"
-                  "flush_elf_edits: Pkg fd is live\nflush_elf_edits: Pkg is dirty\nflush_elf_edits: Pkg "
-                  "update is ok\n"
+                  "flush_elf_edits: Pkg fd is live\nflush_elf_edits: Pkg is dirty\n"
+                  "flush_elf_edits: Pkg update is ok\n"
                   "zan_pkg_update_section: Updating section a with 0 bytes of new data\n"
                   "Read 0 bytes from file " +
                       input + " and created new section 'a'.\n");
         zan_pkg_set_show_mode(pkg.get(), 0);
-        EXPECT_EQ(zan_pkg_add_data_section(pkg.get(), "b", "2", 1), 1); // edits go on behind the flush
+        EXPECT_EQ(zan_pkg_add_data_section(pkg.get(), "b", "2", 1), 1); // edits go on after the flush
     }
     EXPECT_EQ(section("a"), "");
     EXPECT_EQ(section("b"), "2");
@@ -244,7 +244,7 @@ TEST_F(EditTest, AnEmptyFileEmptiesASection) {
     EXPECT_EQ(section("a"), "");
 }
 
-TEST_F(EditTest, FilesThatCannotBeReadAreToldWithoutAnyShowBit) {
+TEST_F(EditTest, FilesThatCannotBeReadAreReportedWithoutAnyShowBit) {
     const Package pkg = open(create_mode);
     EXPECT_EQ(stderr_of([&] {
                   EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/nonexistent/x"), 0);
@@ -260,21 +260,21 @@ TEST_F(EditTest, FilesThatCannotBeReadAreToldWithoutAnyShowBit) {
 
 // On most file systems a folder claims the greatest size, 2^63 - 1, to which the link to the next block is
 // added; on the others there is nothing to try.
-TEST_F(EditTest, AFileLargerThanMemoryIsTold) {
+TEST_F(EditTest, AFileLargerThanMemoryIsReported) {
     const int folder = ::open("/", O_RDONLY | O_DIRECTORY);
     const off_t size = ::lseek(folder, 0, SEEK_END);
     ::close(folder);
     if (size != std::numeric_limits<off_t>::max())
         return;
     const Package pkg = open(create_mode);
-    // A sanitizer's allocator says something of its own first.
+    // A sanitizer's allocator prints a warning first.
     EXPECT_THAT(stderr_of([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/"), 0); }),
                 testing::EndsWith("Could not allocated 9223372036854775815 bytes of memory\n"));
     EXPECT_EQ(names(pkg.get()), "");
 }
 
-// A file of the kernel's that says 4096 bytes and gives fewer.
-TEST_F(EditTest, AFileShorterThanItsSizeIsTold) {
+// A file of the kernel that says 4096 bytes and has fewer.
+TEST_F(EditTest, AFileShorterThanItsSizeIsReported) {
     const std::string short_file = "/sys/kernel/mm/transparent_hugepage/enabled";
     if (!std::filesystem::exists(short_file))
         return;

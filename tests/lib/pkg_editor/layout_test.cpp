@@ -84,7 +84,7 @@ TEST_F(LayoutTest, TenThousandSectionsAreAllReadBack) {
     EXPECT_EQ(names(pkg.get()), all_names);
 }
 
-// Makes a package of `count` sections and a name table behind them, straight through the ELF library.
+// Makes a package of `count` sections and then a name table, by the ELF library itself.
 void make_large_package(const std::string& path, std::size_t count) {
     ::elf_version(EV_CURRENT);
     const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0666);

@@ -46,7 +46,7 @@ TEST_F(OpenTest, TheModeIsCheckedBeforeTheName) {
     EXPECT_EQ(refusal(nullptr, ZAN_PKG_READ), "No filename specified\n");
 }
 
-TEST_F(OpenTest, AMissingFileIsToldWithTheReason) {
+TEST_F(OpenTest, AMissingFileIsReportedWithTheReason) {
     EXPECT_EQ(refusal("/nonexistent/x", ZAN_PKG_READ),
               "Couldn't open /nonexistent/x: No such file or directory\n");
     EXPECT_EQ(refusal("/nonexistent/x", ZAN_PKG_READ_WRITE),
@@ -69,7 +69,7 @@ TEST_F(OpenTest, AFailedOpenLeavesNoDescriptorOpen) {
     EXPECT_EQ(after, before);
 }
 
-TEST_F(OpenTest, CreatingDoesNotNeedAFileAndGivesItUsualRights) {
+TEST_F(OpenTest, CreatingDoesNotNeedAFileAndSetsUsualRights) {
     ::umask(022);
     make({});
     struct stat status {};
@@ -80,7 +80,7 @@ TEST_F(OpenTest, CreatingDoesNotNeedAFileAndGivesItUsualRights) {
 TEST_F(OpenTest, CreatingReplacesALongerFile) {
     write_file(path, Bytes(50000, 'x'));
     make({{"a", "1"}});
-    // 128 for the header and its gap, the name table in the next 128, 4096 bytes and the gap behind them up
+    // 128 for the header and its gap, the name table in the next 128, 4096 bytes and the gap after them up
     // to the byte of "a" at 4352, and from 4356 on four headers of 40 bytes.
     EXPECT_EQ(read_file(path).size(), 4356u + 4 * 40);
     EXPECT_EQ(section("a"), "1");
@@ -113,14 +113,14 @@ TEST_F(OpenTest, ClosingNothingIsAFailure) {
     EXPECT_EQ(zan_pkg_close_file(nullptr), 0);
 }
 
-TEST_F(OpenTest, ClosingGivesWhetherTheFileWasClosed) {
+TEST_F(OpenTest, ClosingReturnsWhetherTheFileWasClosed) {
     make({});
     zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ);
     EXPECT_EQ(zan_pkg_close_file(pkg), 1);
 }
 
-// The handle's descriptor is closed behind its back.
-TEST_F(OpenTest, AFailedCloseIsToldAndIsTheResult) {
+// The test closes the handle's descriptor itself.
+TEST_F(OpenTest, AFailedCloseIsReportedAndIsTheResult) {
     zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), create_mode | show_error);
     int result = -1;
     EXPECT_EQ(stderr_of([&] {
@@ -145,12 +145,12 @@ TEST_F(OpenTest, AFailedWriteDoesNotShowInTheResult) {
     EXPECT_EQ(result, 1);
 }
 
-TEST_F(OpenTest, ClosingAnEditedPackageTellsItsSteps) {
+TEST_F(OpenTest, ClosingAnEditedPackageReportsItsSteps) {
     zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), create_mode);
     zan_pkg_set_show_mode(pkg, show_info);
     EXPECT_EQ(stdout_of([&] { zan_pkg_close_file(pkg); }),
-              "flush_elf_edits: Pkg fd is live\nflush_elf_edits: Pkg is dirty\nflush_elf_edits: Pkg update "
-              "is ok\n");
+              "flush_elf_edits: Pkg fd is live\nflush_elf_edits: Pkg is dirty\n"
+              "flush_elf_edits: Pkg update is ok\n");
     pkg = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ | show_info);
     EXPECT_EQ(stdout_of([&] { zan_pkg_close_file(pkg); }), "flush_elf_edits: Pkg fd is live\n");
 }
@@ -160,7 +160,7 @@ TEST_F(OpenTest, ShowModesCanBeChanged) {
     const Package pkg = open(ZAN_PKG_READ);
     const auto message = [&] { return stderr_of([&] { zan_pkg_update_section(pkg.get(), "a", "", 0); }); };
     EXPECT_EQ(message(), "");
-    zan_pkg_set_show_mode(pkg.get(), show_error | ZAN_PKG_READ_WRITE); // access bits count for nothing here
+    zan_pkg_set_show_mode(pkg.get(), show_error | ZAN_PKG_READ_WRITE); // access bits have no effect here
     EXPECT_EQ(message(), "Cannot add section to read-only binary\n");
     zan_pkg_set_show_mode(pkg.get(), 0);
     EXPECT_EQ(message(), "");
@@ -169,7 +169,7 @@ TEST_F(OpenTest, ShowModesCanBeChanged) {
 
 TEST_F(OpenTest, AHandleMayBeFreedAfterReading) {
     make({{"a", "1"}});
-    // Run in a process of its own, because the handle's descriptors leak, as they are meant to.
+    // In a process of its own, as the handles' descriptors leak here on purpose.
     EXPECT_EXIT(
         {
             zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ);
@@ -229,7 +229,7 @@ TEST_F(MemoryTest, NothingIsRefusedSilently) {
     EXPECT_EQ(refusal("x", 0, show_error), "");
 }
 
-TEST_F(MemoryTest, ALibraryFailureIsTold) {
+TEST_F(MemoryTest, ALibraryFailureIsReported) {
     // The first bytes of an ELF file, which the library refuses with no error of the operating system.
     make({});
     const Bytes cut = read_file(path).substr(0, 51);

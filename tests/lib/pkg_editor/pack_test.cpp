@@ -37,7 +37,7 @@ class Pack : public StreamTest {
     }
 };
 
-TEST_F(Pack, NoPathsGiveAnEndRecordAlone) {
+TEST_F(Pack, NoPathsMakeAnEndRecordAlone) {
     EXPECT_EQ(pack({}), good);
     EXPECT_EQ(inflated(read_file("out")), header_bytes({0xBEEFFEEB, 2, 0, 0, 0}));
 }
@@ -73,7 +73,7 @@ TEST_F(Pack, TheStreamIsZlibsOwnAtItsBestLevel) {
     EXPECT_EQ(stream, stream_of({{file_type, mode("a"), "a", std::string(100000, 'a')}}));
 }
 
-TEST_F(Pack, AFolderComesAheadOfWhatItHolds) {
+TEST_F(Pack, AFolderComesBeforeWhatItHolds) {
     fs::create_directories("d/sub");
     write_file("d/sub/f", "1");
     EXPECT_EQ(packed({"d"}), (std::vector<Record>{{folder_type, 0, "d", ""},
@@ -99,7 +99,7 @@ TEST_F(Pack, EntriesFollowTheOrderOfTheFolder) {
     EXPECT_EQ(names.size(), 6u);
 }
 
-TEST_F(Pack, PathsStandAsTheyAreGivenInTheirOrder) {
+TEST_F(Pack, NamesAreThePathsInTheirOrder) {
     fs::create_directory("d");
     write_file("d/f", "1");
     write_file("g", "2");
@@ -211,13 +211,13 @@ TEST_F(Pack, WhatMayNotBeReadEndsIt) {
     EXPECT_EQ(pack({"d"}), (Called{0, "zan_pkg_pack: Unable to read directory d: Permission denied\n"}));
 }
 
-TEST_F(Pack, AnOutputThatCannotBeOpenedIsTold) {
+TEST_F(Pack, AnOutputThatCannotBeOpenedIsReported) {
     EXPECT_EQ(pack({}, "no/such"),
               (Called{0, "zan_pkg_pack: Unable to open no/such for writing: No such file or directory\n"}));
     EXPECT_EQ(pack({}, "."), (Called{0, "zan_pkg_pack: Unable to open . for writing: Is a directory\n"}));
 }
 
-TEST_F(Pack, AFullDiskIsTold) {
+TEST_F(Pack, AFullDiskIsReported) {
     write_file("a", noise(100000)); // more than one buffer of compressed bytes
     EXPECT_EQ(pack({"a"}, "/dev/full"),
               (Called{0, "zan_pkg_pack: Failed to write to /dev/full: No space left on device\n"}));

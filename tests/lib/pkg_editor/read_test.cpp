@@ -37,7 +37,7 @@ class ReadTest : public PackageTest {
     void* data = nullptr;
 };
 
-TEST_F(ReadTest, ExistsGivesTheSize) {
+TEST_F(ReadTest, ExistsStoresTheSize) {
     std::size_t size = 99;
     EXPECT_EQ(zan_pkg_section_exists(pkg.get(), "five", &size), 1);
     EXPECT_EQ(size, 5u);
@@ -70,14 +70,14 @@ TEST_F(ReadTest, AnEmptySectionFitsABufferOfOneByte) {
     EXPECT_STREQ(buffer, "");
 }
 
-TEST_F(ReadTest, ReadingTellsWhatIsWrongInItsOrder) {
+TEST_F(ReadTest, ReadingReportsTheFirstFault) {
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "six", nullptr, 9); }),
               "Buffer argument is NULL\n");
     EXPECT_EQ(failure([&](auto* p) { return zan_pkg_read_section(p, "six", buffer, 0); }),
               "Couldn't find section with name 'six'.\n");
 }
 
-TEST_F(ReadTest, TransientReadingGivesAPointerIntoThePackage) {
+TEST_F(ReadTest, TransientReadingStoresAPointerIntoThePackage) {
     EXPECT_EQ(zan_pkg_read_section_transient(pkg.get(), "five", &data), 1);
     EXPECT_EQ(Bytes(static_cast<char*>(data), 5), "12345");
     EXPECT_EQ(zan_pkg_read_section_transient(pkg.get(), "empty", &data), 1);
@@ -144,7 +144,7 @@ TEST_F(ReadTest, ASectionGoesIntoAFile) {
     EXPECT_EQ(read_file(out), "");
 }
 
-TEST_F(ReadTest, FilesThatCannotBeWrittenAreTold) {
+TEST_F(ReadTest, FilesThatCannotBeWrittenAreReported) {
     EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section_into_file(p, "six", "/dev/null"); }),
               "Couldn't find section with name 'six'.\n");
     EXPECT_EQ(failure([](auto* p) { return zan_pkg_read_section_into_file(p, "five", "/nonexistent/x"); }),

@@ -16,7 +16,7 @@
 #include "temp_dir.h"
 #include "whole_file.h"
 
-// What a call gave, and what it said on standard error.
+// The result of a call, and its text on standard error.
 struct Called {
     int result;
     std::string text;
@@ -77,11 +77,11 @@ class StreamTest : public testing::Test {
 
 const inline Called good = {1, ""};
 
-// Takes the rights of root away for as long as it lives, so that permissions count.
+// Takes the rights of root away during its lifetime, so that permissions count.
 class PlainUser {
   public:
     PlainUser() {
-        if (::geteuid() == 0 && ::seteuid(nobody) != 0)
+        if (::geteuid() == 0 && ::seteuid(plain_user) != 0)
             throw std::runtime_error("can't become a plain user");
     }
     PlainUser(const PlainUser&) = delete;
@@ -92,5 +92,5 @@ class PlainUser {
     }
 
   private:
-    static constexpr uid_t nobody = 65534;
+    static constexpr uid_t plain_user = 65534;
 };

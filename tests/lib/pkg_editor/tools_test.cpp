@@ -31,7 +31,7 @@ TEST_F(ToolsTest, ReadelfReadsOurSections) {
     EXPECT_EQ(output.substr(0, 2), "0:");
     EXPECT_EQ(output.find("arning"), std::string::npos) << output;
     EXPECT_NE(output.find("[ 1] .shstrtab         STRTAB "), std::string::npos) << output;
-    // The names of sections; offset 0x1100 is 4352, behind the hidden section; 7 and 0x3e8 bytes.
+    // The names of sections; offset 0x1100 is 4352, after the hidden section; 7 and 0x3e8 bytes.
     EXPECT_NE(output.find("[ 3] .zan.version      PROGBITS        00000000 001100 000007 00      0   0 128"),
               std::string::npos)
         << output;
@@ -40,7 +40,7 @@ TEST_F(ToolsTest, ReadelfReadsOurSections) {
         << output;
 }
 
-// A package is no program, and its name table carries a flag that programs don't give theirs.
+// A package is no program, and its name table has a flag that programs don't set.
 TEST_F(ToolsTest, ElflintComplainsOnlyOfWhatIsMeantToBeSo) {
     make({{"a", all_bytes}});
     EXPECT_EQ(run("eu-elflint --gnu-ld design.zanx"),

@@ -145,14 +145,14 @@ TEST_F(Unpack, ANameEndsAtItsFirstNulOrAtItsLength) {
     EXPECT_EQ(tree("to"), (Tree{{"a", "1"}, {"cd", "2"}}));
 }
 
-TEST_F(Unpack, DataBehindTheEndRecordIsIgnored) {
+TEST_F(Unpack, DataAfterTheEndRecordIsIgnored) {
     expect_both(deflated(record_bytes({file_type, 0, "f", "1"}) + end_record + "more"), 1, "");
     EXPECT_EQ(tree("to"), (Tree{{"f", "1"}}));
     expect_both(stream_of({{file_type, 0, "f", "1"}}) + "more", 1, "");
     EXPECT_EQ(tree("to"), (Tree{{"f", "1"}}));
 }
 
-TEST_F(Unpack, BytesThatAreNoStreamAreTold) {
+TEST_F(Unpack, BytesThatAreNoStreamAreReported) {
     expect_both("this is text, no stream", 0, header_fault);
     expect_both(deflated("this is no record but text"), 0, magic_fault);
     expect_both(deflated("too short"), 0, header_fault);
@@ -174,7 +174,7 @@ TEST_F(Unpack, AnyOtherTypeIsAFile) {
     }
 }
 
-// A folder has no bytes, so those that its size promises are taken for the next record.
+// A folder has no bytes: those that its size claims are read as the next record.
 TEST_F(Unpack, ASizeOfAFolderDoesNotCount) {
     expect_both(
         deflated(with_header({stream_magic, folder_type, 7, 2, 99}, std::string("d\0", 2)) + end_record), 1,
@@ -190,7 +190,7 @@ TEST_F(Unpack, ASizeThatIsTooSmallLeavesBytesForTheNextRecord) {
     EXPECT_EQ(tree("to"), (Tree{{"f", "1"}}));
 }
 
-TEST_F(Unpack, ASizeThatTheStreamDoesNotHoldIsTold) {
+TEST_F(Unpack, ASizeThatTheStreamDoesNotHoldIsReported) {
     for (const std::uint32_t size :
          {23u, 65535u, 65536u, 1000000u}) { // 2 bytes and the end record's 20 are there
         const std::string contents =
@@ -200,7 +200,7 @@ TEST_F(Unpack, ASizeThatTheStreamDoesNotHoldIsTold) {
     }
 }
 
-TEST_F(Unpack, ANameLengthThatNoBufferHoldsIsTold) {
+TEST_F(Unpack, ANameLengthThatNoBufferHoldsIsReported) {
     for (const std::uint32_t length : {0u, 8193u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
         const std::string contents =
             with_header({stream_magic, file_type, 0, length, 0}, std::string(9000, 'n'));
@@ -213,10 +213,10 @@ TEST_F(Unpack, ANameOfTheBuffersLengthIsRead) {
     const std::string name(8191, 'n'); // and its NUL
     expect_both(stream_of({{file_type, 0, name, ""}}), 0,
                 "Unable to open to/" + name + " for writing: File name too long\n");
-    expect_both(stream_of({{folder_type, 0, name, ""}}), 1, ""); // a folder that can't be made isn't told
+    expect_both(stream_of({{folder_type, 0, name, ""}}), 1, ""); // a folder that can't be made isn't reported
 }
 
-// What comes of a stream of which no more than `left` bytes of its contents are there.
+// The message for a stream of which only `left` bytes of the contents are there.
 std::string fault_of_cut(const std::vector<Record>& records, std::size_t left) {
     std::size_t begin = 0;
     for (const Record& record : records) {
@@ -236,7 +236,7 @@ std::string fault_of_cut(const std::vector<Record>& records, std::size_t left) {
     return left == begin || left >= begin + 20 ? "" : header_fault;
 }
 
-TEST_F(Unpack, AStreamCutAtAnyByteIsToldWhereItEnds) {
+TEST_F(Unpack, AStreamCutAtAnyByteIsReportedWhereItEnds) {
     const std::vector<Record> records = {{folder_type, 0, "d", ""},
                                          {file_type, 0, "d/f", "some bytes, some bytes"},
                                          {file_type, 0, "g", std::string(70000, 'g')}};
@@ -253,7 +253,7 @@ TEST_F(Unpack, AStreamCutAtAnyByteIsToldWhereItEnds) {
     }
 }
 
-TEST_F(Unpack, ACompressedStreamCutAtAnyByteGivesWhatCameBeforeTheCut) {
+TEST_F(Unpack, ACompressedStreamCutAtAnyByteLeavesWhatCameBeforeTheCut) {
     const std::vector<Record> records = {{file_type, 0, "f", "some bytes, some bytes, some bytes"},
                                          {file_type, 0, "g", std::string(70000, 'g')}};
     const std::string stream = stream_of(records);
@@ -286,7 +286,7 @@ TEST_F(Unpack, AnyByteOfAStreamMayBeWrong) {
     }
 }
 
-TEST_F(Unpack, APlaceThatCannotBeWrittenIsTold) {
+TEST_F(Unpack, APlaceThatCannotBeWrittenIsReported) {
     fs::create_directories("to/f");
     EXPECT_EQ(unpack_bytes(stream_of({{file_type, 0, "f", "1"}})),
               (Called{0, "zan_pkg_unpack_buffer: Unable to open to/f for writing: Is a directory\n"}));
@@ -295,7 +295,7 @@ TEST_F(Unpack, APlaceThatCannotBeWrittenIsTold) {
               (Called{0, "zan_pkg_unpack_buffer: Unable to open file/f for writing: Not a directory\n"}));
 }
 
-TEST_F(Unpack, AFullDiskIsTold) {
+TEST_F(Unpack, AFullDiskIsReported) {
     for (const std::size_t size : {1u, 65535u, 65536u}) {
         EXPECT_EQ(
             unpack_bytes(stream_of({{file_type, 0, "full", std::string(size, 'x')}}), "/dev"),
@@ -303,7 +303,7 @@ TEST_F(Unpack, AFullDiskIsTold) {
     }
 }
 
-TEST_F(Unpack, AnInputThatCannotBeOpenedIsTold) {
+TEST_F(Unpack, AnInputThatCannotBeOpenedIsReported) {
     EXPECT_EQ(unpack("none"),
               (Called{0, "zan_pkg_unpack: Unable to open none for reading: No such file or directory\n"}));
     EXPECT_FALSE(fs::exists("to"));

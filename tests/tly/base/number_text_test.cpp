@@ -91,7 +91,7 @@ TEST(NumberText, AgreesWithTheStandardFunctionsOnRandomTexts) {
     }
 }
 
-TEST(NumberText, ReadsNothingBehindTheView) {
+TEST(NumberText, ReadsNothingPastTheView) {
     const std::string text = "12345";
     EXPECT_EQ(parse_long_long(std::string_view(text).substr(0, 2)), 12);
     EXPECT_EQ(parse_long_long(std::string_view(text).substr(5)), std::nullopt);

@@ -84,7 +84,7 @@ TEST(CounterDecoding, UnknownTagsAreIgnoredSilently) {
         EXPECT_EQ(family.samples(*inst), (Values{0})) << family.tags[0];
 }
 
-TEST(CounterDecoding, AnInvalidValueIsToldAndCountsAsMinusOneAndTheNextTagGoesOn) {
+TEST(CounterDecoding, AnInvalidValueIsReportedAndCountsAsMinusOneAndTheNextTagGoesOn) {
     const auto inst = InstBuilder{.function = "invalid", .tags = {"ivalid", "idle"}}.make();
     const std::string messages = stderr_of([&] {
         EXPECT_EQ(add_sample(*inst, {"abc", "7"}, SHARED_NONE, 12), -1);
@@ -192,8 +192,8 @@ TEST(SharedCounters, TypesMayChangeFromLineToLine) {
     EXPECT_EQ(inst->getExtStallCount(), (Values{0, 6}));
 }
 
-TEST(SharedCounters, AnInvalidValueIsToldEvenWhereTheRunPassesItOver) {
-    const auto inst = InstBuilder{.function = "passed_over", .shared = true, .tags = {"ivalid"}}.make();
+TEST(SharedCounters, AnInvalidValueIsReportedEvenWhereTheRunSkipsIt) {
+    const auto inst = InstBuilder{.function = "skipped", .shared = true, .tags = {"ivalid"}}.make();
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(add_sample(*inst, {"x"}, SHARED_IDLE), -1); }),
               "WARNING: value for counter at line 1 was invalid: x.counter\n");
     EXPECT_EQ(inst->getIValidCount(), (Values{0}));

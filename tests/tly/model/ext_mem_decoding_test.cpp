@@ -41,7 +41,7 @@ TEST_F(ExtMemDecodingTest, ATagWithoutAnOperationCountsAsReadBursts) {
     EXPECT_EQ(inst->getNumExtReadBurstStarts("mem", 1, 2), (Values{5, 6}));
 }
 
-TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
+TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsReportedAndRecordsNothing) {
     for (const std::string tag : {"profile_extmem_k_mem_bank1_port2_read_data_inc_en_x",
                                   "profile_extmem_k_function_mem_port2_read_data_inc_en_x",
                                   "profile_extmem_k_function_mem_bank1_read_data_inc_en_x"}) {
@@ -52,14 +52,14 @@ TEST_F(ExtMemDecodingTest, ATagWithoutAPropertyIsToldAndRecordsNothing) {
     }
 }
 
-TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreTold) {
+TEST_F(ExtMemDecodingTest, BothFaultsOfATagAreReported) {
     EXPECT_EQ(messages_of("profile_extmem_"),
               "WARNING: extmem port tag does not match an op type\n"
               "WARNING: something went wrong when decoding the properties of the external memory "
               "profile_extmem_\n");
 }
 
-TEST_F(ExtMemDecodingTest, ABadBankIsToldAlone) {
+TEST_F(ExtMemDecodingTest, ABadBankIsReportedAlone) {
     const std::string start = "WARNING: value for external memory bank was invalid: ";
     EXPECT_EQ(messages_of("profile_extmem_k_function_m_bankX_portY_read_data_inc_en_x"), start + "X\n");
     EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank_port2_read_data_inc_en_x"), start + "\n");
@@ -68,7 +68,7 @@ TEST_F(ExtMemDecodingTest, ABadBankIsToldAlone) {
     EXPECT_EQ(inst->getNumExtMems(), 0);
 }
 
-TEST_F(ExtMemDecodingTest, ABadPortIsToldWithAllThatFollowsIt) {
+TEST_F(ExtMemDecodingTest, ABadPortIsReportedWithAllThatFollowsIt) {
     EXPECT_EQ(messages_of("profile_extmem_k_function_m_bank1_portY_read_data_inc_en_x"),
               "WARNING: value for external memory port was invalid: Y_read_data_inc_en_x\n");
     EXPECT_EQ(inst->getNumExtMems(), 0);
@@ -104,7 +104,7 @@ TEST(UpdateExtMemCounter, RecordsAndAddsToTheLastSample) {
     EXPECT_EQ(inst->getNumExtWrites("m", 0, 1), (Values{11}));
 }
 
-TEST(UpdateExtMemCounter, NegativeNumbersAreToldAndRecordNothing) {
+TEST(UpdateExtMemCounter, NegativeNumbersAreReportedAndRecordNothing) {
     const auto inst = InstBuilder{.function = "direct_negative"}.make();
     EXPECT_EQ(stderr_of([&] {
                   inst->updateExtMemCounter("m", EXT_MEM_READ, -7, -8, 5, true);

@@ -80,7 +80,7 @@ TEST(ExtMemCounts, HugeNumbersTakeNoStorageForThoseBelow) {
     EXPECT_TRUE(counts.getCount(EXT_MEM_READ_BURST, 1999999999, 0).empty());
 }
 
-TEST(TlyExtMemInterface, GivesItsPortsByIndex) {
+TEST(TlyExtMemInterface, HasItsPortsByIndex) {
     const TlyExtMemInterface interface("bank", 512, {"r", "w"});
     EXPECT_EQ(interface.getName(), "bank");
     EXPECT_EQ(interface.getDataWidth(), 512);
@@ -90,37 +90,33 @@ TEST(TlyExtMemInterface, GivesItsPortsByIndex) {
     EXPECT_THROW(interface.getPortName(-1), std::out_of_range);
 }
 
-// A memory keeps its interfaces until the process ends, so the sanitizer is told where they are.
 class TlyExtMemTest : public testing::Test {
   protected:
-    static TlyExtMem& memory() {
-        static TlyExtMem& made = *[] {
-            auto* memory = new TlyExtMem("DDR", 19200.0f);
-            memory->add_interface("b0", 512, {"p0", "p1"});
-            memory->add_interface("b1", 256, {});
-            return memory;
-        }();
-        return made;
+    TlyExtMemTest() {
+        memory.add_interface("b0", 512, {"p0", "p1"});
+        memory.add_interface("b1", 256, {});
     }
+
+    TlyExtMem memory{"DDR", 19200.0f};
 };
 
 TEST_F(TlyExtMemTest, ForwardsToItsInterfacesInTheOrderOfAdding) {
-    EXPECT_EQ(memory().get_name(), "DDR");
-    EXPECT_EQ(memory().get_num_interfaces(), 2);
-    EXPECT_EQ(memory().get_interface_name(0), "b0");
-    EXPECT_EQ(memory().get_interface_width(1), 256);
-    EXPECT_EQ(memory().get_interface_nports(0), 2);
-    EXPECT_EQ(memory().get_interface_nports(1), 0);
-    EXPECT_EQ(memory().get_interface_port_name(0, 1), "p1");
+    EXPECT_EQ(memory.get_name(), "DDR");
+    EXPECT_EQ(memory.get_num_interfaces(), 2);
+    EXPECT_EQ(memory.get_interface_name(0), "b0");
+    EXPECT_EQ(memory.get_interface_width(1), 256);
+    EXPECT_EQ(memory.get_interface_nports(0), 2);
+    EXPECT_EQ(memory.get_interface_nports(1), 0);
+    EXPECT_EQ(memory.get_interface_port_name(0, 1), "p1");
 }
 
 TEST_F(TlyExtMemTest, ThrowsBeyondTheEndOfEitherList) {
-    EXPECT_THROW(memory().get_interface_name(2), std::out_of_range);
-    EXPECT_THROW(memory().get_interface_name(-1), std::out_of_range);
-    EXPECT_THROW(memory().get_interface_width(2), std::out_of_range);
-    EXPECT_THROW(memory().get_interface_nports(2), std::out_of_range);
-    EXPECT_THROW(memory().get_interface_port_name(1, 0), std::out_of_range);
-    EXPECT_THROW(memory().get_interface_port_name(2, 0), std::out_of_range);
+    EXPECT_THROW(memory.get_interface_name(2), std::out_of_range);
+    EXPECT_THROW(memory.get_interface_name(-1), std::out_of_range);
+    EXPECT_THROW(memory.get_interface_width(2), std::out_of_range);
+    EXPECT_THROW(memory.get_interface_nports(2), std::out_of_range);
+    EXPECT_THROW(memory.get_interface_port_name(1, 0), std::out_of_range);
+    EXPECT_THROW(memory.get_interface_port_name(2, 0), std::out_of_range);
 }
 
 TEST(TlyExtMem, KnowsNoBurstCountUntilItIsSet) {

@@ -45,7 +45,7 @@ TEST(TlyModuleInst, StartsEmpty) {
     EXPECT_TRUE(inst->getIValidCount().empty());
 }
 
-TEST(TlyModuleInst, IndexedSourceGettersGiveSentinelsOutsideTheirLists) {
+TEST(TlyModuleInst, IndexedSourceGettersReturnSentinelsOutsideTheirLists) {
     const auto inst = InstBuilder{.function = "sources"}.make();
     inst->addFilename("a.cl");
     inst->addLine(7);
@@ -63,10 +63,10 @@ TEST(TlyModuleInst, IndexedSourceGettersGiveSentinelsOutsideTheirLists) {
         EXPECT_EQ(inst->getColNum(outside), -1) << outside;
         EXPECT_EQ(inst->getIsCallsite(outside), -1) << outside;
     }
-    EXPECT_EQ(inst->getLine(1), -1); // just behind the end
+    EXPECT_EQ(inst->getLine(1), -1); // just past the end
 }
 
-TEST(TlyModuleInst, SampleGettersGiveMinusOneOutsideTheirLists) {
+TEST(TlyModuleInst, SampleGettersReturnMinusOneOutsideTheirLists) {
     const auto inst = InstBuilder{.function = "sample_getters", .tags = {"ivalid"}}.make();
     add_sample(*inst, {"5"});
     EXPECT_EQ(inst->getIValidCountSample(0), 5);
@@ -118,7 +118,7 @@ TEST(TlyModuleInst, BothCycleTagsSetTheOffsetOfTheCycleCounter) {
     EXPECT_EQ(other->getCsvTotalCycles(fields, 10), -1);
 }
 
-TEST(TlyModuleInst, CsvTotalCyclesTellsMissingAndBadFields) {
+TEST(TlyModuleInst, CsvTotalCyclesShowMissingAndBadFields) {
     const auto inst = InstBuilder{.function = "csv"}.make();
     inst->addPortTag("clock", 1, 0);
     std::string fields[] = {"5", "x"};

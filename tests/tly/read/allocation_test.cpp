@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* kernel_name = "a_kernel_with_a_name_longer_than_a_small_string";
 
-// Gives the kernel instances of three counters each, and their number of counters.
+// Adds instances of three counters each to the kernel, and returns their number of counters.
 int add_instances(RunFixture& run, int num_insts) {
     TlyKernel& made = run.kernel(kernel_name);
     int offset = 7;
@@ -46,8 +46,8 @@ std::size_t allocations_of(int num_lines, int num_insts) {
 }
 
 // The list of a function's total cycles lives as long as the process, so the first of two readings also pays
-// for its growth; and which reading in an expression comes first is the compiler's choice. One ahead of all
-// pays.
+// for its growth; and which reading in an expression comes first is the compiler's choice. One before
+// all others pays.
 class Allocation : public testing::Test {
   protected:
     static void SetUpTestSuite() { allocations_of(20000, 1); }

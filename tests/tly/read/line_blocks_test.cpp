@@ -22,8 +22,6 @@ struct Result {
     int status = 0;
     boost::property_tree::ptree nodes;
     std::string messages;
-
-    friend bool operator==(const Result&, const Result&) = default;
 };
 
 Result read_lines(const MakeDesign& make_design, const Lines& lines, LineDecoding decoding) {

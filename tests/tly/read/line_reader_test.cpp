@@ -42,7 +42,7 @@ class LineReaderTest : public testing::Test {
     TempDir m_dir;
 };
 
-TEST_F(LineReaderTest, GivesWhatGetlineGives) {
+TEST_F(LineReaderTest, ReadsWhatGetlineReads) {
     const std::string contents[] = {
         "", "\n", "\n\n", "a", "a\n", "a\nb", "a\r\nb", "\na\n\n\nb\n\n", std::string("a\0b\nc", 5)};
     for (const std::string& content : contents)
@@ -66,7 +66,7 @@ TEST_F(LineReaderTest, ManyShortLinesAreWhole) {
     EXPECT_TRUE(lines_of(file(content)) == lines_by_getline(content));
 }
 
-TEST_F(LineReaderTest, APipeGivesTheSameLinesAsAFile) {
+TEST_F(LineReaderTest, APipeHasTheSameLinesAsAFile) {
     const std::string path = m_dir.path("pipe");
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     std::string content;

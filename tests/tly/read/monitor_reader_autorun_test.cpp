@@ -12,8 +12,7 @@ using Values = std::vector<long long>;
 class AutorunTest : public testing::Test, protected RunFixture {
   protected:
     // Two autorun kernels whose counters share the lines of the pseudo-kernel: the clock and the valid cycles
-    // of
-    // "<prefix>_b" in fields 8 and 9, those of "<prefix>_a" in fields 10 and 11, the pseudo-kernel's own
+    // of "<prefix>_b" in fields 8 and 9, those of "<prefix>_a" in fields 10 and 11, the pseudo-kernel's own
     // in 7.
     void make_kernels(const std::string& prefix) {
         kernel(autorun_profile_dummy_kernel);
@@ -69,7 +68,7 @@ TEST_F(AutorunTest, ThePseudoKernelKeepsOnlyTheStartTimeAndTheCycles) {
     EXPECT_EQ(pseudo.get_sample_totalcycles(), (Values{90}));
 }
 
-TEST_F(AutorunTest, AnAutorunKernelWithoutAnInstanceIsPassedOver) {
+TEST_F(AutorunTest, AnAutorunKernelWithoutAnInstanceIsSkipped) {
     make_kernels("passed");
     kernel("passed_none", true);
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({line(1000, 1100, "5,0,100,7,90,8")}), 0); }), "");
@@ -128,12 +127,10 @@ TEST_F(SharedCountersTest, EachTypeOfRunFeedsItsOwnCounter) {
 
 constexpr const char* only_in_design =
     "ERROR: .zanx file has shared counters data but .mon does not at line {}. Data will not match. Ensure "
-    "host is "
-    "run with the Profiler Runtime Wrapper using the shared counter option. ABORT\n";
+    "host is run with the Profiler Runtime Wrapper using the shared counter option. ABORT\n";
 constexpr const char* only_in_run =
     "ERROR: .mon file has shared counters data at line {} but .zanx does not. Data will not match. Ensure "
-    "design is "
-    "compiled with the profile shared counters flag. ABORT\n";
+    "design is compiled with the profile shared counters flag. ABORT\n";
 
 std::string with_line(std::string text, int line) {
     return text.replace(text.find("{}"), 2, std::to_string(line));
@@ -159,7 +156,7 @@ TEST_F(SharedCountersTest, ARunWithThemOnADesignWithoutThemAborts) {
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({"0,1,run,1,2,3,1,100"}), 1); }), with_line(only_in_run, 1));
 }
 
-TEST_F(SharedCountersTest, InstancesInFrontOfAMismatchHaveTakenTheLine) {
+TEST_F(SharedCountersTest, InstancesBeforeAMismatchHaveTakenTheLine) {
     TlyModuleInst& first = shared_inst("mixed");
     inst(*kernels.at("mixed"), "plain").addPortTag("bandwidth", 7, 0);
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(read({"0,1,mixed,1,2,0,2,100,5"}), 1); }), with_line(only_in_run, 1));

@@ -31,7 +31,7 @@ class MonReaderTest : public testing::Test, protected RunFixture {
         }
         return result;
     }
-    // Reads the lines, all of which are left out, and gives the messages.
+    // Reads the lines, all of which are left out, and returns the messages.
     std::string messages_of_dropped_lines(const Texts& lines) {
         const std::string messages = stderr_of([&] { EXPECT_EQ(read(lines), 0); });
         EXPECT_TRUE(nodes("kernels").empty());
@@ -107,14 +107,14 @@ TEST_F(MonReaderTest, ADroppedLineLeavesNoTrace) {
     EXPECT_EQ(values("kernels", "sample_timestamps"), (Texts{"1100 1200"}));
 }
 
-TEST_F(MonReaderTest, AnEmptyLineIsToldAndCounted) {
+TEST_F(MonReaderTest, AnEmptyLineHasAMessageAndIsCounted) {
     two_counter_kernel("k");
     EXPECT_EQ(messages_of_dropped_lines({"", "0,1,k,x,2,-1,2,5,100"}),
               "warning: empty .mon line 1\nERROR: Unable to parse kernel start time. Ignoring .mon line 2\n" +
                   std::string(never_seen_k));
 }
 
-TEST_F(MonReaderTest, AnUnknownKernelIsToldWithItsLine) {
+TEST_F(MonReaderTest, AnUnknownKernelHasAMessageWithItsLine) {
     two_counter_kernel("k");
     EXPECT_EQ(messages_of_dropped_lines({"0,1,other,1000,2500,-1,1,40"}),
               "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
@@ -160,7 +160,7 @@ TEST_F(MonReaderTest, AnOriginalNameOfAKernelThatIsMissingThrows) {
     EXPECT_THROW(read({"0,1,original,1000,1100,-1,2,5,100"}), std::out_of_range);
 }
 
-TEST_F(MonReaderTest, EachFixedFieldHasItsMessageAndTheFirstFaultIsTold) {
+TEST_F(MonReaderTest, EachFixedFieldHasItsMessageAndOnlyTheFirstFaultIsReported) {
     two_counter_kernel("k");
     const std::pair<const char*, const char*> rows[] = {
         {",1,k,1000,1100,-1,2,5,6", "device id"},
@@ -191,7 +191,7 @@ TEST_F(MonReaderTest, AKernelLineNeedsEightFields) {
                   std::string(never_seen_k));
 }
 
-TEST_F(MonReaderTest, TheNumberOfCountersMustBeThatOfTheFieldsBehindIt) {
+TEST_F(MonReaderTest, TheNumberOfCountersMustBeThatOfTheFieldsAfterIt) {
     two_counter_kernel("k");
     const std::string start =
         "Warning: number of .mon entries does not match number of counters for this kernel. Skipping line ";
@@ -212,7 +212,7 @@ TEST_F(MonReaderTest, TheLastLineNeedsNoNewline) {
     EXPECT_EQ(occupancies(), (Texts{"5 "}));
 }
 
-TEST_F(MonReaderTest, AnInvalidCounterIsToldAndCountsAsMinusOne) {
+TEST_F(MonReaderTest, AnInvalidCounterHasAMessageAndCountsAsMinusOne) {
     two_counter_kernel("invalid");
     EXPECT_EQ(stderr_of([&] { read({"0,1,invalid,1000,1100,-1,2,abc,100"}); }),
               "WARNING: value for counter at line 1 was invalid: abc.counter\n"
@@ -323,7 +323,7 @@ TEST_F(MonReaderTest, WithoutADescriptionThePseudoKernelNeverReachesTheReport) {
     EXPECT_EQ(kernels.at(name)->get_start_time(), 5);
 }
 
-TEST_F(MonReaderTest, PullKernelInfoAppendsANodeAndGivesOne) {
+TEST_F(MonReaderTest, PullKernelInfoAppendsANodeAndReturnsOne) {
     TlyKernel& made = two_counter_kernel("pulled");
     made.add_sample_timestamp(5);
     EXPECT_EQ(pullKernelInfo(&made, &tree, true, ext_mems), 1);

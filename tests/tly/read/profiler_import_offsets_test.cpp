@@ -117,7 +117,7 @@ TEST_F(ImportTest, TheFirstOfferOfASharedPortCounts) {
     EXPECT_EQ(counters("k", "m"), "shared:7 shared:8/1 ivalid:7/1");
 }
 
-// ---- Autorun kernels, which report on the lines of a pseudo-kernel
+// The tests below are of autorun kernels, which report on the lines of a pseudo-kernel.
 
 constexpr const char* pseudo = "Corvane_Internal_Collect_Autorun_Profiling";
 
@@ -215,8 +215,6 @@ TEST_F(ImportTest, ASharingPortCountsUnlessSharedCountersWereCompiledIn) {
     import(design(false));
     EXPECT_EQ(counters("a", "m"), "ivalid:11"); // 7 + 1 + three fields
 }
-
-// ---- All of it together
 
 // Three kernels and three autorun kernels with 39 instances, and the pseudo-kernel with the fortieth.
 Description large_design() {

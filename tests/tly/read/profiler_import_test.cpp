@@ -49,7 +49,7 @@ TEST_F(ImportTest, TheTextEndsAtItsFirstNul) {
     EXPECT_EQ(messages, "");
 }
 
-TEST_F(ImportTest, AnEmptyDescriptionGivesNoKernels) {
+TEST_F(ImportTest, AnEmptyDescriptionHasNoKernels) {
     EXPECT_EQ(import_text("<PROFILER/>"), 0);
     EXPECT_THAT(kernels, IsEmpty());
 }

@@ -1,4 +1,4 @@
-// The toolbox as a user runs it, in a folder of a test's own.
+// The toolbox as a user runs it, in a folder of the test.
 #pragma once
 
 #include <elf.h>
@@ -73,7 +73,7 @@ class Toolbox : public testing::Test {
         zan_pkg_close_file(package);
         return found;
     }
-    // All in a folder of the test's: files with their bytes, folders with a slash behind their names.
+    // All in a folder of the test: files with their bytes, folders with a slash at the end of their names.
     std::map<std::string, std::string> tree(const std::string& folder = ".") const {
         namespace fs = std::filesystem;
         std::map<std::string, std::string> found;
@@ -92,12 +92,12 @@ class Toolbox : public testing::Test {
 
 using Tree = std::map<std::string, std::string>;
 
-// A run that says nothing and ends well.
+// A run that prints nothing and succeeds.
 const inline Outcome silent_success = {"", "", "0"};
 
 inline Outcome trouble(const std::string& text) {
     return {"", "zanl-profile: " + text + "\n", "2"};
 }
-inline Outcome says_no(const std::string& text) {
+inline Outcome not_found(const std::string& text) {
     return {"", "zanl-profile: " + text + "\n", "1"};
 }

@@ -1,5 +1,4 @@
-// Help, versions and wrong use.
-#include "nearest_word.h"
+// Help, versions and wrong use of the toolbox.
 #include "tly_constants.h"
 #include "toolbox_fixture.h"
 
@@ -11,9 +10,9 @@ using testing::StartsWith;
 constexpr const char* package_commands[] = {"create", "list", "show", "extract", "add",
                                             "update", "copy", "pack", "unpack"};
 
-using CommandLine = Toolbox;
+using ToolboxCommandLine = Toolbox;
 
-TEST_F(CommandLine, HelpListsTheCommandsOfItsLevel) {
+TEST_F(ToolboxCommandLine, HelpListsTheCommandsOfItsLevel) {
     const Outcome top = run({"--help"});
     EXPECT_EQ(top.status, "0");
     EXPECT_EQ(top.err, "");
@@ -27,7 +26,7 @@ TEST_F(CommandLine, HelpListsTheCommandsOfItsLevel) {
         EXPECT_THAT(package.out, HasSubstr(std::string("\n  ") + command + " "));
 }
 
-TEST_F(CommandLine, EachCommandHasHelp) {
+TEST_F(ToolboxCommandLine, EachCommandHasHelp) {
     for (const char* command : package_commands) {
         for (const char* option : {"--help", "-h"}) {
             const Outcome outcome = run({"package", command, option});
@@ -38,17 +37,17 @@ TEST_F(CommandLine, EachCommandHasHelp) {
     }
 }
 
-TEST_F(CommandLine, TheVersionIsTheOneOfReports) {
+TEST_F(ToolboxCommandLine, TheVersionIsTheOneOfReports) {
     EXPECT_EQ(run({"--version"}), (Outcome{"zanl-profile " + tly_version + "\n", "", "0"}));
 }
 
-TEST_F(CommandLine, WithoutACommandItSaysWhereHelpIs) {
+TEST_F(ToolboxCommandLine, WithoutACommandItSaysWhereHelpIs) {
     EXPECT_EQ(run({}), (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile --help'\n", "2"}));
     EXPECT_EQ(run({"package"}),
               (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile package --help'\n", "2"}));
 }
 
-TEST_F(CommandLine, AnUnknownCommandIsToldWithTheNearestOne) {
+TEST_F(ToolboxCommandLine, AnUnknownCommandIsReportedWithTheNearestOne) {
     EXPECT_EQ(run({"packag"}), trouble("unknown command 'packag'; did you mean 'package'?"));
     EXPECT_EQ(run({"package", "lsit", "x"}), trouble("unknown command 'lsit'; did you mean 'list'?"));
     EXPECT_EQ(run({"package", "unpak"}), trouble("unknown command 'unpak'; did you mean 'unpack'?"));
@@ -56,7 +55,7 @@ TEST_F(CommandLine, AnUnknownCommandIsToldWithTheNearestOne) {
     EXPECT_EQ(run({"package", "\x1b[2J"}), trouble("unknown command '\\x1B[2J'"));
 }
 
-TEST_F(CommandLine, AnUnknownOptionIsToldWithTheNearestOne) {
+TEST_F(ToolboxCommandLine, AnUnknownOptionIsReportedWithTheNearestOne) {
     EXPECT_EQ(run({"package", "list", "x", "--jsno"}),
               (Outcome{"",
                        "zanl-profile: unknown option '--jsno'; did you mean '--json'?\n"
@@ -68,7 +67,7 @@ TEST_F(CommandLine, AnUnknownOptionIsToldWithTheNearestOne) {
                  "2"}));
 }
 
-TEST_F(CommandLine, MissingAndSurplusArgumentsAreTold) {
+TEST_F(ToolboxCommandLine, MissingAndSurplusArgumentsAreReported) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"package", "create"},
                                                       {"package", "list"},
                                                       {"package", "list", "a", "b"},
@@ -90,7 +89,7 @@ TEST_F(CommandLine, MissingAndSurplusArgumentsAreTold) {
     }
 }
 
-TEST_F(CommandLine, AStandardOutputThatCannotBeWrittenIsTold) {
+TEST_F(ToolboxCommandLine, AStandardOutputThatCannotBeWrittenIsReported) {
     make("p.zanx", {{"a", "1"}});
     const std::string text = "zanl-profile: can't write to 'standard output': No space left on device\n";
     EXPECT_EQ(shell("$T package list p.zanx >/dev/full"), (Outcome{"", text, "2"}));
@@ -98,17 +97,6 @@ TEST_F(CommandLine, AStandardOutputThatCannotBeWrittenIsTold) {
     EXPECT_EQ(shell("$T package show p.zanx a >/dev/full"), (Outcome{"", text, "2"}));
     EXPECT_EQ(shell("$T --help >/dev/full"),
               trouble("can't write to standard output: No space left on device"));
-}
-
-TEST(NearestWord, CountsLettersToAddDropChangeOrSwap) {
-    const std::vector<std::string> words = {"list", "show", "update"};
-    EXPECT_EQ(zan::tool::nearest_word("lst", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("llist", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("lost", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("lsit", words), "list");
-    EXPECT_EQ(zan::tool::nearest_word("upd", words), ""); // three letters away
-    EXPECT_EQ(zan::tool::nearest_word("", words), "");
-    EXPECT_EQ(zan::tool::nearest_word("list", {}), "");
 }
 
 } // namespace

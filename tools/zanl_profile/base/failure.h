@@ -10,7 +10,7 @@ namespace zan::tool {
 constexpr int status_no = 1;      // what was asked for isn't there
 constexpr int status_trouble = 2; // wrong use, or input and output that can't be read or written
 
-// Ends the command with the status; the text is shown on standard error, behind the program's name.
+// Ends the command with the status; the text is printed on standard error, after the program's name.
 class Failure : public std::runtime_error {
   public:
     explicit Failure(const std::string& text, int status = status_trouble)
@@ -24,7 +24,7 @@ class Failure : public std::runtime_error {
 // A failure of a system call, with errno's reason: "can't open 'design.zanx': No such file or directory".
 Failure system_failure(const std::string& what);
 
-// A text of the user's or of a file, in quotes, with what a terminal would take for a command shown as \xNN.
+// A text from a user or a file, in quotes, with bytes that terminals take for commands shown as \xNN.
 std::string in_quotes(const std::string& text);
 // The same without the quotes.
 std::string printable(const std::string& text);

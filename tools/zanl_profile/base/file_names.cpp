@@ -8,7 +8,7 @@ namespace zan::tool {
 
 namespace {
 
-// File systems allow 255; the rest is for the number, and for the ending of an unfinished file.
+// File systems allow 255 bytes; the rest is for the number, and for the ending of an unfinished file.
 constexpr std::size_t max_length = 220;
 
 bool is_safe(unsigned char byte) {
@@ -35,7 +35,7 @@ std::string FileNames::next(const std::string& section) {
     std::string name = safe_name(section);
     const bool is_cut = name.size() > max_length;
     name.resize(std::min(name.size(), max_length));
-    const int number = ++m_given[name];
+    const int number = ++m_uses[name];
     return is_cut || number > 1 ? fmt::format("{}%~{}", name, number) : name;
 }
 

@@ -20,7 +20,7 @@ namespace {
 constexpr mode_t default_permissions = 0666;
 constexpr mode_t all_permissions = 07777;
 
-// read(), until it isn't a signal that ended it. 0 at the end of the file.
+// read(), repeated while signals interrupt it. 0 at the end of the file.
 std::size_t checked_read(int fd, void* target, std::size_t size, const std::string& name) {
     for (;;) {
         const ssize_t got = ::read(fd, target, size);
@@ -31,7 +31,8 @@ std::size_t checked_read(int fd, void* target, std::size_t size, const std::stri
     }
 }
 
-// The bytes of a file that can't say how many there are.
+// The bytes of a file whose size isn't known: of pipes, devices, and files of the kernel. The room is
+// doubled, and mremap() moves pages without copying them.
 FileBytes read_to_end(int fd, const std::string& name) {
     FileBytes bytes(io_piece);
     std::size_t size = 0;
@@ -44,7 +45,7 @@ FileBytes read_to_end(int fd, const std::string& name) {
     return bytes;
 }
 
-// Copies through memory what the kernel can't copy by itself.
+// Copies through memory, for what the kernel can't copy by itself.
 void copy_piecewise(int from, std::uint64_t offset, std::uint64_t size, int to, const std::string& from_name,
                     const std::string& to_name) {
     while (size != 0) {
@@ -58,6 +59,7 @@ void copy_piecewise(int from, std::uint64_t offset, std::uint64_t size, int to, 
 } // namespace
 
 unsigned masked_permissions(unsigned permissions) {
+    // The mask can only be read by setting it. There is one thread, so no file is made meanwhile.
     const mode_t mask = ::umask(0);
     ::umask(mask);
     return permissions & ~mask;
@@ -65,7 +67,7 @@ unsigned masked_permissions(unsigned permissions) {
 
 void occupy_standard_streams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest free number is the one that open() takes.
+        // open() takes the lowest free number, which is this one. The wrong direction makes any use fail.
         if (::fcntl(stream, F_GETFD) < 0)
             ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
@@ -118,6 +120,7 @@ FileBytes read_bytes(const std::string& path, std::uint64_t max_size) {
     return read_to_end(file.get(), path);
 }
 
+// By pread(), so that the file's position neither matters nor changes.
 FileBytes read_range(int fd, std::uint64_t offset, std::size_t size, const std::string& name) {
     FileBytes bytes(size);
     for (std::size_t done = 0; done < size;) {
@@ -125,7 +128,7 @@ FileBytes read_range(int fd, std::uint64_t offset, std::size_t size, const std::
         if (got < 0 && errno != EINTR)
             throw system_failure("can't read " + in_quotes(name));
         if (got == 0)
-            throw Failure("can't read " + in_quotes(name) + ": it is shorter than it says");
+            throw Failure("can't read " + in_quotes(name) + ": it is shorter than expected");
         done += got < 0 ? 0 : static_cast<std::size_t>(got);
     }
     return bytes;
@@ -147,8 +150,9 @@ void copy_range(int from, std::uint64_t offset, std::uint64_t size, int to, cons
     auto position = static_cast<off_t>(offset);
     while (size != 0) {
         const ssize_t copied = ::copy_file_range(from, &position, to, nullptr, size, 0);
-        if (copied <=
-            0) // not these kinds of files, a fault, or a file that has shrunk: told by the other way
+        // These kinds of files can't be copied like this, there was a fault, or the file has shrunk. The
+        // other way copies what is left, or reports why it can't.
+        if (copied <= 0)
             return copy_piecewise(from, static_cast<std::uint64_t>(position), size, to, from_name, to_name);
         size -= static_cast<std::uint64_t>(copied);
     }
@@ -160,12 +164,13 @@ UnfinishedFile::UnfinishedFile(const std::string& target) : m_name(target), m_ta
     if (exists && !S_ISREG(status.st_mode))
         throw Failure("can't write " + in_quotes(target) + ": it is not a file");
     char* const real = exists ? ::realpath(target.c_str(), nullptr) : nullptr;
-    // Without knowing what is there, a link or permissions would be lost.
+    // If it isn't known what is there, a link would be replaced, or permissions lost.
     if (exists ? !real : errno != ENOENT)
         throw system_failure("can't write " + in_quotes(target));
     if (real)
         m_target = real;
     std::free(real);
+    // In the same folder, as rename() works only within a file system.
     m_path = m_target + ".unfinished-XXXXXX";
     m_file = Descriptor(::mkostemp(m_path.data(), O_CLOEXEC));
     if (m_file.get() < 0) {
@@ -186,6 +191,7 @@ void UnfinishedFile::sync() {
         throw system_failure("can't write " + in_quotes(m_name));
 }
 
+// Some file systems report a failed write only when the file is closed, so that comes first.
 void UnfinishedFile::commit() {
     if (!m_file.close() || ::rename(m_path.c_str(), m_target.c_str()) != 0)
         throw system_failure("can't write " + in_quotes(m_name));

@@ -13,7 +13,7 @@ namespace zan::tool {
 // The name of standard input, or output, where a file is asked for.
 constexpr const char* standard_stream = "-";
 
-// How many bytes go through memory at once.
+// How many bytes are in memory at once where a file is copied or packed.
 constexpr std::size_t io_piece = 1 << 18;
 
 struct CloseStream {
@@ -21,11 +21,11 @@ struct CloseStream {
 };
 using FileStream = std::unique_ptr<std::FILE, CloseStream>;
 
-// These permissions without those that the user's mask takes away.
+// These permissions without those that the user's mask forbids.
 unsigned masked_permissions(unsigned permissions);
 
 // Keeps files that are opened later from getting the number of a standard stream that the caller has closed:
-// they would be taken for that stream. Reading from such a stream, or writing to it, fails.
+// they would be used as that stream. Reading from such a stream, or writing to it, fails.
 void occupy_standard_streams();
 
 // An open file that is closed with it.
@@ -47,8 +47,8 @@ class Descriptor {
     int m_fd = -1;
 };
 
-// Bytes in memory that own their storage: whole pages of the system's, since a package has many sections of
-// many pages each, and a heap would put something of its own beside every one.
+// Bytes in memory that own their storage: whole pages from the system. Sections are often many pages long,
+// and the heap's header of such a block would take another page.
 class FileBytes {
   public:
     FileBytes() = default;
@@ -66,7 +66,7 @@ class FileBytes {
     // Null if there are no bytes.
     char* data() const { return m_data; }
     std::size_t size() const { return m_size; }
-    // Makes room for more bytes, or gives some up; the others stay. Throws std::bad_alloc.
+    // Adds bytes at the end, or drops some; the others stay. Throws std::bad_alloc.
     void resize(std::size_t size);
 
   private:
@@ -82,13 +82,13 @@ FileBytes read_range(int fd, std::uint64_t offset, std::size_t size, const std::
 
 // Writes all bytes. Throws Failure, naming `name`.
 void write_all(int fd, const void* data, std::size_t size, const std::string& name);
-// Copies `size` bytes at `offset` of one file to where the other one stands, inside the kernel if it can do
-// that. Throws Failure, naming the files as `from_name` and `to_name`.
+// Copies `size` bytes at `offset` of one file to the position of the other one, inside the kernel if it can
+// do that. Throws Failure, naming the files as `from_name` and `to_name`.
 void copy_range(int from, std::uint64_t offset, std::uint64_t size, int to, const std::string& from_name,
                 const std::string& to_name);
 
 // A file that appears under its name only when it is whole. Until then its bytes are in a file beside it,
-// which goes when the object does without commit().
+// which is removed with the object if there was no commit().
 class UnfinishedFile {
   public:
     // `target` is the name to come; a symbolic link is followed, and permissions of a file in its place are
@@ -100,15 +100,15 @@ class UnfinishedFile {
 
     const std::string& path() const { return m_path; }
     int fd() const { return m_file.get(); }
-    // Has what was written reach the disk.
+    // Waits until what was written is on the disk.
     void sync();
-    // Puts the file in place of the target. Throws Failure, also for a write that is only now found to have
+    // Puts the file in place of the target. Throws Failure, also if an earlier write turns out to have
     // failed.
     void commit();
 
   private:
     std::string m_name;   // as the user gave it
-    std::string m_target; // behind symbolic links
+    std::string m_target; // the file itself where the name is a symbolic link
     std::string m_path;   // empty once it has its name
     Descriptor m_file;
 };

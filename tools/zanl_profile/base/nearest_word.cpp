@@ -6,9 +6,10 @@ namespace zan::tool {
 
 namespace {
 
-// How far two words are from each other: the optimal string alignment distance.
+// The least number of letters to add, drop, change or swap with a neighbour that makes one word the other:
+// the optimal string alignment distance. The words are names of commands and options, so the table is small.
 std::size_t distance(const std::string& a, const std::string& b) {
-    // table[i][j]: how far the first i letters of one are from the first j of the other.
+    // table[i][j]: the distance between the first i letters of one and the first j of the other.
     std::vector<std::vector<std::size_t>> table(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
     for (std::size_t i = 0; i <= a.size(); ++i)
         table[i][0] = i;
@@ -34,7 +35,7 @@ std::string nearest_word(const std::string& word, const std::vector<std::string>
     std::size_t least = near_enough + 1;
     for (const std::string& candidate : words) {
         const std::size_t far = distance(word, candidate);
-        if (far < least && far < candidate.size()) { // else nothing of the word is left
+        if (far < least && far < candidate.size()) { // else each letter of the candidate is another
             least = far;
             nearest = candidate;
         }

@@ -1,4 +1,4 @@
-// Suggestions for words that nobody knows.
+// Suggestions for unknown words.
 #pragma once
 
 #include <string>

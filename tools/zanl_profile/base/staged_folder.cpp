@@ -19,8 +19,8 @@ constexpr mode_t folder_permissions = 0777; // less the user's mask
 constexpr mode_t file_permissions = 0666;
 constexpr mode_t permission_bits = 0777;
 
-// Calls `visit(path, is_last)` for each step on the way to an entry: "a", "a/b", "a/b/c". Steps that lead
-// nowhere are passed over.
+// Calls `visit(path, is_last)` for each step on the way to an entry: "a", "a/b", "a/b/c". Empty steps and "."
+// are skipped.
 template <typename Visit>
 void for_each_step(const std::string& name, Visit visit) {
     std::vector<std::string> steps;
@@ -35,6 +35,8 @@ void for_each_step(const std::string& name, Visit visit) {
     }
 }
 
+// Only the bits of owner, group and others count: no file that runs with its owner's rights comes out of a
+// stream. open() applies the user's mask.
 mode_t permissions_of(std::uint32_t mode) {
     return S_ISREG(mode) ? mode & permission_bits : file_permissions;
 }
@@ -64,6 +66,7 @@ void TargetFolder::check(const std::string& name, bool is_folder) {
     });
 }
 
+// By lstat(), which looks at a link itself and not at its target.
 void TargetFolder::check_step(const std::string& path, const std::string& name, bool needs_folder,
                               bool is_last) const {
     struct stat status;
@@ -89,7 +92,7 @@ StagedFolder::StagedFolder(const std::string& target) : m_target(target) {
     const fs::path parent = fs::path(m_target).parent_path();
     if (!m_target_exists && !parent.empty())
         fs::create_directories(parent, error);
-    // Beside the target, or inside it, so that no move crosses the border of a file system.
+    // Beside the target, or inside it if it exists, so that no rename() crosses the border of a file system.
     m_stage = m_target + (m_target_exists ? "/.unfinished-XXXXXX" : ".unfinished-XXXXXX");
     if (error || !::mkdtemp(m_stage.data())) {
         m_stage.clear();
@@ -133,12 +136,16 @@ Descriptor StagedFolder::add_file(const std::string& name, std::uint32_t mode) {
 void StagedFolder::commit() {
     if (m_target_exists)
         return move_into_target();
+    // A new target appears in one step. mkdtemp() has made it for its owner alone.
     ::chmod(m_stage.c_str(), masked_permissions(folder_permissions));
     if (::rename(m_stage.c_str(), m_target.c_str()) != 0)
         throw system_failure("can't make the folder " + in_quotes(m_target));
     m_stage.clear();
 }
 
+// All is checked before the first move, as links or folders may have come into the target since it was
+// checked last. The moves are one rename() each: a failure of the system between two of them leaves whole
+// files, but not all of them.
 void StagedFolder::move_into_target() {
     TargetFolder target(m_target);
     for (const Entry& entry : m_entries)

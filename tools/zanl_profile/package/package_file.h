@@ -34,11 +34,9 @@ class PackageFile {
     PackageFile(std::string path, std::string name);
 
     const std::vector<SectionInfo>& sections() const { return m_sections; }
-    // The first section of that name, or null.
-    const SectionInfo* find(const std::string& name) const;
-    // The same; throws Failure with status_no if there is none.
+    // The first section of that name. Throws Failure with status_no if there is none.
     const SectionInfo& section(const std::string& name) const;
-    // All of these, or without names every section there is. Throws Failure
+    // The sections of these names; without names, all of them. Throws Failure
     // for one that is missing, or not all in the file.
     std::vector<const SectionInfo*> sections_named(const std::vector<std::string>& names) const;
 

@@ -62,6 +62,7 @@ class PlannedStream {
         const Descriptor file(::open(entry.path.c_str(), O_RDONLY | O_CLOEXEC));
         if (file.get() < 0)
             throw system_failure("can't open " + in_quotes(entry.path));
+        // As many bytes as the entry's header says. A file that has grown since it was planned is cut.
         for (std::size_t done = 0; done < entry.size;) {
             const ssize_t got = ::read(file.get(), m_piece.get(), std::min(io_piece, entry.size - done));
             if (got < 0 && errno == EINTR)
@@ -81,15 +82,17 @@ class PlannedStream {
     const std::unique_ptr<char[]> m_piece{new char[io_piece]};
 };
 
-// A stream onto an open file, which stays open when the stream ends.
-FileStream stream_onto(int fd) {
-    const int copy = ::dup(fd);
+// A C stream for an open file, which stays open when the stream is closed.
+FileStream stream_for(int fd) {
+    const int copy = ::dup(fd); // which fclose() closes
     FileStream stream(copy < 0 ? nullptr : ::fdopen(copy, "wb"));
     if (!stream && copy >= 0)
         ::close(copy);
     return stream;
 }
 
+// Opens the package first: one that can't be changed is reported before anything is packed. A section's bytes
+// must be whole when they are added, so the stream goes through a temporary file.
 void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry>& plan) {
     PackageEdit package = PackageEdit::change(place.package);
     const FileStream stream(std::tmpfile());
@@ -105,13 +108,13 @@ void pack_into_section(const SectionPlace& place, const std::vector<PlannedEntry
 }
 
 void pack_into_open_file(int fd, const std::string& name, const std::vector<PlannedEntry>& plan) {
-    const FileStream output = stream_onto(fd);
+    const FileStream output = stream_for(fd);
     if (!output)
         throw system_failure("can't write " + in_quotes(name));
     PlannedStream(output.get(), name).write(plan);
 }
 
-// Into what can't be replaced: a pipe, a device.
+// For files that can't be replaced: pipes and devices.
 void pack_into_special_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
     const Descriptor output(::open(name.c_str(), O_WRONLY | O_CLOEXEC));
     if (output.get() < 0)
@@ -122,7 +125,7 @@ void pack_into_special_file(const std::string& name, const std::vector<PlannedEn
 void pack_into_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
     UnfinishedFile output(name);
     pack_into_open_file(output.fd(), name, plan);
-    output.sync();
+    output.sync(); // or a crash of the system after commit() could leave an empty file
     output.commit();
 }
 

@@ -15,7 +15,7 @@ struct NamedKind {
     SectionKind kind;
 };
 
-// Made when it is first asked for: what other sources define isn't there before main() begins.
+// Made at first use, as constants of other sources may not be there before main() begins.
 const std::vector<NamedKind>& named_kinds() {
     static const std::vector<NamedKind> kinds = {
         {version_section, false, {"version", "version"}},
@@ -39,6 +39,7 @@ SectionKind kind_of_name(std::string_view name) {
     return {"other", ""};
 }
 
+// A stream is compressed, so it is known by the magic number of its first record, not by its first bytes.
 bool begins_stream(const char* bytes, std::size_t size) {
     zan::pkg::StreamReader reader(bytes, size);
     std::uint32_t magic = 0;

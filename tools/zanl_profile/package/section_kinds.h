@@ -11,10 +11,10 @@ struct SectionKind {
     std::string_view meaning; // a few words, for people
 };
 
-// The kind that the name tells; "other" for a name that nobody has given a meaning.
+// The kind of a section by its name; "other" for an unknown name.
 SectionKind kind_of_name(std::string_view name);
 
-// Whether a directory stream may begin with these bytes. 64 of them are enough.
+// Whether a directory stream may begin with these bytes. `stream_beginning` of them are enough to know.
 bool begins_stream(const char* bytes, std::size_t size);
 constexpr std::size_t stream_beginning = 64;
 

@@ -18,8 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// A record holds sizes in 32 bits.
 constexpr std::uint64_t max_file_size = std::numeric_limits<std::uint32_t>::max();
 
+// What identifies a file: links give it any number of paths.
 struct FileId {
     dev_t device;
     ino_t inode;
@@ -33,7 +35,8 @@ struct stat status_of(const std::string& path) {
     return status;
 }
 
-// The names in a folder, in their order.
+// The names in a folder, sorted, so that the same files always make the same stream: the system lists them in
+// any order.
 std::vector<std::string> names_in(const std::string& folder) {
     std::error_code error;
     std::vector<std::string> names;
@@ -57,7 +60,7 @@ class Planner {
         m_output = output;
     }
 
-    // `path` is as the user gave it, `base` the folder that it is taken from.
+    // `path` is as the user wrote it, relative to the folder `base`.
     void add(const fs::path& base, const std::string& path) {
         const fs::path normal = fs::path(path).lexically_normal().relative_path();
         if (std::ranges::find(normal, "..") != normal.end())
@@ -95,9 +98,12 @@ class Planner {
             return add_file(path, name, status);
         if (!S_ISDIR(status.st_mode))
             throw Failure("can't pack " + in_quotes(path) + ": it is neither a file nor a folder");
+        // Links to folders are followed, so a walk could go round for ever. Only folders that the walk is in
+        // matter: elsewhere a folder may come twice.
         const FileId id = {status.st_dev, status.st_ino};
         if (std::ranges::find(m_open_folders, id) != m_open_folders.end())
             throw Failure("can't pack " + in_quotes(path) + ": it leads back to a folder that it is in");
+        // The stream would be packed into itself.
         if (m_output_folder == id)
             throw Failure("can't pack " + in_quotes(path) + ": the output, " + in_quotes(m_output) +
                           ", is in it");
@@ -127,8 +133,8 @@ class Planner {
 
     std::string m_output;
     std::optional<FileId> m_output_folder;
-    std::set<std::string> m_folders;    // names of those that are in the stream
-    std::vector<FileId> m_open_folders; // that the walk is in
+    std::set<std::string> m_folders;    // names of folders that are in the stream already
+    std::vector<FileId> m_open_folders; // from the first folder to the current one
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// What is going to be in a directory stream.
+// Plans: which entries a new directory stream will have.
 #pragma once
 
 #include <cstdint>
@@ -15,15 +15,15 @@ struct PlannedEntry {
     std::uint32_t size; // of a file, in bytes
 };
 
-// The entries for these paths, each taken from the folder `directory` if that isn't empty: a folder with all
-// that is below it, in the order of names, and ahead of it the folders that lead to it. A name is the path
-// without a leading "/" or "./". Symbolic links count as what they point to. `output` is where the stream
-// goes; may be empty.
+// The entries for these paths, each relative to the folder `directory` if that isn't empty: the folders that
+// lead to it, then the path itself, then for a folder everything below it, in the order of names. A name is
+// the path without a leading "/" or "./". Symbolic links count as what they point to. `output` is the file
+// that the stream is written to; empty for none.
 //
 // Throws Failure for what a stream can't hold, before anything is written: files of 4 GiB and more, paths
 // with
 // "..", long names, sockets and the like, links that lead nowhere or back to a folder that they are in, and
-// a folder that the output is in.
+// the folder that the output is in.
 std::vector<PlannedEntry> plan_stream(const std::vector<std::string>& paths, const std::string& directory,
                                       const std::string& output);
 

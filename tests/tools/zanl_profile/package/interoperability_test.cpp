@@ -1,4 +1,4 @@
-// Packages of the toolbox in other hands, and theirs in its.
+// Other programs read packages of the toolbox, and the toolbox reads theirs.
 #include <fmt/format.h>
 
 #include "toolbox_fixture.h"
@@ -14,7 +14,7 @@ class Interoperability : public Toolbox {
         write("bytes", all_bytes);
         EXPECT_EQ(run({"package", "create", "p.zanx", ".zan.version=version", "a=bytes"}), silent_success);
     }
-    // What the reader in Python says of a package.
+    // What the reader in Python prints for a package.
     static std::string lines(const PackageSections& sections) {
         std::string text;
         for (const auto& [name, bytes] : sections) {

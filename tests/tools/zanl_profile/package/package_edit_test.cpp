@@ -1,4 +1,4 @@
-// Making and changing packages: create, add, update, copy. Whatever goes wrong, the package is as it was.
+// Making and changing packages: create, add, update, copy. After any failure the package is as it was.
 #include <sys/stat.h>
 
 #include "toolbox_fixture.h"
@@ -40,7 +40,7 @@ TEST_F(PackageEdit, CreateTakesTheFilesOfASample) {
         (PackageSections{{".zan.profiler.xml", "<profiler/>"}, {".zan.version", "1\n"}, {"extra", "e"}}));
 }
 
-TEST_F(PackageEdit, AFolderThatIsNoSampleIsTold) {
+TEST_F(PackageEdit, AFolderThatIsNoSampleIsReported) {
     EXPECT_EQ(run({"package", "create", "p.zanx", "--from", "none"}),
               trouble("can't read the folder 'none/sections': No such file or directory"));
     fs::create_directories(dir.path("none/sections"));
@@ -74,7 +74,7 @@ TEST_F(PackageEdit, AddAppendsSections) {
     EXPECT_EQ(sections("p.zanx"), (PackageSections{{"a", "1"}, {"b", "22"}, {"c", ""}}));
 }
 
-TEST_F(PackageEdit, ANameThatIsTakenIsTold) {
+TEST_F(PackageEdit, ANameThatIsTakenIsReported) {
     make("p.zanx", {{"a", "1"}});
     write("f", "22");
     const std::string before = read("p.zanx");
@@ -94,7 +94,7 @@ TEST_F(PackageEdit, UpdateOfASectionThatIsNotThereIsANo) {
     make("p.zanx", {{"a", "1"}});
     const std::string before = read("p.zanx");
     EXPECT_EQ(run({"package", "update", "p.zanx", "a=/dev/null", "b=/dev/null"}),
-              says_no("'p.zanx' has no section 'b'"));
+              not_found("'p.zanx' has no section 'b'"));
     EXPECT_TRUE(read("p.zanx") == before);
 }
 
@@ -104,13 +104,13 @@ TEST_F(PackageEdit, CopyAddsOrReplacesSections) {
     EXPECT_EQ(run({"package", "copy", "a.zanx", "b.zanx", "three", "two"}), silent_success);
     EXPECT_EQ(sections("b.zanx"), (PackageSections{{"two", "22"}, {"four", "4444"}, {"three", "333"}}));
     EXPECT_EQ(run({"package", "copy", "a.zanx", "b.zanx", "one", "none"}),
-              says_no("'a.zanx' has no section 'none'"));
+              not_found("'a.zanx' has no section 'none'"));
     EXPECT_EQ(sections("b.zanx").size(), 3u);
     EXPECT_EQ(run({"package", "copy", "b.zanx", "b.zanx", "two"}), silent_success); // onto itself
     EXPECT_EQ(sections("b.zanx"), (PackageSections{{"two", "22"}, {"four", "4444"}, {"three", "333"}}));
 }
 
-TEST_F(PackageEdit, WrongNamesAreTold) {
+TEST_F(PackageEdit, WrongNamesAreReported) {
     make("p.zanx", {{"a", "1"}});
     write("f", "");
     const std::string before = read("p.zanx");
@@ -133,7 +133,7 @@ TEST_F(PackageEdit, WrongNamesAreTold) {
     EXPECT_EQ(tree().size(), 2u);
 }
 
-TEST_F(PackageEdit, FilesThatCannotBeReadAreTold) {
+TEST_F(PackageEdit, FilesThatCannotBeReadAreReported) {
     make("p.zanx", {{"a", "1"}});
     EXPECT_EQ(run({"package", "add", "p.zanx", "b=none"}),
               trouble("can't open 'none': No such file or directory"));
@@ -152,7 +152,7 @@ TEST_F(PackageEdit, FilesThatCannotBeReadAreTold) {
 }
 
 // The files have holes in place of their bytes.
-TEST_F(PackageEdit, MoreThanAPackageHoldsIsToldBeforeItIsRead) {
+TEST_F(PackageEdit, MoreThanAPackageHoldsIsReportedBeforeItIsRead) {
     make("p.zanx", {{"a", "1"}});
     write("large", "");
     fs::resize_file(dir.path("large"), 5ull << 30);
@@ -165,11 +165,11 @@ TEST_F(PackageEdit, SectionsThatAreToLieFarApartAreRefused) {
     make("p.zanx", {{"a", "1"}});
     change_header("p.zanx", 0, [](Elf32_Shdr& header) { header.sh_addralign = 1u << 31; });
     const std::string before = read("p.zanx");
-    // "a" lies at 2^31, "b" 128 bytes behind it and ends at 2147483777; the table of five headers of 40 bytes
+    // "a" lies at 2^31, "b" 128 bytes after it and ends at 2147483777; the table of five headers of 40 bytes
     // each begins at the next multiple of 4.
-    EXPECT_EQ(shell("echo >f; $T package add p.zanx b=f"),
-              trouble("can't write 'p.zanx': its sections are to lie so far apart that it would have "
-                      "2147483980 bytes"));
+    EXPECT_EQ(
+        shell("echo >f; $T package add p.zanx b=f"),
+        trouble("can't write 'p.zanx': the gaps between its sections would make it 2147483980 bytes long"));
     EXPECT_EQ(tree(), (Tree{{"f", "\n"}, {"p.zanx", before}}));
 }
 
@@ -199,8 +199,8 @@ class PackageFault : public Toolbox {
         write("f", std::string(3000, 'f'));
     }
 
-    // Calls `check(outcome, limit)` for each command and limit below the size that the package gets; both
-    // packages are as they were then.
+    // Calls `check(outcome, limit)` for each command and limit below the size that the package gets, after
+    // which both packages must be as they were.
     template <typename Check>
     void expect_untouched(const std::string& prefix, Check check) const {
         const std::string before = read("p.zanx");
@@ -226,7 +226,7 @@ TEST_F(PackageFault, AFullDiskLeavesThePackageAsItWas) {
         EXPECT_THAT(outcome.out, StartsWith("zanl-profile: can't write "));
         EXPECT_THAT(outcome.out, HasSubstr("'p.zanx'"));
         EXPECT_THAT(outcome.out, EndsWith(": File too large\n"));
-        EXPECT_EQ(tree().size(), 3u) << "something is left behind";
+        EXPECT_EQ(tree().size(), 3u) << "something is left";
     });
 }
 

@@ -14,7 +14,7 @@ const std::string all_bytes = [] {
 
 using PackageRead = Toolbox;
 
-TEST_F(PackageRead, ListTellsNamesSizesAndMeanings) {
+TEST_F(PackageRead, ListHasNamesSizesAndMeanings) {
     make("p.zanx", {{".zan.version", "1\n"},
                     {".zan.board_spec.xml", std::string(12345, ' ')},
                     {".zan.velmora_report", "r"},
@@ -36,7 +36,7 @@ TEST_F(PackageRead, ListTellsNamesSizesAndMeanings) {
                        "", "0"}));
 }
 
-TEST_F(PackageRead, ListGivesJson) {
+TEST_F(PackageRead, ListPrintsJson) {
     make("p.zanx", {{".zan.version", "1\n"}, {"a\"\n\xFF\xC3\xA4", "x"}});
     EXPECT_EQ(run({"package", "list", "--json", "p.zanx"}),
               (Outcome{R"({
@@ -100,7 +100,7 @@ TEST_F(PackageRead, ASectionWithoutItsBytesIsDamaged) {
     EXPECT_EQ(tree("d"), (Tree{{"good", "1"}}));
 }
 
-TEST_F(PackageRead, WhatIsNoPackageIsTold) {
+TEST_F(PackageRead, WhatIsNoPackageIsReported) {
     write("text", "no package\n");
     write("empty", "");
     const std::string reason = " is no package: it is no ELF file of the 32-bit class with named sections";
@@ -119,12 +119,12 @@ TEST_F(PackageRead, WhatIsNoPackageIsTold) {
     EXPECT_EQ(run({"package", "list", ZAN_TOOLBOX}), trouble(std::string("'") + ZAN_TOOLBOX + "'" + reason));
 }
 
-TEST_F(PackageRead, ShowGivesTheBytesAsTheyAre) {
+TEST_F(PackageRead, ShowWritesTheBytesAsTheyAre) {
     make("p.zanx", {{"a", all_bytes}, {"empty", ""}, {"text", "no newline"}});
     EXPECT_TRUE(run({"package", "show", "p.zanx", "a"}) == (Outcome{all_bytes, "", "0"}));
     EXPECT_EQ(run({"package", "show", "p.zanx", "empty"}), silent_success);
     EXPECT_EQ(run({"package", "show", "p.zanx", "text"}), (Outcome{"no newline", "", "0"}));
-    // Through a pipe, which bytes go another way.
+    // A pipe can't be written by the kernel's copy.
     EXPECT_TRUE(shell("$T package show p.zanx a | cat") == (Outcome{all_bytes, "", "0"}));
 }
 
@@ -141,7 +141,7 @@ TEST_F(PackageRead, OfTwoSectionsOfANameTheFirstIsMeant) {
 
 TEST_F(PackageRead, ASectionThatIsNotThereIsANo) {
     make("p.zanx", {{"a", "1"}});
-    const Outcome no = says_no("'p.zanx' has no section 'b'");
+    const Outcome no = not_found("'p.zanx' has no section 'b'");
     EXPECT_EQ(run({"package", "show", "p.zanx", "b"}), no);
     EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d", "a", "b"}), no);
     EXPECT_FALSE(exists("d"));
@@ -189,7 +189,7 @@ TEST_F(PackageRead, NamesOfSectionsCannotLeadOutOfTheFolder) {
 
 TEST_F(PackageRead, ExtractLeavesNoPartOfAFile) {
     make("p.zanx", {{"a", "1"}, {"b", std::string(3000, 'b')}});
-    // Files may not grow above 2048 bytes, which is told to the program as an error and not by a signal.
+    // Files may not grow above 2048 bytes; the program gets an error for that and not a signal.
     const Outcome outcome = shell("trap '' XFSZ; ulimit -f 2; $T package extract p.zanx -o d");
     EXPECT_EQ(outcome.status, "2");
     EXPECT_THAT(outcome.err, HasSubstr("File too large"));

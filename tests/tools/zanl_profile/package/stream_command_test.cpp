@@ -78,7 +78,7 @@ TEST_F(StreamCommand, AStreamMayBeASection) {
     EXPECT_EQ(run({"package", "unpack", "p.zanx:tree:1", "-o", "trusted", "--trust-names"}), silent_success);
     EXPECT_TRUE(tree("trusted") == small_tree);
     EXPECT_EQ(run({"package", "unpack", "p.zanx:none", "-o", "no"}),
-              says_no("'p.zanx' has no section 'none'"));
+              not_found("'p.zanx' has no section 'none'"));
     EXPECT_EQ(run({"package", "unpack", "none.zanx:tree", "-o", "no"}),
               trouble("can't open 'none.zanx': No such file or directory"));
     EXPECT_EQ(run({"package", "pack", "none.zanx:tree", "t"}),
@@ -92,11 +92,12 @@ TEST_F(StreamCommand, APackagesNameNeedNotEndInZanx) {
     EXPECT_EQ(run({"package", "pack", "odd:name:s", "f"}), silent_success);
     EXPECT_EQ(run({"package", "unpack", "odd:name:s", "-o", "to"}), silent_success);
     EXPECT_EQ(tree("to"), (Tree{{"f", "1"}}));
-    EXPECT_EQ(run({"package", "pack", "new:file", "f"}), silent_success); // names nothing that there is
+    EXPECT_EQ(run({"package", "pack", "new:file", "f"}),
+              silent_success); // neither a package nor one's section
     EXPECT_EQ(names("new:file"), (Names{"f"}));
 }
 
-TEST_F(StreamCommand, NamesAreRelativeAndHaveTheirFoldersAheadOfThem) {
+TEST_F(StreamCommand, NamesAreRelativeAndComeAfterTheirFolders) {
     write("a/b/c/f", "1");
     write("a/g", "2");
     EXPECT_EQ(run({"package", "pack", "s", "./a//b/c/", "a/b/../g", "a/b"}), silent_success);
@@ -118,7 +119,7 @@ TEST_F(StreamCommand, LinksCountAsWhatTheyPointTo) {
     EXPECT_EQ(names("s"), (Names{"t/", "t/f", "t/link"}));
 }
 
-TEST_F(StreamCommand, WhatAStreamCannotHoldIsToldBeforeAnythingIsWritten) {
+TEST_F(StreamCommand, WhatAStreamCannotHoldIsReportedBeforeAnythingIsWritten) {
     write("t/f", "1");
     write("s", "old");
     const auto pack = [&] { return run({"package", "pack", "s", "t"}); };
@@ -136,9 +137,8 @@ TEST_F(StreamCommand, WhatAStreamCannotHoldIsToldBeforeAnythingIsWritten) {
     fs::remove(dir.path("t/loop"));
     write("t/large", "");
     fs::resize_file(dir.path("t/large"), 5ull << 30);
-    EXPECT_EQ(pack(),
-              trouble("can't pack 't/large': it has 5368709120 bytes, and a stream holds files of at most "
-                      "4294967295"));
+    EXPECT_EQ(pack(), trouble("can't pack 't/large': "
+                              "it has 5368709120 bytes, and a stream holds files of at most 4294967295"));
     EXPECT_EQ(run({"package", "pack", "s", "none"}), trouble("can't read 'none': No such file or directory"));
     EXPECT_EQ(run({"package", "pack", "t/s", "t"}), trouble("can't pack 't': the output, 't/s', is in it"));
     EXPECT_EQ(read("s"), "old");
@@ -146,7 +146,7 @@ TEST_F(StreamCommand, WhatAStreamCannotHoldIsToldBeforeAnythingIsWritten) {
     EXPECT_EQ(pack(), silent_success);
 }
 
-TEST_F(StreamCommand, APlaceForAStreamThatCannotBeWrittenIsTold) {
+TEST_F(StreamCommand, APlaceForAStreamThatCannotBeWrittenIsReported) {
     write("f", "1");
     EXPECT_EQ(run({"package", "pack", "no/s", "f"}),
               trouble("can't write 'no/s': No such file or directory"));
@@ -156,8 +156,8 @@ TEST_F(StreamCommand, APlaceForAStreamThatCannotBeWrittenIsTold) {
               trouble("can't write '/dev/full': No space left on device"));
     EXPECT_EQ(shell("$T package pack - f >/dev/full"),
               trouble("can't write 'standard output': No space left on device"));
-    EXPECT_EQ(shell("python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind(\"socket\")'; $T package "
-                    "pack socket f"),
+    EXPECT_EQ(shell("python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind(\"socket\")'; "
+                    "$T package pack socket f"),
               trouble("can't write 'socket': No such device or address"));
     EXPECT_EQ(run({"package", "pack", "/dev/null", "f"}), silent_success);
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
@@ -279,7 +279,7 @@ TEST_F(StreamCommand, ADryRunListsWhatWouldBeWritten) {
     EXPECT_TRUE(tree() == before);
 }
 
-TEST_F(StreamCommand, ADryRunGivesJson) {
+TEST_F(StreamCommand, ADryRunPrintsJson) {
     write("s", stream_of({{file_type, 0, "f", "12"}}));
     EXPECT_EQ(run({"package", "unpack", "s", "-o", "to", "--dry-run", "--json"}), (Outcome{R"({
     "stream": "s",
@@ -304,7 +304,7 @@ TEST_F(StreamCommand, UnpackingIntoAFolderThatExistsReplacesFilesAndKeepsTheRest
     EXPECT_EQ(tree("to"), (Tree{{"d/", ""}, {"d/old", "old"}, {"d/f", "new"}, {"e/", ""}, {"e/g", "1"}}));
 }
 
-TEST_F(StreamCommand, WhatIsInTheWayIsToldAndNothingIsWritten) {
+TEST_F(StreamCommand, WhatIsInTheWayIsReportedAndNothingIsWritten) {
     write("to/file", "old");
     fs::create_directory(dir.path("to/folder"));
     const Record first = {file_type, 0, "first", "1"};
@@ -345,7 +345,7 @@ TEST_F(StreamCommand, ProgramsStayProgramsAndPrivateFilesPrivate) {
     EXPECT_EQ(permissions("to"), fs::perms(0777 & ~mask));
 }
 
-TEST_F(StreamCommand, AStreamWithAFaultIsToldAndNothingIsWritten) {
+TEST_F(StreamCommand, AStreamWithAFaultIsReportedAndNothingIsWritten) {
     const std::vector<Record> records = {{file_type, 0, "f", "12"},
                                          {file_type, 0, "g", std::string(1000, 'g')}};
     std::string contents;
@@ -374,7 +374,7 @@ TEST_F(StreamCommand, AStreamWithAFaultIsToldAndNothingIsWritten) {
     EXPECT_EQ(unpack(good_stream), silent_success);
 }
 
-TEST_F(StreamCommand, AStreamCutAtAnyByteIsToldAndNothingIsWritten) {
+TEST_F(StreamCommand, AStreamCutAtAnyByteIsReportedAndNothingIsWritten) {
     write("t/f", "some bytes, some bytes");
     ASSERT_EQ(run({"package", "pack", "good", "t"}), silent_success);
     const std::string stream = read("good");
@@ -386,7 +386,7 @@ TEST_F(StreamCommand, AStreamCutAtAnyByteIsToldAndNothingIsWritten) {
     }
 }
 
-TEST_F(StreamCommand, WhatMayNotBeReadOrWrittenIsTold) {
+TEST_F(StreamCommand, WhatMayNotBeReadOrWrittenIsReported) {
     write("t/f", "1");
     write("s", stream_of({{file_type, 0, "f", "1"}}));
     fs::permissions(dir.path("t/f"), fs::perms(0));

@@ -1,11 +1,13 @@
-// The stages of a run that read one section each, for callers that have a path and a tree.
-#include <csignal>
+// The stages of a run for callers that have a path, a tree and containers of their own.
+#include "tly_parse.h"
 
 #include "capture.h"
+#include "description.h"
 #include "make_package.h"
 #include "node_text.h"
+#include "profile_model.h"
 #include "temp_dir.h"
-#include "tly_parse.h"
+#include "whole_file.h"
 
 namespace {
 
@@ -27,8 +29,6 @@ class PackageStages : public testing::Test {
     const TempDir m_dir;
     std::string m_path = m_dir.path("design.zanx");
 };
-
-// ---- Sections
 
 TEST_F(PackageStages, ASectionIsCopiedAndEnded) {
     char* text = nullptr;
@@ -56,21 +56,17 @@ TEST_F(PackageStages, APackageThatIsNotThereMakesNoText) {
     EXPECT_EQ(text, nullptr);
 }
 
-// ---- Version
-
 TEST_F(PackageStages, TheVersionIsTheFirstLine) {
     EXPECT_EQ(parseVersionFile(&tree, package({{".zan.version", "4.2 Build 117\nmore\n"}})), 0);
     EXPECT_EQ(node_text(tree), "versions={zanx_version=4.2 Build 117}");
 }
 
-TEST_F(PackageStages, APackageWithoutVersionIsTold) {
+TEST_F(PackageStages, APackageWithoutVersionHasAMessage) {
     const char* const path = package({{"a", "1"}});
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseVersionFile(&tree, path), 1); }),
               "Error: unable to get version zanx section\n");
     EXPECT_EQ(node_text(tree), "");
 }
-
-// ---- Timing report
 
 TEST_F(PackageStages, TheClockGoesToTheRunInformation) {
     tree.put("run_info.nodes..name", "profile");
@@ -79,14 +75,12 @@ TEST_F(PackageStages, TheClockGoesToTheRunInformation) {
     EXPECT_EQ(node_text(tree), "run_info={nodes=[{name=profile fmax=240.5}]}");
 }
 
-TEST_F(PackageStages, APackageWithoutTimingReportIsTold) {
+TEST_F(PackageStages, APackageWithoutTimingReportHasAMessage) {
     tree.put("run_info.nodes..name", "profile");
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseVelmoraReport(&tree, nowhere()), 1); }),
               "Error: unable to get velmora report zanx section\n");
     EXPECT_EQ(node_text(tree), "run_info={nodes=[{name=profile}]}");
 }
-
-// ---- Board
 
 constexpr const char* small_board = R"(
     <board version="17.1" name="small">
@@ -109,14 +103,9 @@ class BoardStage : public PackageStages {
   protected:
     BoardStage() { tree.put("boards.nodes", ""); }
 
-    // Interfaces of memories live as long as the process, and so do the memories here: who looks for leaks
-    // finds the one through the other.
-    static Memories& new_memories() {
-        static auto* const all = new std::vector<Memories>;
-        return all->emplace_back();
-    }
+    ~BoardStage() override { delete_ext_mems(memories); }
 
-    Memories& memories = new_memories();
+    Memories memories;
 };
 
 TEST_F(BoardStage, MakesTheMemoriesAndTheNode) {
@@ -134,30 +123,66 @@ TEST_F(BoardStage, MakesTheMemoriesAndTheNode) {
     EXPECT_EQ(memory.get_interface_port_name(0, 0), "p");
 }
 
-TEST_F(BoardStage, APackageWithoutDescriptionIsTold) {
+TEST_F(BoardStage, APackageWithoutDescriptionHasAMessage) {
     const char* const path = package({{"a", "1"}});
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseBoardXMLFile(&tree, path, memories), 1); }),
               "Error: unable to get board xml zanx section\n");
     EXPECT_TRUE(memories.empty());
 }
 
-using BoardStageDeathTest = BoardStage;
+class ModelStages : public PackageStages {
+  protected:
+    ModelStages() {
+        for (const char* list : {"kernels.nodes", "memtransfers.nodes"})
+            tree.put(list, "");
+    }
+    ~ModelStages() override { delete_kernels(kernels); }
 
-TEST_F(BoardStageDeathTest, OneThatCanNotBeLoadedEndsTheProcessWithoutAWord) {
-    const char* const path = package({{".zan.board_spec.xml", "<board/>"}});
-    EXPECT_EXIT(parseBoardXMLFile(&tree, path, memories), testing::KilledBySignal(SIGSEGV), "^$");
+    int read(const std::string& lines, bool no_profiler = false) {
+        write_file(m_dir.path("profile.mon"), lines);
+        return parseProfilerMONFile(&kernels, &tree, m_dir.path("profile.mon"), original_names, memories,
+                                    no_profiler);
+    }
+
+    ProfileModel::Kernels kernels;
+    ProfileModel::OriginalNames original_names;
+    Memories memories;
+
+  private:
+    const TempDir m_dir;
+};
+
+TEST_F(ModelStages, TheKernelsOfADescriptionAreTheCallers) {
+    const std::string xml = Description().function("k", "original_name='o'").xml();
+    EXPECT_EQ(parseProfilerXMLFile(&kernels, &tree, package({{".zan.profiler.xml", xml}}), &original_names),
+              0);
+    EXPECT_EQ(kernels.at("k")->get_name(), "k");
+    EXPECT_EQ(original_names, (ProfileModel::OriginalNames{{"o", "k"}}));
 }
 
-TEST_F(BoardStageDeathTest, NobodyKeepsThatEndBack) {
-    const char* const path = package({{".zan.board_spec.xml", "<board/>"}});
-    const auto load_with_signal_kept_back = [&] {
-        std::signal(SIGSEGV, SIG_IGN);
-        sigset_t all;
-        sigfillset(&all);
-        sigprocmask(SIG_BLOCK, &all, nullptr);
-        parseBoardXMLFile(&tree, path, memories);
-    };
-    EXPECT_EXIT(load_with_signal_kept_back(), testing::KilledBySignal(SIGSEGV), "^$");
+TEST_F(ModelStages, APackageWithoutADescriptionHasAStatusOfItsOwn) {
+    const char* const path = package({{"a", "1"}});
+    EXPECT_EQ(stderr_of([&] { EXPECT_EQ(parseProfilerXMLFile(&kernels, &tree, path, &original_names), 2); }),
+              "Warning: No profiler elf section. Will only return kernel start/stop time and memory "
+              "transfer times between device & host.\n");
+    EXPECT_TRUE(kernels.empty());
+}
+
+TEST_F(ModelStages, KernelsThatLinesMakeAreTheCallers) {
+    kernels["k"] = new TlyKernel("k");
+    EXPECT_EQ(read("0,1,k,1,2,-1,0\n0,1,l,3,4,-1,0\n", true), 0);
+    EXPECT_EQ(kernels.size(), 2u);
+    EXPECT_EQ(kernels.at("l")->get_start_time(), 3);
+    EXPECT_EQ(expanded(tree.get_child("kernels.nodes")).size(), 2u);
+}
+
+TEST_F(ModelStages, AnExceptionLeavesTheCallersContainersAsTheyAre) {
+    kernels["k"] = new TlyKernel("k");
+    memories["m"] = nullptr;
+    EXPECT_THROW(read("0,1,k,1,2,-1,0\n0,1,2\n", true), std::out_of_range);
+    ASSERT_EQ(kernels.size(), 1u);
+    EXPECT_EQ(kernels.at("k")->get_start_time(), 1);
+    EXPECT_TRUE(memories.contains("m"));
 }
 
 } // namespace

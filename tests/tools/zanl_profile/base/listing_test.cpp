@@ -1,0 +1,64 @@
+#include "listing.h"
+
+#include <gtest/gtest.h>
+
+#include "capture.h"
+
+namespace {
+
+using namespace zan::tool;
+
+const Listing two_rows = {"package",
+                          "p.zanx",
+                          "sections",
+                          {"name", "size", "kind"},
+                          {{std::string("a"), std::uint64_t{12345}, std::string("x")},
+                           {std::string("longer\n"), std::uint64_t{7}, std::string("y")}},
+                          {"kind"}};
+const Listing no_rows = {"package", "p.zanx", "sections", {"name"}, {}};
+
+std::string printed(const Listing& listing, bool as_json) {
+    return stdout_of([&] { print(listing, as_json); });
+}
+
+// Texts stand to the left, numbers to the right, and no line ends in spaces.
+TEST(ListingTest, ATableHasColumnsAsWideAsTheirContents) {
+    EXPECT_EQ(printed(two_rows, false),
+              "NAME         SIZE\n"
+              "a           12345\n"
+              "longer\\x0A      7\n");
+    EXPECT_EQ(printed({"p", "", "s", {"wide", "n"}, {{std::string("x"), std::string("")}}}, false),
+              "WIDE  N\n"
+              "x\n");
+}
+
+TEST(ListingTest, AnEmptyTableHasItsHeading) {
+    EXPECT_EQ(printed(no_rows, false), "NAME\n");
+}
+
+TEST(ListingTest, JsonHasAllColumns) {
+    EXPECT_EQ(printed(two_rows, true), R"({
+    "package": "p.zanx",
+    "sections": [
+        {
+            "name": "a",
+            "size": 12345,
+            "kind": "x"
+        },
+        {
+            "name": "longer\n",
+            "size": 7,
+            "kind": "y"
+        }
+    ]
+}
+)");
+    EXPECT_EQ(printed(no_rows, true), "{\n    \"package\": \"p.zanx\",\n    \"sections\": []\n}\n");
+}
+
+TEST(ListingTest, JsonIsUtf8WhateverTheTextIs) {
+    EXPECT_EQ(printed({"p", "\xFF", "s", {}, {}}, true),
+              "{\n    \"p\": \"\xEF\xBF\xBD\",\n    \"s\": []\n}\n");
+}
+
+} // namespace
