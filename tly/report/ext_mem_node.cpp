@@ -1,3 +1,5 @@
+// A port that was only written, or only read, has samples of one kind: the other list is empty and counts as
+// zeros.
 #include "ext_mem_node.h"
 
 #include <algorithm>

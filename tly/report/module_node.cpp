@@ -1,3 +1,8 @@
+// Which keys a node has depends on what the instance is: docs/report.md lists them.
+//
+// What must hold: the lists of one instance may differ in length. A metric has as many values as the shortest
+// of the lists that set its length; others read as zeros past their end. Metrics go over lists by cursors,
+// which read blocks of values: an index would look for each value whether the list stores it.
 #include "module_node.h"
 
 #include <algorithm>
