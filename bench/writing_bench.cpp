@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr int num_insts = 60;
-constexpr int num_lines = 5000;
-
 long long num_values(const ptree& node) {
     const ptree& children = node;
     long long values = 0;

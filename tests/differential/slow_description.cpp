@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <set>
 
+#include "known_names.h"
 #include "slow_text.h"
 
 namespace slow {
 
 namespace {
 
-const std::string pseudo_kernel = "Corvane_Internal_Collect_Autorun_Profiling";
 constexpr int first_counter = 7; // the field of a kernel's first counter
 
 // Thrown for anything that the description must not hold.

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "case_file.h"
+#include "programs.h"
 #include "report_properties.h"
 #include "run_program.h"
 #include "temp_dir.h"
@@ -15,7 +16,6 @@
 
 namespace {
 
-const std::filesystem::path program = ZAN_PROGRAM;
 const std::filesystem::path folder_of_cases = ZAN_CASES_FOLDER;
 
 const ReportFrame& frame() {

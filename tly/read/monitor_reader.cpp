@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "diagnostics.h"
+#include "kernel_node.h"
 #include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
-#include "tly_json.h"
+#include "tly_constants.h"
+#include "transfer_node.h"
 
 namespace {
 
@@ -83,7 +85,7 @@ bool MonitorReader::find_target(LineTarget& target) {
     target.kernel = find_kernel();
     if (!target.kernel)
         return false;
-    target.insts = &target.kernel->module_insts();
+    target.insts = &target.kernel->get_module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
         collect_autorun_kernels();
         target.autorun_kernels = &m_autorun_kernels;
@@ -126,7 +128,7 @@ void MonitorReader::collect_autorun_kernels() {
         if (!kernel->is_autorun_kernel())
             continue;
         m_autorun_kernels.push_back(kernel);
-        const auto& insts = kernel->module_insts();
+        const auto& insts = kernel->get_module_insts();
         m_autorun_insts.insert(m_autorun_insts.end(), insts.begin(), insts.end());
     }
 }
@@ -159,7 +161,7 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : target.kernels())
-            write_invocation(*kernel, m_nodes, true, m_model.ext_mems);
+            close_invocation(*kernel, m_nodes, true, m_model.ext_mems);
     }
     target.add_head(head);
     if (sets_start_time) {
@@ -208,7 +210,7 @@ void MonitorReader::finish() {
     decode_all();
     for (const auto& [name, kernel] : m_model.kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            write_invocation(*kernel, m_nodes, false, m_model.ext_mems);
+            close_invocation(*kernel, m_nodes, false, m_model.ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -217,13 +219,15 @@ void MonitorReader::finish() {
 
 } // namespace
 
-void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels();
     sink.open({}, Form::object);
-    kernel.write_node(sink, reset, ext_mems);
+    write_kernel(sink, kernel, ext_mems);
     sink.close();
+    if (reset)
+        kernel.resetKernel();
 }
 
 StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const std::string& mon_path,

@@ -99,6 +99,6 @@ int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree
 int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
                    std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     TreeNodes nodes(*tree);
-    write_invocation(*kernel, nodes, reset, ext_mems);
+    close_invocation(*kernel, nodes, reset, ext_mems);
     return 1;
 }
