@@ -10,7 +10,11 @@ namespace {
 
 template <typename Names>
 std::string path_of(const Names& names) {
+    size_t size = 0;
+    for (const auto& name : names)
+        size += name.size() + 1;
     std::string path;
+    path.reserve(size);
     for (size_t i = 0; i < names.size(); ++i) {
         if (i > 0)
             path += '/';
@@ -158,8 +162,8 @@ void BaseVisitor::debug(const std::string& text) {
         m_callbacks->debug(text);
 }
 
-// The child's own walk is all that tells of its failure: the result of its VisitEnter is lost in the parser,
-// and its messages have gone to the callbacks already.
+// Only the result of the child's whole walk shows that it failed: the parser drops the result of a
+// VisitEnter, and the messages have gone to the callbacks already.
 bool BaseVisitor::hand_over(const XMLElement& elem, BaseVisitor* child) {
     m_has_error |= !elem.Accept(child);
     return false;

@@ -7,7 +7,7 @@ namespace zan::xml {
 
 namespace {
 
-constexpr int BASE_OF_PREFIX = 0;
+constexpr int base_by_prefix = 0;
 
 // strtoul and strtoull would skip blanks and take a sign, so the first character is checked here.
 bool begins_with_digit(const char* text) {
@@ -19,7 +19,7 @@ std::istream& extract(std::istream& in, Hex& out, bool (*convert)(const char*, N
     std::string token;
     in >> token;
     Number number = out;
-    if (!convert(token.c_str(), &number, BASE_OF_PREFIX))
+    if (!convert(token.c_str(), &number, base_by_prefix))
         in.setstate(std::ios::failbit);
     out = number;
     return in;
@@ -76,6 +76,14 @@ bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned64_hex* out) 
 
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, float* out) {
     return attr.QueryFloatValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
+}
+
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, int* out) {
+    return attr.QueryIntValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
+}
+
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, bool* out) {
+    return attr.QueryBoolValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
 }
 
 } // namespace zan::xml

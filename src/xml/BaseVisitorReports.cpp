@@ -16,8 +16,7 @@ std::string with_extra(const std::string& text, const std::string& extra) {
     return extra.empty() ? text : text + "\n" + extra;
 }
 
-// The frame of all messages. `where` stands behind the source: ":" for the input as a whole, else its line,
-// if any.
+// The frame of all messages. `where` follows the source: ":" for the input as a whole, else its line, if any.
 std::string framed(const std::string& severity, const char* source, const std::string& where,
                    const std::string& msg) {
     // A loader that was handed a ready document has no source name.
@@ -156,6 +155,7 @@ bool BaseVisitor::report_attrs_not_in(const XMLElement& elem, const Names& names
 bool BaseVisitor::report_unexpected_attrs(const XMLElement& elem, unsigned int n, const char* const* names) {
     ZAN_CONTRACT(n == 0 || names != nullptr, "names != 0");
     Names allowed;
+    allowed.reserve(n);
     for (unsigned int i = 0; i < n; ++i) {
         ZAN_CONTRACT(names[i] != nullptr, "elem_name != 0");
         allowed.emplace_back(names[i]);

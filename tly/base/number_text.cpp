@@ -7,6 +7,7 @@
 std::optional<long long> parse_long_long(std::string_view text) {
     constexpr std::string_view white_space = " \t\n\v\f\r";
     text.remove_prefix(std::min(text.find_first_not_of(white_space), text.size()));
+    // std::from_chars reads a minus and no plus; std::stoll reads one sign, either of the two.
     if (text.starts_with('+')) {
         text.remove_prefix(1);
         if (text.starts_with('-'))

@@ -6,9 +6,10 @@ void CounterSamples::activate(Counter counter) {
         return;
     m_is_active[index] = true;
     m_active.push_back(counter);
-    m_samples[index] = m_zeros;
+    m_samples[index] = m_zeros; // a list of zeros stores nothing, so this is a count
 }
 
+// The sums end as end_line() leaves them, since a value without a sample of its own is added to them.
 void CounterSamples::append_lines(const CounterColumns& columns, std::size_t count) {
     for (const Counter counter : m_active) {
         const std::size_t index = index_of(counter);

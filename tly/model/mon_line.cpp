@@ -12,7 +12,7 @@ namespace {
 constexpr std::ptrdiff_t safe_digits = 18;
 
 // Reads the field that starts at `begin` and returns its end, the next comma or the end of the line. Nearly
-// all fields are a plain number of few digits, so that one pass over them finds the value and the end.
+// all fields are a plain number of few digits, so that one loop finds the value and the end.
 const char* read_field(const char* begin, const char* end, MonField& field) {
     const char* position = begin;
     const bool negative = position != end && *position == '-';
@@ -31,6 +31,8 @@ const char* read_field(const char* begin, const char* end, MonField& field) {
         field.is_number = true;
         return position;
     }
+    // Spaces, a plus, letters, too many digits: what the number is, or that there is none, is std::stoll's to
+    // say.
     position = std::find(position, end, ',');
     field = read_mon_field(std::string_view(begin, position));
     return position;
@@ -43,6 +45,8 @@ MonField read_mon_field(std::string_view text) {
     return {text, number.value_or(0), number.has_value()};
 }
 
+// Most numbers end within the next eight characters, which read_digits takes at once. Near the end of a line
+// there may be fewer; there digits are read one by one, since the bytes after the line are not to be touched.
 bool PlainFields::digits(long long& value) {
     const char* const begin = m_position;
     const bool negative = m_position != m_end && *m_position == '-';
@@ -56,7 +60,8 @@ bool PlainFields::digits(long long& value) {
         magnitude = run.value;
         m_position += run.length;
     }
-    // What is left of a number of more digits, or of the end of a line.
+    // The rest of a longer number, or the end of a line. Reading ends at 18 digits; one more is neither a
+    // comma nor the end, so that a number which could overflow is no plain one.
     while (m_position != m_end && static_cast<unsigned>(*m_position - '0') < 10 &&
            m_position - begin < safe_digits) {
         magnitude = magnitude * 10 + (*m_position - '0');

@@ -2,6 +2,8 @@
 
 #include "wrapping.h"
 
+// Callers pass numbers from anywhere: an operation that is none must not index the array, and negative
+// numbers name no port.
 ExtMemCounts::Samples* ExtMemCounts::samples(ExtMemOpType op, int bank, int port) {
     if (op < EXT_MEM_READ || op > EXT_MEM_WRITE_BURST || bank < 0 || port < 0)
         return nullptr;
@@ -19,7 +21,7 @@ const ExtMemCounts::Samples* ExtMemCounts::find_samples(ExtMemOpType op, int ban
 void ExtMemCounts::record(Samples& samples, long long value, bool push) {
     if (push)
         samples.push_back(value);
-    else if (!samples.empty())
+    else if (!samples.empty()) // a port without samples has nothing to add to
         samples.set_back(wrapping_sum(samples.back(), value));
 }
 

@@ -27,6 +27,7 @@ TlyKernel::TlyKernel(std::string name) : TlyKernel(std::move(name), false) {
 void TlyKernel::add_module_inst(TlyModuleInst* inst) {
     ZAN_CONTRACT(inst != nullptr, "inst != nullptr");
     m_module_insts.push_back(inst);
+    // The import looks an instance up for each connection, of which a description may have 400,000.
     m_first_of_name.try_emplace(inst->getName(), inst);
     if (inst->getName() == m_name + ext_mem_inst_suffix)
         set_extmem_module_inst(inst);
@@ -46,6 +47,8 @@ TlyModuleInst* TlyKernel::check_module_exists(const std::string& name) const {
     return found == m_first_of_name.end() ? nullptr : found->second;
 }
 
+// The instances come last and in their order: a reset of one also empties the cycles that all instances of
+// its function share.
 void TlyKernel::resetKernel() {
     m_shared_run_type = SHARED_NONE;
     m_device_ids.clear();

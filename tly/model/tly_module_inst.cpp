@@ -39,7 +39,7 @@ TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string f
       m_num_compute_units(num_compute_units),
       m_compiled_shared_counters(compiled_shared_counters),
       m_total_cycles_tag("clock_" + m_function + "_function") {
-    reset();
+    reset(); // for the cycles of the function, which other instances may have recorded before
 }
 
 void TlyModuleInst::addFilename(std::string filename) {
@@ -88,6 +88,7 @@ int TlyModuleInst::getIsCallsite(int i) const {
     return entry_or(m_is_callsite, i, -1);
 }
 
+// What a tag means is worked out here, once. Lines, of which there may be millions, only go over the table.
 void TlyModuleInst::addPortTag(std::string tag, int offset, int comp_unit) {
     const TagMeaning meaning = meaning_of_tag(tag, m_total_cycles_tag);
     if (meaning.target == TagTarget::counter)
@@ -104,7 +105,7 @@ void TlyModuleInst::updateAutorunOffsets(int delta) {
         return;
     for (PortCounter& port : m_ports)
         port.offset += delta;
-    if (m_total_cycles_offset >= 0)
+    if (m_total_cycles_offset >= 0) // -1 stands for no cycle counter, and stays
         m_total_cycles_offset += delta;
 }
 
@@ -158,9 +159,11 @@ void TlyModuleInst::reset() {
     m_has_total_cycles = false;
     m_invalid_values.clear();
     m_functions.start_line();
+    // These two reach beyond the instance: sample times of all functions, cycles of all instances of its own.
     m_functions.clear_timestamps();
     if (Samples* cycles = find_function_cycles())
         cycles->clear();
+    // The next invocation may bring other memories, and the report is to list none without samples.
     m_ext_mem_counts.clear();
     for (ExtMemPort& port : m_ext_mem_ports)
         port.samples = nullptr;
@@ -191,6 +194,7 @@ TlyModuleInst::Samples TlyModuleInst::total_cycles() const {
     return {};
 }
 
+// In double up to the last division: a float of the product would round before the ceiling does.
 float TlyModuleInst::getStallPercentage() const {
     const Samples& stalls = samples(Counter::ext_stall);
     const Samples cycles = total_cycles();

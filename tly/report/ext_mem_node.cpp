@@ -1,10 +1,10 @@
+#include "ext_mem_node.h"
+
 #include <algorithm>
 
 #include "derived_samples.h"
 #include "diagnostics.h"
 #include "report_formulas.h"
-#include "tly_json.h"
-#include "tree_sink.h"
 #include "wrapping.h"
 
 namespace {
@@ -19,7 +19,7 @@ struct PortSamples {
     Samples write_bursts;
 };
 
-// Gives the number of samples that all lists have, and tells where the lengths differ.
+// Returns the number of samples that all lists have, and warns where the lengths differ.
 std::size_t common_length(const PortSamples& port, std::size_t num_cycles) {
     const std::size_t num_reads = port.reads.size();
     const std::size_t num_writes = port.writes.size();
@@ -44,7 +44,7 @@ std::size_t common_length(const PortSamples& port, std::size_t num_cycles) {
     return std::min({num_writes, num_reads, num_cycles});
 }
 
-// Megabytes a second of `words` words of `width` bits. An interval of no time gives an infinity.
+// Megabytes a second of `words` words of `width` bits. An interval of no time makes it infinite.
 float used_bandwidth(long long words, int width, long long cycles, float fmax) {
     if (words <= 0)
         return 0.0f;
@@ -110,12 +110,4 @@ void write_ext_mem(ReportSink& node, const TlyModuleInst& inst, const Samples& s
         node.boolean("read_only", true);
     write_port_metrics(node, port, count, sample_cycles, mem.get_interface_width(bank), inst.getFmax(),
                        mem.has_max_burst_count() && mem.get_max_burst_count() > 1);
-}
-
-ptree getExtMemJSON(TlyModuleInst* inst, const Samples& sample_cycles, TlyExtMem* mem,
-                    unsigned long interface_index, unsigned long port_index) {
-    ptree node;
-    TreeSink sink(node);
-    write_ext_mem(sink, *inst, sample_cycles, *mem, interface_index, port_index);
-    return node;
 }

@@ -1,11 +1,12 @@
+#include "module_node.h"
+
 #include <algorithm>
 
 #include "derived_samples.h"
 #include "diagnostics.h"
 #include "number_text.h"
 #include "report_formulas.h"
-#include "tly_json.h"
-#include "tree_sink.h"
+#include "source_node.h"
 
 namespace {
 
@@ -29,12 +30,10 @@ const Samples& requests_of(const TlyModuleInst& inst) {
 }
 
 void write_location(ReportSink& node, const TlyModuleInst& inst, int i) {
-    node.text("filename", inst.getFileName(i).c_str());
-    node.number("line", inst.getLine(i));
-    node.number("column_num", inst.getColNum(i));
+    write_source(node, inst.getFileName(i).c_str(), inst.getLine(i), inst.getColNum(i));
 }
 
-// Tells the call chains of the instance's flat list, where each location is followed by its call sites, the
+// Writes the call chains of the instance's flat list, where each location is followed by its call sites, the
 // innermost first. The walk goes backwards, so the entries come in reverse order of the debug records.
 void write_sources(ReportSink& node, const TlyModuleInst& inst) {
     node.open("sourcefiles", Form::array);
@@ -218,11 +217,4 @@ void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sa
     node.open("module_inst_details", Form::object);
     write_details(node, inst, sample_cycles);
     node.close();
-}
-
-ptree getModuleJSON(TlyModuleInst* inst, const Samples& sample_cycles) {
-    ptree node;
-    TreeSink sink(node);
-    write_module(sink, *inst, sample_cycles);
-    return node;
 }

@@ -100,7 +100,7 @@ Result Unpacker::write_file(const char* path) {
     std::FILE* const file = std::fopen(path, "wb");
     if (!file)
         return fail("Unable to open %s for writing: %s\n", path, std::strerror(errno));
-    std::setvbuf(file, nullptr, _IONBF, 0); // a write that fails in fclose() would go unnoticed
+    std::setvbuf(file, nullptr, _IONBF, 0); // or a small file on a full disk would be lost in fclose()
     const Result result = m_reader.header().size == 0 ? done : write_data(path, file);
     std::fclose(file);
     return result;

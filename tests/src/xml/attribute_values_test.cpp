@@ -117,7 +117,7 @@ TEST(AttributeValues, UnsignedInt) {
     expect_read_as<unsigned int>(UNSIGNEDS);
 }
 
-// One token with its base prefix; what stands behind the token doesn't matter.
+// One token with its base prefix; what follows the token doesn't matter.
 const Row<unsigned_hex> HEXES[] = {
     {"0", 0u},
     {"16", 16u},
@@ -198,7 +198,7 @@ TEST(AttributeValues, Unsigned64Hex) {
     expect_read_as<unsigned64_hex>(HEXES64);
 }
 
-// The parser library's own rule: blanks, sign, a number in any of C's forms, and anything behind it.
+// The parser library's own rule: blanks, sign, a number in any of C's forms, and anything after it.
 const Row<float> FLOATS[] = {
     {"0", 0.0f},
     {"1", 1.0f},

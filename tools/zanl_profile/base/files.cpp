@@ -120,6 +120,7 @@ FileBytes read_bytes(const std::string& path, std::uint64_t max_size) {
     return read_to_end(file.get(), path);
 }
 
+// By pread(), so that the file's position neither matters nor changes.
 FileBytes read_range(int fd, std::uint64_t offset, std::size_t size, const std::string& name) {
     FileBytes bytes(size);
     for (std::size_t done = 0; done < size;) {

@@ -13,7 +13,7 @@ constexpr std::uint64_t max_package_size = 0xFFFFFFFF;
 // What a section takes beside its bytes and its name: its header, and the gap before it.
 constexpr std::uint64_t section_overhead = 40 + 128;
 // How far gaps between sections may let the package grow. Each section's header asks for an alignment of its
-// own, of up to 2 GiB: a package that asks for gigabytes was made to fill the disk.
+// own, of up to 2 GiB: without a limit, a package of 186 bytes made `add` write 4 GiB for half a minute.
 constexpr std::uint64_t max_new_gaps = 16 << 20;
 // No new package is larger before it has sections.
 constexpr std::uint64_t new_package_size = 8192;
@@ -39,6 +39,8 @@ PackageEdit PackageEdit::create(const std::string& path) {
     return edit;
 }
 
+// The whole file is copied, not section by section: packages of other programs may have parts that are no
+// named section.
 PackageEdit PackageEdit::change(const std::string& path) {
     const PackageFile original(path);
     PackageEdit edit(path);

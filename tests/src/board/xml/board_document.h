@@ -1,4 +1,4 @@
-// Board descriptions to be changed and loaded, and what a load says of them.
+// Board descriptions to be changed and loaded, and the messages of a load.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -70,7 +70,7 @@ inline std::unique_ptr<board::BoardSpec> load_good(const BoardDocument& document
     return std::move(loaded.model);
 }
 
-// One fault: what it changes, and the whole error list that it gives.
+// One fault: what it changes, and the whole error list that follows.
 struct FaultCase {
     std::string name; // of the test
     void (*change)(BoardDocument& document);

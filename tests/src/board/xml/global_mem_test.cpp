@@ -170,7 +170,7 @@ TEST(GlobalMem, AmongSeveralEachHasAName) {
                 ElementsAre(at_line(5, message)));
     EXPECT_THAT(errors_of_memories(memory_at("b", "0x2000", "1") + "\n" + nameless),
                 ElementsAre(at_line(5, message)));
-    // Also behind a bad number.
+    // Also after a bad number.
     EXPECT_THAT(errors_of_memories(memory_at("b", "0x2000", "1") +
                                    "\n<global_mem max_bandwidth='1' interleaved_bytes='x'>" + good_interface +
                                    "</global_mem>"),
@@ -203,8 +203,6 @@ TEST(GlobalMem, TheRuleOnNamesDoesntApplyToASingleMemoryWithoutABandwidth) {
     EXPECT_THAT(errors_of("id='1'"),
                 ElementsAre(at_line(4, "Expected attribute 'max_bandwidth' on element 'global_mem'.")));
 }
-
-// ---- Interfaces
 
 TEST(GlobalMemInterface, MustStateFiveAttributes) {
     const auto errors = [](const std::string& intf) {
@@ -247,15 +245,13 @@ TEST(GlobalMemInterface, AllHaveTheSameWidthAndBurstCount) {
                 ElementsAre(at_line(4, "All global memory interfaces must have the same max burst count.")));
 }
 
-TEST(GlobalMemInterface, ErrorsOfAnInterfaceAreToldOnce) {
+TEST(GlobalMemInterface, ErrorsOfAnInterfaceAreReportedOnce) {
     EXPECT_THAT(load(with_memory("max_bandwidth='1'",
                                  "<interface name='i' port='p' type='agent' width='0' "
                                  "address='0' size='1'/>"))
                     .errors,
                 ElementsAre(at_line(6, "Data width must be > 0.")));
 }
-
-// ---- Several memories
 
 const std::string overlap = without_line("Global memory regions overlap.");
 
@@ -328,7 +324,7 @@ TEST(GlobalMems, TwoSecondariesOfOnePrimaryOverlap) {
                 ElementsAre(overlap));
 }
 
-TEST(GlobalMems, APrimaryThatIsNotThereIsToldBehindOverlaps) {
+TEST(GlobalMems, AMissingPrimaryIsReportedAfterOverlaps) {
     const std::string unknown = without_line("Global memory named in primary_interface does not exist.");
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='x'")), ElementsAre(unknown));
     EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface=''")), ElementsAre(unknown));
