@@ -24,7 +24,7 @@ using enum zan::xml::Occurrence;
 
 namespace {
 
-using Row = AttributeRow<BaseVisitor, CompileConfig>;
+using CompileRow = AttributeRow<BaseVisitor, CompileConfig>;
 
 // The first version that knows compile configurations, and the first whose configurations have names and must
 // be whole.
@@ -100,7 +100,7 @@ void CompileVisitor::add_config(const std::string& name) {
 }
 
 bool CompileVisitor::visit_compile_elem(const XMLElement& elem) {
-    static constexpr Row rows[] = {
+    static constexpr CompileRow rows[] = {
         {"project", required, read_to<&CompileConfig::set_project>},
         {"revision", required, read_to<&CompileConfig::set_revision>},
         {"plexo_file", required, read_to<&CompileConfig::set_plexo_file>},
@@ -126,7 +126,7 @@ bool CompileVisitor::has_additional_args(const XMLElement& elem, const std::stri
 
 template <auto set_cmd, auto set_additional_args>
 bool CompileVisitor::visit_command(const XMLElement& elem) {
-    static constexpr Row rows[] = {{"cmd", required, read_to<set_cmd>}};
+    static constexpr CompileRow rows[] = {{"cmd", required, read_to<set_cmd>}};
     if (!check_attributes(*this, elem, rows, {"additional_args"}) ||
         read_rows(*this, elem, rows, *m_config) != AttributeState::good)
         return false;
@@ -138,7 +138,8 @@ bool CompileVisitor::visit_command(const XMLElement& elem) {
 }
 
 bool CompileVisitor::visit_auto_migration_elem(const XMLElement& elem) {
-    static constexpr Row rows[] = {{"platform_type", required, read_to<&CompileConfig::set_platform_type>}};
+    static constexpr CompileRow rows[] = {
+        {"platform_type", required, read_to<&CompileConfig::set_platform_type>}};
     if (!check_attributes(*this, elem, rows))
         return false;
     // A missing one is as invalid as an unknown one, and gets both messages.

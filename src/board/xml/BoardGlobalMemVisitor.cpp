@@ -29,7 +29,7 @@ using enum zan::xml::Occurrence;
 namespace {
 
 using Memory = GlobalMemConfig;
-using Row = AttributeRow<BaseVisitor, Memory>;
+using MemoryRow = AttributeRow<BaseVisitor, Memory>;
 
 // What a word adds to the allocations, and what it says of the memory's kind.
 struct Allocation {
@@ -63,7 +63,7 @@ void add_accessible(Memory& memory, const std::string& list) {
 }
 
 // An attribute without any word stops the process.
-AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem, const Row& row,
+AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem, const MemoryRow& row,
                                     Memory& memory) {
     std::string list;
     visitor.query_attribute(elem, row.name, &list, true, true);
@@ -88,7 +88,7 @@ AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem
 
 // A number that is too large for a `long` becomes the largest, and of that the lower 32 bits are the
 // identifier.
-AttributeState read_id(BaseVisitor& visitor, const XMLElement& elem, const Row& row, Memory& memory) {
+AttributeState read_id(BaseVisitor& visitor, const XMLElement& elem, const MemoryRow& row, Memory& memory) {
     constexpr int base_by_prefix = 0;
     std::string text;
     visitor.query_attribute(elem, row.name, &text, true, true);
@@ -103,7 +103,7 @@ AttributeState read_id(BaseVisitor& visitor, const XMLElement& elem, const Row& 
 }
 
 // A type overrides the kind that the allocations stand for, so it is read after them.
-constexpr Row attributes[] = {
+constexpr MemoryRow attributes[] = {
     {"max_bandwidth", required, read_if<is_not_negative, &Memory::set_max_bandwidth>,
      "Max global memory bandwidth must be non-negative."},
     {"primary_interface", optional, read_to<&Memory::set_primary_interface>},
@@ -115,7 +115,7 @@ constexpr Row attributes[] = {
     {"id", optional, read_id},
 };
 
-constexpr Row attributes_after_names[] = {
+constexpr MemoryRow attributes_after_names[] = {
     {"config_addr", optional, read_to<&Memory::set_config_addr, unsigned64_hex>},
 };
 

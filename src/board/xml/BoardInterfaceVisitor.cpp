@@ -27,7 +27,7 @@ using enum zan::xml::Occurrence;
 namespace {
 
 using I = Interface;
-using Row = AttributeRow<BaseVisitor, Interface>;
+using InterfaceRow = AttributeRow<BaseVisitor, Interface>;
 
 constexpr Word<I::Type> types[] = {
     {"agent", I::Agent},           {"slave", I::Agent}, {"host", I::Host},
@@ -63,13 +63,13 @@ void set_write_ack(Interface& intf, unsigned int ack) {
 
 // The order of both tables is that of the reading, and so of the errors. The ports are read between them: one
 // that an attribute names comes before those of child elements.
-constexpr Row name_and_port[] = {
+constexpr InterfaceRow name_and_port[] = {
     {"name", required, read_to<&I::set_name>},
     {"port", optional, read_to<add_attribute_port>},
 };
 
 // Some messages on booleans list the valid values and some don't. Tools know these texts.
-constexpr Row other_attributes[] = {
+constexpr InterfaceRow other_attributes[] = {
     {"type", required, read_word<types, &I::set_type>, "Unrecognized Lumen interface type '{}'."},
     {"width", optional, read_if<is_positive, &I::set_data_width>, "Data width must be > 0."},
     {"maxburst", optional, read_if<is_positive, &I::set_max_burst_count>, "Max burst count must be > 0."},

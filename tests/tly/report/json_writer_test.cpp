@@ -107,7 +107,7 @@ TEST(JsonWriter, ArraysOfEachTypeAndStorage) {
 
 // Numbers are written 256 at a time, and one by one where an array stands more than 15 levels deep.
 TEST(JsonWriter, ArraysAreOpenArraysWithATextForEachNumber) {
-    for (const std::size_t length : {1, 255, 256, 257, 513, 20'000}) {
+    for (const std::size_t length : {1u, 255u, 256u, 257u, 513u, 20'000u}) {
         std::vector<int> values(length);
         for (std::size_t i = 0; i < length; ++i)
             values[i] = static_cast<int>(i) * 7'919 - 100'000;
