@@ -13,6 +13,10 @@
 #include "temp_dir.h"
 #include "whole_file.h"
 
+// The size of the designs that are read and written.
+constexpr int num_insts = 60;
+constexpr int num_lines = 5000;
+
 // One kernel with module instances of three counters each: a clock, requests and stalls for the first, and
 // global reads with requests, stalls and bandwidth for the others.
 class Design {
@@ -30,7 +34,7 @@ class Design {
     void reset();
 
     TlyKernel& kernel() { return *m_model.kernels.begin()->second; }
-    const std::vector<TlyModuleInst*>& insts() { return kernel().module_insts(); }
+    const std::vector<TlyModuleInst*>& insts() { return kernel().get_module_insts(); }
     ProfileModel::ExtMems& ext_mems() { return m_model.ext_mems; }
 
   private:

@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr int num_insts = 60;
-constexpr int num_lines = 5000;
-
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
     for (std::size_t begin = 0; begin < text.size();) {

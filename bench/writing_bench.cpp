@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr int num_insts = 60;
-constexpr int num_lines = 5000;
-
 long long num_values(const ptree& node) {
     const ptree& children = node;
     long long values = 0;
@@ -21,8 +18,7 @@ long long num_values(const ptree& node) {
     return values;
 }
 
-// The node of an invocation from samples that are there already, and the bytes of heap that it takes beside
-// them.
+// The node of an invocation from its samples, and the bytes of heap that it takes besides them.
 void build_node(benchmark::State& state) {
     Design design(num_insts);
     const MonitorFile file(design.monitor_text(num_lines));

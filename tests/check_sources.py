@@ -54,6 +54,21 @@ LIBRARY_HEADERS = [
 # An include with this comment, and the reason after it, may lead where the table doesn't let it.
 EXCEPTION = re.compile(r"// Against the layers: \S")
 
+# Words that make sentences hard to follow, as they mean something else in plain technical English. A line that has one
+# is a fault if there are more than MOST_LINES of them: some are right, "behind" in a place for instance.
+UNPLAIN_WORDS = re.compile(
+    r"\b(?:tell|tells|telling|told|behind|ahead of|gives|pass(?:ed|es|ing)? over|becomes of|by chance|in hand|at hand"
+    r"|comes? (?:out )?of (?:it|what|faults)|whoever|somebody|nobody|anybody|everybody)\b|\btell_|_told\b"
+    r"|\bwords of the C\+\+",
+    re.IGNORECASE,
+)
+MOST_LINES = 40
+# Files with sentences, besides sources; tests and what a program has written aside.
+PROSE_SUFFIXES = SOURCE_SUFFIXES | {".md", ".py", ".txt", ".cmake", ".json"}
+PROSE_NAMES = {"dev", ".clang-tidy", ".clang-format", ".cppcheck-suppressions", "describe_report", "make_corpus"}
+NO_PROSE_FOLDERS = {".git", "build", "tests"}
+NO_PROSE_NAMES = {"expected_report.json"}
+
 # target: a path of the tree, or None; excepted: its line says why it may be there
 Include = collections.namedtuple("Include", "line name target excepted")
 Fault = collections.namedtuple("Fault", "path line text")
@@ -141,8 +156,37 @@ def wrong_directions(includes):
             yield Fault(path, include.line, f"{folder} must not include {include.name} of {target[0]}")
 
 
+def unit_of(path):
+    """The files of one stem in one folder are a unit: x.h, x.cpp."""
+    return path.removesuffix(pathlib.PurePosixPath(path).suffix)
+
+
+def unit_cycles(includes):
+    """Units that need each other: each cycle once, at the include that closes it in a walk in order of names."""
+    needs = collections.defaultdict(dict)  # unit: {other unit: the first include that needs it}
+    for path, include in all_includes(includes):
+        if include.target is not None and unit_of(include.target) != unit_of(path):
+            needs[unit_of(path)].setdefault(unit_of(include.target), (path, include.line))
+    done, open_units = set(), []
+
+    def walk(unit):
+        open_units.append(unit)
+        for other, (path, line) in needs[unit].items():
+            if other in open_units:
+                cycle = open_units[open_units.index(other):] + [other]
+                yield Fault(path, line, f"cycle of units: {' -> '.join(cycle)}")
+            elif other not in done:
+                yield from walk(other)
+        open_units.pop()
+        done.add(unit)
+
+    for unit in sorted({unit_of(path) for path in includes}):
+        if unit not in done:
+            yield from walk(unit)
+
+
 def include_cycles(includes):
-    """Each cycle once, at the include that closes it in a walk in order of names."""
+    """Cycles of files in one unit, which unit_cycles() doesn't see: each once, at the include that closes it."""
     done, open_path = set(), []
 
     def walk(path):
@@ -151,7 +195,8 @@ def include_cycles(includes):
             target = include.target
             if target in open_path:
                 cycle = open_path[open_path.index(target):] + [target]
-                yield Fault(path, include.line, f"include cycle: {' -> '.join(cycle)}")
+                if len({unit_of(member) for member in cycle}) == 1:
+                    yield Fault(path, include.line, f"include cycle: {' -> '.join(cycle)}")
             elif target is not None and target not in done:
                 yield from walk(target)
         open_path.pop()
@@ -168,16 +213,38 @@ def wrong_layout(top, files):
         return
     command = ["clang-format", "--dry-run", "--style=file", *files]
     run = subprocess.run(command, cwd=top, text=True, stderr=subprocess.PIPE)
-    told = set()
+    reported = set()
     for match in re.finditer(r"^(.+?):(\d+):\d+: (?:warning|error): (.*)$", run.stderr, re.MULTILINE):
         path, line, what = match.groups()
-        if path not in told:
-            told.add(path)
+        if path not in reported:
+            reported.add(path)
             if what.startswith("code should be clang-formatted"):
                 what = "laid out otherwise than .clang-format says; run ./dev format"
             yield Fault(path, int(line), what)
-    if run.returncode != 0 and not told:
+    if run.returncode != 0 and not reported:
         yield Fault(".clang-format", 1, f"clang-format failed: {run.stderr.strip()}")
+
+
+def prose_files(top):
+    """Paths of files with sentences, relative to `top`, sorted."""
+    files = []
+    for path in sorted(top.rglob("*")):
+        relative = path.relative_to(top)
+        is_prose = path.suffix in PROSE_SUFFIXES or path.name in PROSE_NAMES
+        if is_prose and relative.parts[0] not in NO_PROSE_FOLDERS and path.name not in NO_PROSE_NAMES and path.is_file():
+            files.append(relative.as_posix())
+    return files
+
+
+def unplain_words(top):
+    """Lines with unplain words, if there are too many of them."""
+    faults = []
+    for path in prose_files(top):
+        for number, line in enumerate((top / path).read_text(encoding="utf-8", errors="replace").splitlines(), 1):
+            match = UNPLAIN_WORDS.search(line)
+            if match:
+                faults.append(Fault(path, number, f"'{match[0]}' is no plain word here"))
+    return faults if len(faults) > MOST_LINES else []
 
 
 def all_includes(includes):
@@ -189,9 +256,10 @@ def check(top):
     files = source_files(top)
     includes = read_includes(top, files)
     faults = list(files_in_no_layer(files))
-    for rule in (wrong_directions, include_cycles):
+    for rule in (wrong_directions, unit_cycles, include_cycles):
         faults += rule(includes)
     faults += wrong_layout(top, files)
+    faults += unplain_words(top)
     return sorted(set(faults))
 
 

@@ -1,4 +1,4 @@
-"""Proves that check_sources.py tells each kind of fault, and nothing where there is none."""
+"""Proves that check_sources.py reports each kind of fault, and nothing where there is none."""
 
 import pathlib
 import shutil
@@ -138,14 +138,14 @@ class CheckSources(unittest.TestCase):
              for path in ("samples/helper.cpp", "src/Helper.h")],
         )
 
-    def test_a_cycle_is_told_once(self):
+    def test_a_cycle_is_reported_once(self):
         self.assertEqual(
             self.faults({
                 "tly/base/a.h": '#include "b.h"\n',
                 "tly/base/b.h": '\n#include "c.h"\n',
                 "tly/base/c.h": '#include "a.h"\n',
             }),
-            ["tly/base/c.h:1: include cycle: tly/base/a.h -> tly/base/b.h -> tly/base/c.h -> tly/base/a.h"],
+            ["tly/base/c.h:1: cycle of units: tly/base/a -> tly/base/b -> tly/base/c -> tly/base/a"],
         )
 
     def test_a_file_that_includes_itself(self):
@@ -158,6 +158,46 @@ class CheckSources(unittest.TestCase):
             [],
         )
 
+    def test_units_that_need_each_other_are_a_cycle(self):
+        files = {"tly/base/a.h": "", "tly/base/b.h": '#include "a.h"\n', "tly/base/a.cpp": '#include "a.h"\n'}
+        self.assertEqual(self.faults(files), [])
+        files["tly/base/a.cpp"] = '#include "a.h"\n#include "b.h"\n'
+        self.assertEqual(
+            self.faults(files), ["tly/base/b.h:1: cycle of units: tly/base/a -> tly/base/b -> tly/base/a"]
+        )
+
+    def test_files_of_one_stem_in_two_folders_are_two_units(self):
+        self.assertEqual(
+            self.faults({
+                "tly/base/a.h": "",
+                "tly/model/a.cpp": '#include "b.h"\n',
+                "tly/model/b.h": "",
+                "tly/model/b.cpp": '#include "b.h"\n\n#include "tly/base/a.h"\n',
+            }),
+            [],
+        )
+
+    def test_a_few_unplain_words_are_fine(self):
+        line = "// What stands behind it tells more.\n"  # one line, two words
+        self.assertEqual(self.faults({"tly/base/a.h": line * check_sources.MOST_LINES}), [])
+        faults = self.faults({"README.md": "Nobody knows.\n"})
+        self.assertEqual(len(faults), check_sources.MOST_LINES + 1)
+        self.assertEqual(faults[0], "README.md:1: 'Nobody' is no plain word here")
+        self.assertEqual(faults[1], "tly/base/a.h:1: 'behind' is no plain word here")
+
+    def test_words_of_tests_builds_and_reports_dont_count(self):
+        text = "It gives.\n" * (check_sources.MOST_LINES + 1)
+        files = ("tests/README.md", "build/a.md", "samples/a/expected_report.json", "samples/a/profile.mon")
+        self.assertEqual(self.faults(dict.fromkeys(files, text)), [])
+        for name in ("dev", "cmake/a.cmake", "docs/a.md", "tests_of_it.md"):
+            with self.subTest(name):
+                self.assertEqual(len(self.faults({name: text})), check_sources.MOST_LINES + 1)
+                (self.top / name).unlink()
+
+    def test_a_part_of_a_word_is_not_the_word(self):
+        words = "foretell givesome behindhand in handy at handover teller\n"
+        self.assertEqual(self.faults({"README.md": words * (check_sources.MOST_LINES + 1)}), [])
+
     def test_an_include_in_a_comment_is_none(self):
         self.assertEqual(
             self.faults({
@@ -168,7 +208,7 @@ class CheckSources(unittest.TestCase):
             [],
         )
 
-    def test_lines_are_right_behind_comments(self):
+    def test_lines_are_right_after_comments(self):
         self.assertEqual(
             self.faults({"tly/run/tly_exe.h": "", "src/xml/BaseVisitor.cpp": '/* a\n   b */\n#include "tly_exe.h"\n'}),
             ["src/xml/BaseVisitor.cpp:3: src/xml must not include tly_exe.h of tly/run"],
@@ -188,10 +228,10 @@ class CheckSources(unittest.TestCase):
         )
 
     def test_a_broken_clang_format_file_is_a_fault(self):
-        (self.top / ".clang-format").write_text("BasedOnStyle: Nobody\n")
+        (self.top / ".clang-format").write_text("BasedOnStyle: Unknown\n")
         self.assertEqual(len(self.faults({"tly/base/a.cpp": "int a;\n"})), 1)
 
-    def test_the_program_prints_faults_and_tells_by_its_status(self):
+    def test_the_program_prints_faults_and_fails_with_its_status(self):
         def run():
             command = [sys.executable, check_sources.__file__, str(self.top)]
             return subprocess.run(command, text=True, capture_output=True)

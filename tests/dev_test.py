@@ -48,7 +48,7 @@ class Dev(unittest.TestCase):
         self.assertEqual(self.dev("--help"), (0, out, ""))
 
     def test_an_unknown_command_is_reported_with_those_that_begin_like_it(self):
-        meant = {"dem": "'demo'", "tests": "'test'", "formats": "'format'", "f": "'fuzz' or 'format'"}
+        meant = {"dem": "'demo'", "tests": "'test'", "benc": "'bench'", "formats": "'format'", "f": "'fuzz' or 'format'"}
         for word, commands in meant.items():
             with self.subTest(word):
                 status, out, err = self.dev(word)
@@ -64,7 +64,7 @@ class Dev(unittest.TestCase):
         self.assertEqual(self.dev("need")[0], 2)
 
     def test_test_refuses_what_it_does_not_know(self):
-        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes --again or nothing, not 'release'\n"))
+        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, --again or nothing, not 'release'\n"))
 
     def test_fuzz_names_the_fuzzers_that_there_are(self):
         for name in ((), ("none",)):
@@ -113,6 +113,63 @@ class Dev(unittest.TestCase):
         update, install = self.calls_of("apt-get")
         self.assertEqual(update, "apt-get update -qq")
         self.assertRegex(install, r"^apt-get install -y --no-install-recommends .* g\+\+ cmake ")
+
+    def builds_on_stand_ins(self):
+        """A copy of the script, with the sample that the demo uses, where a build makes programs that do nothing."""
+        self.lint_runs_on_stand_ins()
+        (self.script.parent / "samples").mkdir()
+        self.stand_in("describe_report", "echo the report")
+        shutil.copy(self.programs / "describe_report", self.script.parent / "samples")
+        commands = """
+for file in build/demo/zanl-profile-tly build/demo/tools/zanl_profile/zanl-profile; do
+    mkdir -p ${file%/*} && echo '#!/bin/sh' >$file && chmod +x $file
+done
+case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; esac
+"""
+        self.stand_in("cmake", commands)
+
+    def test_the_demo_says_what_it_does_and_where_the_programs_are(self):
+        self.builds_on_stand_ins()
+        status, out, err = self.dev("demo")
+        self.assertEqual((status, err), (0, ""))
+        progress = [f"    {n} of 30 files built" for n in range(3, 31, 3)]
+        self.assertEqual(out.splitlines()[:11], ["building both programs in build/demo", *progress])
+        self.assertIn("\nthe report\n", out)
+        self.assertNotIn("\r", out)
+        programs = ["    build/demo/zanl-profile-tly", "    build/demo/tools/zanl_profile/zanl-profile"]
+        self.assertEqual(out.split("The programs:\n")[1].splitlines()[:2], programs)
+        self.assertEqual(len(out.split("To try next:\n")[1].splitlines()), 2)
+
+    def test_a_demo_that_does_not_build_shows_why(self):
+        self.builds_on_stand_ins()
+        self.stand_in("cmake", 'case "$*" in *--build*) echo "[1/2] Building"; echo "a.cpp:1: error: odd"; exit 1 ;; esac')
+        status, out, err = self.dev("demo")
+        self.assertEqual(status, 1)
+        self.assertTrue(out.endswith("a.cpp:1: error: odd\n"), out)
+        self.assertRegex(err, r"^dev: 'cmake --build .*' failed; its whole output is in build/demo.log\n$")
+
+    def test_packages_are_counted_while_they_are_installed(self):
+        self.nothing_is_installed(user=0)
+        counted = "echo '0 upgraded, 2 newly installed, 0 to remove'; echo 'Setting up a (1)'; echo 'Setting up b (1)'"
+        self.stand_in("apt-get", f'case "$*" in *install*) {counted}; exit 7 ;; esac')
+        status, out, _ = self.dev("demo")
+        self.assertEqual(status, 7)
+        self.assertEqual(out.splitlines()[1:], ["    1 of 2 packages installed", "    2 of 2 packages installed"])
+
+    def test_a_quick_test_has_one_build_and_leaves_out_thorough_tests(self):
+        self.builds_on_stand_ins()
+        self.stand_in("python3", "")
+        folder = "build/release/Testing/Temporary"
+        self.stand_in("ctest", f"mkdir -p {folder} && echo '[  PASSED  ] 7 tests.' >{folder}/LastTest.log")
+        status, out, err = self.dev("test", "quick")
+        self.assertEqual((status, err), (0, ""))
+        self.assertRegex(out, r"^sources +ok\nquick +building, testing: 7 tests passed\n$")
+        builds = ["cmake --preset release", "cmake --build --preset release --target quick_tests"]
+        self.assertEqual(self.calls_of("cmake"), builds)
+        self.assertEqual(len(self.calls_of("ctest")), 1)
+        self.assertIn("--preset release ", self.calls_of("ctest")[0])
+        self.assertIn(" --label-exclude thorough", self.calls_of("ctest")[0])
+        self.assertEqual([call.split()[1] for call in self.calls_of("python3")], ["tests/check_sources.py"])
 
     # What it says has passed, or not, is then said of a folder without sources.
     def lint_runs_on_stand_ins(self):

@@ -28,6 +28,40 @@ def anchors(page):
     return {re.sub(r"[^\w\- ]", "", headline.lower()).replace(" ", "-") for headline in headlines}
 
 
+def source_words():
+    """What a name on a page may be: each word of the sources, and the name of each source file."""
+    folders = ["lib", "src", "zan_profiler", "tly", "tools", "tests", "bench", "fuzz", "cmake"]
+    files = [file for folder in folders for file in (TOP / folder).rglob("*")]
+    files += [TOP / name for name in ("dev", "CMakeLists.txt", "CMakePresets.json", ".clang-tidy")]
+    files = [file for file in files
+             if file.is_file() and file.suffix not in {".md", ".pyc"} and file.name != "docs_test.py"]
+    words = {file.stem for file in files}
+    for file in files:
+        words.update(re.findall(r"\w+", file.read_text(errors="replace")))
+    return words
+
+
+def missing_names(page, words):
+    """Names in backticks on a page that are no path of the tree, or no word of its sources.
+
+    A path has a slash or the ending of a file, and may have wildcards. In a name, `...` stands for any letters. What is
+    made by a build, and text with blanks, is not looked at.
+    """
+    text = re.sub(r"^    .*$", "", page.read_text(), flags=re.MULTILINE)
+    for name in re.findall(r"`([^`\n]+)`", text):
+        if " " in name or name.startswith(("build/", "/", "-")):
+            continue
+        if re.search(r"/|\.(cpp|h|md|py|txt|case|json)$|^\.clang", name):
+            if not list(TOP.glob(name.rstrip("/"))) and ("/" in name or not list(TOP.glob(f"*/**/{name}"))):
+                yield name
+        elif "..." in name:
+            pattern = re.compile(r"\w+".join(re.escape(part) for part in name.split("...")))
+            if not any(pattern.fullmatch(word) for word in words):
+                yield name
+        elif not all(word in words for word in re.findall(r"\w+", name)):
+            yield name
+
+
 class Docs(unittest.TestCase):
     def test_links_lead_to_files_and_headlines(self):
         for page in pages():
@@ -92,6 +126,20 @@ class Docs(unittest.TestCase):
             for command in re.findall(r"\./dev (\w+)", page.read_text()):
                 with self.subTest(page=str(page.relative_to(TOP)), command=command):
                     self.assertIn(command, commands)
+
+    def test_paths_and_names_on_the_pages_for_developers_exist(self):
+        words = source_words()
+        for page in ("ARCHITECTURE.md", "CONTRIBUTING.md", "tests/COVERAGE.md"):
+            with self.subTest(page=page):
+                self.assertEqual(list(missing_names(TOP / page, words)), [])
+
+    def test_a_name_that_is_missing_is_found(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = pathlib.Path(folder, "page.md")
+            page.write_text("`dev` `tests/*_test.py` `docs_test.py` `known` `known::word()` `kn...` `build/demo/x` `a b`\n"
+                            "`tests/no_*.py` `no_such.cpp` `tly/no_such/` `unknown` `known::unknown` `un...`\n\n    `c`\n")
+            self.assertEqual(list(missing_names(page, {"dev", "known", "word"})),
+                             ["tests/no_*.py", "no_such.cpp", "tly/no_such/", "unknown", "known::unknown", "un..."])
 
     def test_the_page_on_packages_names_the_functions_that_there_are(self):
         functions = r"\bzan_pkg_(?!file\b)\w+"

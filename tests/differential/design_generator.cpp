@@ -5,11 +5,11 @@
 #include <set>
 #include <sstream>
 
+#include "known_names.h"
+
 namespace slow {
 
 namespace {
-
-const std::string pseudo_kernel = "Corvane_Internal_Collect_Autorun_Profiling";
 
 const std::vector<std::string> kernel_names = {"alpha",
                                                "beta",

@@ -2,14 +2,11 @@
 
 #include <map>
 
+#include "known_names.h"
+
 namespace slow {
 
 namespace {
-
-const std::vector<std::string> transfer_names = {
-    ".mem_transfer_read", ".mem_transfer_write",     ".mem_transfer_copy",
-    ".reprogram",         ".mem_mirror_from_device", ".mem_mirror_to_device",
-    ".mem_transfer",      ".mem_migration",          ".usm_memcpy"};
 
 const std::vector<std::string> unknown_names = {
     "nobody",      ".mem_transfer_reed", "original", ".usm_memcopy",

@@ -18,27 +18,28 @@ struct Range {
     unsigned long long last = 0;
 };
 
-std::string text(const Element& element, const char* name) {
+// An attribute's text; empty without it.
+std::string text_or_empty(const Element& element, const char* name) {
     const char* const value = element.Attribute(name);
     return value ? value : "";
 }
 
 Interface read_interface(const Element& element) {
     Interface result;
-    result.name = text(element, "name");
+    result.name = text_or_empty(element, "name");
     result.width = element.UnsignedAttribute("width");
     result.max_burst = element.UnsignedAttribute("maxburst", 1);
     if (element.Attribute("port"))
-        result.ports.push_back(text(element, "port"));
+        result.ports.push_back(text_or_empty(element, "port"));
     for (const Element* port = element.FirstChildElement("port"); port;
          port = port->NextSiblingElement("port"))
-        result.ports.push_back(text(*port, "name"));
+        result.ports.push_back(text_or_empty(*port, "name"));
     return result;
 }
 
 Memory read_memory(const Element& element) {
     Memory memory;
-    memory.name = text(element, "name");
+    memory.name = text_or_empty(element, "name");
     memory.bandwidth = element.FloatAttribute("max_bandwidth");
     for (const Element* child = element.FirstChildElement(); child; child = child->NextSiblingElement())
         memory.interfaces.push_back(read_interface(*child));
@@ -49,8 +50,9 @@ Memory read_memory(const Element& element) {
 Range range_of(const Element& memory) {
     Range range;
     for (const Element* child = memory.FirstChildElement(); child; child = child->NextSiblingElement()) {
-        const unsigned long long first = std::strtoull(text(*child, "address").c_str(), nullptr, 0);
-        const unsigned long long last = first + std::strtoull(text(*child, "size").c_str(), nullptr, 0) - 1;
+        const unsigned long long first = std::strtoull(text_or_empty(*child, "address").c_str(), nullptr, 0);
+        const unsigned long long last =
+            first + std::strtoull(text_or_empty(*child, "size").c_str(), nullptr, 0) - 1;
         const bool is_only = child == memory.FirstChildElement();
         range.first = is_only || first < range.first ? first : range.first;
         range.last = is_only || last > range.last ? last : range.last;
@@ -85,7 +87,7 @@ bool are_good_memories(const std::vector<const Element*>& elements, const std::s
     }
     for (const Element* a : elements) {
         // No generated list has more than one entry.
-        if (a->Attribute("can_access") && names.count(text(*a, "can_access")) == 0)
+        if (a->Attribute("can_access") && names.count(text_or_empty(*a, "can_access")) == 0)
             return false;
         for (const Element* b : elements) {
             if (a != b && board_name != "custom_ipa" && overlap(*a, *b))
@@ -110,10 +112,10 @@ bool read_board(Run& run, const std::string& xml) {
          child = child->NextSiblingElement("global_mem")) {
         elements.push_back(child);
         // The default memory goes to the front, and so does each later one.
-        memories.insert(text(*child, "default") == "1" ? memories.begin() : memories.end(),
+        memories.insert(text_or_empty(*child, "default") == "1" ? memories.begin() : memories.end(),
                         read_memory(*child));
     }
-    const std::string name = text(board, "name");
+    const std::string name = text_or_empty(board, "name");
     if (!are_good_memories(elements, name))
         return false;
     for (const Memory& memory : memories) {

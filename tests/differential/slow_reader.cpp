@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 
+#include "known_names.h"
 #include "slow_decoder.h"
 #include "slow_nodes.h"
 #include "slow_text.h"
@@ -11,13 +11,6 @@
 namespace slow {
 
 namespace {
-
-const std::string pseudo_kernel = "Corvane_Internal_Collect_Autorun_Profiling";
-
-const std::set<std::string> transfer_names = {
-    ".mem_transfer_read", ".mem_transfer_write",     ".mem_transfer_copy",
-    ".reprogram",         ".mem_mirror_from_device", ".mem_mirror_to_device",
-    ".mem_transfer",      ".mem_migration",          ".usm_memcpy"};
 
 // What one line says.
 struct Line {
@@ -80,7 +73,7 @@ class Reader {
     Run& m_run;
     bool m_has_description;
     int m_line_number = 0;
-    bool m_expects_transfer = false; // stays set behind a transfer line that was dropped
+    bool m_expects_transfer = false; // stays set after a transfer line that was dropped
 };
 
 bool Reader::read_line(const std::string& text) {
@@ -115,7 +108,7 @@ bool Reader::find_name(Line& line) {
     if (first == std::string::npos)
         throw Crash();
     line.name = line.text.substr(first, line.text.find(',', first) - first);
-    if (transfer_names.count(line.name) == 0)
+    if (std::count(transfer_names.begin(), transfer_names.end(), line.name) == 0)
         return find_kernel(line);
     m_expects_transfer = true;
     return true;

@@ -8,19 +8,19 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-const ReportFrame frame = {"k: @KERNELS@, m: @MEMTRANSFERS@, @VERSION@\n", "2026.1", "<board/>", "b\n"};
+const ReportFrame small_frame = {"k: @KERNELS@, m: @MEMTRANSFERS@, @VERSION@\n", "2026.1", "<board/>", "b\n"};
 
 // The section that a package gets if it has none of its own.
 const auto board = Pair(".zan.board_spec.xml", "<board/>");
 
 TestCase parse(const std::string& text) {
-    return parse_case("# Title\n" + text, frame);
+    return parse_case("# Title\n" + text, small_frame);
 }
 
 // What parse_case says is wrong; empty if it takes the text.
 std::string fault(const std::string& text) {
     try {
-        parse_case(text, frame);
+        parse_case(text, small_frame);
         return "";
     } catch (const std::runtime_error& error) {
         return error.what();
@@ -28,7 +28,7 @@ std::string fault(const std::string& text) {
 }
 
 TEST(CaseFile, ATitleAloneExpectsNothing) {
-    const TestCase test = parse_case("# One\n# two\n", frame);
+    const TestCase test = parse_case("# One\n# two\n", small_frame);
     EXPECT_EQ(test.title, "One\ntwo\n");
     EXPECT_FALSE(test.package);
     EXPECT_TRUE(test.inputs.empty());

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "case_file.h"
+#include "programs.h"
 #include "run_program.h"
 #include "temp_dir.h"
 #include "tly_constants.h"
@@ -12,7 +13,6 @@
 
 namespace {
 
-const std::filesystem::path program = ZAN_PROGRAM;
 constexpr const char* no_description =
     "Warning: No profiler elf section. Will only return kernel start/stop time and memory transfer times "
     "between device & host.\n";
@@ -65,7 +65,7 @@ std::string expected_report(const std::string& kernels) {
     return plain_case(kernels).report.value();
 }
 
-std::string report_of(const std::string& monitor) {
+std::string report_on(const std::string& monitor) {
     const TempDir folder;
     make_package(folder.path("design.zanx"), plain_case("").package.value());
     write_file(folder.path("profile.mon"), monitor);
@@ -75,7 +75,7 @@ std::string report_of(const std::string& monitor) {
     return read_file(folder.path("report.json"));
 }
 
-// Not EXPECT_EQ: a difference of megabytes is no help to anybody.
+// Not EXPECT_EQ: a difference of megabytes helps no reader.
 testing::AssertionResult same_text(const std::string& left, const std::string& right) {
     const auto [at, other] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
     if (at == left.end() && other == right.end())
@@ -89,7 +89,7 @@ TEST(LargeInput, ManyLines) {
     for (int i = 0; i < count; ++i)
         monitor += "0,1,k,5," + std::to_string(1000 + i) + ",-1,2,11,12\n";
     ASSERT_GT(monitor.size(), 1'000'000u);
-    EXPECT_TRUE(same_text(report_of(monitor), expected_report(kernel_node(count))));
+    EXPECT_TRUE(same_text(report_on(monitor), expected_report(kernel_node(count))));
 }
 
 TEST(LargeInput, LongLines) {
@@ -98,13 +98,13 @@ TEST(LargeInput, LongLines) {
         counters += "," + std::to_string(i);
     const std::string monitor =
         "0,1,k,5,1000,-1,0" + counters + "\n0,1,k,5,1001,-1,0" + counters + "\n0,1,k,5,1002,-1,0";
-    EXPECT_TRUE(same_text(report_of(monitor), expected_report(kernel_node(3))));
+    EXPECT_TRUE(same_text(report_on(monitor), expected_report(kernel_node(3))));
 }
 
 TEST(LargeInput, ALongName) {
     const std::string name(1'000'000, 'n');
     const std::string node = replaced(kernel_node(1), "\"name\": \"k\"", "\"name\": \"" + name + "\"");
-    EXPECT_TRUE(same_text(report_of("0,1," + name + ",5,1000,-1,0\n"), expected_report(node)));
+    EXPECT_TRUE(same_text(report_on("0,1," + name + ",5,1000,-1,0\n"), expected_report(node)));
 }
 
 TEST(LargeInput, ManyKernels) {
@@ -117,7 +117,7 @@ TEST(LargeInput, ManyKernels) {
             replaced(kernel_node(1), "\"name\": \"k\"", "\"name\": \"k" + std::to_string(i) + "\"");
         nodes += i + 1 < 12'000 ? replaced(node, "            }\n", "            },\n") : node;
     }
-    EXPECT_TRUE(same_text(report_of(monitor), expected_report(nodes)));
+    EXPECT_TRUE(same_text(report_on(monitor), expected_report(nodes)));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "case_file.h"
+#include "programs.h"
 #include "report_properties.h"
 #include "run_program.h"
 #include "temp_dir.h"
@@ -14,8 +15,6 @@ namespace {
 using testing::IsEmpty;
 namespace fs = std::filesystem;
 
-const fs::path program = ZAN_PROGRAM;
-const fs::path toolbox = ZAN_TOOLBOX;
 const fs::path samples = ZAN_SAMPLES_FOLDER;
 
 std::vector<std::string> sample_names() {

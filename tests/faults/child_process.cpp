@@ -15,7 +15,6 @@
 namespace {
 
 constexpr unsigned time_limit_seconds = 60;
-constexpr int status_not_started = 127;
 
 bool redirect(int descriptor, const std::string& path, int flags) {
     const int file = ::open(path.c_str(), flags, 0600);

@@ -6,6 +6,9 @@
 #include <functional>
 #include <string>
 
+// The exit status of a child that could not begin its work.
+constexpr int status_not_started = 127;
+
 // Starts a process that does `work` in `folder`, with an empty standard input and with its output in these
 // files, and ends with the result as its exit status. It is killed when a minute has passed. Throws
 // std::runtime_error if there can be no process.

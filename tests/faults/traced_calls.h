@@ -8,7 +8,8 @@
 #include <span>
 #include <string>
 
-#include "traced_run.h"
+// System calls by what they do. What removes a file isn't among them: without it nothing can be cleaned up.
+enum class Calls { reads, folder_reads, writes, opens, closes, others };
 
 // How a call names its file, and where its size stands among its arguments.
 struct KnownCall {

@@ -24,7 +24,6 @@
 
 namespace {
 
-constexpr int status_not_started = 127;
 constexpr int status_not_traced = 126;
 
 // Makes each of these calls stop for the tracer, and no others: to stop at all of them would be slow.

@@ -8,9 +8,7 @@
 #include <vector>
 
 #include "run_program.h"
-
-// System calls by what they do. What removes a file isn't among them: without it nothing can be cleaned up.
-enum class Calls { reads, folder_reads, writes, opens, closes, others };
+#include "traced_calls.h"
 
 // Which call of a traced process fails, and how. Only calls on its own files count: those in its folder,
 // temporary ones, and the standard streams except standard error, where faults are reported.

@@ -5,9 +5,10 @@
 #include <memory>
 
 #include "BoardSpecXml.h"
+#include "board_node.h"
 #include "diagnostics.h"
 #include "tly_constants.h"
-#include "tly_json.h"
+#include "tree_sink.h"
 
 namespace {
 
@@ -81,7 +82,9 @@ StageResult import_board(ProfileModel& model, ptree& tree, Package& package) {
                 "Warning: trying to insert new global memory object with a name that already belongs to "
                 "an existing global memory. Global memory names must be unique\n");
     }
-    ptree board = getBoardJSON(spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
-    append_node(tree.get_child("boards.nodes"), "", board);
+    TreeSink boards(tree.get_child("boards.nodes"));
+    boards.open({}, Form::object);
+    write_board(boards, spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
+    boards.close();
     return StageResult::done;
 }

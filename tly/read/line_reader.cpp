@@ -9,6 +9,7 @@
 
 namespace {
 
+// The first buffer. A read is for at least half of it.
 constexpr std::size_t block_size = std::size_t{1} << 18;
 
 } // namespace
@@ -56,7 +57,7 @@ bool LineReader::fill() {
 }
 
 bool LineReader::next(std::string_view& line) {
-    std::size_t searched = 0; // bytes at the front that hold no newline
+    std::size_t searched = 0; // bytes at the front without a newline: a long line is searched once
     while (true) {
         const std::size_t size = m_end - m_begin;
         const char* const begin = m_buffer.get() + m_begin;

@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "diagnostics.h"
+#include "kernel_node.h"
 #include "line_blocks.h"
 #include "line_reader.h"
 #include "mon_line.h"
-#include "tly_json.h"
+#include "tly_constants.h"
+#include "transfer_node.h"
 
 namespace {
 
@@ -17,7 +19,7 @@ class MonitorReader {
 
     // Reads one line. False if the run has to end.
     bool read_line(std::string_view text);
-    // Decodes what is still waiting for that. Nothing may be looked at before.
+    // Decodes the lines that still wait for that. The samples are not complete before.
     void decode_all() { m_blocks.decode_all(); }
     // Closes the last invocation of each kernel, and warns of the kernels that no line named.
     void finish();
@@ -56,6 +58,7 @@ bool MonitorReader::read_line(std::string_view text) {
         diagnose("warning: empty .mon line {}\n", m_line_number);
         return true;
     }
+    // After a faulty transfer the next line is one, too, even if it looks like a kernel's.
     if (!m_is_transfer && m_blocks.add(text))
         return true;
     m_name_on_line = name_in_line(text);
@@ -82,7 +85,7 @@ bool MonitorReader::find_target(LineTarget& target) {
     target.kernel = find_kernel();
     if (!target.kernel)
         return false;
-    target.insts = &target.kernel->module_insts();
+    target.insts = &target.kernel->get_module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
         collect_autorun_kernels();
         target.autorun_kernels = &m_autorun_kernels;
@@ -96,8 +99,8 @@ bool MonitorReader::find_target(LineTarget& target) {
     return true;
 }
 
-// The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if
-// nothing knows the name and no kernel may be made.
+// The kernel called m_name, which becomes the kernel's own name if the line has its original one. Null if the
+// name is unknown and no kernel may be made.
 TlyKernel* MonitorReader::find_kernel() {
     const auto known = m_model.kernels.find(m_name);
     if (known != m_model.kernels.end())
@@ -108,7 +111,7 @@ TlyKernel* MonitorReader::find_kernel() {
         return m_model.kernels.at(m_name);
     }
     if (!m_model.is_described)
-        return m_model.kernels.emplace(m_name, new TlyKernel(m_name)).first->second;
+        return m_model.kernels[m_name] = new TlyKernel(m_name);
     diagnose(
         "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
         "----> kernel in .mon at line {}: {}\n",
@@ -116,6 +119,8 @@ TlyKernel* MonitorReader::find_kernel() {
     return nullptr;
 }
 
+// The order is that of the report's nodes, and the first instance is the one whose cycles the pseudo-kernel
+// gets.
 void MonitorReader::collect_autorun_kernels() {
     if (std::exchange(m_autorun_collected, true))
         return;
@@ -123,7 +128,7 @@ void MonitorReader::collect_autorun_kernels() {
         if (!kernel->is_autorun_kernel())
             continue;
         m_autorun_kernels.push_back(kernel);
-        const auto& insts = kernel->module_insts();
+        const auto& insts = kernel->get_module_insts();
         m_autorun_insts.insert(m_autorun_insts.end(), insts.begin(), insts.end());
     }
 }
@@ -136,8 +141,11 @@ void MonitorReader::add_transfer(const LineHead& head) {
     m_is_transfer = false;
 }
 
-// Adds the sample of a kernel line. False if the run has to end.
+// Adds the sample of a kernel line. False if the run has to end. The steps have an order: lines of the same
+// kernels that wait come first, an invocation that has ended is written before the kernels are changed, and
+// the cycles are handed on when all instances have their counters.
 bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
+    // The head was read, so that there are seven fields, or more.
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
     if (m_model.is_described && num_fields != head.num_counters) {
         diagnose(
@@ -153,7 +161,7 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : target.kernels())
-            write_invocation(*kernel, m_nodes, true, m_model.ext_mems);
+            close_invocation(*kernel, m_nodes, true, m_model.ext_mems);
     }
     target.add_head(head);
     if (sets_start_time) {
@@ -172,7 +180,8 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     return true;
 }
 
-// Hands the line's counters to the instances. False if the design and the run differ about shared counters.
+// Hands the line's counters to the instances. False if the design and the run differ about shared counters,
+// which is found at the first such instance: those before it have taken the line. No report is written then.
 bool MonitorReader::update_instances(const LineTarget& target, SharedCounterTypes type) {
     for (TlyModuleInst* inst : *target.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
@@ -196,11 +205,12 @@ bool MonitorReader::update_instances(const LineTarget& target, SharedCounterType
     return true;
 }
 
+// The pseudo-kernel is neither written nor warned of, whether a line named it or not.
 void MonitorReader::finish() {
     decode_all();
     for (const auto& [name, kernel] : m_model.kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            write_invocation(*kernel, m_nodes, false, m_model.ext_mems);
+            close_invocation(*kernel, m_nodes, false, m_model.ext_mems);
         else
             diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
                      kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
@@ -209,13 +219,15 @@ void MonitorReader::finish() {
 
 } // namespace
 
-void write_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels();
     sink.open({}, Form::object);
-    kernel.write_node(sink, reset, ext_mems);
+    write_kernel(sink, kernel, ext_mems);
     sink.close();
+    if (reset)
+        kernel.resetKernel();
 }
 
 StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const std::string& mon_path,

@@ -85,6 +85,7 @@ class ProfilerImport {
                           function.getFilename(), static_cast<int>(function.getLinenum()));
     }
 
+    // The field is taken first, also by a connection that turns out to have no counter.
     void add_connection(const ProfilerConfigConnection& connection) {
         const int offset = next_offset(connection);
         TlyModuleInst& inst = inst_of(connection);
@@ -105,6 +106,8 @@ class ProfilerImport {
         return entry->second;
     }
 
+    // The instance of a connection, made with its first one: instances without connections are not made, and
+    // those of a kernel are in the order of their first connections.
     TlyModuleInst& inst_of(const ProfilerConfigConnection& connection) {
         const ProfilerConfigModuleInst& described = *connection.getModuleInst();
         const std::string& function = connection.getFunction()->getName();
@@ -140,6 +143,7 @@ class ProfilerImport {
         return *inst.release(); // the model's now
     }
 
+    // A port that shares a counter has the field of that counter, which must have come before it.
     static void add_port_tag(TlyModuleInst& inst, const ProfilerConfigConnection& connection, int offset) {
         const std::string& tag = connection.getPort()->getTag();
         const int compute_unit = static_cast<int>(connection.getComputeUnit());
@@ -171,10 +175,11 @@ class ProfilerImport {
         }
     }
 
-    // Returns the number of fields that the kernel's counters take.
+    // Moves the kernel's counters, and returns the number of fields that they take. Counters that are shared
+    // take none, which only a design that was compiled with shared counters takes into account.
     static int shift_kernel(const TlyKernel& kernel, int delta) {
         int num_fields = 0;
-        for (TlyModuleInst* inst : kernel.module_insts()) {
+        for (TlyModuleInst* inst : kernel.get_module_insts()) {
             inst->updateAutorunOffsets(delta);
             num_fields += inst->getNTags();
             if (inst->compiledSharedCounters())

@@ -10,7 +10,9 @@
 
 namespace {
 
-// A model of a caller's containers, which are the caller's again afterwards, also after an exception.
+// A model of a caller's containers, which are the caller's again afterwards, also after an exception. They
+// are exchanged, not copied: the caller's kernels and memories must not be deleted with the model, and a map
+// that is exchanged keeps its order.
 class CallersModel {
   public:
     CallersModel(ProfileModel::Kernels* kernels, ProfileModel::OriginalNames* original_names,
@@ -97,6 +99,6 @@ int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree
 int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
                    std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     TreeNodes nodes(*tree);
-    write_invocation(*kernel, nodes, reset, ext_mems);
+    close_invocation(*kernel, nodes, reset, ext_mems);
     return 1;
 }

@@ -1,61 +1,108 @@
-// The node of a kernel's invocation: the kernel, the module instances below it, and the external memories
-// that they used.
+// A kernel's node holds compute unit 0 only, as the reader keeps no counters of others.
+#include "kernel_node.h"
+
 #include "diagnostics.h"
-#include "tly_json.h"
-#include "tly_kernel.h"
+#include "ext_mem_node.h"
+#include "module_node.h"
+#include "source_node.h"
+#include "tly_constants.h"
 #include "tree_sink.h"
+
+namespace {
+
+// A port without reads and writes has no node, whatever its bursts.
+bool has_data(const TlyModuleInst& wrapper, const TlyExtMem& mem, int bank, int port) {
+    const std::string& name = mem.get_name();
+    return !wrapper.ext_mem_samples(EXT_MEM_READ, name, bank, port).empty() ||
+           !wrapper.ext_mem_samples(EXT_MEM_WRITE, name, bank, port).empty();
+}
+
+void write_ports(ReportSink& children, const TlyModuleInst& wrapper, const TlyExtMem& mem,
+                 const SampleList<long long>& sample_cycles) {
+    for (int bank = 0; bank < mem.get_num_interfaces(); ++bank) {
+        for (int port = 0; port < mem.get_interface_nports(bank); ++port) {
+            if (!has_data(wrapper, mem, bank, port))
+                continue;
+            children.open({}, Form::object);
+            write_ext_mem(children, wrapper, sample_cycles, mem, static_cast<unsigned long>(bank),
+                          static_cast<unsigned long>(port));
+            children.close();
+        }
+    }
+}
+
+void write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
+                    const SampleList<long long>& sample_cycles,
+                    const std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+    for (const std::string& name : wrapper.getExtMemNames()) {
+        const auto found = ext_mems.find(name);
+        if (found == ext_mems.end())
+            diagnose("Warning: external memory from kernel does not match external memory from board.\n");
+        else
+            write_ports(children, wrapper, *found->second, sample_cycles);
+    }
+}
+
+} // namespace
+
+void write_invocation(ReportSink& node, const KernelInvocation& invocation) {
+    const SampleList<long long>& timestamps = invocation.sample_timestamps;
+    node.text("type", "kernel");
+    node.text("name", invocation.name);
+    node.number("compute_unit", invocation.compute_unit);
+    node.open("sourcefile", Form::object);
+    write_source(node, invocation.sourcefile.c_str(), static_cast<int>(invocation.line));
+    node.close();
+    node.samples("device_ids", invocation.device_ids);
+    node.samples("command_queue_id", invocation.command_queues);
+    node.number("start_time", invocation.start_time);
+    if (!timestamps.empty())
+        node.number("end_time", timestamps.back());
+    node.number("num_samples", timestamps.size());
+    node.number("shared_counter_run_type", static_cast<int>(invocation.shared_type));
+    node.samples("sample_timestamps", timestamps);
+    node.samples("total_cycles_between_samples", invocation.total_cycles);
+    node.boolean("is_autorun", invocation.is_autorun);
+}
+
+// The instance of the function itself counts the clock of the kernel, and has no node.
+void write_kernel(ReportSink& node, const TlyKernel& kernel,
+                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+    const std::string& name = kernel.get_name();
+    const std::string& display_name = kernel.get_user_friendly_name();
+    const std::string& sourcefile = kernel.get_filename();
+    const SampleList<long long>& sample_cycles = kernel.sample_totalcycles();
+    write_invocation(node, {.name = display_name.empty() ? name : display_name,
+                            .sourcefile = sourcefile,
+                            .line = static_cast<unsigned int>(kernel.get_line_num()),
+                            .device_ids = kernel.device_ids(),
+                            .compute_unit = 0,
+                            .command_queues = kernel.command_queues(),
+                            .start_time = kernel.get_start_time(),
+                            .sample_timestamps = kernel.sample_timestamps(),
+                            .total_cycles = sample_cycles,
+                            .is_autorun = kernel.is_autorun_kernel(),
+                            .shared_type = kernel.get_shared_run_type()});
+    const std::string function_inst = name + function_inst_suffix;
+    const std::string wrapper_inst = name + wrapper_inst_suffix;
+    node.open("children", Form::array);
+    for (const TlyModuleInst* inst : kernel.get_module_insts()) {
+        if (inst->getName() == wrapper_inst) {
+            write_ext_mems(node, *inst, sample_cycles, ext_mems);
+        } else if (inst->getName() != function_inst) {
+            node.open({}, Form::object);
+            write_module(node, *inst, sample_cycles);
+            node.close();
+        }
+    }
+    node.close();
+}
 
 ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     ptree node;
     TreeSink sink(node);
-    write_node(sink, reset, ext_mems);
-    return node;
-}
-
-void TlyKernel::write_node(ReportSink& node, bool reset,
-                           std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
-    const std::string& display_name = m_user_friendly_name.empty() ? m_name : m_user_friendly_name;
-    write_kernel(node, display_name, m_filename, static_cast<unsigned int>(m_line_num), m_device_ids, 0,
-                 m_command_queues, m_start_time, m_sample_timestamps, m_sample_totalcycles, m_autorun,
-                 m_shared_run_type);
-    const std::string function_inst = m_name + function_inst_suffix;
-    const std::string wrapper_inst = m_name + wrapper_inst_suffix;
-    node.open("children", Form::array);
-    for (const TlyModuleInst* inst : m_module_insts) {
-        if (inst->getName() == function_inst)
-            continue;
-        if (inst->getName() == wrapper_inst) {
-            write_ext_mems(node, *inst, ext_mems);
-            continue;
-        }
-        node.open({}, Form::object);
-        write_module(node, *inst, m_sample_totalcycles);
-        node.close();
-    }
-    node.close();
+    write_kernel(sink, *this, ext_mems);
     if (reset)
         resetKernel();
-}
-
-void TlyKernel::write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
-                               const std::unordered_map<std::string, TlyExtMem*>& ext_mems) const {
-    for (const std::string& name : wrapper.getExtMemNames()) {
-        const auto found = ext_mems.find(name);
-        if (found == ext_mems.end()) {
-            diagnose("Warning: external memory from kernel does not match external memory from board.\n");
-            continue;
-        }
-        const TlyExtMem& mem = *found->second;
-        for (int i = 0; i < mem.get_num_interfaces(); ++i) {
-            for (int port = 0; port < mem.get_interface_nports(i); ++port) {
-                if (wrapper.ext_mem_samples(EXT_MEM_READ, mem.get_name(), i, port).empty() &&
-                    wrapper.ext_mem_samples(EXT_MEM_WRITE, mem.get_name(), i, port).empty())
-                    continue;
-                children.open({}, Form::object);
-                write_ext_mem(children, wrapper, m_sample_totalcycles, mem, static_cast<unsigned long>(i),
-                              static_cast<unsigned long>(port));
-                children.close();
-            }
-        }
-    }
+    return node;
 }

@@ -1,11 +1,17 @@
+// Which keys a node has depends on what the instance is: docs/report.md lists them.
+//
+// What must hold: the lists of one instance may differ in length. A metric has as many values as the shortest
+// of the lists that set its length; others read as zeros past their end. Metrics go over lists by cursors,
+// which read blocks of values: an index would look for each value whether the list stores it.
+#include "module_node.h"
+
 #include <algorithm>
 
 #include "derived_samples.h"
 #include "diagnostics.h"
 #include "number_text.h"
 #include "report_formulas.h"
-#include "tly_json.h"
-#include "tree_sink.h"
+#include "source_node.h"
 
 namespace {
 
@@ -29,12 +35,10 @@ const Samples& requests_of(const TlyModuleInst& inst) {
 }
 
 void write_location(ReportSink& node, const TlyModuleInst& inst, int i) {
-    node.text("filename", inst.getFileName(i).c_str());
-    node.number("line", inst.getLine(i));
-    node.number("column_num", inst.getColNum(i));
+    write_source(node, inst.getFileName(i).c_str(), inst.getLine(i), inst.getColNum(i));
 }
 
-// Tells the call chains of the instance's flat list, where each location is followed by its call sites, the
+// Writes the call chains of the instance's flat list, where each location is followed by its call sites, the
 // innermost first. The walk goes backwards, so the entries come in reverse order of the debug records.
 void write_sources(ReportSink& node, const TlyModuleInst& inst) {
     node.open("sourcefiles", Form::array);
@@ -69,9 +73,8 @@ void write_channel_depth(ReportSink& details, const TlyModuleInst& inst) {
         const Samples& requests = requests_of(inst);
         if (fills.size() != stalls.size() || fills.size() != requests.size())
             diagnose(
-                "Warning: numbers of fifo size counts, channel stall counts, and request or invalid counts "
-                "do "
-                "not match.\n");
+                "Warning: numbers of fifo size counts, channel stall counts, "
+                "and request or invalid counts do not match.\n");
         DerivedSamples depths;
         SampleCursor<long long> fill(fills);
         SampleCursor<long long> request(requests);
@@ -160,8 +163,8 @@ DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
     const Samples& bursts = inst.samples(Counter::nbursts);
     if (words.size() != bursts.size())
         diagnose(
-            "Warning: Number of Total burst word samples does not match number of n bursts. May result in "
-            "incorrect average burst size data\n");
+            "Warning: Number of Total burst word samples does not match number of n bursts. "
+            "May result in incorrect average burst size data\n");
     DerivedSamples averages;
     SampleCursor<long long> word(words);
     SampleCursor<long long> burst(bursts);
@@ -218,11 +221,4 @@ void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sa
     node.open("module_inst_details", Form::object);
     write_details(node, inst, sample_cycles);
     node.close();
-}
-
-ptree getModuleJSON(TlyModuleInst* inst, const Samples& sample_cycles) {
-    ptree node;
-    TreeSink sink(node);
-    write_module(sink, *inst, sample_cycles);
-    return node;
 }

@@ -12,21 +12,13 @@ ptree createJSONArray(const std::vector<T>& values) {
     return packed_array(SampleList<T>(values));
 }
 
+// The types of numbers that a report has.
 template ptree packed_array(SampleList<int>);
 template ptree packed_array(SampleList<long long>);
 template ptree packed_array(SampleList<float>);
 template ptree createJSONArray(const std::vector<int>&);
 template ptree createJSONArray(const std::vector<long long>&);
 template ptree createJSONArray(const std::vector<float>&);
-
-ptree getSourceJSON(const char* filename, int line, int column, bool has_column) {
-    ptree node;
-    append_text(node, "filename", filename);
-    append_text(node, "line", report_text(line));
-    if (has_column)
-        append_text(node, "column_num", report_text(column));
-    return node;
-}
 
 ptree& append_text(ptree& node, std::string_view key, std::string text) {
     ptree& child = node.push_back({std::string(key), ptree()})->second;

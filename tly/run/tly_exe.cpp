@@ -2,6 +2,7 @@
 
 #include "board_import.h"
 #include "diagnostics.h"
+#include "document.h"
 #include "monitor_reader.h"
 #include "package_sections.h"
 #include "profiler_import.h"
@@ -22,28 +23,16 @@ int refuse(const std::string& reason) {
     return 0;
 }
 
-// The document that every run starts from.
-void seed_document(ptree& tree) {
-    append_text(tree, "json_type", "Corvane Profiler JSON");
-    append_text(append_text(tree, "versions", ""), "profiler_json_version", tly_version);
-    for (const char* list : {"kernels", "boards", "memtransfers", "channels"})
-        append_text(append_text(tree, list, ""), "nodes", "");
-    ptree& run_nodes = append_text(append_text(tree, "run_info", ""), "nodes", "");
-    append_text(append_text(run_nodes, "", ""), "type", "runinfo");
-}
-
 // All that lives as long as a run, and what a run has to free.
 struct Run {
-    Run(const char* zanx_path, const char* mon_path) : package(zanx_path), mon_path(mon_path) {
-        seed_document(tree);
-    }
+    Run(const char* zanx_path, const char* mon_path) : package(zanx_path), mon_path(mon_path) {}
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
     ~Run() { dismantle(tree); } // call chains may be deeper than the stack
 
     Package package;
     const char* mon_path;
-    ptree tree;
+    ptree tree = empty_document();
     ProfileModel model;
 };
 

@@ -76,7 +76,7 @@ bool make_section(zan_pkg_file* pkg, const char* name, const void* bytes, std::s
         return false;
     }
     describe_bytes(data, bytes_of(bytes, size), size);
-    pkg->dirty = true;
+    pkg->dirty = true; // also if a later step fails, since the section stays
 
     Elf32_Shdr* shdr = elf32_getshdr(section);
     if (!shdr)

@@ -36,6 +36,7 @@ void report_elf_failure(const zan_pkg_file* pkg, const char* function) {
 }
 
 Elf_Data* name_table(const zan_pkg_file* pkg) {
+    // By the library's function: an index that doesn't fit the file's header stands in section 0.
     std::size_t index = 0;
     Elf_Scn* section = elf_getshdrstrndx(pkg->elf, &index) == 0 ? elf_getscn(pkg->elf, index) : nullptr;
     Elf_Data* data = section ? elf_getdata(section, nullptr) : nullptr;
@@ -115,12 +116,13 @@ Elf_Scn* new_section(zan_pkg_file* pkg) {
     return nullptr;
 }
 
+// A section of type SHT_NOBITS claims a size and has no bytes in the file.
 bool has_bytes(const Elf_Data* data) {
     return data->d_size == 0 || data->d_buf != nullptr;
 }
 
 void describe_bytes(Elf_Data* data, void* bytes, std::size_t size) {
-    constexpr std::size_t alignment = 128;
+    constexpr std::size_t alignment = 128; // part of the format: readers find sections at multiples of it
     data->d_buf = bytes;
     data->d_size = size;
     data->d_type = ELF_T_BYTE;
@@ -136,7 +138,7 @@ void* allocate_block(zan_pkg_file* pkg, std::size_t size) {
         std::fprintf(stderr, "Could not allocated %zu bytes of memory\n", size_with_link);
         return nullptr;
     }
-    *block = pkg->allocated_blocks;
+    *block = pkg->allocated_blocks; // a list through the first words, as the handle is plain data
     pkg->allocated_blocks = block;
     return block + 1;
 }

@@ -52,6 +52,8 @@ bool check_mode(const char* filename, int mode) {
 bool start_elf_library(int mode) {
     if (elf_version(EV_CURRENT) != EV_NONE)
         return true;
+    // Here, and for elf_begin, elf_newehdr and elf_memory, the library is asked for the text of the system's
+    // errno, for which it may have none. Callers know the messages like this.
     refuse(mode, "elf_version failed: %s\n", elf_message(errno));
     return false;
 }
@@ -60,6 +62,7 @@ int open_descriptor(const char* filename, int mode) {
     if (mode & ZAN_PKG_READ)
         return ::open(filename, O_RDONLY | O_CLOEXEC, 0);
     const int creation = (mode & ZAN_PKG_CREATE) ? O_CREAT : 0;
+    // Without O_TRUNC: the library sets the file's size when it writes.
     return ::open(filename, O_RDWR | O_CLOEXEC | creation, 0666);
 }
 
@@ -87,7 +90,7 @@ zan_pkg_file* discard(zan_pkg_file* pkg, void* own_table = nullptr) {
 
 // Puts a copy of the name table in place of the library's own, so that it can grow by realloc().
 zan_pkg_file* prepare_for_writing(zan_pkg_file* pkg, Elf_Data* data) {
-    if (data->d_size == 0)
+    if (data->d_size == 0) // malloc(0) may return null, and an empty table has no name to begin with
         return discard(pkg);
     void* copy = std::malloc(data->d_size);
     if (!copy) {
@@ -114,7 +117,6 @@ bool make_header(zan_pkg_file* pkg) {
 // Makes the section of section names, which holds its own name; null on failure. `*bytes` is its new storage,
 // also on failure.
 Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
-    constexpr char own_name[] = ".shstrtab";
     Elf_Scn* section = new_section(pkg);
     if (!section)
         return nullptr;
@@ -129,8 +131,9 @@ Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
                      static_cast<int>(new_table_capacity));
         return nullptr;
     }
-    std::memcpy(*bytes + 1, own_name, sizeof own_name); // after the NUL that is the empty name
-    describe_bytes(data, *bytes, 1 + sizeof own_name);
+    std::memcpy(*bytes + 1, name_table_section,
+                sizeof name_table_section); // after the NUL that is the empty name
+    describe_bytes(data, *bytes, 1 + sizeof name_table_section);
 
     Elf32_Shdr* header = elf32_getshdr(section);
     if (!header) {
@@ -168,6 +171,7 @@ zan_pkg_file* create_contents(zan_pkg_file* pkg) {
     Elf_Scn* table = make_header(pkg) ? make_name_table(pkg, &table_bytes) : nullptr;
     if (!table || !set_name_table_index(pkg, table))
         return discard(pkg, table_bytes);
+    // Its failure doesn't matter: a package without the nameless section is read and edited all the same.
     zan_pkg_add_data_section(pkg, "", empty_data_section_buf, sizeof empty_data_section_buf);
     pkg->dirty = true;
     return pkg;

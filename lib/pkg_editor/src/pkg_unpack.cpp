@@ -16,9 +16,9 @@ using namespace zan::pkg;
 namespace {
 
 // A file below this size goes through one buffer; a larger one through a block of its own size.
-constexpr std::size_t small_file_size = 65536;
+constexpr std::size_t buffered_file_size = 65536;
 // Target folder, slash and an entry's name, with the NUL.
-constexpr std::size_t max_path_length = 12288;
+constexpr std::size_t max_target_length = 12288;
 constexpr mode_t folder_permissions = 0755;
 
 // Results of the plain functions.
@@ -42,14 +42,14 @@ class Unpacker {
     const char* const m_caller;
     const std::size_t m_directory_length;
     std::string m_path; // the target folder with its slash, to which names of entries are added
-    const std::unique_ptr<char[]> m_small_file{new char[small_file_size]};
+    const std::unique_ptr<char[]> m_small_file{new char[buffered_file_size]};
 };
 
 Unpacker::Unpacker(StreamReader& reader, const char* caller, const char* directory)
     : m_reader(reader),
       m_caller(caller),
       m_directory_length(std::strlen(directory)),
-      m_path(directory, std::min(m_directory_length, max_path_length - 1)) {
+      m_path(directory, std::min(m_directory_length, max_target_length - 1)) {
 }
 
 Result Unpacker::fail(const char* format, ...) const {
@@ -65,7 +65,7 @@ Result Unpacker::run() {
     if (!m_reader.start())
         return fail("Unable to initialize zlib for reading from buffer\n");
     ::mkdir(m_path.c_str(), folder_permissions); // one that exists is fine; without one no file can be made
-    if (m_path.size() + 1 < max_path_length)
+    if (m_path.size() + 1 < max_target_length)
         m_path += '/';
     for (;;) {
         switch (m_reader.next()) {
@@ -87,9 +87,9 @@ Result Unpacker::run() {
 }
 
 Result Unpacker::write_entry() {
-    if (m_directory_length + 2 > max_path_length)
+    if (m_directory_length + 2 > max_target_length)
         return fail("Directory name too long\n");
-    const std::string path = (m_path + m_reader.name()).substr(0, max_path_length - 1);
+    const std::string path = (m_path + m_reader.name()).substr(0, max_target_length - 1);
     if (m_reader.header().type != record_directory)
         return write_file(path.c_str());
     ::mkdir(path.c_str(), folder_permissions);
@@ -100,7 +100,7 @@ Result Unpacker::write_file(const char* path) {
     std::FILE* const file = std::fopen(path, "wb");
     if (!file)
         return fail("Unable to open %s for writing: %s\n", path, std::strerror(errno));
-    std::setvbuf(file, nullptr, _IONBF, 0); // a write that fails in fclose() would go unnoticed
+    std::setvbuf(file, nullptr, _IONBF, 0); // or a small file on a full disk would be lost in fclose()
     const Result result = m_reader.header().size == 0 ? done : write_data(path, file);
     std::fclose(file);
     return result;
@@ -108,8 +108,8 @@ Result Unpacker::write_file(const char* path) {
 
 Result Unpacker::write_data(const char* path, std::FILE* file) {
     const std::size_t size = m_reader.header().size;
-    void* const block = size < small_file_size ? nullptr : std::malloc(size);
-    if (size >= small_file_size && !block) {
+    void* const block = size < buffered_file_size ? nullptr : std::malloc(size);
+    if (size >= buffered_file_size && !block) {
         fail("Failed to allocate buffer to write %s: %s\n", path, std::strerror(errno));
         return no_memory_for_file;
     }

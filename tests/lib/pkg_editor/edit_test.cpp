@@ -267,7 +267,7 @@ TEST_F(EditTest, AFileLargerThanMemoryIsReported) {
     if (size != std::numeric_limits<off_t>::max())
         return;
     const Package pkg = open(create_mode);
-    // A sanitizer's allocator says something of its own first.
+    // A sanitizer's allocator prints a warning first.
     EXPECT_THAT(stderr_of([&] { EXPECT_EQ(zan_pkg_add_data_section_from_file(pkg.get(), "a", "/"), 0); }),
                 testing::EndsWith("Could not allocated 9223372036854775815 bytes of memory\n"));
     EXPECT_EQ(names(pkg.get()), "");

@@ -119,7 +119,7 @@ TEST_F(OpenTest, ClosingReturnsWhetherTheFileWasClosed) {
     EXPECT_EQ(zan_pkg_close_file(pkg), 1);
 }
 
-// The handle's descriptor is closed without the handle.
+// The test closes the handle's descriptor itself.
 TEST_F(OpenTest, AFailedCloseIsReportedAndIsTheResult) {
     zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), create_mode | show_error);
     int result = -1;
@@ -160,7 +160,7 @@ TEST_F(OpenTest, ShowModesCanBeChanged) {
     const Package pkg = open(ZAN_PKG_READ);
     const auto message = [&] { return stderr_of([&] { zan_pkg_update_section(pkg.get(), "a", "", 0); }); };
     EXPECT_EQ(message(), "");
-    zan_pkg_set_show_mode(pkg.get(), show_error | ZAN_PKG_READ_WRITE); // access bits count for nothing here
+    zan_pkg_set_show_mode(pkg.get(), show_error | ZAN_PKG_READ_WRITE); // access bits have no effect here
     EXPECT_EQ(message(), "Cannot add section to read-only binary\n");
     zan_pkg_set_show_mode(pkg.get(), 0);
     EXPECT_EQ(message(), "");
@@ -169,7 +169,7 @@ TEST_F(OpenTest, ShowModesCanBeChanged) {
 
 TEST_F(OpenTest, AHandleMayBeFreedAfterReading) {
     make({{"a", "1"}});
-    // Run in a process of its own, because the handle's descriptors leak, as they are meant to.
+    // In a process of its own, as the handles' descriptors leak here on purpose.
     EXPECT_EXIT(
         {
             zan_pkg_file* pkg = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ);

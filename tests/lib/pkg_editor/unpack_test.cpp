@@ -174,7 +174,7 @@ TEST_F(Unpack, AnyOtherTypeIsAFile) {
     }
 }
 
-// A folder has no bytes, so those that its size promises are taken for the next record.
+// A folder has no bytes: those that its size claims are read as the next record.
 TEST_F(Unpack, ASizeOfAFolderDoesNotCount) {
     expect_both(
         deflated(with_header({stream_magic, folder_type, 7, 2, 99}, std::string("d\0", 2)) + end_record), 1,
@@ -216,7 +216,7 @@ TEST_F(Unpack, ANameOfTheBuffersLengthIsRead) {
     expect_both(stream_of({{folder_type, 0, name, ""}}), 1, ""); // a folder that can't be made isn't reported
 }
 
-// What comes of a stream of which no more than `left` bytes of its contents are there.
+// The message for a stream of which only `left` bytes of the contents are there.
 std::string fault_of_cut(const std::vector<Record>& records, std::size_t left) {
     std::size_t begin = 0;
     for (const Record& record : records) {

@@ -4,7 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <sstream>
+
+#include "written_report.h"
 
 #include "report_tree.h"
 #include "tree_sink.h"
@@ -69,12 +70,6 @@ class RandomNodes {
 
     std::mt19937_64 m_random;
 };
-
-std::string written(const ptree& tree) {
-    std::ostringstream stream;
-    write_report(stream, tree);
-    return stream.str();
-}
 
 struct Trees {
     ptree plain;

@@ -8,8 +8,6 @@
 
 namespace {
 
-using Plain = boost::property_tree::ptree;
-
 std::vector<std::string> texts_of(const ptree& array) {
     std::vector<std::string> texts;
     for (const auto& [key, element] : expanded(array)) {
@@ -22,7 +20,7 @@ std::vector<std::string> texts_of(const ptree& array) {
 
 using Texts = std::vector<std::string>;
 
-TEST(ReportTree, PutGivesEachTypeItsWrittenForm) {
+TEST(ReportTree, PutWritesEachTypeInItsForm) {
     ptree node;
     node.put("text", std::string("kernel"));
     node.put("literal", "runinfo");
@@ -114,27 +112,12 @@ TEST(ReportTree, APackedArrayReadsAsAnEmptyText) {
     EXPECT_FALSE(node.get_optional<int>("samples"));
 }
 
-TEST(ReportTree, ElementsPushedBehindPackedOnesExtendTheArray) {
+TEST(ReportTree, ElementsAfterPackedOnesExtendTheArray) {
     ptree node = createJSONArray(std::vector<int>{1, 2});
     ptree third;
     third.put("", 3);
     node.push_back({"", third});
     EXPECT_EQ(texts_of(node), (Texts{"1", "2", "3"}));
-}
-
-TEST(ReportTree, SourceLocationHasAColumnOnlyIfAsked) {
-    const Plain with = expanded(getSourceJSON("/a/b.cl", 7, 3, true));
-    ASSERT_EQ(with.size(), 3u);
-    EXPECT_EQ(with.front().first, "filename");
-    EXPECT_EQ(with.get<std::string>("filename"), "/a/b.cl");
-    EXPECT_EQ(with.get<std::string>("line"), "7");
-    EXPECT_EQ(with.back().first, "column_num");
-    EXPECT_EQ(with.back().second.data(), "3");
-
-    const Plain without = expanded(getSourceJSON("", 0, -1, false));
-    ASSERT_EQ(without.size(), 2u);
-    EXPECT_EQ(without.get<std::string>("filename"), "");
-    EXPECT_EQ(without.get<std::string>("line"), "0");
 }
 
 TEST(ReportTree, AppendedNodesAreMovedNotCopied) {

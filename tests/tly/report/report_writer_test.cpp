@@ -15,22 +15,17 @@
 #include "slow_report.h"
 #include "temp_dir.h"
 #include "whole_file.h"
+#include "written_report.h"
 
 namespace {
 
 using boost::property_tree::json_parser_error;
 
-std::string written(const ptree& tree) {
-    std::ostringstream stream;
-    write_report(stream, tree);
-    return stream.str();
-}
-
 TEST(ReportWriter, AnEmptyTreeIsAnEmptyObject) {
     EXPECT_EQ(written(ptree()), "{\n}\n");
 }
 
-TEST(ReportWriter, TextsStandBehindTheirKeyAndNodesUnderIt) {
+TEST(ReportWriter, TextsStandBesideTheirKeyAndNodesBelowIt) {
     ptree tree;
     tree.put("json_type", "Corvane Profiler JSON");
     tree.put("versions.zanx_version", "1.0");

@@ -98,6 +98,6 @@ const inline Outcome silent_success = {"", "", "0"};
 inline Outcome trouble(const std::string& text) {
     return {"", "zanl-profile: " + text + "\n", "2"};
 }
-inline Outcome says_no(const std::string& text) {
+inline Outcome not_found(const std::string& text) {
     return {"", "zanl-profile: " + text + "\n", "1"};
 }

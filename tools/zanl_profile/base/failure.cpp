@@ -16,6 +16,7 @@ std::string in_quotes(const std::string& text) {
 }
 
 std::string printable(const std::string& text) {
+    // Bytes from 0x80 on are left alone, as names are usually UTF-8.
     constexpr unsigned char first_printable = 0x20, del = 0x7F;
     std::string shown;
     for (const char c : text) {

@@ -26,6 +26,7 @@ std::string json_text(const Listing& listing) {
             std::visit([&](const auto& value) { row[listing.columns[i]] = value; }, cells[i]);
         rows.push_back(std::move(row));
     }
+    // Names of sections may be any bytes, and JSON is UTF-8: what isn't is replaced, not refused.
     const Json document = {{listing.subject_key, listing.subject}, {listing.rows_key, std::move(rows)}};
     return document.dump(json_indent, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -44,7 +45,7 @@ std::string heading(std::string key) {
 // A column's lines, the heading first, each as wide as the widest.
 std::vector<std::string> column_lines(const Listing& listing, std::size_t column) {
     std::vector<std::string> lines = {heading(listing.columns[column])};
-    bool is_number = false;
+    bool is_number = false; // of all cells alike
     for (const auto& row : listing.rows) {
         is_number = std::holds_alternative<std::uint64_t>(row[column]);
         lines.push_back(shown(row[column]));
@@ -78,7 +79,7 @@ std::string table_text(const Listing& listing) {
 
 void print(const Listing& listing, bool as_json) {
     const std::string text = as_json ? json_text(listing) : table_text(listing);
-    write_all(STDOUT_FILENO, text.data(), text.size(), "standard output");
+    write_all(STDOUT_FILENO, text.data(), text.size(), standard_output);
 }
 
 } // namespace zan::tool

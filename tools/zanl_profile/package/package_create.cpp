@@ -37,7 +37,7 @@ std::vector<fs::path> sample_files(const fs::path& sample) {
         throw Failure("can't read the folder " + in_quotes(folder) + ": " + error.message());
     if (files.empty())
         throw Failure("there is no section in " + in_quotes(folder));
-    std::ranges::sort(files);
+    std::ranges::sort(files); // the system lists them in any order
     return files;
 }
 

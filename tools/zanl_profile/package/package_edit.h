@@ -7,26 +7,25 @@
 
 namespace zan::tool {
 
-// A package that is being made or changed. It is a copy, which takes its place when all has gone well.
+// A package that is being made or changed: a copy, which takes the place of the package when all went well.
 class PackageEdit {
   public:
-    // Begins a new package, in place of a file that may be there.
+    // Begins a new package. A file of its name is replaced.
     static PackageEdit create(const std::string& path);
     // Begins to change a package that exists. Throws Failure if it can't be opened or is no package.
     static PackageEdit change(const std::string& path);
 
-    bool has(const std::string& name) const;
-    // Adds a section, or replaces the contents of one. Throws Failure for a name that is taken, or isn't
-    // there.
+    // Adds a section, or replaces the contents of one. Throws Failure for a name that is taken, or missing.
     void add(const std::string& name, FileBytes bytes);
     void update(const std::string& name, FileBytes bytes);
     // Adds the section, or replaces its contents if it is there.
     void put(const std::string& name, FileBytes bytes);
-    // Writes the package and puts it in its place. Throws Failure; the file is as it was then.
+    // Writes the package and puts it in its place. Throws Failure, and then the old file is as it was.
     void commit();
 
   private:
     explicit PackageEdit(const std::string& path);
+    bool has(const std::string& name) const;
     void take(zan_pkg_file* package);
     void check_name(const std::string& name) const;
     void count(const std::string& name, std::size_t old_size, std::size_t new_size);
@@ -37,7 +36,7 @@ class PackageEdit {
     PackageHandle m_handle;
     std::unordered_map<std::string, std::size_t> m_sizes; // of all sections, as they are to be
     std::vector<FileBytes> m_bytes;                       // live until the package is written
-    std::uint64_t m_file_size = 0;                        // no less than the file is going to have
+    std::uint64_t m_file_size = 0;                        // an upper limit of what the file will have
 };
 
 } // namespace zan::tool

@@ -25,6 +25,7 @@ void extract_sections(const ExtractOptions& options) {
     std::filesystem::create_directories(options.folder, error);
     if (error)
         throw Failure("can't make the folder " + in_quotes(options.folder) + ": " + error.message());
+    // Each file is whole or not there; a failure leaves those that came before it.
     FileNames names;
     for (const SectionInfo* section : sections) {
         const std::string path = options.folder + "/" + names.next(section->name);

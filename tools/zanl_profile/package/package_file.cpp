@@ -15,6 +15,7 @@ std::string quoted_section(const std::string& section, const std::string& packag
 
 PackageFile::PackageFile(std::string path, std::string name)
     : m_path(std::move(path)), m_name(std::move(name)) {
+    // The library leaves errno as it was where the file itself is at fault, which is another message.
     errno = 0;
     m_handle.reset(zan_pkg_open_file(m_path.c_str(), ZAN_PKG_READ));
     if (!m_handle)
@@ -28,15 +29,9 @@ PackageFile::PackageFile(std::string path, std::string name)
     m_sections = zan::pkg::list_sections(m_handle.get());
 }
 
-const SectionInfo* PackageFile::find(const std::string& name) const {
-    const auto found =
-        std::ranges::find_if(m_sections, [&](const SectionInfo& section) { return section.name == name; });
-    return found == m_sections.end() ? nullptr : &*found;
-}
-
 const SectionInfo& PackageFile::section(const std::string& name) const {
-    const SectionInfo* const found = find(name);
-    if (!found)
+    const auto found = std::ranges::find(m_sections, name, &SectionInfo::name);
+    if (found == m_sections.end())
         throw Failure(in_quotes(m_name) + " has no section " + in_quotes(name), status_no);
     return *found;
 }
@@ -53,6 +48,7 @@ std::vector<const SectionInfo*> PackageFile::sections_named(const std::vector<st
     return found;
 }
 
+// Reads from the file itself: the library would keep a copy of each section's bytes until it is closed.
 FileBytes PackageFile::bytes(const SectionInfo& section) const {
     check_in_file(section);
     return first_bytes(section, section.size);

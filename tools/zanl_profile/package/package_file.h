@@ -34,9 +34,7 @@ class PackageFile {
     PackageFile(std::string path, std::string name);
 
     const std::vector<SectionInfo>& sections() const { return m_sections; }
-    // The first section of that name, or null.
-    const SectionInfo* find(const std::string& name) const;
-    // The same; throws Failure with status_no if there is none.
+    // The first section of that name. Throws Failure with status_no if there is none.
     const SectionInfo& section(const std::string& name) const;
     // The sections of these names; without names, all of them. Throws Failure
     // for one that is missing, or not all in the file.

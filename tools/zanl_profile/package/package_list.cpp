@@ -24,6 +24,7 @@ SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
     const SectionKind kind = kind_of_name(section.name);
     if (!kind.meaning.empty())
         return kind;
+    // Only sections that nothing else is known of are looked into, and only at their first bytes.
     const FileBytes beginning = package.first_bytes(section, stream_beginning);
     return begins_stream(beginning.data(), beginning.size()) ? stream_kind : kind;
 }

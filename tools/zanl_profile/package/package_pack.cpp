@@ -62,6 +62,7 @@ class PlannedStream {
         const Descriptor file(::open(entry.path.c_str(), O_RDONLY | O_CLOEXEC));
         if (file.get() < 0)
             throw system_failure("can't open " + in_quotes(entry.path));
+        // As many bytes as the entry's header says. A file that has grown since it was planned is cut.
         for (std::size_t done = 0; done < entry.size;) {
             const ssize_t got = ::read(file.get(), m_piece.get(), std::min(io_piece, entry.size - done));
             if (got < 0 && errno == EINTR)
@@ -83,7 +84,7 @@ class PlannedStream {
 
 // A C stream for an open file, which stays open when the stream is closed.
 FileStream stream_for(int fd) {
-    const int copy = ::dup(fd);
+    const int copy = ::dup(fd); // which fclose() closes
     FileStream stream(copy < 0 ? nullptr : ::fdopen(copy, "wb"));
     if (!stream && copy >= 0)
         ::close(copy);
@@ -124,7 +125,7 @@ void pack_into_special_file(const std::string& name, const std::vector<PlannedEn
 void pack_into_file(const std::string& name, const std::vector<PlannedEntry>& plan) {
     UnfinishedFile output(name);
     pack_into_open_file(output.fd(), name, plan);
-    output.sync();
+    output.sync(); // or a crash of the system after commit() could leave an empty file
     output.commit();
 }
 
@@ -140,7 +141,7 @@ void pack_stream(const PackOptions& options) {
     if (place)
         pack_into_section(*place, plan);
     else if (is_stdout)
-        pack_into_open_file(STDOUT_FILENO, "standard output", plan);
+        pack_into_open_file(STDOUT_FILENO, standard_output, plan);
     else if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status))
         pack_into_special_file(options.output, plan);
     else

@@ -2,9 +2,7 @@
 #include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -12,19 +10,15 @@
 #include "failure.h"
 #include "files.h"
 #include "listing.h"
-#include "package_arguments.h"
 #include "package_commands.h"
-#include "package_file.h"
-#include "pkg_stream.h"
 #include "staged_folder.h"
+#include "stream_entries.h"
 
 namespace zan::tool {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-using zan::pkg::StreamReader;
 
 struct UnpackOptions {
     std::string stream; // a file, "-", or PACKAGE:SECTION
@@ -34,95 +28,7 @@ struct UnpackOptions {
     bool json = false; // of the dry run
 };
 
-// Where a stream comes from: a file, standard input, or a section.
-class StreamSource {
-  public:
-    explicit StreamSource(const std::string& name) {
-        if (name == standard_stream) {
-            m_file = stdin;
-        } else if (const auto place = parse_section_place(name)) {
-            const PackageFile package(place->package);
-            m_bytes = package.bytes(package.section(place->section));
-        } else {
-            m_opened.reset(std::fopen(name.c_str(), "rb"));
-            m_file = m_opened.get();
-            if (!m_file)
-                throw system_failure("can't open " + in_quotes(name));
-        }
-    }
-
-    std::unique_ptr<StreamReader> reader() const {
-        return m_file ? std::make_unique<StreamReader>(m_file)
-                      : std::make_unique<StreamReader>(m_bytes.data(), m_bytes.size());
-    }
-
-  private:
-    FileStream m_opened;
-    std::FILE* m_file = nullptr; // null for a section
-    FileBytes m_bytes;
-};
-
-// One entry after the other, with the bytes of files.
-class Entries {
-  public:
-    Entries(const StreamSource& source, std::string name)
-        : m_name(std::move(name)), m_reader(source.reader()) {
-        if (!m_reader->start())
-            throw Failure("there is no memory to unpack " + in_quotes(m_name));
-    }
-
-    // Goes on to the next entry; false at the end.
-    bool next() {
-        switch (m_reader->next()) {
-            case StreamReader::Next::entry:
-                return true;
-            case StreamReader::Next::end:
-                if (!m_reader->ends_well())
-                    fail("its end is damaged");
-                return false;
-            case StreamReader::Next::cut:
-                fail("it ends without an end record");
-            case StreamReader::Next::bad_header:
-                fail("it ends early, is damaged, or is no directory stream");
-            case StreamReader::Next::bad_magic:
-                fail("there is something else where an entry should begin");
-            case StreamReader::Next::bad_name:
-                fail("an entry has no name that can be read");
-        }
-        return false;
-    }
-
-    std::string name() const { return m_reader->name(); }
-    bool is_folder() const { return m_reader->header().type == zan::pkg::record_directory; }
-    std::uint32_t mode() const { return m_reader->header().mode; }
-    std::uint32_t size() const { return m_reader->header().size; }
-
-    // Calls `take(bytes, size)` for one piece of a file's bytes after the other.
-    template <typename Take>
-    void read_data(Take take) {
-        for (std::size_t left = is_folder() ? 0 : size(); left != 0;) {
-            const std::size_t count = std::min(left, io_piece);
-            if (!m_reader->read(m_piece.get(), count))
-                fail("it ends inside " + in_quotes(name()));
-            take(m_piece.get(), count);
-            left -= count;
-        }
-    }
-
-  private:
-    [[noreturn]] void fail(const std::string& reason) const {
-        errno = m_reader->system_error();
-        if (errno != 0)
-            throw system_failure("can't read " + in_quotes(m_name));
-        throw Failure("can't unpack " + in_quotes(m_name) + ": " + reason);
-    }
-
-    const std::string m_name;
-    const std::unique_ptr<StreamReader> m_reader;
-    const std::unique_ptr<char[]> m_piece{new char[io_piece]};
-};
-
-void check_name(TargetFolder& target, const Entries& entries) {
+void check_name(TargetFolder& target, const StreamEntries& entries) {
     const std::string name = entries.name();
     const std::string fault = name_fault(name);
     if (!fault.empty())
@@ -130,13 +36,13 @@ void check_name(TargetFolder& target, const Entries& entries) {
     target.check(name, entries.is_folder());
 }
 
-void list_entries(Entries& entries, const UnpackOptions& options) {
+void list_entries(StreamEntries& entries, const UnpackOptions& options) {
     TargetFolder target(options.folder);
     Listing listing{"stream", options.stream, "entries", {"type", "size", "path"}, {}};
     while (entries.next()) {
         if (!options.trust_names)
             check_name(target, entries);
-        entries.read_data([](const char*, std::size_t) {});
+        entries.read_data([](const char*, std::size_t) {}); // a dry run finds damaged streams, too
         listing.rows.push_back({std::string(entries.is_folder() ? "folder" : "file"),
                                 std::uint64_t{entries.is_folder() ? 0 : entries.size()},
                                 options.folder + "/" + entries.name()});
@@ -144,7 +50,9 @@ void list_entries(Entries& entries, const UnpackOptions& options) {
     print(listing, options.json);
 }
 
-void unpack_entries(Entries& entries, const std::string& folder) {
+void unpack_entries(StreamEntries& entries, const std::string& folder) {
+    // All names are checked and all bytes read before the first file reaches the folder, so that a stream
+    // with a fault leaves nothing.
     TargetFolder target(folder);
     StagedFolder staged(folder);
     while (entries.next()) {
@@ -202,7 +110,7 @@ void make_trusted_folder(const std::string& path) {
 
 // As the library does it: names are used as they are, and entries are written into the folder one by one. A
 // folder on the way to an entry is made only if it has an entry of its own.
-void unpack_trusted(Entries& entries, const std::string& folder) {
+void unpack_trusted(StreamEntries& entries, const std::string& folder) {
     make_trusted_folder(folder);
     while (entries.next()) {
         const std::string path = folder + "/" + entries.name();
@@ -217,8 +125,7 @@ void unpack_trusted(Entries& entries, const std::string& folder) {
 }
 
 void unpack_stream(const UnpackOptions& options) {
-    const StreamSource source(options.stream);
-    Entries entries(source, options.stream);
+    StreamEntries entries(options.stream);
     if (options.dry_run)
         list_entries(entries, options);
     else if (options.trust_names)

@@ -1,4 +1,4 @@
-// Making and changing packages: create, add, update, copy. Whatever goes wrong, the package is as it was.
+// Making and changing packages: create, add, update, copy. After any failure the package is as it was.
 #include <sys/stat.h>
 
 #include "toolbox_fixture.h"
@@ -94,7 +94,7 @@ TEST_F(PackageEdit, UpdateOfASectionThatIsNotThereIsANo) {
     make("p.zanx", {{"a", "1"}});
     const std::string before = read("p.zanx");
     EXPECT_EQ(run({"package", "update", "p.zanx", "a=/dev/null", "b=/dev/null"}),
-              says_no("'p.zanx' has no section 'b'"));
+              not_found("'p.zanx' has no section 'b'"));
     EXPECT_TRUE(read("p.zanx") == before);
 }
 
@@ -104,7 +104,7 @@ TEST_F(PackageEdit, CopyAddsOrReplacesSections) {
     EXPECT_EQ(run({"package", "copy", "a.zanx", "b.zanx", "three", "two"}), silent_success);
     EXPECT_EQ(sections("b.zanx"), (PackageSections{{"two", "22"}, {"four", "4444"}, {"three", "333"}}));
     EXPECT_EQ(run({"package", "copy", "a.zanx", "b.zanx", "one", "none"}),
-              says_no("'a.zanx' has no section 'none'"));
+              not_found("'a.zanx' has no section 'none'"));
     EXPECT_EQ(sections("b.zanx").size(), 3u);
     EXPECT_EQ(run({"package", "copy", "b.zanx", "b.zanx", "two"}), silent_success); // onto itself
     EXPECT_EQ(sections("b.zanx"), (PackageSections{{"two", "22"}, {"four", "4444"}, {"three", "333"}}));
@@ -199,8 +199,8 @@ class PackageFault : public Toolbox {
         write("f", std::string(3000, 'f'));
     }
 
-    // Calls `check(outcome, limit)` for each command and limit below the size that the package gets; both
-    // packages are as they were then.
+    // Calls `check(outcome, limit)` for each command and limit below the size that the package gets, after
+    // which both packages must be as they were.
     template <typename Check>
     void expect_untouched(const std::string& prefix, Check check) const {
         const std::string before = read("p.zanx");

@@ -141,7 +141,7 @@ TEST_F(PackageRead, OfTwoSectionsOfANameTheFirstIsMeant) {
 
 TEST_F(PackageRead, ASectionThatIsNotThereIsANo) {
     make("p.zanx", {{"a", "1"}});
-    const Outcome no = says_no("'p.zanx' has no section 'b'");
+    const Outcome no = not_found("'p.zanx' has no section 'b'");
     EXPECT_EQ(run({"package", "show", "p.zanx", "b"}), no);
     EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d", "a", "b"}), no);
     EXPECT_FALSE(exists("d"));

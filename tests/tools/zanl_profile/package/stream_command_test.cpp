@@ -78,7 +78,7 @@ TEST_F(StreamCommand, AStreamMayBeASection) {
     EXPECT_EQ(run({"package", "unpack", "p.zanx:tree:1", "-o", "trusted", "--trust-names"}), silent_success);
     EXPECT_TRUE(tree("trusted") == small_tree);
     EXPECT_EQ(run({"package", "unpack", "p.zanx:none", "-o", "no"}),
-              says_no("'p.zanx' has no section 'none'"));
+              not_found("'p.zanx' has no section 'none'"));
     EXPECT_EQ(run({"package", "unpack", "none.zanx:tree", "-o", "no"}),
               trouble("can't open 'none.zanx': No such file or directory"));
     EXPECT_EQ(run({"package", "pack", "none.zanx:tree", "t"}),
@@ -92,7 +92,8 @@ TEST_F(StreamCommand, APackagesNameNeedNotEndInZanx) {
     EXPECT_EQ(run({"package", "pack", "odd:name:s", "f"}), silent_success);
     EXPECT_EQ(run({"package", "unpack", "odd:name:s", "-o", "to"}), silent_success);
     EXPECT_EQ(tree("to"), (Tree{{"f", "1"}}));
-    EXPECT_EQ(run({"package", "pack", "new:file", "f"}), silent_success); // names nothing that there is
+    EXPECT_EQ(run({"package", "pack", "new:file", "f"}),
+              silent_success); // neither a package nor one's section
     EXPECT_EQ(names("new:file"), (Names{"f"}));
 }
 
