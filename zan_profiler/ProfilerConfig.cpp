@@ -10,7 +10,9 @@ Record* find(const ProfilerConfigIndex<Record>& index, std::string_view key) {
     return found == index.end() ? nullptr : found->second;
 }
 
-// Appends a record that `index` knows by `key`, a text of the record's own.
+// Appends a record that `index` knows by `key`, a text of the record's own. A second record of one key takes
+// the place of the first in the index; the key stays a view of the first one's text, which lives as long as
+// the list.
 template <typename Record>
 void append(std::vector<std::unique_ptr<Record>>& list, ProfilerConfigIndex<Record>& index,
             std::unique_ptr<Record> record, const std::string& key) {
@@ -185,6 +187,8 @@ ProfilerConfigModuleInst* ProfilerConfig::addModuleInst(const std::string& name,
                          name, getFunctionWithName(function), getModuleWithName(module), attribute,
                          is_autorun, shared_on))
                      .get();
+    // The first instance of a name and function stays the one that is found. Without a function there is no
+    // second half of the key, and nothing could ask for the instance.
     if (inst->getFunction())
         m_moduleInstMap.try_emplace({inst->getName(), inst->getFunction()->getName()}, inst);
     return inst;

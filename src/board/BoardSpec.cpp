@@ -129,6 +129,7 @@ GlobalMemConfig& BoardSpec::get_global_mem_config() {
     return *m_global_mem_configs[0];
 }
 
+// Names are few, and are only unique once a load has checked them, so the list is searched from its end.
 GlobalMemConfig* BoardSpec::last_global_mem_of_name(const std::string& name) const {
     const auto found = std::find_if(m_global_mem_configs.rbegin(), m_global_mem_configs.rend(),
                                     [&](const auto& memory) { return memory->get_name() == name; });

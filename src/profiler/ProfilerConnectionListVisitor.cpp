@@ -36,6 +36,7 @@ ProfilerConnectionListVisitor::Rows ProfilerConnectionListVisitor::elements() {
     return rows;
 }
 
+// The first fault ends the load, so the order of these checks decides which message a user sees.
 bool ProfilerConnectionListVisitor::check_references(const XMLElement& elem, const Connection& connection) {
     const auto& [moduleinst, function, compute_unit, shared_with, port_tag] = connection;
     const auto where = [&] {

@@ -36,6 +36,7 @@ ProfilerFunctionListVisitor::Rows ProfilerFunctionListVisitor::elements() {
     return rows;
 }
 
+// Connections name a compute unit below this number, so a function without any could have none.
 bool ProfilerFunctionListVisitor::check_num_compute_units(const XMLElement& elem, const Function& function) {
     return function.num_compute_units != 0 ||
            report_attr_error(elem, "num_compute_units", "Non-zero num_compute_units value expected.");

@@ -101,6 +101,7 @@ bool ProfilerModuleInstListVisitor::visit_debug(const XMLElement& elem) {
     return true;
 }
 
+// A call site must not be added to a location that is closed.
 bool ProfilerModuleInstListVisitor::leave_debug(const XMLElement&) {
     m_debug = nullptr;
     return true;

@@ -35,6 +35,8 @@ ProfilerModuleListVisitor::Rows ProfilerModuleListVisitor::elements() {
     return rows;
 }
 
+// Runs before the last attribute is read, as its messages come first. A module without a function has an
+// empty name for it.
 bool ProfilerModuleListVisitor::check_names(const XMLElement&, const Module& module) {
     if (!module.function.empty() && !m_config->getFunctionWithName(module.function))
         return report_error(

@@ -51,12 +51,13 @@ bool BaseVisitor::VisitExit(const XMLDocument&) {
     return !m_has_error;
 }
 
+// After an error the stack and the counts stay as they are: elements are neither entered nor left any more.
 bool BaseVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute*) {
     if (m_has_error)
         return false;
     m_elem_stack.emplace_back(elem.Value());
     ++get_elem_stack_count_entry();
-    if (m_debug_mode)
+    if (m_debug_mode) // asked here too, so that the path is joined only where it is printed
         debug("[xml] entering " + get_elem_stack_key() + "\n");
     return !m_has_error;
 }
@@ -89,6 +90,7 @@ bool BaseVisitor::Visit(const XMLUnknown&) {
     return !m_has_error;
 }
 
+// An empty attribute exists, so it is not the same as a missing one.
 bool BaseVisitor::attribute_exists(const XMLElement& elem, const char* name) {
     return elem.Attribute(name, nullptr) != nullptr;
 }

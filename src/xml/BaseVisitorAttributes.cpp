@@ -14,6 +14,7 @@ bool begins_with_digit(const char* text) {
     return *text >= '0' && *text <= '9';
 }
 
+// One conversion serves streams and attributes, so both refuse the same texts.
 template <typename Hex, typename Number>
 std::istream& extract(std::istream& in, Hex& out, bool (*convert)(const char*, Number*, int)) {
     std::string token;
@@ -74,6 +75,7 @@ bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned64_hex* out) 
     return convert_by_stream(attr.Value(), out);
 }
 
+// Any other result than this one counts as success, also for a number with a rest after it.
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, float* out) {
     return attr.QueryFloatValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
 }

@@ -36,6 +36,7 @@ std::string how_often(unsigned int min_count, unsigned int max_count) {
 
 } // namespace
 
+// Without callbacks no text is formed: a caller that only asks whether a document is good pays for none.
 bool BaseVisitor::report_error_where(const std::string& where, const std::string& msg) {
     if (m_callbacks)
         m_callbacks->report_error(framed("Error", get_source_name(), where, msg));
@@ -79,6 +80,7 @@ bool BaseVisitor::report_attr_type_error(const XMLElement& elem, const std::stri
     return report_attr_error(elem, attr_name, with_extra(text, extra));
 }
 
+// An attribute has a line of its own, as the attributes of an element may stand on several lines.
 bool BaseVisitor::report_attr_error(const XMLElement& elem, const std::string& attr_name,
                                     const std::string& msg) {
     const XMLAttribute* attr = elem.FindAttribute(attr_name.c_str());
@@ -144,6 +146,7 @@ bool BaseVisitor::report_unexpected_elem_count_error(const XMLElement& elem, uns
                                   how_often(min_count, max_count));
 }
 
+// Every stray attribute is reported, not only the first, so that an author can mend all of them at once.
 bool BaseVisitor::report_attrs_not_in(const XMLElement& elem, const Names& names) {
     for (const XMLAttribute* attr = elem.FirstAttribute(); attr; attr = attr->Next()) {
         if (std::find(names.begin(), names.end(), attr->Name()) == names.end())

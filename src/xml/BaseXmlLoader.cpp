@@ -11,6 +11,7 @@ namespace {
 constexpr const char* memory_source_name = "[mem]";
 constexpr size_t nul_terminated = static_cast<size_t>(-1);
 
+// White space is kept, as debug output shows the document as it was written.
 std::unique_ptr<XMLDocument> new_document() {
     return std::make_unique<XMLDocument>(true, tinyxml2::PRESERVE_WHITESPACE);
 }
@@ -86,6 +87,7 @@ std::string BaseXmlLoader::doc_to_string(XMLDocument* doc) {
     return printer.CStr();
 }
 
+// It always prints to memory: doc_to_string takes its text from there.
 PrettyPrinter::PrettyPrinter(FILE*, bool, int) : XMLPrinter(nullptr, false, 0) {
 }
 

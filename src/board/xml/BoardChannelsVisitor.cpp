@@ -44,6 +44,7 @@ bool ChannelsVisitor::visit_interface_elem(const XMLElement& elem) {
     return true;
 }
 
+// Kernels connect to channels by these identifiers, so each has one and no two are equal.
 bool ChannelsVisitor::leave_channels_elem(const XMLElement& elem) {
     const ChannelConfig& channels = m_spec->get_channel_config();
     std::unordered_set<std::string> seen;

@@ -60,6 +60,7 @@ bool InterfacesVisitor::visit_kernel_clk_reset_elem(const XMLElement& elem) {
     return read_rows(*this, elem, rows, interfaces.get_kernel_clk_reset()) == AttributeState::good;
 }
 
+// Kernels can't run without a clock, so the signals are required once.
 bool InterfacesVisitor::leave_interfaces_elem(const XMLElement&) {
     return m_spec->get_interface_config().has_kernel_clk_reset() ||
            report_error("Missing kernel clock-reset interface (<kernel_clk_reset>).");

@@ -65,6 +65,7 @@ bool PortVisitor::visit_port_elem(const XMLElement& elem) {
     auto port = std::make_unique<Port>();
     if (!read_attributes(*this, elem, rows, *port))
         return false;
+    // The port joins the interface last, so one with a fault is never counted among the interface's ports.
     AttributeVisitor child(this, port.get());
     hand_over(elem, &child);
     if (m_has_error)

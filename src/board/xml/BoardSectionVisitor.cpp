@@ -19,6 +19,7 @@ bool BoardSectionVisitor::require_attributes(const XMLElement& elem,
     return true;
 }
 
+// After an error the child keeps its interface and deletes it.
 std::unique_ptr<Interface> BoardSectionVisitor::read_interface(const XMLElement& elem) {
     InterfaceVisitor child(this);
     hand_over(elem, &child);

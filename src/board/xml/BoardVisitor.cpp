@@ -92,6 +92,7 @@ bool BoardVisitor::VisitExit(const XMLDocument&) {
     return check_sections() && complete_compile_configs();
 }
 
+// The order decides which message a user sees: the first fault ends the checks.
 bool BoardVisitor::check_sections() {
     if (!m_spec->has_device_config())
         return report_error("Missing device configuration (<device>) in board specification.");
@@ -112,6 +113,7 @@ bool BoardVisitor::check_global_mems() {
         if (const char* conflict = find_global_mem_conflict(*m_spec))
             return report_error(conflict);
     }
+    // Unlike the other checks this one applies to every board.
     if (const std::string* unknown = find_unknown_can_access(*m_spec))
         return report_error("No valid memory interface matching can_access list entry '" + *unknown + "'.");
     return true;

@@ -25,7 +25,7 @@ using xml::with_value;
 using xml::Word;
 using enum xml::AttributeNeed;
 
-constexpr Word<int> sizes[] = {{"small", 1}, {"large", 9}};
+constexpr Word<int> box_sizes[] = {{"small", 1}, {"large", 9}};
 
 struct Box {
     std::string name = "none";
@@ -52,20 +52,20 @@ struct BoxVisitor : ProbeVisitor {
     }
 };
 
-constexpr AttributeRow<BoxVisitor, Box> rows[] = {
+constexpr AttributeRow<BoxVisitor, Box> box_rows[] = {
     {"name", required, read_to<&Box::set_name>, "No name.", &BoxVisitor::check_name},
     {"count", optional, read_to<&Box::count>, "No count.", nullptr, "name"},
     {"weight", optional, read_if<is_not_negative, &Box::weight>, "Too light."},
-    {"size", optional, read_word<sizes, &Box::size>, "No size '{}'."},
+    {"size", optional, read_word<box_sizes, &Box::size>, "No size '{}'."},
     {"address", optional, read_if<is_positive, &Box::set_address, xml::unsigned64_hex>, "No address."},
     {"label", optional, read_to<add_label>},
 };
 
-struct Reading {
+struct BoxReading {
     // The element is in line 1, and its attributes begin in line 2.
-    explicit Reading(const std::string& attributes) {
+    explicit BoxReading(const std::string& attributes) {
         const auto doc = parsed("<box\n" + attributes + "/>");
-        state = read_rows(visitor, *doc->RootElement(), rows, box);
+        state = read_rows(visitor, *doc->RootElement(), box_rows, box);
     }
 
     RecordingCallbacks callbacks;
@@ -74,12 +74,12 @@ struct Reading {
     AttributeState state;
 };
 
-std::string at(int line, const std::string& text) {
+std::string box_error(int line, const std::string& text) {
     return "Error in 'a.xml', line " + std::to_string(line) + "\n" + text + "\n";
 }
 
 TEST(AttributeTable, FieldsSettersAndFunctionsTakeTheValues) {
-    const Reading reading("name='n' count='3' weight='2.5' size='large' address='0x10' label='l'");
+    const BoxReading reading("name='n' count='3' weight='2.5' size='large' address='0x10' label='l'");
     EXPECT_EQ(reading.state, AttributeState::good);
     EXPECT_EQ(reading.box.name, "n");
     EXPECT_EQ(reading.box.count, 3u);
@@ -91,7 +91,7 @@ TEST(AttributeTable, FieldsSettersAndFunctionsTakeTheValues) {
 }
 
 TEST(AttributeTable, MissingOptionalAttributesLeaveTheRecordAsItIs) {
-    const Reading reading("name='n'");
+    const BoxReading reading("name='n'");
     EXPECT_EQ(reading.state, AttributeState::good);
     EXPECT_EQ(reading.box.count, 7u);
     EXPECT_EQ(reading.box.weight, 0.5f);
@@ -99,44 +99,45 @@ TEST(AttributeTable, MissingOptionalAttributesLeaveTheRecordAsItIs) {
 }
 
 TEST(AttributeTable, AMissingRequiredAttributeIsUnreadable) {
-    const Reading reading("size='tiny'");
-    EXPECT_EQ(reading.state, AttributeState::unreadable);
-    EXPECT_THAT(reading.callbacks.errors,
-                ElementsAre(at(1, "Expected attribute 'name' on element 'box'."), at(1, "No name.")));
-}
-
-TEST(AttributeTable, AMessageMayBeReportedAtAnotherAttribute) {
-    const Reading reading("name='n'\ncount='x'");
+    const BoxReading reading("size='tiny'");
     EXPECT_EQ(reading.state, AttributeState::unreadable);
     EXPECT_THAT(
         reading.callbacks.errors,
-        ElementsAre(at(3, "Incorrect type for attribute 'count' on element 'box'."), at(2, "No count.")));
+        ElementsAre(box_error(1, "Expected attribute 'name' on element 'box'."), box_error(1, "No name.")));
+}
+
+TEST(AttributeTable, AMessageMayBeReportedAtAnotherAttribute) {
+    const BoxReading reading("name='n'\ncount='x'");
+    EXPECT_EQ(reading.state, AttributeState::unreadable);
+    EXPECT_THAT(reading.callbacks.errors,
+                ElementsAre(box_error(3, "Incorrect type for attribute 'count' on element 'box'."),
+                            box_error(2, "No count.")));
     EXPECT_EQ(reading.box.count, 7u);
 }
 
 TEST(AttributeTable, AValueOutOfRangeIsRefused) {
     for (const char* weight : {"-0.5", "nan"}) {
-        const Reading reading("name='n' weight='" + std::string(weight) + "'");
+        const BoxReading reading("name='n' weight='" + std::string(weight) + "'");
         EXPECT_EQ(reading.state, AttributeState::refused) << weight;
-        EXPECT_THAT(reading.callbacks.errors, ElementsAre(at(2, "Too light."))) << weight;
+        EXPECT_THAT(reading.callbacks.errors, ElementsAre(box_error(2, "Too light."))) << weight;
         EXPECT_EQ(reading.box.weight, 0.5f) << weight;
     }
-    EXPECT_EQ(Reading("name='n' weight='0'").state, AttributeState::good);
-    EXPECT_EQ(Reading("name='n' weight='x'").state, AttributeState::unreadable);
-    EXPECT_EQ(Reading("name='n' address='0'").state, AttributeState::refused);
-    EXPECT_EQ(Reading("name='n' address='x'").state, AttributeState::unreadable);
+    EXPECT_EQ(BoxReading("name='n' weight='0'").state, AttributeState::good);
+    EXPECT_EQ(BoxReading("name='n' weight='x'").state, AttributeState::unreadable);
+    EXPECT_EQ(BoxReading("name='n' address='0'").state, AttributeState::refused);
+    EXPECT_EQ(BoxReading("name='n' address='x'").state, AttributeState::unreadable);
 }
 
 TEST(AttributeTable, AnUnknownWordIsRefusedAndShown) {
-    const Reading reading("name='n' size='{} wide'");
+    const BoxReading reading("name='n' size='{} wide'");
     EXPECT_EQ(reading.state, AttributeState::refused);
-    EXPECT_THAT(reading.callbacks.errors, ElementsAre(at(2, "No size '{} wide'.")));
+    EXPECT_THAT(reading.callbacks.errors, ElementsAre(box_error(2, "No size '{} wide'.")));
 }
 
 TEST(AttributeTable, TheFirstFaultEndsTheReading) {
-    const Reading reading("name='bad' count='3' size='tiny'");
+    const BoxReading reading("name='bad' count='3' size='tiny'");
     EXPECT_EQ(reading.state, AttributeState::refused);
-    EXPECT_THAT(reading.callbacks.errors, ElementsAre(at(1, "Bad name.")));
+    EXPECT_THAT(reading.callbacks.errors, ElementsAre(box_error(1, "Bad name.")));
     EXPECT_EQ(reading.box.count, 7u);
 }
 
@@ -144,20 +145,20 @@ TEST(AttributeTable, OtherAttributesAreUnexpected) {
     RecordingCallbacks callbacks;
     BoxVisitor visitor(&callbacks);
     const auto doc = parsed("<box name='n' extra='' label='l' x=''/>");
-    EXPECT_FALSE(check_attributes(visitor, *doc->RootElement(), rows, {"extra"}));
-    EXPECT_THAT(callbacks.errors, ElementsAre(at(1, "Unexpected attribute 'x'.")));
+    EXPECT_FALSE(check_attributes(visitor, *doc->RootElement(), box_rows, {"extra"}));
+    EXPECT_THAT(callbacks.errors, ElementsAre(box_error(1, "Unexpected attribute 'x'.")));
     BoxVisitor second(&callbacks);
-    EXPECT_TRUE(check_attributes(second, *doc->RootElement(), rows, {"x", "extra"}));
+    EXPECT_TRUE(check_attributes(second, *doc->RootElement(), box_rows, {"x", "extra"}));
 }
 
 TEST(AttributeTable, NothingIsReadFromAnElementWithOtherAttributes) {
     RecordingCallbacks callbacks;
     BoxVisitor visitor(&callbacks);
     Box box;
-    EXPECT_FALSE(read_attributes(visitor, *parsed("<box name='n' x=''/>")->RootElement(), rows, box));
+    EXPECT_FALSE(read_attributes(visitor, *parsed("<box name='n' x=''/>")->RootElement(), box_rows, box));
     EXPECT_EQ(box.name, "none");
     BoxVisitor second(&callbacks);
-    EXPECT_TRUE(read_attributes(second, *parsed("<box name='n'/>")->RootElement(), rows, box));
+    EXPECT_TRUE(read_attributes(second, *parsed("<box name='n'/>")->RootElement(), box_rows, box));
     EXPECT_EQ(box.name, "n");
 }
 

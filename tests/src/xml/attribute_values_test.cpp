@@ -246,6 +246,29 @@ TEST(AttributeValues, Float) {
     expect_read_as<float>(FLOATS);
 }
 
+// The parser library's own rules for integers and booleans.
+const Row<int> INTEGERS[] = {
+    {"0", 0},          {"1", 1},          {"-1", -1},
+    {"+2", 2},         {"010", 10},       {" 7", 7},
+    {"7x", 7},         {"7 8", 7},        {"2147483647", 2147483647},
+    {"", TYPE_ERROR},  {" ", TYPE_ERROR}, {"x", TYPE_ERROR},
+    {"-", TYPE_ERROR},
+};
+
+TEST(AttributeValues, Int) {
+    expect_read_as<int>(INTEGERS);
+}
+
+const Row<bool> BOOLEANS[] = {
+    {"true", true},       {"True", true},      {"TRUE", true},   {"1", true},           {"2", true},
+    {"-1", true},         {"false", false},    {"False", false}, {"FALSE", false},      {"0", false},
+    {"tRUE", TYPE_ERROR}, {"yes", TYPE_ERROR}, {"", TYPE_ERROR}, {" true", TYPE_ERROR},
+};
+
+TEST(AttributeValues, Bool) {
+    expect_read_as<bool>(BOOLEANS);
+}
+
 TEST(QueryAttribute, AMissingOneKeepsTheDefault) {
     const auto doc = parsed("<MODULE/>");
     ProbeVisitor visitor;

@@ -25,9 +25,9 @@ using enum xml::Occurrence;
 
 // Notes the calls of its handlers. <list> holds one <head> and any <item>, an <item> any other elements;
 // <read> may stand anywhere.
-class ListVisitor : public TableVisitor {
+class ShelfVisitor : public TableVisitor {
   public:
-    explicit ListVisitor(xml::VisitorCallbacks* callbacks) : TableVisitor(elements(), callbacks, false) {}
+    explicit ShelfVisitor(xml::VisitorCallbacks* callbacks) : TableVisitor(elements(), callbacks, false) {}
 
     using TableVisitor::count_of;
     using TableVisitor::expect_no_attributes;
@@ -40,7 +40,7 @@ class ListVisitor : public TableVisitor {
 
   private:
     static Rows elements() {
-        using Self = ListVisitor;
+        using Self = ShelfVisitor;
         static constexpr ElementRow rows[] = {
             {"list", outermost, any, descend},
             {"head", "list", once, call<&Self::visit_head>},
@@ -61,11 +61,11 @@ class ListVisitor : public TableVisitor {
     bool visit_other(const XMLElement& elem) { return note("other", elem); }
 };
 
-struct Walk {
-    explicit Walk(const std::string& text) : result(parsed(text)->Accept(&visitor)) {}
+struct ShelfWalk {
+    explicit ShelfWalk(const std::string& text) : result(parsed(text)->Accept(&visitor)) {}
 
     RecordingCallbacks callbacks;
-    ListVisitor visitor{&callbacks};
+    ShelfVisitor visitor{&callbacks};
     bool result;
 };
 
@@ -74,7 +74,7 @@ std::string unexpected(const std::string& name) {
 }
 
 TEST(TableVisitor, CallsTheHandlersOfTheElementsInTheirOrder) {
-    const Walk walk("<list><item/><head/><item/></list>");
+    const ShelfWalk walk("<list><item/><head/><item/></list>");
     EXPECT_TRUE(walk.result);
     EXPECT_THAT(walk.visitor.calls,
                 ElementsAre("item item", "leave item", "head head", "item item", "leave item"));
@@ -82,30 +82,33 @@ TEST(TableVisitor, CallsTheHandlersOfTheElementsInTheirOrder) {
 }
 
 TEST(TableVisitor, AnUnknownNameIsUnexpected) {
-    const Walk walk("<list><Item/></list>");
+    const ShelfWalk walk("<list><Item/></list>");
     EXPECT_FALSE(walk.result);
     EXPECT_THAT(walk.visitor.calls, IsEmpty());
     EXPECT_THAT(walk.callbacks.errors, ElementsAre(unexpected("Item")));
 }
 
 TEST(TableVisitor, AKnownNameInAnotherPlaceIsUnexpected) {
-    EXPECT_THAT(Walk("<item/>").callbacks.errors, ElementsAre(unexpected("item")));
-    EXPECT_THAT(Walk("<list><list/></list>").callbacks.errors, ElementsAre(unexpected("list")));
-    EXPECT_THAT(Walk("<list><head><item/></head></list>").callbacks.errors, ElementsAre(unexpected("item")));
+    EXPECT_THAT(ShelfWalk("<item/>").callbacks.errors, ElementsAre(unexpected("item")));
+    EXPECT_THAT(ShelfWalk("<list><list/></list>").callbacks.errors, ElementsAre(unexpected("list")));
+    EXPECT_THAT(ShelfWalk("<list><head><item/></head></list>").callbacks.errors,
+                ElementsAre(unexpected("item")));
     // A row of that name decides before the one of any name.
-    EXPECT_THAT(Walk("<list><item><head/></item></list>").callbacks.errors, ElementsAre(unexpected("head")));
+    EXPECT_THAT(ShelfWalk("<list><item><head/></item></list>").callbacks.errors,
+                ElementsAre(unexpected("head")));
 }
 
 TEST(TableVisitor, ARowOfAnyNameHoldsInItsPlaceOnly) {
-    const Walk walk("<list><item><a/><b/></item></list>");
+    const ShelfWalk walk("<list><item><a/><b/></item></list>");
     EXPECT_TRUE(walk.result);
     EXPECT_THAT(walk.visitor.calls, ElementsAre("item item", "other a", "other b", "leave item"));
-    EXPECT_THAT(Walk("<list><item><a><b/></a></item></list>").callbacks.errors, ElementsAre(unexpected("b")));
-    EXPECT_THAT(Walk("<other/>").callbacks.errors, ElementsAre(unexpected("other")));
+    EXPECT_THAT(ShelfWalk("<list><item><a><b/></a></item></list>").callbacks.errors,
+                ElementsAre(unexpected("b")));
+    EXPECT_THAT(ShelfWalk("<other/>").callbacks.errors, ElementsAre(unexpected("other")));
 }
 
 TEST(TableVisitor, TheChildrenOfASkippedElementAreNotVisited) {
-    const Walk walk("<list><read><unknown/></read><item><read/></item></list>");
+    const ShelfWalk walk("<list><read><unknown/></read><item><read/></item></list>");
     EXPECT_TRUE(walk.result);
     EXPECT_THAT(walk.visitor.calls, ElementsAre("item item", "leave item"));
     EXPECT_EQ(walk.visitor.count_of("list/read"), 1u);
@@ -113,7 +116,7 @@ TEST(TableVisitor, TheChildrenOfASkippedElementAreNotVisited) {
 }
 
 TEST(TableVisitor, AnElementThatMayStandOnceIsRefusedTheSecondTime) {
-    const Walk walk("<list><head/><head/></list>");
+    const ShelfWalk walk("<list><head/><head/></list>");
     EXPECT_FALSE(walk.result);
     EXPECT_THAT(walk.visitor.calls, ElementsAre("head head"));
     EXPECT_THAT(walk.callbacks.errors,
@@ -121,12 +124,12 @@ TEST(TableVisitor, AnElementThatMayStandOnceIsRefusedTheSecondTime) {
 }
 
 TEST(TableVisitor, AnElementIsNotLeftAfterAnError) {
-    const Walk walk("<list><item><head/></item></list>");
+    const ShelfWalk walk("<list><item><head/></item></list>");
     EXPECT_THAT(walk.visitor.calls, ElementsAre("item item"));
 }
 
 TEST(TableVisitor, ARefusalWithoutAReportLeavesTheElementOpen) {
-    ListVisitor visitor(nullptr);
+    ShelfVisitor visitor(nullptr);
     visitor.leaves_items = false;
     const auto doc = parsed("<list><item/></list>");
     const XMLElement* list = doc->RootElement();
@@ -138,7 +141,7 @@ TEST(TableVisitor, ARefusalWithoutAReportLeavesTheElementOpen) {
 }
 
 TEST(TableVisitor, CountsByPath) {
-    Walk walk("<list><item/><head/><item/></list>");
+    ShelfWalk walk("<list><item/><head/><item/></list>");
     EXPECT_EQ(walk.visitor.count_of("list/item"), 2u);
     EXPECT_EQ(walk.visitor.count_of("item"), 0u);
     const auto doc = parsed("<list/>");
@@ -150,7 +153,7 @@ TEST(TableVisitor, CountsByPath) {
 }
 
 TEST(TableVisitor, AnElementWithoutAttributesReportsEachThatItHas) {
-    Walk walk("<list/>");
+    ShelfWalk walk("<list/>");
     EXPECT_TRUE(walk.visitor.expect_no_attributes(*parsed("<x/>")->RootElement()));
     EXPECT_FALSE(walk.visitor.expect_no_attributes(*parsed("<x a='' b=''/>")->RootElement()));
     EXPECT_THAT(walk.callbacks.errors, ElementsAre("Error in 'a.xml', line 1\nUnexpected attribute 'a'.\n",

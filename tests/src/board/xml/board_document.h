@@ -70,6 +70,17 @@ inline std::unique_ptr<board::BoardSpec> load_good(const BoardDocument& document
     return std::move(loaded.model);
 }
 
+// A document with these memories, and the errors of its load.
+inline BoardDocument with_memories(const std::string& memories) {
+    BoardDocument document;
+    document.memory = memories;
+    return document;
+}
+
+inline std::vector<std::string> errors_of_memories(const std::string& memories) {
+    return load(with_memories(memories)).errors;
+}
+
 // One fault: what it changes, and the whole error list that follows.
 struct FaultCase {
     std::string name; // of the test
@@ -78,6 +89,8 @@ struct FaultCase {
 
     friend void PrintTo(const FaultCase& fault, std::ostream* os) { *os << fault.name; }
 };
+
+using D = BoardDocument;
 
 class BoardFault : public testing::TestWithParam<FaultCase> {};
 

@@ -4,8 +4,6 @@
 namespace zan::test {
 namespace {
 
-using D = BoardDocument;
-
 // A channel with these attributes in place of, or beside, the good ones.
 std::string channel(const std::string& attributes) {
     return "<interface name='n' port='p' type='streamsource' width='8' " + attributes + "/>";

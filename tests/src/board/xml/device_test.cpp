@@ -5,8 +5,6 @@
 namespace zan::test {
 namespace {
 
-using D = BoardDocument;
-
 // Resources around one that is given.
 std::string resources(const std::string& content) {
     return "<device device_model='d'><used_resources>\n" + content + "\n</used_resources>\n</device>";

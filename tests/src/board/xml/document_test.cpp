@@ -19,8 +19,6 @@ TEST_P(BoardFault, HasExactlyTheseErrorsAndNoBoard) {
     EXPECT_FALSE(loaded.model);
 }
 
-using D = BoardDocument;
-
 INSTANTIATE_TEST_SUITE_P(
     Board, BoardFault,
     testing::Values(

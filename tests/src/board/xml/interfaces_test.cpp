@@ -4,8 +4,6 @@
 namespace zan::test {
 namespace {
 
-using D = BoardDocument;
-
 INSTANTIATE_TEST_SUITE_P(
     Interfaces, BoardFault,
     testing::Values(
