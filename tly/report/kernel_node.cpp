@@ -1,3 +1,4 @@
+// A kernel's node holds compute unit 0 only, as the reader keeps no counters of others.
 #include "kernel_node.h"
 
 #include "diagnostics.h"

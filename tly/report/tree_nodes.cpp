@@ -1,3 +1,4 @@
+// Trees with call chains can be deeper than the stack, so open nodes stand on a list.
 #include "tree_nodes.h"
 
 #include <algorithm>

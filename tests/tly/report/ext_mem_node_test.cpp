@@ -90,7 +90,7 @@ TEST_F(ExtMemNodeTest, AnIndexThatTheMemoryDoesNotHaveThrows) {
     EXPECT_THROW(getExtMemJSON(inst.get(), {1}, memory(), 2, 0), std::out_of_range);
 }
 
-TEST_F(ExtMemNodeTest, DifferentLengthsAreToldAndTheShortestWins) {
+TEST_F(ExtMemNodeTest, DifferentLengthsAreReportedAndTheShortestWins) {
     record(EXT_MEM_WRITE, {1000, 1000});
     EXPECT_EQ(node({10000}), std::string(head) +
                                  "write_only=true global_used_bw=[6400] avg_write_burst=[0] "
@@ -128,7 +128,7 @@ TEST_F(ExtMemNodeTest, ASampleWithoutWordsTakesNoLookAtTheClock) {
     EXPECT_NE(node({0, 0, 0}).find("global_used_bw=[0 0 0]"), std::string::npos);
 }
 
-TEST_F(ExtMemNodeTest, AnIntervalOfNoTimeGivesAnInfinity) {
+TEST_F(ExtMemNodeTest, AnIntervalOfNoTimeMakesAnInfinity) {
     record(EXT_MEM_READ, {5});
     EXPECT_NE(node({0}).find("global_used_bw=[inf]"), std::string::npos);
 }
