@@ -25,9 +25,9 @@ using enum xml::Occurrence;
 
 // Notes the calls of its handlers. <list> holds one <head> and any <item>, an <item> any other elements;
 // <read> may stand anywhere.
-class ListVisitor : public TableVisitor {
+class ItemListVisitor : public TableVisitor {
   public:
-    explicit ListVisitor(xml::VisitorCallbacks* callbacks) : TableVisitor(elements(), callbacks, false) {}
+    explicit ItemListVisitor(xml::VisitorCallbacks* callbacks) : TableVisitor(elements(), callbacks, false) {}
 
     using TableVisitor::count_of;
     using TableVisitor::expect_no_attributes;
@@ -40,7 +40,7 @@ class ListVisitor : public TableVisitor {
 
   private:
     static Rows elements() {
-        using Self = ListVisitor;
+        using Self = ItemListVisitor;
         static constexpr ElementRow rows[] = {
             {"list", outermost, any, descend},
             {"head", "list", once, call<&Self::visit_head>},
@@ -65,7 +65,7 @@ struct Walk {
     explicit Walk(const std::string& text) : result(parsed(text)->Accept(&visitor)) {}
 
     RecordingCallbacks callbacks;
-    ListVisitor visitor{&callbacks};
+    ItemListVisitor visitor{&callbacks};
     bool result;
 };
 
@@ -126,7 +126,7 @@ TEST(TableVisitor, AnElementIsNotLeftAfterAnError) {
 }
 
 TEST(TableVisitor, ARefusalWithoutAReportLeavesTheElementOpen) {
-    ListVisitor visitor(nullptr);
+    ItemListVisitor visitor(nullptr);
     visitor.leaves_items = false;
     const auto doc = parsed("<list><item/></list>");
     const XMLElement* list = doc->RootElement();
