@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "pkg_editor.h"
+#include "pkg_names.h"
 
 // Plain data from malloc, since callers may release it with free().
 struct zan_pkg_file {
@@ -58,7 +59,7 @@ void for_each_listed_section(const zan_pkg_file* pkg, Visit visit) {
         if (!copy_header(section, header))
             continue;
         const std::string_view name = name_at(table, header.sh_name);
-        if (!name.empty() && name != ".shstrtab" && !visit(section, name))
+        if (!name.empty() && name != name_table_section && !visit(section, name))
             return;
     }
 }

@@ -117,7 +117,6 @@ bool make_header(zan_pkg_file* pkg) {
 // Makes the section of section names, which holds its own name; null on failure. `*bytes` is its new storage,
 // also on failure.
 Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
-    constexpr char own_name[] = ".shstrtab";
     Elf_Scn* section = new_section(pkg);
     if (!section)
         return nullptr;
@@ -132,8 +131,9 @@ Elf_Scn* make_name_table(zan_pkg_file* pkg, char** bytes) {
                      static_cast<int>(new_table_capacity));
         return nullptr;
     }
-    std::memcpy(*bytes + 1, own_name, sizeof own_name); // after the NUL that is the empty name
-    describe_bytes(data, *bytes, 1 + sizeof own_name);
+    std::memcpy(*bytes + 1, name_table_section,
+                sizeof name_table_section); // after the NUL that is the empty name
+    describe_bytes(data, *bytes, 1 + sizeof name_table_section);
 
     Elf32_Shdr* header = elf32_getshdr(section);
     if (!header) {

@@ -107,7 +107,7 @@ void FileBytes::resize(std::size_t size) {
 
 FileBytes read_bytes(const std::string& path, std::uint64_t max_size) {
     if (path == standard_stream)
-        return read_to_end(STDIN_FILENO, "standard input");
+        return read_to_end(STDIN_FILENO, standard_input);
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status;
     if (file.get() < 0 || ::fstat(file.get(), &status) != 0)
@@ -171,7 +171,7 @@ UnfinishedFile::UnfinishedFile(const std::string& target) : m_name(target), m_ta
         m_target = real;
     std::free(real);
     // In the same folder, as rename() works only within a file system.
-    m_path = m_target + ".unfinished-XXXXXX";
+    m_path = m_target + unfinished_suffix;
     m_file = Descriptor(::mkostemp(m_path.data(), O_CLOEXEC));
     if (m_file.get() < 0) {
         m_path.clear();

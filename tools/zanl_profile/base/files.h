@@ -12,6 +12,12 @@ namespace zan::tool {
 
 // The name of standard input, or output, where a file is asked for.
 constexpr const char* standard_stream = "-";
+// What messages call them.
+constexpr const char* standard_input = "standard input";
+constexpr const char* standard_output = "standard output";
+
+// The end of the name of what isn't whole yet, as mkstemp() takes it.
+constexpr const char* unfinished_suffix = ".unfinished-XXXXXX";
 
 // How many bytes are in memory at once where a file is copied or packed.
 constexpr std::size_t io_piece = 1 << 18;

@@ -79,7 +79,7 @@ std::string table_text(const Listing& listing) {
 
 void print(const Listing& listing, bool as_json) {
     const std::string text = as_json ? json_text(listing) : table_text(listing);
-    write_all(STDOUT_FILENO, text.data(), text.size(), "standard output");
+    write_all(STDOUT_FILENO, text.data(), text.size(), standard_output);
 }
 
 } // namespace zan::tool

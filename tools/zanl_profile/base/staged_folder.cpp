@@ -93,7 +93,7 @@ StagedFolder::StagedFolder(const std::string& target) : m_target(target) {
     if (!m_target_exists && !parent.empty())
         fs::create_directories(parent, error);
     // Beside the target, or inside it if it exists, so that no rename() crosses the border of a file system.
-    m_stage = m_target + (m_target_exists ? "/.unfinished-XXXXXX" : ".unfinished-XXXXXX");
+    m_stage = m_target + (m_target_exists ? "/" : "") + unfinished_suffix;
     if (error || !::mkdtemp(m_stage.data())) {
         m_stage.clear();
         throw system_failure("can't write to the folder " + in_quotes(target));

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "failure.h"
+#include "pkg_names.h"
 
 namespace zan::tool {
 
@@ -17,9 +18,6 @@ constexpr std::uint64_t section_overhead = 40 + 128;
 constexpr std::uint64_t max_new_gaps = 16 << 20;
 // No new package is larger before it has sections.
 constexpr std::uint64_t new_package_size = 8192;
-
-// The section that holds the names of all sections.
-constexpr const char* name_table_section = ".shstrtab";
 
 // A failure of the package functions, which may have no reason of the system's.
 Failure edit_failure(const std::string& what) {
@@ -103,7 +101,7 @@ void PackageEdit::commit() {
 void PackageEdit::check_name(const std::string& name) const {
     if (name.empty())
         throw Failure("a section of " + in_quotes(m_path) + " needs a name");
-    if (name == name_table_section)
+    if (name == zan::pkg::name_table_section)
         throw Failure("section " + in_quotes(name) + " holds the names of all sections; it can't be set");
     if (name.size() > ZAN_PKG_MAX_SECTION_NAME)
         throw Failure("the name of a section has at most " + std::to_string(ZAN_PKG_MAX_SECTION_NAME) +

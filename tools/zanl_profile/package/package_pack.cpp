@@ -141,7 +141,7 @@ void pack_stream(const PackOptions& options) {
     if (place)
         pack_into_section(*place, plan);
     else if (is_stdout)
-        pack_into_open_file(STDOUT_FILENO, "standard output", plan);
+        pack_into_open_file(STDOUT_FILENO, standard_output, plan);
     else if (fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status))
         pack_into_special_file(options.output, plan);
     else

@@ -18,7 +18,7 @@ struct ShowOptions {
 
 void show_section(const ShowOptions& options) {
     const PackageFile package(options.package);
-    package.copy(package.section(options.section), STDOUT_FILENO, "standard output");
+    package.copy(package.section(options.section), STDOUT_FILENO, standard_output);
 }
 
 void define_show(CLI::App& app) {
