@@ -9,7 +9,7 @@ namespace {
 
 // Some values are kept in place, more of them in a list.
 TEST(DerivedSamples, AnyNumberOfValuesIsOneArray) {
-    for (const std::size_t count : {1, 63, 64, 65, 128, 1000}) {
+    for (const std::size_t count : {1u, 63u, 64u, 65u, 128u, 1000u}) {
         DerivedSamples samples;
         std::vector<float> values;
         for (std::size_t i = 0; i < count; ++i) {
