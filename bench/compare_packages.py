@@ -2,7 +2,7 @@
 """`zanl-profile package` against the usual tools.
 
 Sections: extracts and adds N MiB in 1,000 sections, against objcopy. Trees: packs and unpacks N MiB in 1,000 files of
-words, against tar with gzip -9. In each round ours and theirs run one after the other; what is told is the median of
+words, against tar with gzip -9. In each round ours and theirs run one after the other; what is printed is the median of
 each, the ratio of the medians, and the peak memory of the largest process.
 """
 
@@ -47,7 +47,7 @@ def write_words(folder, size):
 
 
 def compare(name, setting, ours, theirs, prepare):
-    """Prints a row; `prepare` runs ahead of each command, untimed."""
+    """Prints a row; `prepare` runs before each command, untimed."""
     measure, rounds, folder = setting
     results = {True: [], False: []}
     for _ in range(rounds):

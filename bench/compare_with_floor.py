@@ -6,7 +6,7 @@ usage: compare_with_floor.py [--build FOLDER] [--runs N] [--growth | --instructi
 Without an option: medians of wall time, their ratio, that of processor time, the most memory held, that memory beyond
 8 MiB for each value of the report, and the share of time by stage. With --growth: each size at 1, 2, 4 and 8 times, and
 what doubling costs in processor time and memory.
-With --instructions: what the program executes for each value on shortened shapes, counted by valgrind, which gives the
+With --instructions: what the program executes for each value on shortened shapes, counted by valgrind, which are the
 same numbers on a busy machine. A value is a line of the report that holds one: an element of an array, or a key with a
 text.
 """

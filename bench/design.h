@@ -34,7 +34,7 @@ class Design {
     void reset();
 
     TlyKernel& kernel() { return *m_model.kernels.begin()->second; }
-    const std::vector<TlyModuleInst*>& insts() { return kernel().module_insts(); }
+    const std::vector<TlyModuleInst*>& insts() { return kernel().get_module_insts(); }
     ProfileModel::ExtMems& ext_mems() { return m_model.ext_mems; }
 
   private:

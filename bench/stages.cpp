@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "board_import.h"
+#include "document.h"
 #include "monitor_reader.h"
 #include "package_sections.h"
 #include "profiler_import.h"
@@ -24,10 +25,7 @@ void measure(const char* name, Stage stage) {
 int main(int argc, char** argv) {
     if (argc != 4)
         return 2;
-    ptree tree;
-    for (const char* list : {"kernels.nodes", "boards.nodes", "memtransfers.nodes"})
-        tree.put(list, "");
-    tree.put("run_info.nodes", "").push_back({"", ptree()});
+    ptree tree = empty_document();
     auto model = std::make_unique<ProfileModel>();
     measure("design", [&] {
         Package package(argv[1]);

@@ -18,8 +18,7 @@ long long num_values(const ptree& node) {
     return values;
 }
 
-// The node of an invocation from samples that are there already, and the bytes of heap that it takes beside
-// them.
+// The node of an invocation from its samples, and the bytes of heap that it takes besides them.
 void build_node(benchmark::State& state) {
     Design design(num_insts);
     const MonitorFile file(design.monitor_text(num_lines));

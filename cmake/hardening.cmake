@@ -1,4 +1,4 @@
-# The programs read files of unknown origin. A fault of memory in them shall end the process before anybody gains from
+# The programs read files of unknown origin. A fault of memory in them shall end the process before an attacker gains from
 # it. Sanitizers see more, and don't get on with the checked functions of the C library.
 set(ZAN_HARDENS OFF)
 if(ZAN_HARDENED AND NOT ZAN_SANITIZED AND NOT ZAN_FUZZERS)

@@ -13,7 +13,7 @@ void load_and_print(const std::string& text) {
     zan::board::BoardSpecXmlLoader loader(false, false);
     const std::unique_ptr<zan::board::BoardSpec> board(loader.load_xml(text.c_str()));
     if (!board && loader.get_num_errors() == 0)
-        __builtin_trap(); // a failure owes a reason
+        __builtin_trap(); // a failure must have a reason
     if (board) {
         std::ostringstream out;
         out << *board;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int max_depth = 50;
 
-// Takes values off the input; zeros behind its end.
+// Takes values off the input; zeros after its end.
 class Input {
   public:
     Input(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}

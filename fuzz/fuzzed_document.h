@@ -6,5 +6,5 @@
 
 #include "report_tree.h"
 
-// A report whose keys, texts, arrays and shape the input decides; every input gives one.
+// A report whose keys, texts, arrays and shape the input decides; every input makes one.
 ptree make_document(const std::uint8_t* data, std::size_t size);

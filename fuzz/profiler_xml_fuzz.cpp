@@ -1,4 +1,4 @@
-// Any text as a profiler description. Whether the loader tells its progress doesn't change what comes of it.
+// Any text as a profiler description. Debug output must not change the result.
 #include <cstdint>
 #include <memory>
 #include <sstream>
@@ -8,12 +8,12 @@
 
 namespace {
 
-// The model that a load gives, or the reasons why there is none.
-std::string load(const std::string& text, bool tells_progress) {
-    zan::profiler::ProfilerConfigXmlLoader loader(tells_progress);
+// The text of the loaded model, or the reasons why there is none.
+std::string load(const std::string& text, bool debug) {
+    zan::profiler::ProfilerConfigXmlLoader loader(debug);
     const std::unique_ptr<zan::profiler::ProfilerConfig> config(loader.load_xml(text.c_str()));
     if (!config && loader.get_num_errors() == 0)
-        __builtin_trap(); // a failure owes a reason
+        __builtin_trap(); // a failure must have a reason
     std::ostringstream out;
     if (config)
         config->print(out);

@@ -1,4 +1,4 @@
-// Any document, written as a report and read back: it is JSON and gives back every text.
+// Any document, written as a report and read back: it is JSON, and every text is read back.
 #include <boost/property_tree/json_parser.hpp>
 #include <cstdlib>
 #include <sstream>
@@ -10,7 +10,7 @@ namespace {
 
 using Document = boost::property_tree::ptree;
 
-// A report has bytes from 0x80 up as code points of their own, which a reader of JSON gives back in UTF-8.
+// A report has bytes from 0x80 up as code points of their own, which a reader of JSON turns into UTF-8.
 std::string as_read(const std::string& text) {
     std::string read;
     for (const char c : text) {

@@ -58,7 +58,7 @@ sighandler_t __wrap_signal(int, sighandler_t) {
 
 void run_in_process(const std::string& package, std::string_view monitor_lines) {
     const MemoryFile monitor(monitor_lines);
-    // What runs leave to the end of their process is no leak.
+    // A run that is left as by a signal frees nothing, which is no leak.
     const __lsan::ScopedDisabler no_leaks;
     std::string zanx = package, mon = monitor.path(), json = "/dev/null";
     try {

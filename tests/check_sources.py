@@ -186,7 +186,7 @@ def unit_cycles(includes):
 
 
 def include_cycles(includes):
-    """Each cycle of files once, at the include that closes it in a walk in order of names."""
+    """Cycles of files in one unit, which unit_cycles() doesn't see: each once, at the include that closes it."""
     done, open_path = set(), []
 
     def walk(path):
@@ -195,7 +195,8 @@ def include_cycles(includes):
             target = include.target
             if target in open_path:
                 cycle = open_path[open_path.index(target):] + [target]
-                yield Fault(path, include.line, f"include cycle: {' -> '.join(cycle)}")
+                if len({unit_of(member) for member in cycle}) == 1:
+                    yield Fault(path, include.line, f"include cycle: {' -> '.join(cycle)}")
             elif target is not None and target not in done:
                 yield from walk(target)
         open_path.pop()
@@ -255,7 +256,7 @@ def check(top):
     files = source_files(top)
     includes = read_includes(top, files)
     faults = list(files_in_no_layer(files))
-    for rule in (wrong_directions, include_cycles):
+    for rule in (wrong_directions, unit_cycles, include_cycles):
         faults += rule(includes)
     faults += wrong_layout(top, files)
     faults += unplain_words(top)

@@ -38,7 +38,7 @@ class Version(unittest.TestCase):
         return self.git(folder, "rev-parse", "HEAD")
 
     def compose(self, sources, environment=None):
-        """Writes the version file of the sources and gives its text."""
+        """Writes the version file of the sources and returns its text."""
         output = self.top / "tly_version.cpp"
         command = [shutil.which("cmake"), f"-DSOURCE_DIR={sources}", "-DVERSION=2031.2.3", f"-DOUTPUT={output}"]
         subprocess.run([*command, "-P", sources / "cmake" / SCRIPT.name], env=environment, check=True)

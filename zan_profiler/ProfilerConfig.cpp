@@ -10,18 +10,14 @@ Record* find(const ProfilerConfigIndex<Record>& index, std::string_view key) {
     return found == index.end() ? nullptr : found->second;
 }
 
+// Appends a record that `index` knows by `key`, a text of the record's own. A second record of one key takes
+// the place of the first in the index; the key stays a view of the first one's text, which lives as long as
+// the list.
 template <typename Record>
-void delete_all(const std::vector<Record*>& records) {
-    for (const Record* record : records)
-        delete record;
-}
-
-// Appends a record that is known by `key`, a text of its own.
-template <typename Record>
-void append(std::vector<Record*>& list, ProfilerConfigIndex<Record>& index, Record* record,
-            const std::string& key) {
-    list.push_back(record);
-    index[key] = record;
+void append(std::vector<std::unique_ptr<Record>>& list, ProfilerConfigIndex<Record>& index,
+            std::unique_ptr<Record> record, const std::string& key) {
+    index[key] = record.get();
+    list.push_back(std::move(record));
 }
 
 } // namespace
@@ -47,29 +43,25 @@ unsigned int ProfilerConfigDebug::getCallsiteColumn(unsigned int i) const {
     return m_callsiteColumns[i];
 }
 
-ProfilerConfigModuleInst::~ProfilerConfigModuleInst() {
-    delete_all(m_debugs);
-    delete_all(m_signals);
-}
-
 ProfilerConfigDebug* ProfilerConfigModuleInst::addDebug(const std::string& file, unsigned int line,
                                                         unsigned int column) {
-    return m_debugs.emplace_back(new ProfilerConfigDebug(file, line, column));
+    return m_debugs.emplace_back(std::make_unique<ProfilerConfigDebug>(file, line, column)).get();
 }
 
 ProfilerConfigDebug* ProfilerConfigModuleInst::getDebug(unsigned int i) const {
     ZAN_CONTRACT(i < m_debugs.size(), "i < m_debugs.size()");
-    return m_debugs[i];
+    return m_debugs[i].get();
 }
 
 void ProfilerConfigModuleInst::addSignal(std::string cntl_name, std::string incr_name,
                                          ProfilerConfigPort* port) {
-    m_signals.push_back(new ProfilerConfigSignal(std::move(cntl_name), std::move(incr_name), port));
+    m_signals.push_back(
+        std::make_unique<ProfilerConfigSignal>(std::move(cntl_name), std::move(incr_name), port));
 }
 
 ProfilerConfigSignal* ProfilerConfigModuleInst::getSignal(unsigned int i) const {
     ZAN_CONTRACT(i < m_signals.size(), "i < m_signals.size()");
-    return m_signals[i];
+    return m_signals[i].get();
 }
 
 ProfilerConfigPort* ProfilerConfigModule::addPortToModule(const std::string& cntl_name,
@@ -112,14 +104,6 @@ ProfilerConfigConnection* ProfilerConfigFunction::getConnection(unsigned int i) 
     return m_connections[i];
 }
 
-ProfilerConfig::~ProfilerConfig() {
-    delete_all(m_connectionList);
-    delete_all(m_moduleInstList);
-    delete_all(m_portList);
-    delete_all(m_moduleList);
-    delete_all(m_functionList);
-}
-
 ProfilerConfigFunction* ProfilerConfig::getFunctionWithName(const std::string& name) const {
     return find(m_functionMap, name);
 }
@@ -146,56 +130,65 @@ ProfilerConfigModuleInst* ProfilerConfig::getModuleInstWithNameAndFunction(
 
 ProfilerConfigFunction* ProfilerConfig::getFunction(unsigned int i) const {
     ZAN_CONTRACT(i < m_functionList.size(), "i < m_functionList.size()");
-    return m_functionList[i];
+    return m_functionList[i].get();
 }
 
 ProfilerConfigModule* ProfilerConfig::getModule(unsigned int i) const {
     ZAN_CONTRACT(i < m_moduleList.size(), "i < m_moduleList.size()");
-    return m_moduleList[i];
+    return m_moduleList[i].get();
 }
 
 ProfilerConfigPort* ProfilerConfig::getPort(unsigned int i) const {
     ZAN_CONTRACT(i < m_portList.size(), "i < m_portList.size()");
-    return m_portList[i];
+    return m_portList[i].get();
 }
 
 ProfilerConfigModuleInst* ProfilerConfig::getModuleInst(unsigned int i) const {
     ZAN_CONTRACT(i < m_moduleInstList.size(), "i < m_moduleInstList.size()");
-    return m_moduleInstList[i];
+    return m_moduleInstList[i].get();
 }
 
 ProfilerConfigConnection* ProfilerConfig::getConnection(unsigned int i) const {
     ZAN_CONTRACT(i < m_connectionList.size(), "i < m_connectionList.size()");
-    return m_connectionList[i];
+    return m_connectionList[i].get();
 }
 
 void ProfilerConfig::addFunction(const std::string& name, unsigned int num_compute_units,
                                  const std::string& filename, unsigned int linenum,
                                  const std::string& original_name, const std::string& user_friendly_name) {
-    auto* function = new ProfilerConfigFunction(name, num_compute_units, filename, linenum, original_name,
-                                                user_friendly_name, &m_moduleMap);
-    append(m_functionList, m_functionMap, function, function->getName());
+    auto function = std::make_unique<ProfilerConfigFunction>(name, num_compute_units, filename, linenum,
+                                                             original_name, user_friendly_name, &m_moduleMap);
+    const std::string& key = function->getName();
+    append(m_functionList, m_functionMap, std::move(function), key);
 }
 
 void ProfilerConfig::addModule(const std::string& name, const std::string& function, bool is_kernel_wrapper) {
-    auto* module = new ProfilerConfigModule(name, function.empty() ? nullptr : getFunctionWithName(function),
-                                            is_kernel_wrapper);
-    append(m_moduleList, m_moduleMap, module, module->getName());
+    auto module = std::make_unique<ProfilerConfigModule>(
+        name, function.empty() ? nullptr : getFunctionWithName(function), is_kernel_wrapper);
+    const std::string& key = module->getName();
+    append(m_moduleList, m_moduleMap, std::move(module), key);
 }
 
 void ProfilerConfig::addPort(const std::string& cntl_name, const std::string& incr_name,
                              const std::string& tag, const std::string& desc, const std::string& module,
                              unsigned int flag) {
-    auto* port = new ProfilerConfigPort(cntl_name, incr_name, tag, desc, getModuleWithName(module), flag);
-    append(m_portList, m_portMap, port, port->getTag());
+    auto port = std::make_unique<ProfilerConfigPort>(cntl_name, incr_name, tag, desc,
+                                                     getModuleWithName(module), flag);
+    const std::string& key = port->getTag();
+    append(m_portList, m_portMap, std::move(port), key);
 }
 
 ProfilerConfigModuleInst* ProfilerConfig::addModuleInst(const std::string& name, const std::string& function,
                                                         const std::string& module,
                                                         const std::string& attribute, const bool& is_autorun,
                                                         const bool& shared_on) {
-    auto* inst = m_moduleInstList.emplace_back(new ProfilerConfigModuleInst(
-        name, getFunctionWithName(function), getModuleWithName(module), attribute, is_autorun, shared_on));
+    auto* inst = m_moduleInstList
+                     .emplace_back(std::make_unique<ProfilerConfigModuleInst>(
+                         name, getFunctionWithName(function), getModuleWithName(module), attribute,
+                         is_autorun, shared_on))
+                     .get();
+    // The first instance of a name and function stays the one that is found. Without a function there is no
+    // second half of the key, and nothing could ask for the instance.
     if (inst->getFunction())
         m_moduleInstMap.try_emplace({inst->getName(), inst->getFunction()->getName()}, inst);
     return inst;
@@ -206,9 +199,12 @@ ProfilerConfigConnection* ProfilerConfig::addConnection(const std::string& modul
                                                         unsigned int compute_unit,
                                                         const std::string& port_tag,
                                                         const std::string& shared_with) {
-    return m_connectionList.emplace_back(new ProfilerConfigConnection(
-        getModuleInstWithNameAndFunction(moduleinst, function), getFunctionWithName(function), compute_unit,
-        getPortWithTag(port_tag), shared_with.empty() ? nullptr : getPortWithTag(shared_with)));
+    return m_connectionList
+        .emplace_back(std::make_unique<ProfilerConfigConnection>(
+            getModuleInstWithNameAndFunction(moduleinst, function), getFunctionWithName(function),
+            compute_unit, getPortWithTag(port_tag),
+            shared_with.empty() ? nullptr : getPortWithTag(shared_with)))
+        .get();
 }
 
 } // namespace zan::profiler

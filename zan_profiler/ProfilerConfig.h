@@ -2,6 +2,7 @@
 // how instances connect to counters.
 #pragma once
 
+#include <memory>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -112,7 +113,6 @@ class ProfilerConfigModuleInst {
           m_sharedOn(shared_on) {}
     ProfilerConfigModuleInst(const ProfilerConfigModuleInst&) = delete;
     ProfilerConfigModuleInst& operator=(const ProfilerConfigModuleInst&) = delete;
-    ~ProfilerConfigModuleInst();
 
     const std::string& getName() const { return m_name; }
     ProfilerConfigFunction* getFunction() const { return m_function; }
@@ -135,8 +135,8 @@ class ProfilerConfigModuleInst {
     ProfilerConfigFunction* m_function;
     ProfilerConfigModule* m_module;
     std::string m_attribute;
-    std::vector<ProfilerConfigDebug*> m_debugs;
-    std::vector<ProfilerConfigSignal*> m_signals;
+    std::vector<std::unique_ptr<ProfilerConfigDebug>> m_debugs;
+    std::vector<std::unique_ptr<ProfilerConfigSignal>> m_signals;
     bool m_isAutorun;
     bool m_sharedOn;
 };
@@ -194,13 +194,15 @@ class ProfilerConfigModule {
     const std::string& getName() const { return m_name; }
     ProfilerConfigFunction* getFunction() const { return m_function; }
     bool getIsKernelWrapper() const { return m_isKernelWrapper; }
+    void print(std::ostream& os) const;
+
+    // For callers outside this program.
 
     // Makes a port that this module lists and the model doesn't; the caller owns it.
     ProfilerConfigPort* addPortToModule(const std::string& cntl_name, const std::string& incr_name,
                                         const std::string& tag, const std::string& desc, unsigned int flag);
     unsigned int getNumPorts() const { return static_cast<unsigned int>(m_ports.size()); }
     ProfilerConfigPort* getPort(unsigned int i) const;
-    void print(std::ostream& os) const;
 
   private:
     std::string m_name;
@@ -233,9 +235,13 @@ class ProfilerConfigFunction {
     unsigned int getLinenum() const { return m_linenum; }
     const std::string& getOriginalName() const { return m_originalName; }
     const std::string& getUserFriendlyName() const { return m_userFriendlyName; }
-    const ModuleMap* getModuleMapPtr() const { return m_moduleMapPtr; }
+    void print(std::ostream& os) const;
 
-    // Make records that this function lists and the model doesn't; the caller owns them.
+    // For callers outside this program.
+
+    const ModuleMap* getModuleMapPtr() const { return m_moduleMapPtr; }
+    // Each makes a record that this function lists and the model doesn't. The caller owns it and deletes it,
+    // which is why the lists below are of plain pointers.
     ProfilerConfigModuleInst* addModuleInst(const std::string& name, const std::string& module,
                                             const std::string& attribute, const bool& is_autorun,
                                             const bool& shared_on);
@@ -245,7 +251,6 @@ class ProfilerConfigFunction {
     ProfilerConfigModuleInst* getModuleInst(unsigned int i) const;
     unsigned int getNumConnections() const { return static_cast<unsigned int>(m_connections.size()); }
     ProfilerConfigConnection* getConnection(unsigned int i) const;
-    void print(std::ostream& os) const;
 
   private:
     std::string m_name;
@@ -263,9 +268,9 @@ class ProfilerConfigFunction {
 class ProfilerConfig {
   public:
     ProfilerConfig() = default;
+    // The functions refer to this model's map of modules.
     ProfilerConfig(const ProfilerConfig&) = delete;
     ProfilerConfig& operator=(const ProfilerConfig&) = delete;
-    ~ProfilerConfig();
 
     // Null if there is none. Of several functions, modules or ports of one name the last is found, of several
     // module instances the first. Each takes time that doesn't grow with the model.
@@ -275,15 +280,9 @@ class ProfilerConfig {
     ProfilerConfigModuleInst* getModuleInstWithNameAndFunction(const std::string& name,
                                                                const std::string& function) const;
 
-    // All records in the order in which they were added.
+    // In the order in which they were added.
     unsigned int getNumFunctions() const { return static_cast<unsigned int>(m_functionList.size()); }
     ProfilerConfigFunction* getFunction(unsigned int i) const;
-    unsigned int getNumModules() const { return static_cast<unsigned int>(m_moduleList.size()); }
-    ProfilerConfigModule* getModule(unsigned int i) const;
-    unsigned int getNumPorts() const { return static_cast<unsigned int>(m_portList.size()); }
-    ProfilerConfigPort* getPort(unsigned int i) const;
-    unsigned int getNumModuleInsts() const { return static_cast<unsigned int>(m_moduleInstList.size()); }
-    ProfilerConfigModuleInst* getModuleInst(unsigned int i) const;
     unsigned int getNumConnections() const { return static_cast<unsigned int>(m_connectionList.size()); }
     ProfilerConfigConnection* getConnection(unsigned int i) const;
 
@@ -308,6 +307,14 @@ class ProfilerConfig {
     // nothing.
     void print(std::ostream& os) const;
 
+    // For callers outside this program: the other records in the order in which they were added.
+    unsigned int getNumModules() const { return static_cast<unsigned int>(m_moduleList.size()); }
+    ProfilerConfigModule* getModule(unsigned int i) const;
+    unsigned int getNumPorts() const { return static_cast<unsigned int>(m_portList.size()); }
+    ProfilerConfigPort* getPort(unsigned int i) const;
+    unsigned int getNumModuleInsts() const { return static_cast<unsigned int>(m_moduleInstList.size()); }
+    ProfilerConfigModuleInst* getModuleInst(unsigned int i) const;
+
   private:
     // An instance's name and its function's.
     using InstKey = std::pair<std::string_view, std::string_view>;
@@ -315,11 +322,11 @@ class ProfilerConfig {
         std::size_t operator()(const InstKey& key) const;
     };
 
-    std::vector<ProfilerConfigFunction*> m_functionList;
-    std::vector<ProfilerConfigModule*> m_moduleList;
-    std::vector<ProfilerConfigPort*> m_portList;
-    std::vector<ProfilerConfigModuleInst*> m_moduleInstList;
-    std::vector<ProfilerConfigConnection*> m_connectionList;
+    std::vector<std::unique_ptr<ProfilerConfigFunction>> m_functionList;
+    std::vector<std::unique_ptr<ProfilerConfigModule>> m_moduleList;
+    std::vector<std::unique_ptr<ProfilerConfigPort>> m_portList;
+    std::vector<std::unique_ptr<ProfilerConfigModuleInst>> m_moduleInstList;
+    std::vector<std::unique_ptr<ProfilerConfigConnection>> m_connectionList;
     ProfilerConfigIndex<ProfilerConfigFunction> m_functionMap;
     ProfilerConfigIndex<ProfilerConfigModule> m_moduleMap;
     ProfilerConfigIndex<ProfilerConfigPort> m_portMap;

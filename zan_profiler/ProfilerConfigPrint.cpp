@@ -34,11 +34,11 @@ std::string tag_of(const ProfilerConfigPort* port) {
     return port ? port->getTag() : "null";
 }
 
-template <typename Record>
-void print_list(std::ostream& os, const char* indent, const char* element,
-                const std::vector<Record*>& records) {
+// `records` are pointers, owned or not.
+template <typename Records>
+void print_list(std::ostream& os, const char* indent, const char* element, const Records& records) {
     os << indent << '<' << element << ">\n";
-    for (const Record* record : records)
+    for (const auto& record : records)
         os << *record << '\n';
     os << indent << "</" << element << ">\n";
 }
@@ -89,9 +89,9 @@ void ProfilerConfigModuleInst::print(std::ostream& os) const {
     print_attribute(os, "isAutorun", m_isAutorun ? 1 : 0);
     print_attribute(os, "sharedOn", m_sharedOn ? 1 : 0);
     os << '>';
-    for (const ProfilerConfigDebug* debug : m_debugs)
+    for (const auto& debug : m_debugs)
         os << '\n' << *debug;
-    for (const ProfilerConfigSignal* signal : m_signals)
+    for (const auto& signal : m_signals)
         os << '\n' << *signal;
     os << '\n' << indent_8 << "</MODULEINST>";
 }

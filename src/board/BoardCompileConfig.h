@@ -21,7 +21,7 @@ class CompileConfig {
     bool get_generic_kernel() const { return m_generic_kernel; }
     void set_generic_kernel(bool generic) { m_generic_kernel = generic; }
 
-    // Which parts of the configuration the description gives.
+    // Which parts of the configuration the description has.
     bool has_automigrate() const { return m_has_automigrate; }
     void set_has_automigrate(bool given) { m_has_automigrate = given; }
     bool has_generate() const { return m_has_generate; }

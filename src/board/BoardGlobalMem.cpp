@@ -45,11 +45,13 @@ unsigned int GlobalMemConfig::get_max_burst_count() const {
     return count;
 }
 
+// With a single interface there is nothing to interleave, whatever the description says.
 size_t GlobalMemConfig::get_num_interleaved_bytes() const {
     const size_t size = get_intf(0).get_size();
     return m_interfaces.size() > 1 && m_interleaved_bytes != 0 ? m_interleaved_bytes : size;
 }
 
+// Not the smallest of all: the checks of memories against each other count from the first interface.
 unsigned long long GlobalMemConfig::get_min_byte_address() const {
     return m_interfaces.empty() ? 0 : m_interfaces[0]->get_address();
 }

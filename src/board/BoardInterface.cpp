@@ -60,6 +60,7 @@ Port& Interface::get_port(unsigned int port) {
     return *m_port[port];
 }
 
+// A port that reads and writes counts for neither side.
 bool Interface::has_separate_rw_ports() const {
     const auto any = [&](Port::Direction direction) {
         return std::any_of(m_port.begin(), m_port.end(),

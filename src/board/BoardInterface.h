@@ -79,7 +79,7 @@ class Interface {
     void set_chan_id(std::string id) { m_chan_id = std::move(id); }
     const std::string& get_name() const { return m_name; }
     void set_name(std::string name) { m_name = std::move(name); }
-    // The latency has a default; the flag tells whether it was given.
+    // The latency has a default; the flag says whether the description had one.
     unsigned int get_latency() const { return m_latency; }
     void set_latency(unsigned int latency) { m_latency = latency; }
     bool get_has_latency() const { return m_has_latency; }

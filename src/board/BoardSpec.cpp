@@ -51,7 +51,7 @@ void InterfaceConfig::set_kernel_clk_reset(KernelClkReset* clk_reset) {
     take(m_kernel_clk_reset, clk_reset, "clk_reset != nullptr");
 }
 
-// The formatting of a stream that nobody has touched.
+// As a stream with default formatting writes it.
 std::string BoardSpec::Version::str() const {
     std::ostringstream text;
     text << m_value;
@@ -59,8 +59,8 @@ std::string BoardSpec::Version::str() const {
 }
 
 BoardSpec::~BoardSpec() {
-    for (const auto& [name, config] : m_compile_configs)
-        delete config;
+    for (const auto& [name, named] : m_compile_configs)
+        delete named.config;
 }
 
 const DeviceConfig& BoardSpec::get_device_config() const {
@@ -129,6 +129,7 @@ GlobalMemConfig& BoardSpec::get_global_mem_config() {
     return *m_global_mem_configs[0];
 }
 
+// Names are few, and are only unique once a load has checked them, so the list is searched from its end.
 GlobalMemConfig* BoardSpec::last_global_mem_of_name(const std::string& name) const {
     const auto found = std::find_if(m_global_mem_configs.rbegin(), m_global_mem_configs.rend(),
                                     [&](const auto& memory) { return memory->get_name() == name; });
@@ -171,19 +172,27 @@ void BoardSpec::get_string_of_board_global_interface_names(std::string& out) con
 void BoardSpec::set_compile_config(CompileConfig* config, const std::string& name) {
     ZAN_CONTRACT(config != nullptr, "config != nullptr");
     m_compile_config_names.push_back(name);
-    m_compile_configs[name] = config;
+    m_compile_configs[name] = {config, false};
+}
+
+void BoardSpec::add_compile_config(std::unique_ptr<CompileConfig> config, const std::string& name) {
+    const auto found = m_compile_configs.find(name);
+    if (found != m_compile_configs.end() && found->second.is_added)
+        m_replaced_compile_configs.emplace_back(found->second.config);
+    set_compile_config(config.release(), name);
+    m_compile_configs[name].is_added = true;
 }
 
 const CompileConfig& BoardSpec::get_compile_config(std::string name) const {
     const auto found = m_compile_configs.find(name);
     ZAN_CONTRACT(found != m_compile_configs.end(), "found != m_compile_configs.end()");
-    return *found->second;
+    return *found->second.config;
 }
 
 CompileConfig& BoardSpec::get_compile_config(std::string name) {
     const auto found = m_compile_configs.find(name);
     ZAN_CONTRACT(found != m_compile_configs.end(), "found != m_compile_configs.end()");
-    return *found->second;
+    return *found->second.config;
 }
 
 unsigned int BoardSpec::num_compile_configs() const {
@@ -193,7 +202,7 @@ unsigned int BoardSpec::num_compile_configs() const {
 std::string BoardSpec::get_string_of_board_compile_config_names() const {
     std::string names;
     const char* separator = "";
-    for (const auto& [name, config] : m_compile_configs) {
+    for (const auto& [name, named] : m_compile_configs) {
         names += separator + name;
         separator = ", ";
     }

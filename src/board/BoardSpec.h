@@ -116,7 +116,6 @@ class BoardSpec {
     const ChannelConfig& get_channel_config() const;
     ChannelConfig& get_channel_config();
     void set_channel_config(ChannelConfig* config);
-    void clear_channel_config() { m_channel_config.reset(); }
     bool has_interface_config() const { return m_interface_config != nullptr; }
     const InterfaceConfig& get_interface_config() const;
     InterfaceConfig& get_interface_config();
@@ -128,36 +127,49 @@ class BoardSpec {
     const std::vector<std::unique_ptr<GlobalMemConfig>>& get_global_mem_configs() const;
     const GlobalMemConfig& get_global_mem_config() const;
     GlobalMemConfig& get_global_mem_config();
-    // The last one of that name.
-    const GlobalMemConfig& get_global_mem_config(std::string name) const;
-    GlobalMemConfig& get_global_mem_config(std::string name);
     // Puts the memory at the front of the list if it is the default one, else at the end.
     void add_global_mem_config(GlobalMemConfig* gmc, bool is_default);
-    void clear_global_mem_config() { m_global_mem_configs.clear(); }
     bool is_valid_global_mem_interface(std::string name) const;
+    // Compile configurations. One that is set under a taken name takes its place; the earlier one then isn't
+    // owned by the board any more and is not deleted, as the caller may own it.
+    void set_compile_config(CompileConfig* config, const std::string& name);
+    // As above, but a configuration that was added in this way and loses its place to another one stays with
+    // the board, as no caller has it.
+    void add_compile_config(std::unique_ptr<CompileConfig> config, const std::string& name);
+    unsigned int num_compile_configs() const;
+
+    // For callers outside this program.
+
+    // The last memory of that name, which must exist.
+    const GlobalMemConfig& get_global_mem_config(std::string name) const;
+    GlobalMemConfig& get_global_mem_config(std::string name);
+    void clear_global_mem_config() { m_global_mem_configs.clear(); }
     // Whether the default memory, which must exist, has that name.
     bool is_default_global_mem(std::string name) const;
     // Appends the memories' names, joined by ", ".
     void get_string_of_board_global_interface_names(std::string& out) const;
-
-    // Compile configurations. One that is set under a taken name takes its place; the earlier one then
-    // belongs to nobody, and is not deleted.
-    void set_compile_config(CompileConfig* config, const std::string& name);
+    // The configuration of that name, which must exist.
     const CompileConfig& get_compile_config(std::string name) const;
     CompileConfig& get_compile_config(std::string name);
-    unsigned int num_compile_configs() const;
     // In the order in which they were set; a name that was set twice stands there twice.
     std::vector<std::string> get_compile_config_names() const { return m_compile_config_names; }
     // Each name once, sorted, joined by ", ".
     std::string get_string_of_board_compile_config_names() const;
+    void clear_channel_config() { m_channel_config.reset(); }
 
   private:
+    struct NamedCompileConfig {
+        CompileConfig* config = nullptr; // owned
+        bool is_added = false;           // by add_compile_config
+    };
+
     GlobalMemConfig* last_global_mem_of_name(const std::string& name) const;
 
     Version m_version;
     std::string m_name;
     std::unique_ptr<DeviceConfig> m_device_config;
-    std::map<std::string, CompileConfig*> m_compile_configs; // owned
+    std::map<std::string, NamedCompileConfig> m_compile_configs;
+    std::vector<std::unique_ptr<CompileConfig>> m_replaced_compile_configs;
     std::vector<std::string> m_compile_config_names;
     std::vector<std::unique_ptr<GlobalMemConfig>> m_global_mem_configs;
     std::unique_ptr<HostConfig> m_host_config;

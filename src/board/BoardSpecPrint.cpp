@@ -11,7 +11,8 @@ namespace {
 constexpr int digits_of_32_bits = 8;
 constexpr int digits_of_64_bits = 16;
 
-// Zero-filled hexadecimal digits behind "0x". The stream's flags are put back; its fill character isn't.
+// Zero-filled hexadecimal digits after "0x". The stream's flags are put back; its fill character isn't, as
+// tools compare what callers print after it.
 template <typename Number>
 void print_hex(std::ostream& os, Number number, int digits) {
     const std::ios_base::fmtflags flags = os.flags();

@@ -1,64 +1,167 @@
-// Attributes of an element as a table, read in its order.
+// Attributes of an element as a table: their names, in the order of reading, and where their values go.
 #pragma once
 
+#include <functional>
+#include <initializer_list>
+#include <iterator>
 #include <string>
-#include <variant>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "BaseVisitor.h"
+#include "BaseWordTable.h"
 
 namespace zan::xml {
 
-// Where a row puts an attribute's value in `Values`, the record of all of the element's.
-template <typename Values>
-using AttributeTarget = std::variant<std::string Values::*, unsigned int Values::*, unsigned_hex Values::*,
-                                     unsigned64_hex Values::*, float Values::*>;
-
 enum class AttributeNeed { required, optional };
 
-// One attribute. `Visitor` is the reader's class.
-template <typename Visitor, typename Values>
+// How the reading of an attribute ended: `unreadable` is one that is missing or isn't of its type, `refused`
+// one whose value isn't allowed. Both have been reported.
+enum class AttributeState { good, unreadable, refused };
+
+// One attribute, whose value goes to a `Record`. `Visitor` is the class of the visitor that reads, or a base
+// of it.
+template <typename Visitor, typename Record>
 struct AttributeRow {
+    using Reader = AttributeState(Visitor& visitor, const XMLElement& elem, const AttributeRow& row,
+                                  Record& record);
+
     const char* name;
-    AttributeTarget<Values> target;
     AttributeNeed need;
-    const char* message = nullptr; // what is reported, besides the reader's own words, if it can't be read
-    // What else must hold of the values read so far; reports what is wrong. May be null.
-    bool (Visitor::*check)(const XMLElement& elem, const Values& values) = nullptr;
-    // The attribute at whose line the message is reported, where it isn't this one.
+    Reader* read;                  // one of the functions below, or one that reads this attribute alone
+    const char* message = nullptr; // see the reader
+    // What else must hold of the values read so far; reports what doesn't. May be null.
+    bool (Visitor::*check)(const XMLElement& elem, const Record& record) = nullptr;
+    // The message is reported at the line of the attribute of this name, where it isn't the row's own.
     const char* reported_name = nullptr;
 };
 
-// Reports each attribute of the element that has no row; false if there is one.
-template <typename Visitor, typename Values, size_t N>
-bool check_attributes(Visitor& visitor, const XMLElement& elem,
-                      const AttributeRow<Visitor, Values> (&rows)[N]) {
-    const char* names[N];
-    for (size_t i = 0; i < N; ++i)
-        names[i] = rows[i].name;
-    return visitor.report_unexpected_attrs(elem, static_cast<unsigned int>(N), names);
+namespace detail {
+
+template <typename Target>
+struct TargetTraits;
+
+template <typename Record, typename Member>
+struct TargetTraits<Member Record::*> {
+    using Value = Member;
+};
+
+template <typename Record, typename Argument>
+struct TargetTraits<void (Record::*)(Argument)> {
+    using Value = std::decay_t<Argument>;
+};
+
+template <typename Record, typename Argument>
+struct TargetTraits<void (*)(Record&, Argument)> {
+    using Value = std::decay_t<Argument>;
+};
+
+template <auto target, typename Record, typename Value>
+static void store(Record& record, Value value) {
+    if constexpr (std::is_member_object_pointer_v<decltype(target)>)
+        record.*target = std::move(value);
+    else
+        std::invoke(target, record, std::move(value));
 }
 
-// Reads the attributes into `values`, which keeps what it holds where an optional one is missing. The first
-// failure ends the reading with false.
-template <typename Visitor, typename Values, size_t N>
-bool read_attributes(Visitor& visitor, const XMLElement& elem, const AttributeRow<Visitor, Values> (&rows)[N],
-                     Values& values) {
-    for (const AttributeRow<Visitor, Values>& row : rows) {
+} // namespace detail
+
+// The type that a target takes. A target is a field, a setter, or a function of a record and a value.
+template <auto target>
+using TargetValue = typename detail::TargetTraits<std::remove_const_t<decltype(target)>>::Value;
+
+// `message` with `value` in the place of its "{}", if it has one.
+std::string with_value(std::string message, std::string_view value);
+
+// The readers. They are static as g++ 12 would make one function of those for two targets of one name in
+// unnamed namespaces.
+
+// Reads any value of its type. A row's message is reported besides the one for an unreadable attribute.
+template <auto target, typename Value = TargetValue<target>, typename Visitor, typename Record>
+static AttributeState read_to(Visitor& visitor, const XMLElement& elem,
+                              const AttributeRow<Visitor, Record>& row, Record& record) {
+    Value value{};
+    if (!visitor.query_attribute(elem, row.name, &value, true, true)) {
+        if (row.message)
+            visitor.report_attr_error(elem, row.reported_name ? row.reported_name : row.name, row.message);
+        return AttributeState::unreadable;
+    }
+    detail::store<target>(record, std::move(value));
+    return AttributeState::good;
+}
+
+// Conditions for read_if. A NaN meets neither.
+inline constexpr auto is_positive = [](auto value) { return value > 0; };
+inline constexpr auto is_not_negative = [](auto value) { return value >= 0; };
+
+// Reads a number of which `condition` has to hold; the row's message is reported where it doesn't.
+template <auto condition, auto target, typename Value = TargetValue<target>, typename Visitor,
+          typename Record>
+static AttributeState read_if(Visitor& visitor, const XMLElement& elem,
+                              const AttributeRow<Visitor, Record>& row, Record& record) {
+    Value value{};
+    if (!visitor.query_attribute(elem, row.name, &value, true, true))
+        return AttributeState::unreadable;
+    if (!condition(value)) {
+        visitor.report_attr_error(elem, row.name, row.message);
+        return AttributeState::refused;
+    }
+    detail::store<target>(record, value);
+    return AttributeState::good;
+}
+
+// Reads a text that must be one of `words`; the row's message, with the text for its "{}", is reported where
+// it isn't.
+template <const auto& words, auto target, typename Visitor, typename Record>
+static AttributeState read_word(Visitor& visitor, const XMLElement& elem,
+                                const AttributeRow<Visitor, Record>& row, Record& record) {
+    std::string text;
+    if (!visitor.query_attribute(elem, row.name, &text, true, true))
+        return AttributeState::unreadable;
+    const auto* word = find_word(words, text);
+    if (!word) {
+        visitor.report_attr_error(elem, row.name, with_value(row.message, text));
+        return AttributeState::refused;
+    }
+    detail::store<target>(record, word->value);
+    return AttributeState::good;
+}
+
+// Reports each attribute of the element that neither a row nor `others` names; false if there is one.
+template <typename Rows>
+bool check_attributes(BaseVisitor& visitor, const XMLElement& elem, const Rows& rows,
+                      std::initializer_list<const char*> others = {}) {
+    std::vector<const char*> names;
+    names.reserve(std::size(rows) + others.size());
+    names.assign(others);
+    for (const auto& row : rows)
+        names.push_back(row.name);
+    return visitor.report_unexpected_attrs(elem, static_cast<unsigned int>(names.size()), names.data());
+}
+
+// Reads the attributes into `record`, which keeps what it holds where an optional one is missing. The first
+// fault ends the reading.
+template <typename Visitor, typename Rows, typename Record>
+AttributeState read_rows(Visitor& visitor, const XMLElement& elem, const Rows& rows, Record& record) {
+    for (const auto& row : rows) {
         if (row.need == AttributeNeed::optional && !BaseVisitor::attribute_exists(elem, row.name))
             continue;
-        const bool read = std::visit(
-            [&](auto target) {
-                return visitor.query_attribute(elem, row.name, &(values.*target), true, true);
-            },
-            row.target);
-        if (!read && row.message)
-            visitor.report_attr_error(elem, row.reported_name ? row.reported_name : row.name, row.message);
-        if (!read)
-            return false;
-        if (row.check && !(visitor.*row.check)(elem, values))
-            return false;
+        const AttributeState state = row.read(visitor, elem, row, record);
+        if (state != AttributeState::good)
+            return state;
+        if (row.check && !(visitor.*row.check)(elem, record))
+            return AttributeState::refused;
     }
-    return true;
+    return AttributeState::good;
+}
+
+// Both: the element has no other attributes than those of the table, and all of them are good.
+template <typename Visitor, typename Rows, typename Record>
+bool read_attributes(Visitor& visitor, const XMLElement& elem, const Rows& rows, Record& record) {
+    return check_attributes(visitor, elem, rows) &&
+           read_rows(visitor, elem, rows, record) == AttributeState::good;
 }
 
 } // namespace zan::xml

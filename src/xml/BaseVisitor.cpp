@@ -10,7 +10,11 @@ namespace {
 
 template <typename Names>
 std::string path_of(const Names& names) {
+    size_t size = 0;
+    for (const auto& name : names)
+        size += name.size() + 1;
     std::string path;
+    path.reserve(size);
     for (size_t i = 0; i < names.size(); ++i) {
         if (i > 0)
             path += '/';
@@ -47,12 +51,13 @@ bool BaseVisitor::VisitExit(const XMLDocument&) {
     return !m_has_error;
 }
 
+// After an error the stack and the counts stay as they are: elements are neither entered nor left any more.
 bool BaseVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute*) {
     if (m_has_error)
         return false;
     m_elem_stack.emplace_back(elem.Value());
     ++get_elem_stack_count_entry();
-    if (m_debug_mode)
+    if (m_debug_mode) // asked here too, so that the path is joined only where it is printed
         debug("[xml] entering " + get_elem_stack_key() + "\n");
     return !m_has_error;
 }
@@ -85,6 +90,7 @@ bool BaseVisitor::Visit(const XMLUnknown&) {
     return !m_has_error;
 }
 
+// An empty attribute exists, so it is not the same as a missing one.
 bool BaseVisitor::attribute_exists(const XMLElement& elem, const char* name) {
     return elem.Attribute(name, nullptr) != nullptr;
 }
@@ -158,8 +164,8 @@ void BaseVisitor::debug(const std::string& text) {
         m_callbacks->debug(text);
 }
 
-// The child's own walk is all that tells of its failure: the result of its VisitEnter is lost in the parser,
-// and its messages have gone to the callbacks already.
+// Only the result of the child's whole walk shows that it failed: the parser drops the result of a
+// VisitEnter, and the messages have gone to the callbacks already.
 bool BaseVisitor::hand_over(const XMLElement& elem, BaseVisitor* child) {
     m_has_error |= !elem.Accept(child);
     return false;

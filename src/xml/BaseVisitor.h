@@ -26,8 +26,7 @@ using tinyxml2::XMLUnknown;
 // Walks one document, or one element and its subtree, once. The first error sets a flag that is never
 // cleared: from then on elements are neither entered nor left, and the walk ends with false.
 //
-// Lists of names come as a count and that many `const char*`, outermost element first; none may be null. A
-// path is the names joined with "/", beginning at the element that this visitor was started on.
+// A path is the names of elements joined with "/", beginning at the element that this visitor was started on.
 class BaseVisitor : public tinyxml2::XMLVisitor {
   public:
     // For the outermost visitor of a document. `callbacks` isn't owned; when it is null, reports only set the
@@ -59,6 +58,45 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     // The path of the open elements; empty when none is open.
     std::string get_elem_stack_key() const;
 
+    // Passes `text` on to the callbacks in debug mode.
+    void debug(const std::string& text);
+
+    // Reads an attribute into `out`; false if it is missing, which is reported when it is `required`, or not
+    // of the type. Nothing is reported unless `report` is set. A missing attribute leaves `out` as it was.
+    template <AttributeValue T>
+    bool query_attribute(const XMLElement& elem, const char* name, T* out, bool report, bool required);
+
+    // Reports an error, at a line where it has one, sets the error flag and returns false.
+    bool report_error(const std::string& msg);
+    bool report_error(const XMLNode& node, const std::string& msg);
+    bool report_error(const XMLAttribute& attr, const std::string& msg);
+
+    // Errors with a text of their own. `extra`, when not empty, is a further line of the message. All return
+    // false.
+    bool report_missing_attr(const XMLElement& elem, const std::string& attr, const std::string& extra);
+    bool report_unexpected_elem(const XMLElement& elem, const std::string& extra);
+    bool report_attr_type_error(const XMLElement& elem, const std::string& attr_name,
+                                const std::string& extra);
+
+    // Reports `msg` at the line of the attribute, or of the element if it has no such attribute.
+    bool report_attr_error(const XMLElement& elem, const std::string& attr_name, const std::string& msg);
+
+    // Checks on the count of the current path, the element being entered included. Bounds are inclusive.
+    bool report_unexpected_elem_stack_count(const XMLElement& elem, unsigned int exact);
+    bool report_unexpected_elem_stack_count(const XMLElement& elem, unsigned int min_count,
+                                            unsigned int max_count);
+
+    // The error of a count that isn't within its bounds.
+    bool report_unexpected_elem_count_error(const XMLElement& elem, unsigned int min_count,
+                                            unsigned int max_count);
+
+    // Reports each attribute that is not among the names. Returns false too if the error flag was set before.
+    bool report_unexpected_attrs(const XMLElement& elem, unsigned int n, const char* const* names);
+    bool report_unexpected_attrs(const XMLElement& elem, const std::vector<std::string>& names);
+
+    // For visitors outside this program; those within it have a table of their elements. Lists of names come
+    // as a count and that many `const char*`, outermost element first; none may be null.
+
     // Whether the open elements below the top are exactly those named; the top may be any.
     bool check_element_stack(unsigned int n, ...) const;
     bool check_element_stack_va(unsigned int n, va_list names) const;
@@ -71,68 +109,22 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     unsigned int get_element_count(unsigned int n, ...) const;
     unsigned int get_element_count_va(unsigned int n, va_list names) const;
 
-    // Passes `text` on to the callbacks in debug mode.
-    void debug(const std::string& text);
-
-    // Reads an attribute into `out`; false if it is missing, which is reported when it is `required`, or not
-    // of the type. Nothing is reported unless `report` is set. A missing attribute leaves `out` as it was.
-    template <AttributeValue T>
-    bool query_attribute(const XMLElement& elem, const char* name, T* out, bool report, bool required);
-
-    // Reports an error, at a line where it has one, sets the error flag and gives false.
-    bool report_error(const std::string& msg);
-    bool report_error(const XMLNode& node, const std::string& msg);
-    bool report_error(const XMLAttribute& attr, const std::string& msg);
-
-    // Gives true; the walk goes on.
-    bool report_warning(const std::string& msg);
-
-    // Errors with a text of their own. `extra`, when not empty, is a further line of the message. All give
-    // false.
-    bool report_missing_attr(const XMLElement& elem, const std::string& attr, const std::string& extra);
-    bool report_unexpected_elem(const XMLElement& elem, const std::string& extra);
-    bool report_attr_type_error(const XMLElement& elem, const std::string& attr_name,
-                                const std::string& extra);
-
-    // Reports `msg` at the line of the attribute, or of the element if it has no such attribute.
-    bool report_attr_error(const XMLElement& elem, const std::string& attr_name, const std::string& msg);
-
     // Checks on nesting: true if check_element_stack or check_element_stack_with_top holds, else an error.
     bool report_unexpected_elem_stack(const XMLElement& elem, unsigned int n, ...);
     bool report_unexpected_elem_stack_with_top(const XMLElement& elem, unsigned int n, ...);
 
-    // Checks on the count of the current path, the element being entered included. Bounds are inclusive.
-    bool report_unexpected_elem_stack_count(const XMLElement& elem, unsigned int exact);
-    bool report_unexpected_elem_stack_count(const XMLElement& elem, unsigned int min_count,
-                                            unsigned int max_count);
-
-    // Checks on the count of the path of the `n` names. `elem` is only the element that the error tells.
+    // Checks on the count of the path of the `n` names. The error names `elem`, whatever the path.
     bool report_unexpected_elem_count(const XMLElement& elem, unsigned int exact, unsigned int n, ...);
     bool report_unexpected_elem_count(const XMLElement& elem, unsigned int min_count, unsigned int max_count,
                                       unsigned int n, ...);
-    bool report_unexpected_elem_count_error(const XMLElement& elem, unsigned int min_count,
-                                            unsigned int max_count);
-
-    // Reports each attribute that is not among the names. Gives false too if the error flag was set before.
-    bool report_unexpected_attrs(const XMLElement& elem, unsigned int n, const char* const* names);
     bool report_unexpected_attrs(const XMLElement& elem, unsigned int n, ...);
-    bool report_unexpected_attrs(const XMLElement& elem, const std::vector<std::string>& names);
+
+    // Returns true; the walk goes on.
+    bool report_warning(const std::string& msg);
 
   protected:
-    // One row of a visitor's table of elements.
-    template <typename Visitor>
-    struct ElementHandler {
-        std::string_view name;
-        bool (Visitor::*handle)(const XMLElement& elem);
-    };
-
-    // Gives the result of the first handler of the element's name; an element that has none is unexpected.
-    template <typename Visitor, size_t N>
-    static bool visit_by_name(Visitor* visitor, const XMLElement& elem,
-                              const ElementHandler<Visitor> (&handlers)[N]);
-
-    // Lets `child` walk the element and its subtree, and takes over its failure. Gives false always, as the
-    // result for the own VisitEnter: the subtree has been walked already.
+    // Lets `child` walk the element and its subtree, and takes over its failure. Always returns false, as the
+    // result of the own VisitEnter: the subtree has been walked already.
     bool hand_over(const XMLElement& elem, BaseVisitor* child);
 
     // The count of the current path, created as 0 if missing.
@@ -153,16 +145,6 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
                               unsigned int max_count);
     bool report_attrs_not_in(const XMLElement& elem, const Names& names);
 };
-
-template <typename Visitor, size_t N>
-bool BaseVisitor::visit_by_name(Visitor* visitor, const XMLElement& elem,
-                                const ElementHandler<Visitor> (&handlers)[N]) {
-    for (const ElementHandler<Visitor>& handler : handlers) {
-        if (handler.name == elem.Value())
-            return (visitor->*handler.handle)(elem);
-    }
-    return visitor->report_unexpected_elem(elem, "");
-}
 
 template <AttributeValue T>
 bool BaseVisitor::query_attribute(const XMLElement& elem, const char* name, T* out, bool report,

@@ -7,19 +7,20 @@ namespace zan::xml {
 
 namespace {
 
-constexpr int BASE_OF_PREFIX = 0;
+constexpr int base_by_prefix = 0;
 
 // strtoul and strtoull would skip blanks and take a sign, so the first character is checked here.
 bool begins_with_digit(const char* text) {
     return *text >= '0' && *text <= '9';
 }
 
+// One conversion serves streams and attributes, so both refuse the same texts.
 template <typename Hex, typename Number>
 std::istream& extract(std::istream& in, Hex& out, bool (*convert)(const char*, Number*, int)) {
     std::string token;
     in >> token;
     Number number = out;
-    if (!convert(token.c_str(), &number, BASE_OF_PREFIX))
+    if (!convert(token.c_str(), &number, base_by_prefix))
         in.setstate(std::ios::failbit);
     out = number;
     return in;
@@ -74,8 +75,17 @@ bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned64_hex* out) 
     return convert_by_stream(attr.Value(), out);
 }
 
+// Any other result than this one counts as success, also for a number with a rest after it.
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, float* out) {
     return attr.QueryFloatValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
+}
+
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, int* out) {
+    return attr.QueryIntValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
+}
+
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, bool* out) {
+    return attr.QueryBoolValue(out) != tinyxml2::XML_WRONG_ATTRIBUTE_TYPE;
 }
 
 } // namespace zan::xml

@@ -47,7 +47,8 @@ std::istream& operator>>(std::istream& in, unsigned64_hex& out);
 // The types that convert_attribute, and so BaseVisitor::query_attribute, knows.
 template <typename T>
 concept AttributeValue = std::same_as<T, std::string> || std::same_as<T, unsigned int> ||
-    std::same_as<T, unsigned_hex> || std::same_as<T, unsigned64_hex> || std::same_as<T, float>;
+    std::same_as<T, unsigned_hex> || std::same_as<T, unsigned64_hex> || std::same_as<T, float> ||
+    std::same_as<T, int> || std::same_as<T, bool>;
 
 // Converts an attribute's text; false if it is not of the type. After a failure `out` is not to be looked at.
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, std::string* out);
@@ -55,5 +56,9 @@ bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned int* out);
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned_hex* out);
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned64_hex* out);
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, float* out);
+// The parser's own rules: an integer may have blanks before it, a sign and anything after it; a boolean is a
+// word such as "true" or "False", or an integer.
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, int* out);
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, bool* out);
 
 } // namespace zan::xml

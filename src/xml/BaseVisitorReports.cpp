@@ -16,8 +16,7 @@ std::string with_extra(const std::string& text, const std::string& extra) {
     return extra.empty() ? text : text + "\n" + extra;
 }
 
-// The frame of all messages. `where` stands behind the source: ":" for the input as a whole, else its line,
-// if any.
+// The frame of all messages. `where` follows the source: ":" for the input as a whole, else its line, if any.
 std::string framed(const std::string& severity, const char* source, const std::string& where,
                    const std::string& msg) {
     // A loader that was handed a ready document has no source name.
@@ -37,6 +36,7 @@ std::string how_often(unsigned int min_count, unsigned int max_count) {
 
 } // namespace
 
+// Without callbacks no text is formed: a caller that only asks whether a document is good pays for none.
 bool BaseVisitor::report_error_where(const std::string& where, const std::string& msg) {
     if (m_callbacks)
         m_callbacks->report_error(framed("Error", get_source_name(), where, msg));
@@ -80,6 +80,7 @@ bool BaseVisitor::report_attr_type_error(const XMLElement& elem, const std::stri
     return report_attr_error(elem, attr_name, with_extra(text, extra));
 }
 
+// An attribute has a line of its own, as the attributes of an element may stand on several lines.
 bool BaseVisitor::report_attr_error(const XMLElement& elem, const std::string& attr_name,
                                     const std::string& msg) {
     const XMLAttribute* attr = elem.FindAttribute(attr_name.c_str());
@@ -145,6 +146,7 @@ bool BaseVisitor::report_unexpected_elem_count_error(const XMLElement& elem, uns
                                   how_often(min_count, max_count));
 }
 
+// Every stray attribute is reported, not only the first, so that an author can mend all of them at once.
 bool BaseVisitor::report_attrs_not_in(const XMLElement& elem, const Names& names) {
     for (const XMLAttribute* attr = elem.FirstAttribute(); attr; attr = attr->Next()) {
         if (std::find(names.begin(), names.end(), attr->Name()) == names.end())
@@ -156,6 +158,7 @@ bool BaseVisitor::report_attrs_not_in(const XMLElement& elem, const Names& names
 bool BaseVisitor::report_unexpected_attrs(const XMLElement& elem, unsigned int n, const char* const* names) {
     ZAN_CONTRACT(n == 0 || names != nullptr, "names != 0");
     Names allowed;
+    allowed.reserve(n);
     for (unsigned int i = 0; i < n; ++i) {
         ZAN_CONTRACT(names[i] != nullptr, "elem_name != 0");
         allowed.emplace_back(names[i]);

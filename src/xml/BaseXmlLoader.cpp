@@ -8,9 +8,10 @@ namespace zan::xml {
 
 namespace {
 
-constexpr const char* MEMORY_SOURCE_NAME = "[mem]";
-constexpr size_t NUL_TERMINATED = static_cast<size_t>(-1);
+constexpr const char* memory_source_name = "[mem]";
+constexpr size_t nul_terminated = static_cast<size_t>(-1);
 
+// White space is kept, as debug output shows the document as it was written.
 std::unique_ptr<XMLDocument> new_document() {
     return std::make_unique<XMLDocument>(true, tinyxml2::PRESERVE_WHITESPACE);
 }
@@ -31,14 +32,13 @@ XMLDocument* BaseXmlLoader::parse_file(const char* filename) {
     return nullptr;
 }
 
-// Other than parse_file, this prints nothing: the text comes from a package, whose reader has its own
-// message.
+// Unlike parse_file it prints nothing: the text comes from a package, whose reader has its own message.
 XMLDocument* BaseXmlLoader::parse_xml(const char* xml) {
     ZAN_CONTRACT(xml != nullptr, "xml != __null");
-    m_source_name = MEMORY_SOURCE_NAME;
+    m_source_name = memory_source_name;
     reset_errors();
     std::unique_ptr<XMLDocument> doc = new_document();
-    doc->Parse(xml, NUL_TERMINATED);
+    doc->Parse(xml, nul_terminated);
     if (!doc->Error())
         return doc.release();
     set_last_error(doc.get());
@@ -87,6 +87,7 @@ std::string BaseXmlLoader::doc_to_string(XMLDocument* doc) {
     return printer.CStr();
 }
 
+// It always prints to memory: doc_to_string takes its text from there.
 PrettyPrinter::PrettyPrinter(FILE*, bool, int) : XMLPrinter(nullptr, false, 0) {
 }
 

@@ -1,4 +1,4 @@
-// The base of the loaders of description files: parses XML text and collects the messages of the walk behind
+// The base of the loaders of description files: parses XML text and collects the messages of the walk over
 // it.
 #pragma once
 
@@ -48,7 +48,7 @@ class BaseXmlLoader : public VisitorCallbacks {
 
   protected:
     // Walks `doc`, which is deleted in any case, with a visitor built as Visitor(model, this, debug_mode,
-    // options...). Gives the new model, owned by the caller, or null if `doc` is null or the walk failed.
+    // options...). Returns the new model, owned by the caller, or null if `doc` is null or the walk failed.
     template <typename Model, typename Visitor, typename... Options>
     Model* load_model(XMLDocument* doc, bool debug_mode, Options... options);
 

@@ -26,7 +26,7 @@ class BoardGenerator {
 Board BoardGenerator::make() {
     const std::string before = R"(<?xml version="1.0"?>
 <board version="17.1" name=")";
-    const std::string behind = R"(">
+    const std::string after = R"(">
 <device device_model="small.xml">
 <used_resources><les num="1"/><ffs num="2"/><dsps num="0"/><rams num="10"/></used_resources>
 </device>
@@ -47,7 +47,7 @@ Board BoardGenerator::make() {
         names.clear();
     if (names.size() == 1 && m_dice.chance(10))
         names[0] = ""; // the only one needs no name
-    m_xml << before << (is_custom ? "custom_ipa" : m_dice.pick<std::string>({"small", "", "a/b"})) << behind;
+    m_xml << before << (is_custom ? "custom_ipa" : m_dice.pick<std::string>({"small", "", "a/b"})) << after;
     for (const std::string& name : names)
         write_memory(breaks() ? "" : name);
     m_xml << (breaks() ? "</bored>" : "</board>\n");

@@ -1,4 +1,4 @@
-// Board descriptions by chance. Most can be loaded; the others break a rule that the slow model knows.
+// Random board descriptions. Most can be loaded; the others break a rule that the slow model knows.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Designs by chance: profiler descriptions of every kind of counter and instance, sometimes broken.
+// Random designs: profiler descriptions of every kind of counter and instance, sometimes broken.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Runs the program and the slow model on inputs by chance. Both have to give the same bytes.
+// Runs the program and the slow model on random inputs. Both have to write the same bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -107,7 +107,7 @@ std::string differences(const Result& expected, const Result& actual) {
     return text;
 }
 
-// Leaves the input and both results where somebody can look at them. Gives the folder.
+// Leaves the input and both results where they can be looked at. Returns the folder.
 std::string keep(std::uint64_t seed, const Input& input, const Result& expected, const Result& actual) {
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() / ("zan_differential_seed_" + std::to_string(seed));

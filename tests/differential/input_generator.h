@@ -1,4 +1,4 @@
-// Whole inputs of the program by chance.
+// Random whole inputs of the program.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Monitor files by chance: samples of a design's kernels, transfers, and everything that may be wrong with
+// Random monitor files: samples of a design's kernels, transfers, and everything that may be wrong with
 // them.
 #pragma once
 

@@ -53,7 +53,7 @@ bool is_cycle_tag(const Inst& inst, const std::string& tag) {
     return tag == "clock" || tag == "clock_" + inst.function + "_function";
 }
 
-// The text between two places. If the second lies before the first, everything behind the first.
+// The text between two places. If the second lies before the first, everything after the first.
 std::string between(const std::string& text, std::size_t from, std::size_t to) {
     return to < from ? text.substr(from) : text.substr(from, to - from);
 }

@@ -40,7 +40,7 @@ std::string text(const Element& element, const std::string& name) {
     return value;
 }
 
-// Digits alone. Large numbers are cut to 32 bits, behind those of 64 bits, which stay at the largest one.
+// Digits alone. Large numbers are cut to 32 bits, after those of 64 bits, which stay at the largest one.
 unsigned number(const Element& element, const std::string& name) {
     const std::string digits = text(element, name);
     require(!digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos);
@@ -243,7 +243,7 @@ Description read_document(const tinyxml2::XMLDocument& document) {
     return result;
 }
 
-// The fields of an attribute text. A text that ends in ";" has an empty field behind it.
+// The fields of an attribute text. A text that ends in ";" has an empty field after it.
 std::vector<std::string> split(const std::string& attribute) {
     std::vector<std::string> fields;
     if (attribute.empty())
@@ -302,7 +302,7 @@ class Connector {
     explicit Connector(Run& run) : m_run(run) {}
 
     void connect(const Connection& connection);
-    // The counters of all autorun kernels stand on one line, one kernel behind the other.
+    // The counters of all autorun kernels stand on one line, one kernel after the other.
     void move_autorun_counters();
 
   private:

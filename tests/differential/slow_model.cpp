@@ -23,7 +23,7 @@ std::string first_line(const std::string& text) {
     return text.substr(0, text.find('\n'));
 }
 
-// The rest of the line behind the label, if it is a whole line.
+// The rest of the line after the label, if it is a whole line.
 std::string clock_in(const std::string& report) {
     const std::string label = "Actual clock freq: ";
     const std::size_t at = report.find(label);

@@ -15,11 +15,12 @@ struct Input {
 
 struct Result {
     std::string err;
-    std::string status; // as run_program gives it
+    std::string status; // as run_program returns it
     std::optional<std::string> report;
 };
 
-// What the program has to give. Behind `err` of an end by a signal the C++ library may have had its say.
+// What the program has to write. After `err` of an end by a signal the C++ runtime may have a message of its
+// own.
 Result run(const Input& input, const std::string& version);
 
 } // namespace slow

@@ -232,7 +232,7 @@ ptree transfer_node(const std::string& name, int device, int queue, long long st
 
 ptree board_node(const std::string& name, const std::vector<Memory>& memories) {
     // The nodes stand in the order of the standard library's hash table. Of two memories of one name the
-    // later one gives the numbers.
+    // later one has the numbers.
     std::unordered_map<std::string, Memory> by_name;
     for (const Memory& memory : memories)
         by_name[memory.name] = memory;

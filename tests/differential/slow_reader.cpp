@@ -73,7 +73,7 @@ class Reader {
     Run& m_run;
     bool m_has_description;
     int m_line_number = 0;
-    bool m_expects_transfer = false; // stays set behind a transfer line that was dropped
+    bool m_expects_transfer = false; // stays set after a transfer line that was dropped
 };
 
 bool Reader::read_line(const std::string& text) {

@@ -9,7 +9,7 @@
 
 namespace slow {
 
-// The number at the start of a text: blanks, a sign, digits. What follows is passed over. Unset if there is
+// The number at the start of a text: blanks, a sign, digits. What follows is skipped. Unset if there is
 // none, or if it is out of range.
 inline std::optional<long long> leading_number(const std::string& text, long long smallest,
                                                long long largest) {

@@ -27,7 +27,7 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-// Takes everything up to `end` away from the front of the text, `end` too, and gives it.
+// Takes everything up to `end` away from the front of the text, `end` too, and returns it.
 std::string_view take_until(std::string_view& text, char end) {
     const std::size_t size = std::min(text.find(end), text.size());
     const std::string_view taken = text.substr(0, size);
@@ -66,7 +66,7 @@ std::string unescaped(std::string_view text, int line) {
             bytes += text[i];
             continue;
         }
-        // The text ends in a newline, so there is a character behind each backslash.
+        // The text ends in a newline, so there is a character after each backslash.
         const char kind = text[++i];
         if (const auto known = short_escapes.find(kind); known != short_escapes.end()) {
             bytes += known->second;
@@ -93,7 +93,7 @@ void apply_options(Part& part) {
         fail(part.line, "unknown option (" + *part.options.begin() + ")");
 }
 
-// The parts of a case; what stands ahead of the first headline goes to `title`.
+// The parts of a case; what stands before the first headline goes to `title`.
 std::vector<Part> split(std::string_view text, std::string& title) {
     if (!text.empty() && !text.ends_with('\n'))
         throw std::runtime_error("the file's last line has no newline");

@@ -1,4 +1,4 @@
-// One end-to-end test as readable text. README.md in this folder tells the format.
+// One end-to-end test as readable text. README.md in this folder describes the format.
 #pragma once
 
 #include <filesystem>

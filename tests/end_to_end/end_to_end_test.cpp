@@ -1,4 +1,4 @@
-// Runs zanl-profile-tly on the cases of the folder `cases` and compares every byte it gives.
+// Runs zanl-profile-tly on the cases of the folder `cases` and compares every byte it writes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -58,7 +58,7 @@ std::vector<std::string> monitor_case_names() {
     return names;
 }
 
-// All that a run leaves behind.
+// All that a run leaves.
 struct Result {
     Outcome outcome;
     std::optional<std::string> report;
@@ -71,7 +71,7 @@ std::string report_name(const TestCase& test) {
     return is_named ? test.arguments.back() : "report.json";
 }
 
-// Makes an input; a pipe needs somebody who writes into it for as long as the program runs.
+// Makes an input; a pipe needs a writer for as long as the program runs.
 std::unique_ptr<PipeWriter> lay_out(const CaseInput& input, const TempDir& folder) {
     const std::filesystem::path path = folder.path(input.name);
     switch (input.kind) {

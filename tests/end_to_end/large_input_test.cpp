@@ -75,7 +75,7 @@ std::string report_on(const std::string& monitor) {
     return read_file(folder.path("report.json"));
 }
 
-// Not EXPECT_EQ: a difference of megabytes is no help to anybody.
+// Not EXPECT_EQ: a difference of megabytes helps no reader.
 testing::AssertionResult same_text(const std::string& left, const std::string& right) {
     const auto [at, other] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
     if (at == left.end() && other == right.end())

@@ -14,7 +14,7 @@ void write_counts_and_abort(int) {
     std::raise(SIGABRT);
 }
 
-// Ahead of main(): abort() raises this signal, and an exception that nobody catches ends in abort().
+// Before main(): abort() raises this signal, and an uncaught exception ends in abort().
 [[maybe_unused]] const auto previous = std::signal(SIGABRT, write_counts_and_abort);
 
 } // namespace

@@ -65,7 +65,7 @@ class ImportTest : public testing::Test {
     std::string all_counters() const {
         std::string text;
         for (const auto& [name, kernel] : kernels) {
-            for (const TlyModuleInst* of : kernel->module_insts())
+            for (const TlyModuleInst* of : kernel->get_module_insts())
                 text += name + " " + of->getName() + " " + counters(name, of->getName()) + "\n";
         }
         return text;

@@ -9,7 +9,7 @@ namespace interposed {
 
 // zlib has no memory to begin with.
 inline bool no_zlib_memory = false;
-// For this path stat() gives a folder, whatever is there; ahead of anything else, if it isn't empty.
+// For this path stat() returns a folder, whatever is there, before anything else; none if it is empty.
 inline std::string folder_path;
 // What stat() adds to the size of each file: a file that has shrunk by then.
 inline off_t added_size = 0;

@@ -1,4 +1,4 @@
-// What loading a description from memory gives, and what its messages look like.
+// The result of loading a description from memory, and what its messages look like.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -17,13 +17,6 @@ namespace {
 constexpr unsigned time_limit_seconds = 120;
 constexpr int status_not_started = 127;
 
-// The package handles of a run leak on purpose, which must not turn into an exit status.
-void switch_leak_check_off() {
-    const char* const options = std::getenv("ASAN_OPTIONS");
-    const std::string all = (options && *options ? std::string(options) + ":" : "") + "detect_leaks=0";
-    ::setenv("ASAN_OPTIONS", all.c_str(), 1);
-}
-
 bool redirect(int descriptor, const std::filesystem::path& path, int flags) {
     const int file = ::open(path.c_str(), flags, 0600);
     return file >= 0 && ::dup2(file, descriptor) == descriptor;
@@ -34,7 +27,6 @@ bool redirect(int descriptor, const std::filesystem::path& path, int flags) {
     constexpr rlimit no_core_file = {0, 0};
     ::setrlimit(RLIMIT_CORE, &no_core_file);
     ::alarm(time_limit_seconds);
-    switch_leak_check_off();
     if (redirect(STDIN_FILENO, "/dev/null", O_RDONLY) &&
         redirect(STDOUT_FILENO, output.path("out"), O_WRONLY | O_CREAT) &&
         redirect(STDERR_FILENO, output.path("err"), O_WRONLY | O_CREAT) && ::chdir(folder.c_str()) == 0)

@@ -63,8 +63,8 @@ inline std::string stream_of(const std::vector<Record>& records, int level = 9) 
     return deflated(contents + end_record, level);
 }
 
-// What a stream, or the beginning of one, holds. `*ended` tells whether it goes on to its checksum, right,
-// and nothing comes behind that.
+// What a stream, or the beginning of one, holds. `*ended` says whether it goes on to its checksum, right,
+// and nothing comes after that.
 inline std::string inflated(const std::string& stream, bool* ended = nullptr) {
     z_stream zlib{};
     EXPECT_EQ(inflateInit(&zlib), Z_OK);
@@ -85,7 +85,7 @@ inline std::string inflated(const std::string& stream, bool* ended = nullptr) {
     return contents;
 }
 
-// The records of a whole stream, which has to end with an end record and nothing behind it.
+// The records of a whole stream, which has to end with an end record and nothing after it.
 inline std::vector<Record> records_of(const std::string& stream) {
     bool ended = false;
     const std::string contents = inflated(stream, &ended);

@@ -1,1 +1,1 @@
-// What the headers that are compiled ahead of the tests belong to.
+// What the headers that are compiled before the tests belong to.

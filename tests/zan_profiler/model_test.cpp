@@ -1,4 +1,4 @@
-// The object model of ProfilerConfig: what is found by which name, and what an addition leaves behind.
+// The object model of ProfilerConfig: what is found by which name, and the effect of each addition.
 #include "ProfilerConfig.h"
 #include "contract_death.h"
 

@@ -48,7 +48,7 @@ class CounterSamples {
   public:
     using Samples = SampleList<long long>;
 
-    // Gives a family a list of its own, which starts with zeros for the samples so far. Has to come before
+    // Makes a list for a family, which starts with zeros for the samples so far. Has to come before
     // the family's first value.
     void activate(Counter counter);
 

@@ -12,7 +12,7 @@ namespace {
 constexpr std::ptrdiff_t safe_digits = 18;
 
 // Reads the field that starts at `begin` and returns its end, the next comma or the end of the line. Nearly
-// all fields are a plain number of few digits, so that one pass over them finds the value and the end.
+// all fields are a plain number of few digits, so that one loop finds the value and the end.
 const char* read_field(const char* begin, const char* end, MonField& field) {
     const char* position = begin;
     const bool negative = position != end && *position == '-';

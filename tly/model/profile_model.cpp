@@ -7,7 +7,7 @@ ProfileModel::~ProfileModel() {
 
 void delete_kernels(const ProfileModel::Kernels& kernels) {
     for (const auto& [name, kernel] : kernels) {
-        for (const TlyModuleInst* inst : kernel->module_insts())
+        for (const TlyModuleInst* inst : kernel->get_module_insts())
             delete inst;
         delete kernel;
     }

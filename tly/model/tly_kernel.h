@@ -11,9 +11,9 @@
 #include "tly_constants.h"
 #include "tly_module_inst.h"
 
-// The reader adds one entry to each sample list for every monitor line of the kernel, getJSON turns what has
-// accumulated into a report node, and resetKernel makes room for the next invocation.
-// A kernel points to its module instances and doesn't own them: clean_up deletes them at the end of a run.
+// The reader adds one entry to each sample list for every monitor line of the kernel, the report makes a node
+// of what has accumulated, and resetKernel makes room for the next invocation. A kernel points to its module
+// instances and doesn't own them: clean_up deletes them at the end of a run.
 class TlyKernel {
   public:
     using Samples = SampleList<long long>;
@@ -26,27 +26,35 @@ class TlyKernel {
     explicit TlyKernel(std::string name);
 
     const std::string& get_name() const { return m_name; }
+    const std::string& get_user_friendly_name() const { return m_user_friendly_name; }
+    const std::string& get_filename() const { return m_filename; }
+    int get_line_num() const { return m_line_num; }
     bool is_autorun_kernel() const { return m_autorun; }
     void set_autorun() { m_autorun = true; }
     // At least one monitor line has reached the kernel.
     bool is_in_mon_file() const { return m_in_mon; }
     void set_in_mon(bool in_mon) { m_in_mon = in_mon; }
     // The shared counter type of the last line.
+    SharedCounterTypes get_shared_run_type() const { return m_shared_run_type; }
     void set_shared_run_type(SharedCounterTypes type) { m_shared_run_type = type; }
     // Start time of the current invocation, -1 until the kernel's first line.
     long long get_start_time() const { return m_start_time; }
     void set_start_time(long long start_time) { m_start_time = start_time; }
 
-    // Lists with one entry for each sample.
+    // Lists with one entry for each sample. A copy of a list shares its storage.
     void add_device_id(int id) { m_device_ids.push_back(id); }
     void add_command_queue(int queue) { m_command_queues.push_back(queue); }
     void add_sample_timestamp(long long timestamp) { m_sample_timestamps.push_back(timestamp); }
     // Replaces the whole list, in spite of the name: `cycles` is the history of the invocation.
     void add_sample_totalcycle(Samples cycles) { m_sample_totalcycles = std::move(cycles); }
 
+    const SampleList<int>& device_ids() const { return m_device_ids; }
+    const SampleList<int>& command_queues() const { return m_command_queues; }
+    const Samples& sample_timestamps() const { return m_sample_timestamps; }
+    const Samples& sample_totalcycles() const { return m_sample_totalcycles; }
+
     // In the order of adding.
     const std::vector<TlyModuleInst*>& get_module_insts() const { return m_module_insts; }
-    const std::vector<TlyModuleInst*>& module_insts() const { return m_module_insts; }
     // Appends an instance, which must not be null. One with the kernel's name and "_function_wrapper" also
     // becomes the external memory instance. (The report knows the wrapper by another suffix.)
     void add_module_inst(TlyModuleInst* inst);
@@ -56,12 +64,6 @@ class TlyKernel {
     // Empties the sample lists and resets the module instances. The start time stays: the reader sets the new
     // one right after.
     void resetKernel();
-
-    // The lists without a copy of their values.
-    const SampleList<int>& device_ids() const { return m_device_ids; }
-    const SampleList<int>& command_queues() const { return m_command_queues; }
-    const Samples& sample_timestamps() const { return m_sample_timestamps; }
-    const Samples& sample_totalcycles() const { return m_sample_totalcycles; }
 
     // The rest of the public part is for callers outside the program; the program itself doesn't use it.
     // Lists are copied into vectors.
@@ -73,14 +75,10 @@ class TlyKernel {
     void set_name(std::string name) { m_name = std::move(name); }
     const std::string& get_original_name() const { return m_original_name; }
     void set_original_name(std::string name) { m_original_name = std::move(name); }
-    const std::string& get_user_friendly_name() const { return m_user_friendly_name; }
     void set_user_friendly_name(std::string name) { m_user_friendly_name = std::move(name); }
-    const std::string& get_filename() const { return m_filename; }
     void set_filename(std::string filename) { m_filename = std::move(filename); }
-    int get_line_num() const { return m_line_num; }
     void set_line_num(int line_num) { m_line_num = line_num; }
     void set_autorun_manual(bool autorun) { m_autorun = autorun; }
-    SharedCounterTypes get_shared_run_type() const { return m_shared_run_type; }
     std::vector<int> get_device_ids() const { return m_device_ids.to_vector(); }
     void set_device_ids(SampleList<int> ids) { m_device_ids = std::move(ids); }
     std::vector<int> get_command_queues() const { return m_command_queues.to_vector(); }

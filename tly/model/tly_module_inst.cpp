@@ -25,7 +25,7 @@ Result entry_or(const std::vector<T>& list, int i, Result outside) {
 TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string function,
                              std::string memory_type, std::string rw, std::string lsu_type,
                              std::string global_mem_name, std::string byte_width, std::string memory_opt,
-                             bool autorun, int num_compute_units, bool compiledSharedCounters)
+                             bool autorun, int num_compute_units, bool compiled_shared_counters)
     : m_name(std::move(name)),
       m_module(std::move(module)),
       m_attr_memory_type(std::move(memory_type)),
@@ -37,7 +37,7 @@ TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string f
       m_function(std::move(function)),
       m_autorun(autorun),
       m_num_compute_units(num_compute_units),
-      m_compiled_shared_counters(compiledSharedCounters),
+      m_compiled_shared_counters(compiled_shared_counters),
       m_total_cycles_tag("clock_" + m_function + "_function") {
     reset(); // for the cycles of the function, which other instances may have recorded before
 }

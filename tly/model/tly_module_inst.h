@@ -28,10 +28,11 @@ class TlyModuleInst {
   public:
     using Samples = SampleList<long long>;
 
-    // `byte_width` is the text of a width in bits. `compiledSharedCounters`: the design has shared counters.
+    // `byte_width` is the text of a width in bits. `compiled_shared_counters`: the design has shared
+    // counters.
     TlyModuleInst(std::string name, std::string module, std::string function, std::string memory_type,
                   std::string rw, std::string lsu_type, std::string global_mem_name, std::string byte_width,
-                  std::string memory_opt, bool autorun, int num_compute_units, bool compiledSharedCounters);
+                  std::string memory_opt, bool autorun, int num_compute_units, bool compiled_shared_counters);
     TlyModuleInst(const TlyModuleInst&) = delete;
     TlyModuleInst& operator=(const TlyModuleInst&) = delete;
 

@@ -75,7 +75,7 @@ void LineBlocks::find_shared_functions() {
     };
     std::unordered_map<std::string_view, Use> uses;
     for (const auto& [name, kernel] : m_kernels) {
-        for (const TlyModuleInst* inst : kernel->module_insts()) {
+        for (const TlyModuleInst* inst : kernel->get_module_insts()) {
             Use& use = uses.try_emplace(inst->getFunction(), Use{kernel}).first->second;
             use.num_writers += inst->counts_total_cycles(read_compute_unit) ? 1 : 0;
             if (use.kernel != kernel || use.num_writers > 1)
@@ -91,7 +91,7 @@ bool LineBlocks::can_decode_together(const LineTarget& target, std::size_t num_c
     const auto& insts = *target.insts;
     // A function without a list of cycles has a message on each line.
     const auto warns_of_cycles = [](const TlyKernel* kernel) {
-        return !kernel->module_insts().empty() && !kernel->module_insts().front()->has_total_cycles();
+        return !kernel->get_module_insts().empty() && !kernel->get_module_insts().front()->has_total_cycles();
     };
     if (insts.empty() || !insts.front()->has_total_cycles() ||
         (target.autorun_kernels &&

@@ -14,9 +14,9 @@ void LineTarget::add_head(const LineHead& head) const {
 void LineTarget::update_total_cycles() const {
     if (autorun_kernels) {
         for (TlyKernel* each : *autorun_kernels) {
-            if (each->module_insts().empty())
+            if (each->get_module_insts().empty())
                 continue;
-            SampleList<long long> cycles = each->module_insts().front()->total_cycles();
+            SampleList<long long> cycles = each->get_module_insts().front()->total_cycles();
             if (!cycles.empty())
                 each->add_sample_totalcycle(std::move(cycles));
         }

@@ -85,7 +85,7 @@ bool MonitorReader::find_target(LineTarget& target) {
     target.kernel = find_kernel();
     if (!target.kernel)
         return false;
-    target.insts = &target.kernel->module_insts();
+    target.insts = &target.kernel->get_module_insts();
     if (m_name == autorun_profile_dummy_kernel) {
         collect_autorun_kernels();
         target.autorun_kernels = &m_autorun_kernels;
@@ -128,7 +128,7 @@ void MonitorReader::collect_autorun_kernels() {
         if (!kernel->is_autorun_kernel())
             continue;
         m_autorun_kernels.push_back(kernel);
-        const auto& insts = kernel->module_insts();
+        const auto& insts = kernel->get_module_insts();
         m_autorun_insts.insert(m_autorun_insts.end(), insts.begin(), insts.end());
     }
 }

@@ -180,7 +180,7 @@ class ProfilerImport {
     // take none, which only a design that was compiled with shared counters takes into account.
     static int shift_kernel(const TlyKernel& kernel, int delta) {
         int num_fields = 0;
-        for (TlyModuleInst* inst : kernel.module_insts()) {
+        for (TlyModuleInst* inst : kernel.get_module_insts()) {
             inst->updateAutorunOffsets(delta);
             num_fields += inst->getNTags();
             if (inst->compiledSharedCounters())

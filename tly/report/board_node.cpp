@@ -1,3 +1,4 @@
+// A board without memories has `children` as well, as an empty text.
 #include "board_node.h"
 
 void write_board(ReportSink& node, std::string_view board_type,

@@ -1,3 +1,5 @@
+// Viewers read the keys by their paths, so a list is there even if it gets no nodes; that of channels never
+// gets any.
 #include "document.h"
 
 #include "tly_constants.h"

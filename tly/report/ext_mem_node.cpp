@@ -1,3 +1,5 @@
+// A port that was only written, or only read, has samples of one kind: the other list is empty and counts as
+// zeros.
 #include "ext_mem_node.h"
 
 #include <algorithm>
@@ -19,29 +21,34 @@ struct PortSamples {
     Samples write_bursts;
 };
 
-// Returns the number of samples that all lists have, and warns where the lengths differ.
-std::size_t common_length(const PortSamples& port, std::size_t num_cycles) {
+// Warns if the lists that have samples differ in length.
+void warn_of_lengths(const PortSamples& port, std::size_t num_cycles) {
     const std::size_t num_reads = port.reads.size();
     const std::size_t num_writes = port.writes.size();
     if (port.reads.empty()) {
         if (num_cycles != num_writes)
             diagnose(
-                "Warning: number of external memory write samples is not equal to the total number of clock "
-                "samples\n");
-        return std::min(num_writes, num_cycles);
-    }
-    if (port.writes.empty()) {
+                "Warning: number of external memory write samples is not equal to "
+                "the total number of clock samples\n");
+    } else if (port.writes.empty()) {
         if (num_cycles != num_reads)
             diagnose(
-                "Warning: number of external memory read samples is not equal to the total number of clock "
-                "samples\n");
-        return std::min(num_reads, num_cycles);
-    }
-    if (num_writes != num_reads || num_cycles != num_writes)
+                "Warning: number of external memory read samples is not equal to "
+                "the total number of clock samples\n");
+    } else if (num_writes != num_reads || num_cycles != num_writes) {
         diagnose(
-            "Warning: number of external memory write samples is not equal to number of external memory read "
-            "samples and/or the total number of samples\n");
-    return std::min({num_writes, num_reads, num_cycles});
+            "Warning: number of external memory write samples is not equal to "
+            "number of external memory read samples and/or the total number of samples\n");
+    }
+}
+
+// The number of samples that all lists have which have any.
+std::size_t common_length(const PortSamples& port, std::size_t num_cycles) {
+    if (port.reads.empty())
+        return std::min(port.writes.size(), num_cycles);
+    if (port.writes.empty())
+        return std::min(port.reads.size(), num_cycles);
+    return std::min({port.writes.size(), port.reads.size(), num_cycles});
 }
 
 // Megabytes a second of `words` words of `width` bits. An interval of no time makes it infinite.
@@ -103,6 +110,7 @@ void write_ext_mem(ReportSink& node, const TlyModuleInst& inst, const Samples& s
     node.text("name", mem.get_name());
     node.text("interface", mem.get_interface_name(bank));
     node.text("port", mem.get_interface_port_name(bank, port_number));
+    warn_of_lengths(port, sample_cycles.size());
     const std::size_t count = common_length(port, sample_cycles.size());
     if (port.reads.empty())
         node.boolean("write_only", true);

@@ -1,3 +1,16 @@
+// Nodes are folded once and written once, so an entry is only appended, and read from front to back.
+//
+// What must hold:
+// - An entry lies in one block, so that a reader needn't join pieces. A text longer than a block has one of
+// its own.
+// - Entries aren't aligned: values are copied out before they are used.
+// - Short arrays are copied, as a list of its own costs more than its values; longer ones share the storage
+// of their
+//   list, which must not change: a SampleList promises that of its copies.
+// - Keys are numbered as they come. A report has fewer than 128 different ones, so their numbers take a byte.
+//
+// Measured (bench/README.md): 200,000 invocations of 3 samples take 7 bytes a value and 2 seconds as a whole
+// run. As a tree of nodes the same run took 3.8 GiB and 27 seconds.
 #include "folded_nodes.h"
 
 #include <algorithm>
@@ -20,7 +33,7 @@ char* put_number(char* out, std::size_t number) {
     return out;
 }
 
-// Differs for most keys that differ.
+// Differs for most keys that differ. It looks at three letters, as keys are looked up for every node.
 std::size_t key_hash(std::string_view key) {
     if (key.empty())
         return 0;

@@ -1,4 +1,4 @@
-// Finished nodes in as few bytes as they can be told from.
+// Finished nodes in as few bytes as they can be restored from.
 #pragma once
 
 #include <array>
@@ -16,9 +16,9 @@
 #include "report_sink.h"
 #include "sample_list.h"
 
-// Takes nodes and tells them again, in the same order. A run of many invocations has millions of small nodes,
-// which would cost some hundred bytes each in a tree: here it is the text's own bytes and two or three more,
-// or the values. Arrays of many values share the storage of their lists.
+// Takes the elements of an array and writes them again, in the same order. A run of many invocations has
+// millions of small nodes, which would cost some hundred bytes each in a tree: here it is the text's own
+// bytes and two or three more, or the values. Arrays of many values share the storage of their lists.
 class FoldedNodes final : public ReportSink {
   public:
     void text(std::string_view key, std::string_view text) override;
@@ -30,7 +30,7 @@ class FoldedNodes final : public ReportSink {
     void write_to(ReportSink& sink) const;
 
   private:
-    // What stands at the front of each entry, followed by the number of its key, if it has one.
+    // The first byte of each entry, followed by the number of its key, if it has one.
     enum class Entry : unsigned char {
         text, // length, bytes
         open_object,
@@ -50,7 +50,8 @@ class FoldedNodes final : public ReportSink {
     };
     struct Reader;
 
-    // Makes room for an entry and gives the place behind its front; `end` tells where the entry ends.
+    // Makes room for an entry, writes its kind and key, and returns the place after them. `end` is where the
+    // entry ends.
     char* begin(Entry entry, std::string_view key, std::size_t size);
     void end(const char* end);
     std::size_t number_of(std::string_view key);
@@ -63,10 +64,10 @@ class FoldedNodes final : public ReportSink {
     void write_entry(Entry entry, Reader& reader, ReportSink& sink) const;
 
     std::vector<Block> m_blocks;
-    std::size_t m_room = 0;                                      // bytes behind the last block's
+    std::size_t m_room = 0;                                      // bytes left in the last block
     std::unordered_map<std::string_view, std::size_t> m_numbers; // keys of m_keys
     std::deque<std::string> m_keys;
-    // The keys told last, by some of their letters: most are found here.
+    // Numbers of recent keys, by a hash of a few letters: most keys are found here.
     std::array<std::size_t, 256> m_recent{};
     std::tuple<std::deque<SampleList<int>>, std::deque<SampleList<long long>>, std::deque<SampleList<float>>>
         m_lists;

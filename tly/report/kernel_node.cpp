@@ -1,3 +1,4 @@
+// A kernel's node holds compute unit 0 only, as the reader keeps no counters of others.
 #include "kernel_node.h"
 
 #include "diagnostics.h"
@@ -85,7 +86,7 @@ void write_kernel(ReportSink& node, const TlyKernel& kernel,
     const std::string function_inst = name + function_inst_suffix;
     const std::string wrapper_inst = name + wrapper_inst_suffix;
     node.open("children", Form::array);
-    for (const TlyModuleInst* inst : kernel.module_insts()) {
+    for (const TlyModuleInst* inst : kernel.get_module_insts()) {
         if (inst->getName() == wrapper_inst) {
             write_ext_mems(node, *inst, sample_cycles, ext_mems);
         } else if (inst->getName() != function_inst) {

@@ -1,3 +1,8 @@
+// Which keys a node has depends on what the instance is: docs/report.md lists them.
+//
+// What must hold: the lists of one instance may differ in length. A metric has as many values as the shortest
+// of the lists that set its length; others read as zeros past their end. Metrics go over lists by cursors,
+// which read blocks of values: an index would look for each value whether the list stores it.
 #include "module_node.h"
 
 #include <algorithm>
@@ -68,9 +73,8 @@ void write_channel_depth(ReportSink& details, const TlyModuleInst& inst) {
         const Samples& requests = requests_of(inst);
         if (fills.size() != stalls.size() || fills.size() != requests.size())
             diagnose(
-                "Warning: numbers of fifo size counts, channel stall counts, and request or invalid counts "
-                "do "
-                "not match.\n");
+                "Warning: numbers of fifo size counts, channel stall counts, "
+                "and request or invalid counts do not match.\n");
         DerivedSamples depths;
         SampleCursor<long long> fill(fills);
         SampleCursor<long long> request(requests);
@@ -159,8 +163,8 @@ DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
     const Samples& bursts = inst.samples(Counter::nbursts);
     if (words.size() != bursts.size())
         diagnose(
-            "Warning: Number of Total burst word samples does not match number of n bursts. May result in "
-            "incorrect average burst size data\n");
+            "Warning: Number of Total burst word samples does not match number of n bursts. "
+            "May result in incorrect average burst size data\n");
     DerivedSamples averages;
     SampleCursor<long long> word(words);
     SampleCursor<long long> burst(bursts);

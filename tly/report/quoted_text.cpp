@@ -1,3 +1,8 @@
+// Nearly all texts are keys and names with nothing to escape. So a text is copied and checked in blocks of
+// eight bytes first, and only one that has something to escape is written byte by byte.
+//
+// What must hold: reports are compared byte by byte, so the escapes stay as they are: slashes have a
+// backslash, and bytes from 0x80 up are code points of their own.
 #include "quoted_text.h"
 
 #include <algorithm>

@@ -1,3 +1,11 @@
+// The text of a float: what a stream's default format makes of it with 7 significant digits.
+//
+// What must hold: every float has the text that std::to_chars has for the same number of digits; the tests
+// compare them for all exponents and around each power of ten. So the quick way takes only what it can round
+// exactly: floats from 10^-4 to 10^15, of which a double holds the product with a power of ten. The rest,
+// infinities and NaN go through std::to_chars.
+//
+// Measured (bench/README.md): a million floats of one decimal take 21 ms, and 74 ms by std::to_chars alone.
 #include "report_numbers.h"
 
 #include <array>
@@ -64,8 +72,8 @@ Decimal first_digits(double magnitude) {
     return {digits, exponent};
 }
 
-// Digits with a point behind the first `before` of them, and without the zeros behind the last that is none.
-// The seven digits stand in `characters` with a zero behind them.
+// Writes digits with a point after the first `before` of them, and without zeros at the end. `characters` are
+// the seven digits and a zero.
 char* write_point(char* out, std::uint64_t characters, int significant, int before) {
     store_characters(out, characters);
     if (significant <= before)

@@ -13,8 +13,9 @@
 // Longest text of a number in the report.
 inline constexpr std::size_t max_number_text = 24;
 
-// Writes the report's text of a number at `out`, which has room for max_number_text bytes, and gives the end.
-// Integers are decimal; a float has the 7 significant digits that a stream's default format would give.
+// Writes the report's text of a number at `out`, which has room for max_number_text bytes, and returns the
+// end. Bytes after the end may be overwritten. Integers are decimal; a float is written as a stream of
+// precision 7 writes it.
 template <std::integral T>
 char* write_number(char* out, T value) {
     constexpr std::uint64_t block = 100'000'000; // what eight digits hold

@@ -12,6 +12,7 @@ ptree createJSONArray(const std::vector<T>& values) {
     return packed_array(SampleList<T>(values));
 }
 
+// The types of numbers that a report has.
 template ptree packed_array(SampleList<int>);
 template ptree packed_array(SampleList<long long>);
 template ptree packed_array(SampleList<float>);

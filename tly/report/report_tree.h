@@ -91,7 +91,7 @@ struct boost::property_tree::translator_between<ReportValue, T> {
 using ptree = boost::property_tree::basic_ptree<std::string, ReportValue>;
 
 // A node that stands for a JSON array of the values, in order; T is int, long long or float. An empty list
-// gives an empty node. The second form shares the list's storage.
+// makes an empty node. The second form shares the list's storage.
 template <class T>
 ptree createJSONArray(const std::vector<T>& values);
 template <class T>
@@ -100,12 +100,12 @@ ptree packed_array(SampleList<T> values);
 // A source location: `filename`, `line` and, if `has_column`, `column_num`.
 ptree getSourceJSON(const char* filename, int line, int column, bool has_column);
 
-// Appends the child `key` with the given text to a node that has no such child, and gives the child. The same
-// as a put, without the search for the key.
+// Appends the child `key` with the given text to a node that has no such child, and returns the child. The
+// same as a put, without the search for the key.
 ptree& append_text(ptree& node, std::string_view key, std::string text);
 
-// Appends `child` under `key` (the empty key for an array's element) by moving it: `child` is empty behind
-// it.
+// Appends `child` under `key` (the empty key for an array's element) by moving it: `child` is empty
+// afterwards.
 ptree& append_node(ptree& node, std::string_view key, ptree& child);
 
 // The same document as a tree of texts, every packed value a child with the empty key.

@@ -1,3 +1,4 @@
+// Trees with call chains can be deeper than the stack, so open nodes stand on a list.
 #include "tree_nodes.h"
 
 #include <algorithm>
@@ -45,7 +46,9 @@ void write_nodes(const ptree& root, ReportSink& sink) {
             sink.close();
             continue;
         }
-        const auto& [key, child] = *open.back().next++;
+        const auto& entry = *open.back().next++;
+        const std::string& key = entry.first; // a structured binding can't be captured before clang 16
+        const ptree& child = entry.second;
         if (!child.empty() || child.data().folded()) {
             sink.open(key, form_of(child));
             enter(child);

@@ -4,43 +4,51 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "BaseAttributeTable.h"
 #include "contract.h"
 
 namespace zan::board::xml {
 
+using zan::xml::anywhere;
+using zan::xml::AttributeRow;
+using zan::xml::AttributeState;
+using zan::xml::call;
+using zan::xml::check_attributes;
+using zan::xml::find_word;
+using zan::xml::is_not_negative;
+using zan::xml::read_if;
+using zan::xml::read_rows;
+using zan::xml::read_to;
+using zan::xml::read_word;
+using zan::xml::skip;
+using zan::xml::unsigned64_hex;
+using zan::xml::Word;
+using enum zan::xml::AttributeNeed;
+using enum zan::xml::Occurrence;
+
 namespace {
 
 using Memory = GlobalMemConfig;
+using MemoryRow = AttributeRow<BaseVisitor, Memory>;
 
-struct AllocationWord {
-    std::string_view text;
+// What a word adds to the allocations, and what it says of the memory's kind.
+struct Allocation {
     Memory::AllocationType bit;
-    Memory::Type type; // what the word says of the memory's kind
-};
-constexpr AllocationWord allocation_words[] = {
-    {"host", Memory::HostAllocation, Memory::SharedVirtual},
-    {"shared", Memory::SharedAllocation, Memory::SharedVirtual},
-    {"device", Memory::DeviceAllocation, Memory::DevicePrivate},
-};
-
-struct TypeWord {
-    std::string_view text;
     Memory::Type type;
 };
-constexpr TypeWord type_words[] = {
+constexpr Word<Allocation> allocation_words[] = {
+    {"host", {Memory::HostAllocation, Memory::SharedVirtual}},
+    {"shared", {Memory::SharedAllocation, Memory::SharedVirtual}},
+    {"device", {Memory::DeviceAllocation, Memory::DevicePrivate}},
+};
+
+constexpr Word<Memory::Type> type_words[] = {
     {"shared virtual", Memory::SharedVirtual},
     {"shared physical", Memory::SharedPhysical},
     {"device private", Memory::DevicePrivate},
 };
 
-template <typename Word, size_t N>
-const Word* find_word(const Word (&words)[N], std::string_view text) {
-    const auto* found =
-        std::find_if(std::begin(words), std::end(words), [&](const Word& word) { return word.text == text; });
-    return found == std::end(words) ? nullptr : found;
-}
-
-// The pieces between commas; behind a comma at the end there is none.
+// The pieces between commas. After a comma at the end there is none.
 std::vector<std::string> pieces_of(const std::string& list) {
     std::istringstream stream(list);
     std::vector<std::string> pieces;
@@ -49,135 +57,106 @@ std::vector<std::string> pieces_of(const std::string& list) {
     return pieces;
 }
 
+void add_accessible(Memory& memory, const std::string& list) {
+    for (std::string& name : pieces_of(list))
+        memory.add_can_access(std::move(name));
+}
+
+// An attribute without any word stops the process.
+AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem, const MemoryRow& row,
+                                    Memory& memory) {
+    std::string list;
+    visitor.query_attribute(elem, row.name, &list, true, true);
+    unsigned int allocation = Memory::UndefinedAllocation;
+    Memory::Type type = Memory::TypeCount;
+    for (std::string& piece : pieces_of(list)) {
+        std::erase(piece, ' ');
+        const Word<Allocation>* word = find_word(allocation_words, piece);
+        if (!word) {
+            visitor.report_attr_error(elem, row.name, "Unrecognized allocation_type entry: '" + piece + "'.");
+            return AttributeState::refused;
+        }
+        allocation |= word->value.bit;
+        type = word->value.type;
+    }
+    ZAN_CONTRACT(allocation != Memory::UndefinedAllocation, "allocation != UndefinedAllocation");
+    ZAN_CONTRACT(type != Memory::TypeCount, "type != TypeCount");
+    memory.set_allocation_type(static_cast<Memory::AllocationType>(allocation));
+    memory.set_type(type);
+    return AttributeState::good;
+}
+
+// A number that is too large for a `long` becomes the largest, and of that the lower 32 bits are the
+// identifier.
+AttributeState read_id(BaseVisitor& visitor, const XMLElement& elem, const MemoryRow& row, Memory& memory) {
+    constexpr int base_by_prefix = 0;
+    std::string text;
+    visitor.query_attribute(elem, row.name, &text, true, true);
+    char* end = nullptr;
+    const long id = std::strtol(text.c_str(), &end, base_by_prefix);
+    if (end == text.c_str() || *end != '\0' || id < 0) {
+        visitor.report_error(elem, "Cannot parse id as an unsigned int");
+        return AttributeState::refused;
+    }
+    memory.set_id(static_cast<unsigned int>(id));
+    return AttributeState::good;
+}
+
+// A type overrides the kind that the allocations stand for, so it is read after them.
+constexpr MemoryRow attributes[] = {
+    {"max_bandwidth", required, read_if<is_not_negative, &Memory::set_max_bandwidth>,
+     "Max global memory bandwidth must be non-negative."},
+    {"primary_interface", optional, read_to<&Memory::set_primary_interface>},
+    {"can_access", optional, read_to<add_accessible>},
+    {"allocation_type", optional, read_allocation_type},
+    {"type", optional, read_word<type_words, &Memory::set_type>, "Unrecognized type '{}'."},
+    {"interleaved_bytes", optional, read_to<&Memory::set_interleaved_bytes, unsigned64_hex>},
+    {"name", optional, read_to<&Memory::set_name>},
+    {"id", optional, read_id},
+};
+
+constexpr MemoryRow attributes_after_names[] = {
+    {"config_addr", optional, read_to<&Memory::set_config_addr, unsigned64_hex>},
+};
+
 } // namespace
 
-bool GlobalMemVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_attribute) {
-    static constexpr ElementHandler<GlobalMemVisitor> handlers[] = {
-        {"global_mem", &GlobalMemVisitor::visit_global_mem_elem},
-        {"interface", &GlobalMemVisitor::visit_interface_elem},
-        {"port", &GlobalMemVisitor::pass_over},
-    };
-    BaseVisitor::VisitEnter(elem, first_attribute);
-    return visit_by_name(this, elem, handlers);
+GlobalMemVisitor::GlobalMemVisitor(BaseVisitor* parent, BoardSpec* spec)
+    : BoardSectionVisitor(elements(), parent, spec) {
 }
 
 // The ports of an interface have been read with it.
-bool GlobalMemVisitor::pass_over(const XMLElement&) {
-    return false;
+GlobalMemVisitor::Rows GlobalMemVisitor::elements() {
+    using Self = GlobalMemVisitor;
+    static constexpr ElementRow rows[] = {
+        {"global_mem", anywhere, any, call<&Self::visit_global_mem_elem>, call<&Self::leave_global_mem_elem>},
+        {"interface", anywhere, any, call<&Self::visit_interface_elem>},
+        {"port", anywhere, any, skip},
+    };
+    return rows;
 }
 
 bool GlobalMemVisitor::visit_global_mem_elem(const XMLElement& elem) {
-    if (!report_unexpected_attrs(elem, 10, "max_bandwidth", "type", "interleaved_bytes", "name", "id",
-                                 "config_addr", "default", "primary_interface", "allocation_type",
-                                 "can_access") ||
-        !add_memory(elem))
-        return !m_has_error;
+    if (!check_attributes(*this, elem, attributes, {"default", "config_addr"}) || !add_memory(elem))
+        return false;
     // The rule on names also applies after an attribute that can't be read, but not after a refused value.
-    if (read_values(elem) == Reading::refused || !check_names(elem))
-        return !m_has_error;
-    if (!m_has_error)
-        read_config_addr(elem);
-    return !m_has_error;
+    const AttributeState state = read_rows(*this, elem, attributes, *m_gmem);
+    if (state == AttributeState::refused || !check_names(elem) || state == AttributeState::unreadable)
+        return false;
+    return read_rows(*this, elem, attributes_after_names, *m_gmem) == AttributeState::good;
 }
 
-GlobalMemVisitor::Reading GlobalMemVisitor::read_values(const XMLElement& elem) {
-    float bandwidth = 0.0f;
-    if (!query_attribute(elem, "max_bandwidth", &bandwidth, true, true))
-        return Reading::failed;
-    if (!set_max_bandwidth(elem, bandwidth) || !read_lists(elem) || !read_allocation_type(elem) ||
-        !read_type(elem))
-        return Reading::refused;
-    if (!read_interleaving_and_name(elem))
-        return Reading::failed;
-    return read_id(elem) ? Reading::done : Reading::refused;
-}
-
-// The memory joins the others before anything else of it is read.
+// The memory joins the others before anything else of it is read, as the rule on names counts it.
 bool GlobalMemVisitor::add_memory(const XMLElement& elem) {
     int is_default = 0;
-    if (elem.QueryIntAttribute("default", &is_default) == tinyxml2::XML_WRONG_ATTRIBUTE_TYPE)
-        return report_attr_type_error(elem, "default", "");
-    if (static_cast<unsigned int>(is_default) > 1)
+    query_attribute(elem, "default", &is_default, true, false);
+    if (m_has_error)
+        return false;
+    if (is_default != 0 && is_default != 1)
         return report_attr_error(elem, "default",
                                  "Global memmory attribute 'default' must equal to  0 or 1.");
     m_gmem = new GlobalMemConfig;
     m_spec->add_global_mem_config(m_gmem, is_default == 1);
-    return true;
-}
-
-bool GlobalMemVisitor::set_max_bandwidth(const XMLElement& elem, float bandwidth) {
-    if (!(bandwidth >= 0.0f)) // a NaN isn't either
-        return report_attr_error(elem, "max_bandwidth", "Max global memory bandwidth must be non-negative.");
-    m_gmem->set_max_bandwidth(bandwidth);
-    return true;
-}
-
-bool GlobalMemVisitor::read_lists(const XMLElement& elem) {
-    std::string text;
-    if (query_attribute(elem, "primary_interface", &text, true, false))
-        m_gmem->set_primary_interface(text);
-    if (query_attribute(elem, "can_access", &text, true, false)) {
-        for (std::string& name : pieces_of(text))
-            m_gmem->add_can_access(std::move(name));
-    }
-    return !m_has_error;
-}
-
-bool GlobalMemVisitor::read_allocation_type(const XMLElement& elem) {
-    std::string text;
-    if (!query_attribute(elem, "allocation_type", &text, true, false))
-        return !m_has_error;
-    unsigned int allocation = Memory::UndefinedAllocation;
-    Memory::Type type = Memory::TypeCount;
-    for (std::string& piece : pieces_of(text)) {
-        std::erase(piece, ' ');
-        const AllocationWord* word = find_word(allocation_words, piece);
-        if (!word)
-            return report_attr_error(elem, "allocation_type",
-                                     "Unrecognized allocation_type entry: '" + piece + "'.");
-        allocation |= word->bit;
-        type = word->type;
-    }
-    ZAN_CONTRACT(allocation != Memory::UndefinedAllocation, "allocation != UndefinedAllocation");
-    ZAN_CONTRACT(type != Memory::TypeCount, "type != TypeCount");
-    m_gmem->set_allocation_type(static_cast<Memory::AllocationType>(allocation));
-    m_gmem->set_type(type);
-    return true;
-}
-
-// Overrides what the allocation says.
-bool GlobalMemVisitor::read_type(const XMLElement& elem) {
-    std::string text;
-    if (!query_attribute(elem, "type", &text, true, false))
-        return !m_has_error;
-    const TypeWord* word = find_word(type_words, text);
-    if (!word)
-        return report_attr_error(elem, "type", "Unrecognized type '" + text + "'.");
-    m_gmem->set_type(word->type);
-    return true;
-}
-
-bool GlobalMemVisitor::read_interleaving_and_name(const XMLElement& elem) {
-    zan::xml::unsigned64_hex bytes;
-    if (query_attribute(elem, "interleaved_bytes", &bytes, true, false))
-        m_gmem->set_interleaved_bytes(bytes);
-    std::string name;
-    if (!m_has_error && query_attribute(elem, "name", &name, true, false))
-        m_gmem->set_name(name);
-    return !m_has_error;
-}
-
-// Too large a number is the largest there is, and of that the lower 32 bits.
-bool GlobalMemVisitor::read_id(const XMLElement& elem) {
-    std::string text;
-    if (!query_attribute(elem, "id", &text, true, false))
-        return !m_has_error;
-    constexpr int base_by_prefix = 0;
-    char* end = nullptr;
-    const long id = std::strtol(text.c_str(), &end, base_by_prefix);
-    if (end == text.c_str() || *end != '\0' || id < 0)
-        return report_error(elem, "Cannot parse id as an unsigned int");
-    m_gmem->set_id(static_cast<unsigned int>(id));
     return true;
 }
 
@@ -190,16 +169,9 @@ bool GlobalMemVisitor::check_names(const XMLElement& elem) {
                         "All global memories must have a name when there are more than 1 global memories.");
 }
 
-bool GlobalMemVisitor::read_config_addr(const XMLElement& elem) {
-    zan::xml::unsigned64_hex address;
-    if (query_attribute(elem, "config_addr", &address, true, false))
-        m_gmem->set_config_addr(address);
-    return !m_has_error;
-}
-
 bool GlobalMemVisitor::visit_interface_elem(const XMLElement& elem) {
     if (!require_attributes(elem, {"name", "type", "width", "address", "size"}))
-        return !m_has_error;
+        return false;
     auto intf = read_interface(elem);
     if (!intf)
         return false;
@@ -207,10 +179,10 @@ bool GlobalMemVisitor::visit_interface_elem(const XMLElement& elem) {
     if (intf->get_type() != Interface::Agent)
         return report_error(elem, "Global memory interface must be an agent.");
     m_gmem->add_interface(intf.release());
-    return !m_has_error;
+    return true;
 }
 
-bool GlobalMemVisitor::check_interfaces(const XMLElement& elem) {
+bool GlobalMemVisitor::leave_global_mem_elem(const XMLElement& elem) {
     const unsigned int count = m_gmem->get_num_intfs();
     if (count == 0)
         return report_error(elem, "At least one global memory interface must be defined.");
@@ -223,12 +195,6 @@ bool GlobalMemVisitor::check_interfaces(const XMLElement& elem) {
             return report_error(elem, "All global memory interfaces must have the same max burst count.");
     }
     return true;
-}
-
-bool GlobalMemVisitor::VisitExit(const XMLElement& elem) {
-    if (!m_has_error && std::string_view(elem.Value()) == "global_mem" && !check_interfaces(elem))
-        return false;
-    return BaseVisitor::VisitExit(elem);
 }
 
 } // namespace zan::board::xml

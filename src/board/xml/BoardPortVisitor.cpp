@@ -1,144 +1,106 @@
-// Ports that stand in an interface's element, and their attributes.
-#include <fmt/format.h>
+#include "BoardPortVisitor.h"
 
-#include <algorithm>
+#include <memory>
 
 #include "BaseAttributeTable.h"
-#include "BoardInterfaceVisitor.h"
 #include "contract.h"
 
 namespace zan::board::xml {
 
+using zan::xml::anywhere;
 using zan::xml::AttributeRow;
-using zan::xml::check_attributes;
+using zan::xml::booleans_or_digits;
+using zan::xml::call;
+using zan::xml::descend;
+using zan::xml::outermost;
 using zan::xml::read_attributes;
+using zan::xml::read_to;
+using zan::xml::read_word;
+using zan::xml::skip;
+using zan::xml::Word;
 using enum zan::xml::AttributeNeed;
+using enum zan::xml::Occurrence;
 
 namespace {
 
-struct DirectionWord {
-    std::string_view text;
-    Port::Direction direction;
+constexpr Word<Port::Direction> directions[] = {
+    {"rw", Port::ReadWrite},
+    {"r", Port::Read},
+    {"w", Port::Write},
 };
-constexpr DirectionWord directions[] = {{"rw", Port::ReadWrite}, {"r", Port::Read}, {"w", Port::Write}};
-
-const DirectionWord* find_direction(std::string_view text) {
-    const auto* found = std::find_if(std::begin(directions), std::end(directions),
-                                     [&](const DirectionWord& word) { return word.text == text; });
-    return found == std::end(directions) ? nullptr : found;
-}
-
-bool is_true(const std::string& text) {
-    return text == "true" || text == "1";
-}
-
-bool is_false(const std::string& text) {
-    return text == "false" || text == "0";
-}
 
 } // namespace
 
-struct PortVisitor::PortValues {
-    std::string name;
-    std::string direction;
-    std::string hazard_free = "true";
-    unsigned int attribute_width = 0;
-};
-
-PortVisitor::PortVisitor(BaseVisitor* parent, Interface* intf) : BaseVisitor(parent), m_intf(intf) {
+PortVisitor::PortVisitor(BaseVisitor* parent, Interface* intf)
+    : TableVisitor(elements(), parent), m_intf(intf) {
     ZAN_CONTRACT(intf != nullptr, "intf != __null");
 }
 
-bool PortVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_attribute) {
-    static constexpr ElementHandler<PortVisitor> handlers[] = {
-        {"interface", &PortVisitor::visit_interface},
-        {"port", &PortVisitor::visit_port_elem},
-        {"attribute", &PortVisitor::pass_over},
+PortVisitor::Rows PortVisitor::elements() {
+    static constexpr ElementRow rows[] = {
+        {"interface", anywhere, any, descend},
+        {"port", "interface", any, call<&PortVisitor::visit_port_elem>},
+        {"attribute", anywhere, any, skip},
     };
-    BaseVisitor::VisitEnter(elem, first_attribute);
-    return visit_by_name(this, elem, handlers);
+    return rows;
 }
 
-bool PortVisitor::visit_interface(const XMLElement&) {
-    return true;
-}
-
-// What has been read already.
-bool PortVisitor::pass_over(const XMLElement&) {
-    return false;
-}
-
-bool PortVisitor::check_direction(const XMLElement& elem, const PortValues& values) {
-    return find_direction(values.direction) ||
-           report_attr_error(elem, "direction",
-                             fmt::format("Unrecognized direction in interface port '{}'.", values.direction));
-}
-
-bool PortVisitor::check_hazard_free(const XMLElement& elem, const PortValues& values) {
-    return is_true(values.hazard_free) || is_false(values.hazard_free) ||
-           report_attr_error(elem, "hazard_free_attributes",
-                             "hazard_free_attributes should be a boolean (true or false).");
-}
-
-bool PortVisitor::check_attribute_width(const XMLElement& elem, const PortValues& values) {
-    return is_false(values.hazard_free) ||
+bool PortVisitor::check_attribute_width(const XMLElement& elem, const Port& port) {
+    return !port.get_hazard_free_attributes() ||
            report_attr_error(
                elem, "attribute_width",
                "Cannot specify additional attributes without specifying hazard_free_attributes=false");
 }
 
 bool PortVisitor::visit_port_elem(const XMLElement& elem) {
-    using Self = PortVisitor;
-    static constexpr AttributeRow<Self, PortValues> rows[] = {
-        {"name", &PortValues::name, required},
-        {"direction", &PortValues::direction, required, nullptr, &Self::check_direction},
-        {"hazard_free_attributes", &PortValues::hazard_free, optional, nullptr, &Self::check_hazard_free},
-        {"attribute_width", &PortValues::attribute_width, optional, nullptr, &Self::check_attribute_width},
+    static constexpr AttributeRow<PortVisitor, Port> rows[] = {
+        {"name", required, read_to<&Port::set_name>},
+        {"direction", required, read_word<directions, &Port::set_direction>,
+         "Unrecognized direction in interface port '{}'."},
+        {"hazard_free_attributes", optional, read_word<booleans_or_digits, &Port::set_hazard_free_attributes>,
+         "hazard_free_attributes should be a boolean (true or false)."},
+        {"attribute_width", optional, read_to<&Port::set_attribute_width>, nullptr,
+         &PortVisitor::check_attribute_width},
     };
-    PortValues values;
-    if (!report_unexpected_elem_stack(elem, 1, "interface") || !check_attributes(*this, elem, rows) ||
-        !read_attributes(*this, elem, rows, values))
-        return !m_has_error;
     auto port = std::make_unique<Port>();
-    port->set_name(values.name);
-    port->set_direction(find_direction(values.direction)->direction);
-    port->set_hazard_free_attributes(is_true(values.hazard_free));
-    port->set_attribute_width(values.attribute_width);
+    if (!read_attributes(*this, elem, rows, *port))
+        return false;
+    // The port joins the interface last, so one with a fault is never counted among the interface's ports.
     AttributeVisitor child(this, port.get());
     hand_over(elem, &child);
-    if (!m_has_error)
-        m_intf->add_port(port.release());
-    return !m_has_error;
+    if (m_has_error)
+        return false;
+    m_intf->add_port(port.release());
+    return true;
 }
 
-AttributeVisitor::AttributeVisitor(BaseVisitor* parent, Port* port) : BaseVisitor(parent), m_port(port) {
+AttributeVisitor::AttributeVisitor(BaseVisitor* parent, Port* port)
+    : TableVisitor(elements(), parent), m_port(port) {
     ZAN_CONTRACT(port != nullptr, "port != __null");
 }
 
-bool AttributeVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_attribute) {
-    static constexpr ElementHandler<AttributeVisitor> handlers[] = {
-        {"attribute", &AttributeVisitor::visit_attribute_elem},
+AttributeVisitor::Rows AttributeVisitor::elements() {
+    static constexpr ElementRow rows[] = {
+        {"port", outermost, any, descend},
+        {"attribute", "port", any, call<&AttributeVisitor::visit_attribute_elem>},
     };
-    BaseVisitor::VisitEnter(elem, first_attribute);
-    const bool is_outermost = m_elem_stack.size() == 1;
-    return (is_outermost && std::string_view(elem.Value()) == "port") || visit_by_name(this, elem, handlers);
+    return rows;
 }
 
 bool AttributeVisitor::visit_attribute_elem(const XMLElement& elem) {
-    struct Values {
+    struct Attribute {
         std::string name;
         unsigned int encoding = 0;
     };
-    static constexpr AttributeRow<AttributeVisitor, Values> rows[] = {
-        {"name", &Values::name, required},
-        {"encoding", &Values::encoding, required},
+    static constexpr AttributeRow<AttributeVisitor, Attribute> rows[] = {
+        {"name", required, read_to<&Attribute::name>},
+        {"encoding", required, read_to<&Attribute::encoding>},
     };
-    Values values;
-    if (!report_unexpected_elem_stack(elem, 1, "port") || !check_attributes(*this, elem, rows) ||
-        !read_attributes(*this, elem, rows, values))
-        return !m_has_error;
-    // An encoding that is too large fails the load without a word.
-    m_has_error |= !m_port->set_attribute(values.name, values.encoding);
+    Attribute attribute;
+    if (!read_attributes(*this, elem, rows, attribute))
+        return false;
+    // An encoding that is too large fails the load without a message, unlike any other fault.
+    m_has_error |= !m_port->set_attribute(attribute.name, attribute.encoding);
     return !m_has_error;
 }
 

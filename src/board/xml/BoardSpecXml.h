@@ -1,21 +1,25 @@
-// Loading board descriptions from XML, and the visitors that do it. docs/board.md tells the format.
+// Loading board descriptions from XML, and the visitors that do it. The format is in docs/board.md.
 #pragma once
 
 #include "BaseXmlLoader.h"
+#include "BoardChannelsVisitor.h"
 #include "BoardCompileVisitor.h"
 #include "BoardDeviceVisitor.h"
 #include "BoardGlobalMemVisitor.h"
+#include "BoardHostVisitor.h"
 #include "BoardInterfaceVisitor.h"
+#include "BoardInterfacesVisitor.h"
+#include "BoardPortVisitor.h"
 #include "BoardSpec.h"
 #include "BoardVisitor.h"
 
 namespace zan::board {
 
-// Loads descriptions, one after the other. Each load gives a model that the caller owns, or null with the
+// Loads descriptions, one after the other. Each load returns a model that the caller owns, or null with the
 // reasons in the error list.
 class BoardSpecXmlLoader : public zan::xml::BaseXmlLoader {
   public:
-    // With `debug` the loads tell their progress on standard error. With `skip_global_mem_checks` the global
+    // With `debug` the loads print their progress on standard error. With `skip_global_mem_checks` the global
     // memories aren't compared with each other.
     BoardSpecXmlLoader(bool debug, bool skip_global_mem_checks)
         : m_debug(debug), m_skip_global_mem_checks(skip_global_mem_checks) {}
@@ -23,7 +27,7 @@ class BoardSpecXmlLoader : public zan::xml::BaseXmlLoader {
     // `path` isn't copied and has to live as long as the load.
     BoardSpec* load_file(const char* path);
     BoardSpec* load_xml(const char* text);
-    // Deletes the document. A null one gives null and reports nothing.
+    // Deletes the document. For a null one it returns null and reports nothing.
     BoardSpec* load_board_spec(zan::xml::XMLDocument* doc);
 
   private:

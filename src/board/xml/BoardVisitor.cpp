@@ -3,19 +3,24 @@
 #include <cstdlib>
 
 #include "BaseAttributeTable.h"
+#include "BoardChannelsVisitor.h"
 #include "BoardCompileVisitor.h"
 #include "BoardDeviceVisitor.h"
 #include "BoardGlobalMemChecks.h"
 #include "BoardGlobalMemVisitor.h"
-#include "BoardInterfaceVisitor.h"
+#include "BoardHostVisitor.h"
+#include "BoardInterfacesVisitor.h"
 #include "contract.h"
 
 namespace zan::board::xml {
 
-using zan::xml::AttributeNeed;
 using zan::xml::AttributeRow;
-using zan::xml::check_attributes;
+using zan::xml::call;
+using zan::xml::outermost;
 using zan::xml::read_attributes;
+using zan::xml::read_to;
+using enum zan::xml::AttributeNeed;
+using enum zan::xml::Occurrence;
 
 namespace {
 
@@ -35,23 +40,24 @@ struct BoardVisitor::Board {
 
 BoardVisitor::BoardVisitor(BoardSpec* spec, VisitorCallbacks* callbacks, bool debug,
                            bool skip_global_mem_checks)
-    : BaseVisitor(callbacks, debug), m_spec(spec), m_skip_global_mem_checks(skip_global_mem_checks) {
+    : TableVisitor(elements(), callbacks, debug),
+      m_spec(spec),
+      m_skip_global_mem_checks(skip_global_mem_checks) {
     ZAN_CONTRACT(spec != nullptr, "spec != __null");
 }
 
-bool BoardVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_attribute) {
-    using enum Occurrence;
-    static constexpr ElementHandler<BoardVisitor> handlers[] = {
-        {"board", &BoardVisitor::visit_board_elem},
-        {"device", &BoardVisitor::visit_section<DeviceVisitor, once>},
-        {"compile", &BoardVisitor::visit_section<CompileVisitor, any>},
-        {"global_mem", &BoardVisitor::visit_section<GlobalMemVisitor, any>},
-        {"host", &BoardVisitor::visit_section<HostVisitor, once>},
-        {"channels", &BoardVisitor::visit_section<ChannelsVisitor, once>},
-        {"interfaces", &BoardVisitor::visit_section<InterfacesVisitor, once>},
+BoardVisitor::Rows BoardVisitor::elements() {
+    using Self = BoardVisitor;
+    static constexpr ElementRow rows[] = {
+        {"board", outermost, once, call<&Self::visit_board_elem>},
+        {"device", "board", once, call<&Self::visit_section<DeviceVisitor>>},
+        {"compile", "board", any, call<&Self::visit_section<CompileVisitor>>},
+        {"global_mem", "board", any, call<&Self::visit_section<GlobalMemVisitor>>},
+        {"host", "board", once, call<&Self::visit_section<HostVisitor>>},
+        {"channels", "board", once, call<&Self::visit_section<ChannelsVisitor>>},
+        {"interfaces", "board", once, call<&Self::visit_section<InterfacesVisitor>>},
     };
-    BaseVisitor::VisitEnter(elem, first_attribute);
-    return visit_by_name(this, elem, handlers);
+    return rows;
 }
 
 // Between 0.9 and 14.1 there is no version, and what isn't a number is none.
@@ -63,23 +69,19 @@ bool BoardVisitor::check_version(const XMLElement& elem, const Board& board) {
 
 bool BoardVisitor::visit_board_elem(const XMLElement& elem) {
     static constexpr AttributeRow<BoardVisitor, Board> rows[] = {
-        {"version", &Board::version, AttributeNeed::required, nullptr, &BoardVisitor::check_version},
-        {"name", &Board::name, AttributeNeed::required},
+        {"version", required, read_to<&Board::version>, nullptr, &BoardVisitor::check_version},
+        {"name", required, read_to<&Board::name>},
     };
     Board board;
-    if (!report_unexpected_elem_stack(elem, 0) || !report_unexpected_elem_stack_count(elem, 1) ||
-        !check_attributes(*this, elem, rows) || !read_attributes(*this, elem, rows, board))
-        return !m_has_error;
+    if (!read_attributes(*this, elem, rows, board))
+        return false;
     m_spec->set_version(version_of(board.version));
     m_spec->set_name(board.name);
-    return !m_has_error;
+    return true;
 }
 
-template <typename SectionVisitor, BoardVisitor::Occurrence occurrence>
+template <typename SectionVisitor>
 bool BoardVisitor::visit_section(const XMLElement& elem) {
-    if (!report_unexpected_elem_stack(elem, 1, "board") ||
-        (occurrence == Occurrence::once && !report_unexpected_elem_stack_count(elem, 1)))
-        return !m_has_error;
     SectionVisitor child(this, m_spec);
     return hand_over(elem, &child);
 }
@@ -90,6 +92,7 @@ bool BoardVisitor::VisitExit(const XMLDocument&) {
     return check_sections() && complete_compile_configs();
 }
 
+// The order decides which message a user sees: the first fault ends the checks.
 bool BoardVisitor::check_sections() {
     if (!m_spec->has_device_config())
         return report_error("Missing device configuration (<device>) in board specification.");
@@ -110,6 +113,7 @@ bool BoardVisitor::check_global_mems() {
         if (const char* conflict = find_global_mem_conflict(*m_spec))
             return report_error(conflict);
     }
+    // Unlike the other checks this one applies to every board.
     if (const std::string* unknown = find_unknown_can_access(*m_spec))
         return report_error("No valid memory interface matching can_access list entry '" + *unknown + "'.");
     return true;
@@ -122,32 +126,11 @@ bool BoardVisitor::complete_compile_configs() {
         if (has_config)
             return report_error(
                 "Unexpected compile configuration (<compile>) found in 0.9 board specification.");
-        m_spec->set_compile_config(make_default_compile_config().release(),
-                                   CompileConfig::DEFAULT_CONFIG_NAME);
+        m_spec->add_compile_config(make_default_compile_config(), CompileConfig::DEFAULT_CONFIG_NAME);
     } else if (!has_config) {
         return report_error("Missing compile configuration (<compile>) in board specification.");
     }
     return !m_has_error;
-}
-
-BoardSectionVisitor::BoardSectionVisitor(BaseVisitor* parent, BoardSpec* spec)
-    : BaseVisitor(parent), m_spec(spec) {
-    ZAN_CONTRACT(spec != nullptr, "spec != __null");
-}
-
-bool BoardSectionVisitor::require_attributes(const XMLElement& elem,
-                                             std::initializer_list<const char*> names) {
-    for (const char* name : names) {
-        if (!attribute_exists(elem, name))
-            return report_missing_attr(elem, name, "");
-    }
-    return true;
-}
-
-std::unique_ptr<Interface> BoardSectionVisitor::read_interface(const XMLElement& elem) {
-    InterfaceVisitor child(this);
-    hand_over(elem, &child);
-    return std::unique_ptr<Interface>(m_has_error ? nullptr : child.release_intf());
 }
 
 } // namespace zan::board::xml

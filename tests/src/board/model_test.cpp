@@ -30,8 +30,6 @@ std::string names_of(const BoardSpec& spec) {
     return names;
 }
 
-// ---- Ports and interfaces
-
 TEST(BoardPort, AnEncodingMustFitTheWidth) {
     Port port;
     EXPECT_TRUE(port.set_attribute("a", 0)); // a width of 0 has room for 0 alone
@@ -93,8 +91,6 @@ TEST(BoardInterfaceDeathTest, Contracts) {
     EXPECT_CONTRACT(intf.get_port_direction(0), "port < m_port.size()");
 }
 
-// ---- Global memories
-
 TEST(BoardGlobalMem, WithoutInterfacesItHasNoAddresses) {
     const GlobalMemConfig memory;
     EXPECT_EQ(memory.get_min_byte_address(), 0u);
@@ -120,7 +116,7 @@ TEST(BoardGlobalMem, AnInterleaveStepTakesSeveralInterfaces) {
     EXPECT_EQ(memory.get_num_interleaved_bytes(), 4096u);
 }
 
-TEST(BoardGlobalMem, TellsTheWidthAndBurstCountOfAllInterfaces) {
+TEST(BoardGlobalMem, HasTheWidthAndBurstCountOfAllInterfaces) {
     GlobalMemConfig memory;
     memory.add_interface(interface_over(0, 1, 512, 16).release());
     memory.add_interface(interface_over(1, 1, 512, 16).release());
@@ -129,7 +125,7 @@ TEST(BoardGlobalMem, TellsTheWidthAndBurstCountOfAllInterfaces) {
     EXPECT_EQ(memory.get_max_burst_count(), 16u);
 }
 
-TEST(BoardGlobalMem, FlagsTellWhatWasSet) {
+TEST(BoardGlobalMem, FlagsSayWhatWasSet) {
     GlobalMemConfig memory;
     EXPECT_FALSE(memory.get_has_primary_interface());
     memory.set_primary_interface("");
@@ -154,8 +150,6 @@ TEST(BoardGlobalMemDeathTest, Contracts) {
     EXPECT_CONTRACT(memory.get_data_width_bits(), "intf->get_data_width() == width");
     EXPECT_CONTRACT(memory.get_max_burst_count(), "intf->get_max_burst_count() == count");
 }
-
-// ---- The board
 
 TEST(BoardSpec, TheLatestDefaultMemoryIsTheFirst) {
     BoardSpec spec;
@@ -218,6 +212,25 @@ TEST(BoardSpec, AConfigurationUnderATakenNameTakesItsPlace) {
     EXPECT_EQ(spec.num_compile_configs(), 1u);
     EXPECT_THAT(spec.get_compile_config_names(), ElementsAre("n", "n"));
     EXPECT_EQ(&spec.get_compile_config("n"), second);
+}
+
+// Run with a check of memory: each configuration is deleted once, by its owner.
+TEST(BoardSpec, AnAddedConfigurationThatIsReplacedLivesAsLongAsTheBoard) {
+    BoardSpec spec;
+    const auto set_before = std::make_unique<CompileConfig>();
+    spec.set_compile_config(set_before.get(), "n");
+    for (const char* project : {"first", "second"}) {
+        auto added = std::make_unique<CompileConfig>();
+        added->set_project(project);
+        spec.add_compile_config(std::move(added), "n");
+    }
+    const std::unique_ptr<CompileConfig> taken(&spec.get_compile_config("n"));
+    auto* set_after = new CompileConfig;
+    spec.set_compile_config(set_after, "n");
+    EXPECT_EQ(taken->get_project(), "second");
+    EXPECT_EQ(&spec.get_compile_config("n"), set_after);
+    EXPECT_EQ(spec.num_compile_configs(), 1u);
+    EXPECT_THAT(spec.get_compile_config_names(), ElementsAre("n", "n", "n", "n"));
 }
 
 TEST(BoardSpec, NamesOfConfigurationsAreSorted) {

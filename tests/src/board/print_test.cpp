@@ -72,7 +72,7 @@ TEST(BoardPrintDeathTest, AnInterfaceWithoutPortsCannotBePrinted) {
     EXPECT_CONTRACT(text_of(Interface()), "port < m_port.size()");
 }
 
-TEST(BoardPrint, HexadecimalLeavesTheFillCharacterBehindButNotTheFlags) {
+TEST(BoardPrint, HexadecimalChangesTheFillCharacterButNotTheFlags) {
     HostConfig host;
     host.set_start(0x1234);
     host.set_kernel_config_size(255);

@@ -72,7 +72,7 @@ void PrintTo(const Row& row, std::ostream* os) {
     *os << row.element << " " << row.attribute;
 }
 
-// Takes away all attributes of the row's element that are read behind the row's.
+// Takes away all attributes of the row's element that are read after the row's.
 void drop_later(WholeDocument& document, const Row& row) {
     for (const Row& other : ROWS) {
         if (std::string(other.element) == row.element && other.line > row.line)
@@ -92,7 +92,7 @@ class RequiredAttribute : public testing::TestWithParam<Row> {
 
 INSTANTIATE_TEST_SUITE_P(Rows, RequiredAttribute, testing::ValuesIn(rows_read_as({text, number})), name_of);
 
-TEST_P(RequiredAttribute, MissingIsToldTwiceAtTheElement) {
+TEST_P(RequiredAttribute, MissingIsReportedTwiceAtTheElement) {
     expect_refused(WholeDocument().without(GetParam().element, GetParam().attribute), messages());
 }
 
@@ -128,7 +128,7 @@ class NumberAttribute : public testing::TestWithParam<Row> {
 INSTANTIATE_TEST_SUITE_P(Rows, NumberAttribute, testing::ValuesIn(rows_read_as({number, optional_number})),
                          name_of);
 
-TEST_P(NumberAttribute, WrongTypeIsToldTwiceAtTheAttribute) {
+TEST_P(NumberAttribute, WrongTypeIsReportedTwiceAtTheAttribute) {
     for (const char* value :
          {"", " ", "x", "12a", "-1", "+1", " 1", "1 ", "0x10", "1.0", "&#49;x", "1&#10;"}) {
         SCOPED_TRACE(value);
@@ -178,12 +178,12 @@ INSTANTIATE_TEST_SUITE_P(Elements, UnknownAttribute,
                          [](const auto& info) { return std::string(info.param.element); });
 
 TEST_P(UnknownAttribute, EndsTheElementBeforeAnyReading) {
-    // The attribute that is gone now is required, and nobody misses it.
+    // The attribute that is gone now is required, and its absence is not reported.
     expect_refused(WholeDocument().renamed(GetParam().element, GetParam().first, "x"),
                    {at_line(GetParam().first_line, "Unexpected attribute 'x'.")});
 }
 
-TEST_P(UnknownAttribute, EachOneIsTold) {
+TEST_P(UnknownAttribute, EachOneIsReported) {
     expect_refused(WholeDocument()
                        .renamed(GetParam().element, GetParam().third, "b")
                        .renamed(GetParam().element, GetParam().first, "a"),

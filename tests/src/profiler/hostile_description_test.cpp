@@ -56,7 +56,7 @@ TEST(HostileDescription, TheSmallDocumentIsGood) {
     EXPECT_TRUE(loads_in_debug_mode(SMALL));
 }
 
-TEST(HostileDescription, BehindAFaultOfAnElementNothingInsideItIsLookedAt) {
+TEST(HostileDescription, AfterAFaultOfAnElementNothingInsideItIsRead) {
     std::size_t num_elements = 0;
     for (const auto& [name, text] : faulty_elements(SMALL)) {
         if (name == "PROFILER" || name.ends_with("_LIST"))

@@ -110,7 +110,7 @@ TEST(Load, AProfilerWithoutListsIsAnEmptyModel) {
     }
 }
 
-// Nobody asks for a root: a text that the parser takes without one is an empty description.
+// A root is not required: a text that the parser takes without one is an empty description.
 TEST(Load, ADocumentWithoutARootIsAnEmptyModel) {
     for (const char* xml :
          {"<?xml version='1.0'?>", "<!-- nothing -->", "<!DOCTYPE PROFILER>", "</PROFILER>"})

@@ -1,5 +1,5 @@
 // The loader around the visitors: files, several loads, debug text, contracts.
-#include "ProfilerModuleInstListVisitor.h"
+#include "ProfilerConfigXml.h"
 #include "capture.h"
 #include "contract_death.h"
 #include "temp_dir.h"
@@ -95,7 +95,7 @@ TEST(ProfilerLoader, TheModelOutlivesTheLoader) {
     EXPECT_EQ(config->getFunctionWithName("f")->getUserFriendlyName(), "uf");
 }
 
-TEST(ProfilerLoader, ANullDocumentGivesANullModel) {
+TEST(ProfilerLoader, OfANullDocumentTheModelIsNull) {
     ProfilerConfigXmlLoader loader(true);
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(loader.load_profiler_config(nullptr), nullptr); }), "");
     EXPECT_EQ(loader.get_num_errors(), 0u);
@@ -111,8 +111,8 @@ TEST(ProfilerLoader, LoadsADocumentThatWasParsedBefore) {
 }
 
 // What a list's own visitor says comes between what the outer visitor says of the list, and its paths begin
-// at the list. Nobody says that the document is left.
-TEST(ProfilerLoader, DebugModeTellsTheDocumentAndTheWalk) {
+// at the list. No line says that the document is left.
+TEST(ProfilerLoader, DebugModePrintsTheDocumentAndTheWalk) {
     ProfilerConfigXmlLoader loader(true);
     Config config;
     EXPECT_EQ(stderr_of([&] {
@@ -192,7 +192,7 @@ TEST(ProfilerVisitors, OfListsNeedAParent) {
     EXPECT_CONTRACT(ProfilerConnectionListVisitor(&config, nullptr), "parent != 0");
 }
 
-// Of a run that only wants to know whether a document is good: there is nobody to report to.
+// A caller that only asks whether a document is good passes no callbacks.
 TEST(ProfilerVisitors, WorkWithoutCallbacks) {
     using namespace profiler::xml;
     for (const auto& [xml, good] : {std::pair(WholeDocument().text(), true),

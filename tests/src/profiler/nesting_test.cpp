@@ -157,7 +157,7 @@ TEST(Nesting, ElementsOfListsMayRepeat) {
 }
 
 // An element of the list before is known only once it has been read.
-TEST(Order, ModulesBehindFunctionsThatTheyName) {
+TEST(Order, ModulesAfterFunctionsThatTheyName) {
     const std::string functions =
         "<FUNCTION_LIST><FUNCTION name='f' num_compute_units='1' filename=''/></FUNCTION_LIST>";
     const std::string modules =
@@ -178,7 +178,7 @@ TEST(Order, AnyForListsThatNameNothing) {
     EXPECT_EQ(config->getPort(0)->getModule(), config->getModule(0));
 }
 
-TEST(Order, PortsBehindTheirModules) {
+TEST(Order, PortsAfterTheirModules) {
     expect_refused(
         "<PROFILER><PORT_LIST><PORT cntl_name='c' incr_name='n' tag='t' desc='' module='m' flag='0'/>"
         "</PORT_LIST><MODULE_LIST><MODULE name='m' function='' isKernelWrapper='false'/></MODULE_LIST>"
@@ -186,7 +186,7 @@ TEST(Order, PortsBehindTheirModules) {
         {without_line("Module \"m\" does not exist in Port \"(c,n)\".")});
 }
 
-TEST(Order, ConnectionsBehindTheirInstances) {
+TEST(Order, ConnectionsAfterTheirInstances) {
     expect_refused(
         "<PROFILER><CONNECTION_LIST>"
         "<CONNECTION moduleinst='i' function='f' compute_unit='0' port_tag='t'/>"

@@ -19,7 +19,7 @@ TEST(FunctionValues, NoComputeUnits) {
                    {at_line(12, "Non-zero num_compute_units value expected.")});
 }
 
-TEST(FunctionValues, NoComputeUnitsIsToldBeforeTheRestIsRead) {
+TEST(FunctionValues, NoComputeUnitsIsReportedBeforeTheRestIsRead) {
     expect_refused(WholeDocument().with("FUNCTION", "num_compute_units", "0").without("FUNCTION", "filename"),
                    {at_line(12, "Non-zero num_compute_units value expected.")});
 }
@@ -39,7 +39,7 @@ TEST(FunctionValues, NameIsNotUnique) {
         {without_line("Function name \"f\" is not unique.")});
 }
 
-TEST(FunctionValues, UniquenessIsCheckedBehindAllReads) {
+TEST(FunctionValues, UniquenessIsCheckedAfterAllReads) {
     expect_refused(
         WholeDocument().adding("FUNCTION_LIST",
                                "\n<FUNCTION name='f' num_compute_units='1' filename='' line_number='x'/>"),
@@ -127,7 +127,7 @@ TEST(ModuleInstValues, TheFunctionIsCheckedBeforeTheModule) {
                    {without_line("Function \"g\" does not exist in ModuleInst \"i\".")});
 }
 
-TEST(ModuleInstValues, ASecondInstanceOfTheNameIsToldWithItsModule) {
+TEST(ModuleInstValues, ASecondInstanceOfTheNameIsReportedWithItsModule) {
     expect_refused(two_modules().adding("MODULEINST_LIST",
                                         "<MODULEINST name='i' function='f' module='m2' attribute='' "
                                         "isAutorun='false' sharedOn='false'/>"),
@@ -254,7 +254,7 @@ TEST(ConnectionValues, TheSharedPortMayBeOfAnotherModule) {
     EXPECT_EQ(config->getConnection(0)->getSharedPort(), config->getPortWithTag("t2"));
 }
 
-// Every later fault is still there when the earlier one is told.
+// Every later fault is still there when the earlier one is reported.
 TEST(ConnectionValues, AreCheckedInTheirOrder) {
     WholeDocument document = two_modules().with("CONNECTION", "port_tag", "t2");
     document.with("CONNECTION", "shared_with", "x");

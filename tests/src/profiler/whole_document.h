@@ -50,7 +50,7 @@ class WholeDocument {
                            const std::string& new_name) {
         return replace(element, attribute, new_name + "='1'");
     }
-    // Puts `content` behind all that the element holds.
+    // Puts `content` after all that the element holds.
     WholeDocument& adding(const std::string& element, const std::string& content) {
         m_text.insert(place_of("</" + element + ">", 0), content);
         return *this;

@@ -117,7 +117,7 @@ TEST(AttributeValues, UnsignedInt) {
     expect_read_as<unsigned int>(UNSIGNEDS);
 }
 
-// One token with its base prefix; what stands behind the token doesn't matter.
+// One token with its base prefix; what follows the token doesn't matter.
 const Row<unsigned_hex> HEXES[] = {
     {"0", 0u},
     {"16", 16u},
@@ -198,7 +198,7 @@ TEST(AttributeValues, Unsigned64Hex) {
     expect_read_as<unsigned64_hex>(HEXES64);
 }
 
-// The parser library's own rule: blanks, sign, a number in any of C's forms, and anything behind it.
+// The parser library's own rule: blanks, sign, a number in any of C's forms, and anything after it.
 const Row<float> FLOATS[] = {
     {"0", 0.0f},
     {"1", 1.0f},
@@ -244,6 +244,29 @@ const Row<float> FLOATS[] = {
 
 TEST(AttributeValues, Float) {
     expect_read_as<float>(FLOATS);
+}
+
+// The parser library's own rules for integers and booleans.
+const Row<int> INTEGERS[] = {
+    {"0", 0},          {"1", 1},          {"-1", -1},
+    {"+2", 2},         {"010", 10},       {" 7", 7},
+    {"7x", 7},         {"7 8", 7},        {"2147483647", 2147483647},
+    {"", TYPE_ERROR},  {" ", TYPE_ERROR}, {"x", TYPE_ERROR},
+    {"-", TYPE_ERROR},
+};
+
+TEST(AttributeValues, Int) {
+    expect_read_as<int>(INTEGERS);
+}
+
+const Row<bool> BOOLEANS[] = {
+    {"true", true},       {"True", true},      {"TRUE", true},   {"1", true},           {"2", true},
+    {"-1", true},         {"false", false},    {"False", false}, {"FALSE", false},      {"0", false},
+    {"tRUE", TYPE_ERROR}, {"yes", TYPE_ERROR}, {"", TYPE_ERROR}, {" true", TYPE_ERROR},
+};
+
+TEST(AttributeValues, Bool) {
+    expect_read_as<bool>(BOOLEANS);
 }
 
 TEST(QueryAttribute, AMissingOneKeepsTheDefault) {

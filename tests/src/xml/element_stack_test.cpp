@@ -53,7 +53,7 @@ TEST(ElementStack, AVisitorStartedOnAnInnerElementSeesNothingAbove) {
     EXPECT_THAT(visitor.m_elem_counts, ElementsAre(Pair("b", 1u), Pair("b/c", 1u)));
 }
 
-// Gives what `query` says while the element named "stop" is the top of the stack.
+// Returns what `query` returns while the element named "stop" is the top of the stack.
 bool at_stop(const std::string& xml, const std::function<bool(ProbeVisitor&)>& query) {
     bool answer = false;
     int stops = 0;
@@ -157,7 +157,7 @@ TEST(StickyError, LaterSiblingsAreNotEntered) {
     EXPECT_THAT(visitor.m_elem_counts, ElementsAre(Pair("a", 1u), Pair("a/bad", 1u), Pair("a/good", 1u)));
 }
 
-TEST(StickyError, ElementOperationsOnlyGiveFalse) {
+TEST(StickyError, ElementOperationsOnlyReturnFalse) {
     const auto doc = parsed("<a/>");
     const XMLElement& elem = *doc->RootElement();
     ProbeVisitor visitor;
@@ -265,44 +265,7 @@ TEST(ChildVisitor, ItsSuccessDoesNotClearTheParentsError) {
     EXPECT_TRUE(parent.m_has_error);
 }
 
-// A visitor with a table of its elements.
-class TableVisitor : public xml::BaseVisitor {
-  public:
-    using BaseVisitor::BaseVisitor;
-    using BaseVisitor::VisitEnter;
-
-    bool VisitEnter(const XMLElement& elem, const tinyxml2::XMLAttribute* attr) override {
-        static constexpr ElementHandler<TableVisitor> HANDLERS[] = {
-            {"outer", &TableVisitor::visit_outer},
-            {"inner", &TableVisitor::visit_inner},
-        };
-        BaseVisitor::VisitEnter(elem, attr);
-        return visit_by_name(this, elem, HANDLERS);
-    }
-
-    int outers = 0, inners = 0;
-
-  private:
-    bool visit_outer(const XMLElement&) { return ++outers > 0; }
-    bool visit_inner(const XMLElement&) { return ++inners < 0; }
-};
-
-TEST(VisitByName, CallsTheHandlerAndGivesItsResult) {
-    TableVisitor visitor(nullptr, false);
-    // The handler of "inner" gives false, so nothing in it is visited, known or not.
-    EXPECT_TRUE(parsed("<outer><inner><x/></inner><inner/></outer>")->Accept(&visitor));
-    EXPECT_EQ(visitor.outers, 1);
-    EXPECT_EQ(visitor.inners, 2);
-}
-
-TEST(VisitByName, AnUnknownNameIsAnUnexpectedElement) {
-    RecordingCallbacks callbacks;
-    TableVisitor visitor(&callbacks, false);
-    EXPECT_FALSE(parsed("<outer><Inner/></outer>")->Accept(&visitor));
-    EXPECT_THAT(callbacks.errors, ElementsAre("Error in 'a.xml', line 1\nUnexpected element 'Inner'.\n"));
-}
-
-TEST(DebugMode, TellsEachStepOfTheWalk) {
+TEST(DebugMode, PrintsEachStepOfTheWalk) {
     RecordingCallbacks callbacks;
     ProbeVisitor visitor(&callbacks, {}, true);
     parsed("<a><b/></a>")->Accept(&visitor);

@@ -6,8 +6,8 @@
 #include <limits>
 #include <optional>
 
-#include "BaseVisitor.h"
 #include "BaseXmlLoader.h"
+#include "TableVisitor.h"
 #include "temp_dir.h"
 #include "whole_file.h"
 #include "xml_probe.h"
@@ -17,6 +17,7 @@ namespace {
 
 using testing::StartsWith;
 using tinyxml2::XMLElement;
+using enum xml::Occurrence;
 
 struct Item {
     std::string name;
@@ -28,26 +29,21 @@ struct Item {
 using Items = std::vector<Item>;
 
 // LIST of ITEM.
-class ListVisitor : public xml::BaseVisitor {
+class ListVisitor : public xml::TableVisitor {
   public:
-    ListVisitor(BaseVisitor* parent, Items* items) : BaseVisitor(parent), m_items(items) {}
-
-    using BaseVisitor::VisitEnter;
-    bool VisitEnter(const XMLElement& elem, const tinyxml2::XMLAttribute* attr) override {
-        static constexpr ElementHandler<ListVisitor> HANDLERS[] = {
-            {"LIST", &ListVisitor::visit_list},
-            {"ITEM", &ListVisitor::visit_item},
-        };
-        BaseVisitor::VisitEnter(elem, attr);
-        return visit_by_name(this, elem, HANDLERS);
-    }
+    ListVisitor(BaseVisitor* parent, Items* items) : TableVisitor(elements(), parent), m_items(items) {}
 
   private:
-    bool visit_list(const XMLElement& elem) { return report_unexpected_elem_stack(elem, 0); }
+    static Rows elements() {
+        static constexpr xml::ElementRow rows[] = {
+            {"LIST", xml::outermost, any, xml::descend},
+            {"ITEM", "LIST", any, xml::call<&ListVisitor::visit_item>},
+        };
+        return rows;
+    }
 
     bool visit_item(const XMLElement& elem) {
-        if (!report_unexpected_elem_stack(elem, 1, "LIST") ||
-            !report_unexpected_attrs(elem, 5, "name", "count", "mask", "address", "ratio"))
+        if (!report_unexpected_attrs(elem, 5, "name", "count", "mask", "address", "ratio"))
             return !m_has_error;
         Item item;
         query_attribute(elem, "name", &item.name, true, true);
@@ -63,31 +59,23 @@ class ListVisitor : public xml::BaseVisitor {
 };
 
 // ROOT with at most three LISTs, and TREE in TREE to any depth.
-class RootVisitor : public xml::BaseVisitor {
+class RootVisitor : public xml::TableVisitor {
   public:
     RootVisitor(Items* items, xml::VisitorCallbacks* callbacks, bool debug)
-        : BaseVisitor(callbacks, debug), m_items(items) {}
-
-    using BaseVisitor::VisitEnter;
-    bool VisitEnter(const XMLElement& elem, const tinyxml2::XMLAttribute* attr) override {
-        static constexpr ElementHandler<RootVisitor> HANDLERS[] = {
-            {"ROOT", &RootVisitor::visit_root},
-            {"TREE", &RootVisitor::visit_tree},
-            {"LIST", &RootVisitor::visit_list},
-        };
-        BaseVisitor::VisitEnter(elem, attr);
-        return visit_by_name(this, elem, HANDLERS);
-    }
+        : TableVisitor(elements(), callbacks, debug), m_items(items) {}
 
   private:
-    bool visit_root(const XMLElement& elem) {
-        return report_unexpected_elem_stack(elem, 0) && report_unexpected_elem_stack_count(elem, 1);
+    static Rows elements() {
+        static constexpr xml::ElementRow rows[] = {
+            {"ROOT", xml::outermost, once, xml::descend},
+            {"TREE", xml::anywhere, any, xml::descend},
+            {"LIST", "ROOT", any, xml::call<&RootVisitor::visit_list>},
+        };
+        return rows;
     }
 
-    bool visit_tree(const XMLElement&) { return !m_has_error; }
-
     bool visit_list(const XMLElement& elem) {
-        if (!report_unexpected_elem_stack(elem, 1, "ROOT") || !report_unexpected_elem_stack_count(elem, 1, 3))
+        if (!report_unexpected_elem_stack_count(elem, 1, 3))
             return !m_has_error;
         ListVisitor child(this, m_items);
         return hand_over(elem, &child);
@@ -236,7 +224,7 @@ TEST(HostileXml, AFloatOfFiveMegabytes) {
     EXPECT_EQ(items->at(0).ratio, std::numeric_limits<float>::infinity());
 }
 
-TEST(HostileXml, ANumberThatFailsBehindFiftyMegabytes) {
+TEST(HostileXml, ANumberThatFailsAfterFiftyMegabytes) {
     HostileLoader loader;
     EXPECT_FALSE(loader.load_xml(item_with("name='' mask='0" + std::string(FIFTY_MEGABYTES, '7') + "8'")));
     ASSERT_EQ(loader.get_num_errors(), 1u);

@@ -19,7 +19,7 @@ using xml::BaseXmlLoader;
 
 using Document = std::unique_ptr<XMLDocument>;
 
-TEST(ParseXml, GivesTheDocument) {
+TEST(ParseXml, ReturnsTheDocument) {
     BaseXmlLoader loader;
     const Document doc(loader.parse_xml("<a><b/></a>"));
     ASSERT_TRUE(doc);
@@ -41,7 +41,7 @@ TEST(ParseXml, AnEmptyTextIsAnEmptyDocumentError) {
     BaseXmlLoader loader;
     testing::internal::CaptureStdout();
     EXPECT_EQ(loader.parse_xml(""), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "only parse_file tells on standard output";
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "only parse_file prints to standard output";
     ASSERT_EQ(loader.get_num_errors(), 1u);
     EXPECT_THAT(loader.get_error(0), StartsWith("XML error: XML_ERROR_EMPTY_DOCUMENT, "));
     EXPECT_THAT(loader.get_error(0), testing::EndsWith("\n"));
@@ -84,7 +84,7 @@ TEST(ParseXml, DiscardsTheMessagesOfTheLoadBefore) {
     EXPECT_EQ(loader.get_num_errors(), 0u);
 }
 
-TEST(ParseFile, GivesTheDocument) {
+TEST(ParseFile, ReturnsTheDocument) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
     write_file(path, "<a>\n<b/></a>");
@@ -202,7 +202,7 @@ TEST(PrettyPrinter, WritesToMemoryWhateverItsArguments) {
     EXPECT_STREQ(printer.CStr(), "<a>\n  <b/>\n</a>\n");
 }
 
-// A model that tells when it is destroyed, and a loader of it: <list> of <item>, of which "bad" is refused.
+// A model that notes when it is destroyed, and a loader of it: <list> of <item>, of which "bad" is refused.
 struct Model {
     Model() { ++alive; }
     ~Model() { --alive; }
@@ -241,7 +241,7 @@ struct ModelLoader : BaseXmlLoader {
     bool m_refuse_all;
 };
 
-TEST(LoadModel, GivesTheFilledModel) {
+TEST(LoadModel, ReturnsTheFilledModel) {
     ModelLoader loader;
     const auto model = loader.load_xml("<list><x/><y/></list>");
     ASSERT_TRUE(model);
@@ -257,7 +257,7 @@ TEST(LoadModel, AFailedWalkDestroysTheModel) {
     EXPECT_EQ(loader.get_error(0), "Error in '[mem]', line 3\nUnexpected element 'bad'.\n");
 }
 
-TEST(LoadModel, ANullDocumentGivesANullModel) {
+TEST(LoadModel, OfANullDocumentTheModelIsNull) {
     ModelLoader loader(true);
     testing::internal::CaptureStderr();
     EXPECT_EQ(loader.load(nullptr), nullptr);

@@ -38,19 +38,19 @@ TEST_F(Reports, ErrorOfTheWholeInputHasNoLine) {
     EXPECT_TRUE(visitor.m_has_error);
 }
 
-TEST_F(Reports, ErrorAtANodeTellsItsLineAndHasNoColon) {
+TEST_F(Reports, ErrorAtANodeHasItsLineAndNoColon) {
     EXPECT_FALSE(visitor.report_error(module(), "Something."));
     EXPECT_THAT(callbacks.errors, ElementsAre("Error in 'a.xml', line 12\nSomething.\n"));
     EXPECT_TRUE(visitor.m_has_error);
 }
 
-TEST_F(Reports, ErrorAtAnAttributeTellsTheAttributesLine) {
+TEST_F(Reports, ErrorAtAnAttributeHasTheAttributesLine) {
     EXPECT_FALSE(visitor.report_error(*module().FindAttribute("isKernelWrapper"), "Something."));
     EXPECT_THAT(callbacks.errors, ElementsAre("Error in 'a.xml', line 13\nSomething.\n"));
     EXPECT_TRUE(visitor.m_has_error);
 }
 
-TEST_F(Reports, ErrorAtATextNodeTellsItsLine) {
+TEST_F(Reports, ErrorAtATextNodeHasItsLine) {
     const auto doc = parsed("<a>\n\n<b/>text</a>");
     visitor.report_error(*doc->RootElement()->LastChild(), "Something.");
     EXPECT_THAT(callbacks.errors, ElementsAre("Error in 'a.xml', line 3\nSomething.\n"));
@@ -135,17 +135,17 @@ TEST_F(Reports, UnexpectedElementWithMoreText) {
     EXPECT_EQ(error_text(), "Unexpected element 'MODULE'.\nMore.\n");
 }
 
-TEST_F(Reports, AttributeErrorIsToldAtTheAttribute) {
+TEST_F(Reports, AttributeErrorHasTheLineOfTheAttribute) {
     EXPECT_FALSE(visitor.report_attr_error(module(), "isKernelWrapper", "Bad."));
     EXPECT_THAT(callbacks.errors, ElementsAre("Error in 'a.xml', line 13\nBad.\n"));
 }
 
-TEST_F(Reports, AttributeErrorWithoutTheAttributeIsToldAtTheElement) {
+TEST_F(Reports, AttributeErrorWithoutTheAttributeHasTheLineOfTheElement) {
     EXPECT_FALSE(visitor.report_attr_error(module(), "iskernelwrapper", "Bad."));
     EXPECT_THAT(callbacks.errors, ElementsAre("Error in 'a.xml', line 12\nBad.\n"));
 }
 
-TEST_F(Reports, TypeErrorIsToldAtTheAttribute) {
+TEST_F(Reports, TypeErrorHasTheLineOfTheAttribute) {
     EXPECT_FALSE(visitor.report_attr_type_error(module(), "isKernelWrapper", ""));
     EXPECT_THAT(callbacks.errors,
                 ElementsAre("Error in 'a.xml', line 13\n"
@@ -211,7 +211,7 @@ TEST_F(CountReports, CountAboveItsBounds) {
     EXPECT_EQ(error_text(), "Expected element <MODULE> to appear 0-1 times.\n");
 }
 
-TEST_F(CountReports, ExactCountOfANamedPathTellsTheGivenElement) {
+TEST_F(CountReports, ExactCountOfANamedPathNamesTheGivenElement) {
     EXPECT_FALSE(visitor.report_unexpected_elem_count(module(), 1, 2, "MODULE", "INNER"));
     EXPECT_EQ(error_text(), "Expected element <MODULE> to appear exactly once.\n");
 }
@@ -232,7 +232,7 @@ struct HowOften {
     const char* text;
 };
 
-TEST_F(Reports, CountErrorTellsItsBounds) {
+TEST_F(Reports, CountErrorShowsItsBounds) {
     const HowOften rows[] = {
         {0, 0, "Unexpected element 'MODULE'."},
         {1, 1, "Expected element <MODULE> to appear exactly once."},
@@ -260,7 +260,7 @@ TEST_F(Reports, ASecondElementFailsOnEntryWhereOneIsAllowed) {
         ElementsAre("Error in '[mem]', line 3\nExpected element <PORT_LIST> to appear exactly once.\n"));
 }
 
-TEST_F(Reports, UnexpectedAttributesAreEachToldAtTheirLine) {
+TEST_F(Reports, UnexpectedAttributesAreEachReportedAtTheirLine) {
     EXPECT_FALSE(visitor.report_unexpected_attrs(module(), 1, "name"));
     EXPECT_THAT(callbacks.errors,
                 ElementsAre("Error in 'a.xml', line 12\nUnexpected attribute 'function'.\n",

@@ -18,7 +18,7 @@ TEST(ProfileModel, DeletesKernelsWithTheirInstancesAndMemories) {
     auto* const kernel = model.kernels["k"] = new TlyKernel("k");
     kernel->add_module_inst(new TlyModuleInst("i", "m", "k", "", "", "", "", "", "", false, 1, false));
     model.ext_mems["DDR"] = new TlyExtMem("DDR", 25600.0f);
-    EXPECT_EQ(model.kernels.at("k")->module_insts().size(), 1u);
+    EXPECT_EQ(model.kernels.at("k")->get_module_insts().size(), 1u);
 }
 
 TEST(ProfileModel, EntriesStayWhenWhatTheyPointToIsDeleted) {

@@ -50,7 +50,7 @@ TEST(LineTarget, HandsOnTheCyclesOfTheFirstInstance) {
     const auto inst = InstBuilder{.function = "target_k", .tags = {"clock"}}.make();
     kernel.add_module_inst(inst.get());
     add_sample(*inst, {"70"});
-    LineTarget{&kernel, &kernel.module_insts()}.update_total_cycles();
+    LineTarget{&kernel, &kernel.get_module_insts()}.update_total_cycles();
     EXPECT_EQ(kernel.get_sample_totalcycles(), Values{70});
 }
 
@@ -61,7 +61,7 @@ TEST(LineTarget, AnAutorunKernelWithoutCyclesKeepsThoseItHas) {
     silent.set_sample_totalcycles(Values{42});
     const std::vector<TlyKernel*> autorun_kernels = {&without, &silent};
     EXPECT_EQ(stderr_of([&] {
-                  LineTarget{&pseudo, &silent.module_insts(), &autorun_kernels}.update_total_cycles();
+                  LineTarget{&pseudo, &silent.get_module_insts(), &autorun_kernels}.update_total_cycles();
               }),
               "WARNING: No total cycles found for kernel target_silent\n"
               "WARNING: No total cycles found for kernel target_silent\n");

@@ -1,6 +1,8 @@
 // Nodes of external memory ports.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "capture.h"
 #include "inst_builder.h"
 #include "node_text.h"
@@ -11,19 +13,17 @@ namespace {
 // A memory with two interfaces, 512 and 256 bits wide.
 class ExtMemNodeTest : public testing::Test {
   protected:
-    // Interfaces live as long as the process, so each kind of memory is made once, and the map that knows
-    // them lives as long.
-    static TlyExtMem* memory(unsigned int max_burst_count = 0) {
-        static auto& made = *new std::unordered_map<unsigned int, TlyExtMem*>;
-        TlyExtMem*& mem = made[max_burst_count];
-        if (!mem) {
-            mem = new TlyExtMem("DDR", 0.0f);
-            mem->add_interface("wide", 512, {"p0", "p1"});
-            mem->add_interface("narrow", 256, {"p0"});
+    // The memory with this burst count, 0 for none.
+    TlyExtMem* memory(unsigned int max_burst_count = 0) {
+        const auto [entry, is_new] = m_memories.try_emplace(max_burst_count, "DDR", 0.0f);
+        TlyExtMem& mem = entry->second;
+        if (is_new) {
+            mem.add_interface("wide", 512, {"p0", "p1"});
+            mem.add_interface("narrow", 256, {"p0"});
             if (max_burst_count != 0)
-                mem->set_max_burst_count(max_burst_count);
+                mem.set_max_burst_count(max_burst_count);
         }
-        return mem;
+        return &mem;
     }
 
     void record(ExtMemOpType op, const std::vector<long long>& values, int bank = 0, int port = 1) {
@@ -32,7 +32,8 @@ class ExtMemNodeTest : public testing::Test {
     }
 
     // The node of port 1 of interface 0.
-    std::string node(const SampleList<long long>& cycles, TlyExtMem* mem = memory()) {
+    std::string node(const SampleList<long long>& cycles) { return node(cycles, memory()); }
+    std::string node(const SampleList<long long>& cycles, TlyExtMem* mem) {
         ptree built;
         messages = stderr_of([&] { getExtMemJSON(inst.get(), cycles, mem, 0, 1).swap(built); });
         return node_text(built);
@@ -41,6 +42,9 @@ class ExtMemNodeTest : public testing::Test {
     // At 1000 MHz a cycle is a nanosecond.
     std::unique_ptr<TlyModuleInst> inst = InstBuilder{.function = "ext_node", .fmax = 1000.0f}.make();
     std::string messages;
+
+  private:
+    std::map<unsigned int, TlyExtMem> m_memories;
 };
 
 constexpr const char* head = "type=extmem name=DDR interface=wide port=p1 ";
@@ -90,7 +94,7 @@ TEST_F(ExtMemNodeTest, AnIndexThatTheMemoryDoesNotHaveThrows) {
     EXPECT_THROW(getExtMemJSON(inst.get(), {1}, memory(), 2, 0), std::out_of_range);
 }
 
-TEST_F(ExtMemNodeTest, DifferentLengthsAreToldAndTheShortestWins) {
+TEST_F(ExtMemNodeTest, DifferentLengthsAreReportedAndTheShortestWins) {
     record(EXT_MEM_WRITE, {1000, 1000});
     EXPECT_EQ(node({10000}), std::string(head) +
                                  "write_only=true global_used_bw=[6400] avg_write_burst=[0] "
@@ -128,7 +132,7 @@ TEST_F(ExtMemNodeTest, ASampleWithoutWordsTakesNoLookAtTheClock) {
     EXPECT_NE(node({0, 0, 0}).find("global_used_bw=[0 0 0]"), std::string::npos);
 }
 
-TEST_F(ExtMemNodeTest, AnIntervalOfNoTimeGivesAnInfinity) {
+TEST_F(ExtMemNodeTest, AnIntervalOfNoTimeMakesAnInfinity) {
     record(EXT_MEM_READ, {5});
     EXPECT_NE(node({0}).find("global_used_bw=[inf]"), std::string::npos);
 }

@@ -9,7 +9,7 @@
 namespace {
 
 template <class Nodes>
-std::string written(Nodes nodes) {
+std::string text_of(Nodes nodes) {
     std::ostringstream stream;
     StreamTarget target(stream);
     TextBuffer buffer(target);
@@ -21,11 +21,11 @@ std::string written(Nodes nodes) {
 }
 
 TEST(JsonWriter, NoNodesAreAnEmptyObject) {
-    EXPECT_EQ(written([](ReportSink&) {}), "{\n}\n");
+    EXPECT_EQ(text_of([](ReportSink&) {}), "{\n}\n");
 }
 
 TEST(JsonWriter, MembersHaveKeysAndElementsHaveNone) {
-    EXPECT_EQ(written([](ReportSink& sink) {
+    EXPECT_EQ(text_of([](ReportSink& sink) {
                   sink.text("a", "1");
                   sink.open("list", Form::array);
                   sink.text({}, "2");
@@ -54,7 +54,7 @@ TEST(JsonWriter, MembersHaveKeysAndElementsHaveNone) {
 }
 
 TEST(JsonWriter, ANodeWithoutChildrenIsAnEmptyText) {
-    EXPECT_EQ(written([](ReportSink& sink) {
+    EXPECT_EQ(text_of([](ReportSink& sink) {
                   sink.open("object", Form::object);
                   sink.close();
                   sink.open("array", Form::array);
@@ -77,7 +77,7 @@ TEST(JsonWriter, ANodeWithoutChildrenIsAnEmptyText) {
 
 TEST(JsonWriter, ArraysOfEachTypeAndStorage) {
     const std::vector<float> floats = {0.5f, -0.0f};
-    EXPECT_EQ(written([&](ReportSink& sink) {
+    EXPECT_EQ(text_of([&](ReportSink& sink) {
                   sink.array("ints", SampleList<int>({-1, 0}));
                   sink.array("floats", std::span<const float>(floats));
                   sink.open("in", Form::array);
@@ -107,13 +107,13 @@ TEST(JsonWriter, ArraysOfEachTypeAndStorage) {
 
 // Numbers are written 256 at a time, and one by one where an array stands more than 15 levels deep.
 TEST(JsonWriter, ArraysAreOpenArraysWithATextForEachNumber) {
-    for (const std::size_t length : {1, 255, 256, 257, 513, 20'000}) {
+    for (const std::size_t length : {1u, 255u, 256u, 257u, 513u, 20'000u}) {
         std::vector<int> values(length);
         for (std::size_t i = 0; i < length; ++i)
             values[i] = static_cast<int>(i) * 7'919 - 100'000;
         for (const int depth : {0, 1, 13, 14, 15, 40}) {
             const auto nested = [&](auto write_array) {
-                return written([&](ReportSink& sink) {
+                return text_of([&](ReportSink& sink) {
                     for (int i = 0; i < depth; ++i)
                         sink.open("k", Form::object);
                     write_array(sink);
@@ -136,7 +136,7 @@ TEST(JsonWriter, ArraysAreOpenArraysWithATextForEachNumber) {
 }
 
 TEST(JsonWriter, KeysAreQuotedLikeTextsAndNeedNotLast) {
-    EXPECT_EQ(written([](ReportSink& sink) {
+    EXPECT_EQ(text_of([](ReportSink& sink) {
                   std::string key = "a/b";
                   sink.open(key, Form::object);
                   key = "xxx";

@@ -47,7 +47,7 @@ TEST(ChannelDepth, WithoutRequestsAndStallsIsZero) {
     EXPECT_EQ(depth_keys(*inst), "[0][3]");
 }
 
-TEST(ChannelDepth, OneCounterWithoutTheOtherIsTold) {
+TEST(ChannelDepth, OneCounterWithoutTheOtherIsReported) {
     const auto total = fifo("depth_total", {"chread_total_fifo_size", "ivalid"}).make();
     add_sample(*total, {"5", "10"});
     EXPECT_EQ(stderr_of([&] { EXPECT_EQ(depth_keys(*total), "[0.5](none)"); }), only_one);
@@ -113,7 +113,7 @@ TEST(SourceLocations, TheFirstEntryEndsAChainWhateverItsFlag) {
               "[{filename=a line=1 column_num=2 callsite=[{filename=b line=3 column_num=4}]}]");
 }
 
-TEST(SourceLocations, ListsOfDifferentLengthAreToldWithoutANewline) {
+TEST(SourceLocations, ListsOfDifferentLengthAreReportedWithoutANewline) {
     const auto inst = inst_at({{"a", 1, 2, false}});
     inst->addLine(3);
     inst->addFilename("b");

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The node's text behind its name, without "moduleinst".
+// The node's text after its name, without "moduleinst".
 std::string node_of(TlyModuleInst& inst, const SampleList<long long>& cycles = {}) {
     std::string text = node_text(getModuleJSON(&inst, cycles));
     const std::string head = "type=moduleinst name=" + inst.getName() + " ";
@@ -182,7 +182,7 @@ TEST(ModuleNode, BandwidthsAreWorkedOutInFloat) {
     EXPECT_NE(details_of(*inst, {1000000}).text.find("bandwidth_samples=[10.1]"), std::string::npos);
 }
 
-TEST(ModuleNode, AnInvalidRequestCountIsToldForEachSampleAndStays) {
+TEST(ModuleNode, AnInvalidRequestCountIsReportedForEachSampleAndStays) {
     const auto inst =
         InstBuilder{.function = "minus_one", .module = "kdl_iord", .fmax = 1000.0f, .tags = {"ivalid"}}
             .make();
@@ -212,7 +212,7 @@ TEST(ModuleNode, TheShorterOfCyclesAndRequestsWins) {
     EXPECT_EQ(none.text.find("activity_samples"), std::string::npos);
 }
 
-TEST(ModuleNode, AByteWidthThatIsNoNumberIsToldAndCountsAsOneByte) {
+TEST(ModuleNode, AByteWidthThatIsNoNumberIsReportedAndCountsAsOneByte) {
     for (const std::string width : {"", "wide", "99999999999"}) {
         const auto inst = InstBuilder{
             .function = "width",

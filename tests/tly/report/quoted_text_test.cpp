@@ -41,7 +41,7 @@ TEST(QuotedText, EachByteAtEachPlace) {
 }
 
 TEST(QuotedText, TextsLongerThanAPieceAndTheBuffer) {
-    for (const std::size_t length : {4095, 4096, 4097, 8192, 300'000}) {
+    for (const std::size_t length : {4095u, 4096u, 4097u, 8192u, 300'000u}) {
         std::string text(length, 'x');
         EXPECT_TRUE(in_quotes(text) == slow_quoted(text)) << length;
         text.back() = '/';

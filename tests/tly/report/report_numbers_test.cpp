@@ -1,4 +1,4 @@
-// The quick ways of writing numbers give the text that the general one gives.
+// The quick ways of writing numbers produce the same text as the general one.
 #include "report_numbers.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ bool is_general(T value) {
     return written == expected;
 }
 
-TEST(WriteNumber, FloatsOfEachExponent) {
+TEST(ReportNumbers, FloatsOfEachExponent) {
     std::mt19937 random(1);
     for (std::uint32_t exponent = 0; exponent < 256; ++exponent) {
         for (int i = 0; i < 8'000; ++i) {
@@ -43,7 +43,7 @@ TEST(WriteNumber, FloatsOfEachExponent) {
     }
 }
 
-TEST(WriteNumber, FloatsOfFewDecimals) {
+TEST(ReportNumbers, FloatsOfFewDecimals) {
     for (int i = 0; i < 1'000'000; ++i) {
         ASSERT_TRUE(is_general(static_cast<float>(i * 7) / 10.0f));
         ASSERT_TRUE(is_general(static_cast<float>(i) / 100.0f));
@@ -51,7 +51,7 @@ TEST(WriteNumber, FloatsOfFewDecimals) {
 }
 
 // Where the number of digits in front of the point changes, and the form of the whole text.
-TEST(WriteNumber, FloatsNextToPowersOfTen) {
+TEST(ReportNumbers, FloatsNextToPowersOfTen) {
     for (int power = -6; power <= 17; ++power) {
         float value = static_cast<float>(std::pow(10.0, power));
         for (int i = 0; i < 1'000; ++i)
@@ -64,7 +64,7 @@ TEST(WriteNumber, FloatsNextToPowersOfTen) {
     }
 }
 
-TEST(WriteNumber, TextsOfFloats) {
+TEST(ReportNumbers, TextsOfFloats) {
     EXPECT_EQ(report_text(0.0f), "0");
     EXPECT_EQ(report_text(-0.0f), "-0");
     EXPECT_EQ(report_text(0.5f), "0.5");
@@ -77,7 +77,7 @@ TEST(WriteNumber, TextsOfFloats) {
     EXPECT_EQ(report_text(524288.375f), "524288.4");
 }
 
-TEST(WriteNumber, IntegersOfEachLength) {
+TEST(ReportNumbers, IntegersOfEachLength) {
     std::mt19937_64 random(1);
     for (int i = 0; i < 2'000'000; ++i) {
         const auto number = static_cast<long long>(random() >> (i % 64));
@@ -86,7 +86,7 @@ TEST(WriteNumber, IntegersOfEachLength) {
     }
 }
 
-TEST(WriteNumber, IntegersNextToPowersOfTen) {
+TEST(ReportNumbers, IntegersNextToPowersOfTen) {
     long long power = 1;
     for (int digits = 1; digits <= 18; ++digits, power *= 10) {
         for (const long long value : {power - 1, power, power + 1, -power, 1 - power})

@@ -20,7 +20,7 @@ std::vector<std::string> texts_of(const ptree& array) {
 
 using Texts = std::vector<std::string>;
 
-TEST(ReportTree, PutGivesEachTypeItsWrittenForm) {
+TEST(ReportTree, PutWritesEachTypeInItsForm) {
     ptree node;
     node.put("text", std::string("kernel"));
     node.put("literal", "runinfo");
@@ -112,7 +112,7 @@ TEST(ReportTree, APackedArrayReadsAsAnEmptyText) {
     EXPECT_FALSE(node.get_optional<int>("samples"));
 }
 
-TEST(ReportTree, ElementsPushedBehindPackedOnesExtendTheArray) {
+TEST(ReportTree, ElementsAfterPackedOnesExtendTheArray) {
     ptree node = createJSONArray(std::vector<int>{1, 2});
     ptree third;
     third.put("", 3);

@@ -25,7 +25,7 @@ TEST(ReportWriter, AnEmptyTreeIsAnEmptyObject) {
     EXPECT_EQ(written(ptree()), "{\n}\n");
 }
 
-TEST(ReportWriter, TextsStandBehindTheirKeyAndNodesUnderIt) {
+TEST(ReportWriter, TextsStandBesideTheirKeyAndNodesBelowIt) {
     ptree tree;
     tree.put("json_type", "Corvane Profiler JSON");
     tree.put("versions.zanx_version", "1.0");

@@ -42,7 +42,7 @@ TEST(TextBuffer, PiecesAreOneWrite) {
 }
 
 TEST(TextBuffer, BlanksAreAsManyAsWanted) {
-    for (const std::size_t count : {0, 1, 63, 64, 65, 128, 1000}) {
+    for (const std::size_t count : {0u, 1u, 63u, 64u, 65u, 128u, 1000u}) {
         KeptBytes target;
         TextBuffer buffer(target);
         buffer.append_blanks(count);

@@ -1,4 +1,4 @@
-// Board descriptions to be changed and loaded, and what a load says of them.
+// Board descriptions to be changed and loaded, and the messages of a load.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -70,7 +70,18 @@ inline std::unique_ptr<board::BoardSpec> load_good(const BoardDocument& document
     return std::move(loaded.model);
 }
 
-// One fault: what it changes, and the whole error list that it gives.
+// A document with these memories, and the errors of its load.
+inline BoardDocument with_memories(const std::string& memories) {
+    BoardDocument document;
+    document.memory = memories;
+    return document;
+}
+
+inline std::vector<std::string> errors_of_memories(const std::string& memories) {
+    return load(with_memories(memories)).errors;
+}
+
+// One fault: what it changes, and the whole error list that follows.
 struct FaultCase {
     std::string name; // of the test
     void (*change)(BoardDocument& document);
@@ -78,6 +89,8 @@ struct FaultCase {
 
     friend void PrintTo(const FaultCase& fault, std::ostream* os) { *os << fault.name; }
 };
+
+using D = BoardDocument;
 
 class BoardFault : public testing::TestWithParam<FaultCase> {};
 

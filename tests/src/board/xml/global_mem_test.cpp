@@ -1,4 +1,4 @@
-// Global memories: their attributes and interfaces, and how several go together.
+// Global memories: their attributes and interfaces.
 #include "board_document.h"
 #include "contract_death.h"
 
@@ -20,16 +20,6 @@ BoardDocument with_memory(const std::string& attributes, const std::string& cont
 
 std::vector<std::string> errors_of(const std::string& attributes) {
     return load(with_memory(attributes)).errors;
-}
-
-BoardDocument with_memories(const std::string& memories) {
-    BoardDocument document;
-    document.memory = memories;
-    return document;
-}
-
-std::vector<std::string> errors_of_memories(const std::string& memories) {
-    return load(with_memories(memories)).errors;
 }
 
 // The names of the memories in the order of the board.
@@ -170,7 +160,7 @@ TEST(GlobalMem, AmongSeveralEachHasAName) {
                 ElementsAre(at_line(5, message)));
     EXPECT_THAT(errors_of_memories(memory_at("b", "0x2000", "1") + "\n" + nameless),
                 ElementsAre(at_line(5, message)));
-    // Also behind a bad number.
+    // Also after a bad number.
     EXPECT_THAT(errors_of_memories(memory_at("b", "0x2000", "1") +
                                    "\n<global_mem max_bandwidth='1' interleaved_bytes='x'>" + good_interface +
                                    "</global_mem>"),
@@ -203,8 +193,6 @@ TEST(GlobalMem, TheRuleOnNamesDoesntApplyToASingleMemoryWithoutABandwidth) {
     EXPECT_THAT(errors_of("id='1'"),
                 ElementsAre(at_line(4, "Expected attribute 'max_bandwidth' on element 'global_mem'.")));
 }
-
-// ---- Interfaces
 
 TEST(GlobalMemInterface, MustStateFiveAttributes) {
     const auto errors = [](const std::string& intf) {
@@ -247,115 +235,12 @@ TEST(GlobalMemInterface, AllHaveTheSameWidthAndBurstCount) {
                 ElementsAre(at_line(4, "All global memory interfaces must have the same max burst count.")));
 }
 
-TEST(GlobalMemInterface, ErrorsOfAnInterfaceAreToldOnce) {
+TEST(GlobalMemInterface, ErrorsOfAnInterfaceAreReportedOnce) {
     EXPECT_THAT(load(with_memory("max_bandwidth='1'",
                                  "<interface name='i' port='p' type='agent' width='0' "
                                  "address='0' size='1'/>"))
                     .errors,
                 ElementsAre(at_line(6, "Data width must be > 0.")));
-}
-
-// ---- Several memories
-
-const std::string overlap = without_line("Global memory regions overlap.");
-
-TEST(GlobalMems, OverlapsAreRefusedButForOneByte) {
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x1000") + memory_at("b", "0x1000", "0x1000")),
-                IsEmpty());
-    // The last byte of one is the first of the other, in either order.
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x1001") + memory_at("b", "0x1000", "0x1000")),
-                IsEmpty());
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0x1000", "0x1000") + memory_at("b", "0", "0x1001")),
-                IsEmpty());
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x1002") + memory_at("b", "0x1000", "0x1000")),
-                ElementsAre(overlap));
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x2000") + memory_at("b", "0x1000", "0x2000")),
-                ElementsAre(overlap));
-}
-
-TEST(GlobalMems, ALoadMayDoWithoutTheComparison) {
-    const BoardDocument overlapping =
-        with_memories(memory_at("a", "0", "0x2000") + memory_at("b", "0x1000", "0x2000"));
-    EXPECT_TRUE(load(overlapping.text(), true).model);
-    BoardDocument custom = overlapping;
-    custom.board = "<board version='14.1' name='custom_ipa'>";
-    EXPECT_TRUE(load(custom).model);
-}
-
-TEST(GlobalMems, TwoOfOneNameMayStandSideBySide) {
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x1000") + memory_at("a", "0x1000", "0x1000")),
-                IsEmpty());
-}
-
-TEST(GlobalMems, ASecondaryLiesOnItsPrimary) {
-    const std::string primary = memory_at("p", "0", "0x1000", "can_access='s'");
-    const std::string secondary = memory_at("s", "0", "0x1000", "primary_interface='p'");
-    EXPECT_THAT(errors_of_memories(primary + secondary), IsEmpty());
-    EXPECT_THAT(errors_of_memories(secondary + primary), IsEmpty());
-}
-
-TEST(GlobalMems, ASecondaryHasTheRangeAndKindOfItsPrimaryAndIsListedThere) {
-    const std::string primary = memory_at("p", "0", "0x1000", "can_access='s'");
-    const auto of_message = [](const std::string& text) { return ElementsAre(without_line(text)); };
-    const auto ranges = of_message("Primary and secondary memory interfaces have different address ranges.");
-    EXPECT_THAT(errors_of_memories(primary + memory_at("s", "0", "0x1001", "primary_interface='p'")), ranges);
-    EXPECT_THAT(errors_of_memories(memory_at("s", "1", "0xfff", "primary_interface='p'") + primary), ranges);
-    EXPECT_THAT(errors_of_memories(
-                    primary + memory_at("s", "0", "0x1000", "primary_interface='p' type='shared virtual'")),
-                of_message("Primary and secondary memory interfaces have different interface types."));
-    EXPECT_THAT(errors_of_memories(memory_at("p", "0", "0x1000", "can_access='p,t'") +
-                                   memory_at("s", "0", "0x1000", "primary_interface='p'")),
-                of_message("Primary interface must list secondary interface in its \"can_access\" list"));
-}
-
-TEST(GlobalMems, APrimaryIsNoSecondary) {
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='b'") +
-                                   memory_at("b", "0", "1", "primary_interface='c'")),
-                ElementsAre(without_line("Interface cannot be a primary and a secondary interface.")));
-}
-
-TEST(GlobalMems, TwoSecondariesOfOneNameAreRefused) {
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='p'") +
-                                   memory_at("a", "8", "1", "primary_interface='q'")),
-                ElementsAre(without_line(
-                    "Two secondary memory interfaces to the same primary interface is not allowed.")));
-}
-
-TEST(GlobalMems, TwoSecondariesOfOnePrimaryOverlap) {
-    EXPECT_THAT(errors_of_memories(memory_at("p", "0", "0x1000", "can_access='s,t'") +
-                                   memory_at("s", "0", "0x1000", "primary_interface='p'") +
-                                   memory_at("t", "0", "0x1000", "primary_interface='p'")),
-                ElementsAre(overlap));
-}
-
-TEST(GlobalMems, APrimaryThatIsNotThereIsToldBehindOverlaps) {
-    const std::string unknown = without_line("Global memory named in primary_interface does not exist.");
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface='x'")), ElementsAre(unknown));
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "primary_interface=''")), ElementsAre(unknown));
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "0x10", "primary_interface='x'") +
-                                   memory_at("b", "0", "0x10")),
-                ElementsAre(overlap));
-}
-
-TEST(GlobalMems, AccessibleMemoriesMustBeThere) {
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access='a,b'") + memory_at("b", "8", "1")),
-                IsEmpty()); // a memory may name itself
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access='a, b'") + memory_at("b", "8", "1")),
-                ElementsAre(without_line(
-                    "No valid memory interface matching can_access list entry ' b'."))); // nothing is trimmed
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access='a,'")), IsEmpty());
-    EXPECT_THAT(errors_of_memories(memory_at("a", "0", "1", "can_access=',a'")),
-                ElementsAre(without_line("No valid memory interface matching can_access list entry ''.")));
-}
-
-TEST(GlobalMems, AccessIsCheckedInAnyLoad) {
-    const BoardDocument document = with_memories(memory_at("a", "0", "1", "can_access='x'"));
-    const auto unknown =
-        ElementsAre(without_line("No valid memory interface matching can_access list entry 'x'."));
-    EXPECT_THAT(load(document.text(), true).errors, unknown);
-    BoardDocument custom = document;
-    custom.board = "<board version='14.1' name='custom_ipa'>";
-    EXPECT_THAT(load(custom).errors, unknown);
 }
 
 } // namespace

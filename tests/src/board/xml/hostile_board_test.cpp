@@ -64,14 +64,14 @@ TEST(HostileBoard, EveryByteOutsideTheConfigurationReplaced) {
     }
 }
 
-TEST(HostileBoard, BehindAFaultOfAnElementNothingInsideItIsLookedAt) {
+TEST(HostileBoard, AfterAFaultOfAnElementNothingInsideItIsRead) {
     const std::vector<FaultyElement> faulty = faulty_elements(whole_document());
     EXPECT_GT(faulty.size(), 25u);
     for (const auto& [name, text] : faulty) {
         const std::vector<std::string> errors = load(text).errors;
         ASSERT_FALSE(errors.empty()) << name;
         EXPECT_THAT(errors.front(), testing::EndsWith("\nUnexpected attribute 'x'.\n")) << name;
-        // An interface whose ports failed is told to have none.
+        // An interface whose ports failed is also reported to have none.
         EXPECT_THAT(errors, testing::Each(testing::Not(testing::HasSubstr("odd")))) << name;
     }
 }

@@ -32,8 +32,6 @@ const Interface& only_interface(const board::BoardSpec& spec) {
     return spec.get_interface_config().get_intf(0);
 }
 
-// ---- Values
-
 struct ValueCase {
     const char* attribute;
     const char* text;
@@ -121,8 +119,6 @@ TEST(Interface, BusRolesHaveTwoSpellings) {
     }
 }
 
-// ---- Faults
-
 struct AttributeFault {
     const char* attribute;
     const char* text;
@@ -207,7 +203,7 @@ TEST(Interface, TheFirstBadAttributeInTheOrderOfReadingEndsIt) {
                 ElementsAre(at_line(8, "Data width must be > 0.")));
 }
 
-TEST(Interface, WithoutAPortItIsToldAtTheElement) {
+TEST(Interface, WithoutAPortTheErrorIsAtTheElement) {
     EXPECT_THAT(load(with_interface("<interface name='n' type='irq'/>")).errors,
                 ElementsAre(at_line(8, "At least one port is required in interface ")));
 }
@@ -225,8 +221,6 @@ TEST(Interface, StallFreeNeedsNoReadyLatency) {
         ElementsAre(at_line(9, "The ready_latency attribute must be zero if stall_free is set to 'true' ")));
     EXPECT_TRUE(load_attributes("stall_free='true' ready_latency='0'"));
 }
-
-// ---- Ports, in an interface of a memory, where port elements may stand
 
 const std::string port_of_memory =
     "<global_mem max_bandwidth='1'>\n<interface name='i' type='agent' width='512' "
@@ -343,7 +337,7 @@ TEST(InterfacePort, AnEncodingThatIsTooLargeFailsWithoutAWord) {
 }
 
 // The checks of an interface run where each of its ports is left, and where it is left itself.
-TEST(InterfacePort, AFaultOfTheInterfaceIsToldForAPortToo) {
+TEST(InterfacePort, AFaultOfTheInterfaceIsReportedForAPortToo) {
     const std::string message =
         "The uses_packets attribute must be set to 'true' if uses_empty is set to 'true' ";
     EXPECT_THAT(load(with_ports("<port name='' direction='r'/>", "\nuses_empty='true'")).errors,

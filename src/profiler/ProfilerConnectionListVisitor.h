@@ -1,0 +1,21 @@
+// The visitor of the list of connections between instances and counters.
+#pragma once
+
+#include "ProfilerListVisitor.h"
+
+namespace zan::profiler::xml {
+
+// For the arguments see ProfilerListVisitor.
+class ProfilerConnectionListVisitor : public ProfilerListVisitor {
+  public:
+    ProfilerConnectionListVisitor(ProfilerConfig* config, BaseVisitor* parent);
+
+  private:
+    struct Connection;
+
+    static Rows elements();
+    bool visit_connection(const XMLElement& elem);
+    bool check_references(const XMLElement& elem, const Connection& connection);
+};
+
+} // namespace zan::profiler::xml
