@@ -26,11 +26,12 @@ TlyKernel::TlyKernel(std::string name) : TlyKernel(std::move(name), false) {
 
 void TlyKernel::add_module_inst(TlyModuleInst* inst) {
     ZAN_CONTRACT(inst != nullptr, "inst != nullptr");
-    m_module_insts.push_back(inst);
     // The import looks an instance up for each connection, of which a description may have 400,000.
     m_first_of_name.try_emplace(inst->getName(), inst);
     if (inst->getName() == m_name + ext_mem_inst_suffix)
         set_extmem_module_inst(inst);
+    // Last: if memory runs out before it, the instance is still its caller's alone, who deletes it.
+    m_module_insts.push_back(inst);
 }
 
 void TlyKernel::set_module_insts(std::vector<TlyModuleInst*> insts) {

@@ -134,9 +134,10 @@ class ProfilerImport {
 
     // Makes the instance one of the kernel, and the kernel if there is none.
     TlyModuleInst& attach(std::unique_ptr<TlyModuleInst> inst, const std::string& function) {
-        TlyKernel*& kernel = m_model.kernels[function];
+        const auto found = m_model.kernels.find(function);
+        TlyKernel* kernel = found == m_model.kernels.end() ? nullptr : found->second;
         if (!kernel)
-            kernel = new TlyKernel(function, inst->isAutorun());
+            kernel = m_model.kernels[function] = new TlyKernel(function, inst->isAutorun());
         else if (inst->isAutorun() && !kernel->is_autorun_kernel())
             kernel->set_autorun();
         kernel->add_module_inst(inst.get());
