@@ -19,11 +19,9 @@ class FoldedNodes;
 
 // The data of one node of the report: a text, a whole array of numbers, or children that are held folded. A
 // packed array stands for as many children with the empty key, each holding the text of one number; folded
-// nodes are children in front of those that the node has.
+// nodes are children before those that the node has.
 class ReportValue {
   public:
-    using Packed = std::variant<SampleList<int>, SampleList<long long>, SampleList<float>>;
-
     ReportValue() = default;
     ReportValue(std::string text) : m_value(std::move(text)) {}
     // An empty list is the empty text, as an array without elements is a node without children.
