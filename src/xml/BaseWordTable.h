@@ -26,8 +26,8 @@ inline constexpr Word<bool> booleans_or_digits[] = {
 };
 
 // The first word of exactly that text, or null.
-template <typename Value, std::size_t N>
-constexpr const Word<Value>* find_word(const Word<Value> (&words)[N], std::string_view text) {
+template <typename Value, std::size_t num_words>
+constexpr const Word<Value>* find_word(const Word<Value> (&words)[num_words], std::string_view text) {
     const auto* found = std::find_if(std::begin(words), std::end(words),
                                      [&](const Word<Value>& word) { return word.text == text; });
     return found == std::end(words) ? nullptr : found;
