@@ -33,7 +33,7 @@ COUNTED_LINES = {"S": 5_000, "L": 1_000, "M": 15_000, "W": 1_000, "A": 200, "X":
 # The hot loops, by the names of their functions. The first row that fits takes a function.
 HOT_LOOPS = [
     ("fields to numbers", r"PlainFields::|MonLine::split|read_field"),
-    ("numbers to lists", r"decode_column|push_columns|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
+    ("numbers to lists", r"decode_column|append_lines|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
     ("metrics", r"write_details|write_port_metrics|megabytes_per_second|average_channel_depth"),
     ("numbers to text", r"write_number|write_numbers|SampleList<.*::read"),
     ("description", r"tinyxml2|zan::|import_profiler|meaning_of_tag"),

@@ -177,10 +177,16 @@ void BoardSpec::set_compile_config(CompileConfig* config, const std::string& nam
 
 void BoardSpec::add_compile_config(std::unique_ptr<CompileConfig> config, const std::string& name) {
     const auto found = m_compile_configs.find(name);
-    if (found != m_compile_configs.end() && found->second.is_added)
-        m_replaced_compile_configs.emplace_back(found->second.config);
-    set_compile_config(config.release(), name);
+    CompileConfig* const replaced =
+        found != m_compile_configs.end() && found->second.is_added ? found->second.config : nullptr;
+    // All that takes memory comes first, so that each configuration has one owner if there is none left.
+    if (replaced)
+        m_replaced_compile_configs.emplace_back();
+    set_compile_config(config.get(), name);
     m_compile_configs[name].is_added = true;
+    config.release();
+    if (replaced)
+        m_replaced_compile_configs.back().reset(replaced);
 }
 
 const CompileConfig& BoardSpec::get_compile_config(std::string name) const {

@@ -49,7 +49,7 @@ TEST(ReportFaults, OnlyObjectsArraysAndTextsAreAReport) {
         EXPECT_THAT(report_faults(text), SizeIs(1)) << text;
 }
 
-TEST(ReportFaults, ListsThatDoNotLineUpAreTold) {
+TEST(ReportFaults, ListsThatDoNotLineUpAreReported) {
     EXPECT_THAT(faults_with(R"("device_ids": ["0", "1"])", R"("device_ids": ["0"])"),
                 ElementsAre("k: device_ids"));
     EXPECT_THAT(faults_with(R"("end_time": "20")", R"("end_time": "10")"), ElementsAre("k: end_time"));

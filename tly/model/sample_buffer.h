@@ -15,8 +15,8 @@
 // Values of 64 bits take 32 until one comes that doesn't fit, since counters rarely do: a capture of 300
 // million values is held in 4.8 bytes a value, metrics and all. Growth is left to realloc, not to a
 // std::vector: large arrays move by their pages, without a copy and without the old and the new array side by
-// side. The pages after the last value are never written to, so they take no memory, and doubling
-// the capacity is free.
+// side. The pages after the last value are never written to, so they take no memory, and doubling the
+// capacity is free.
 template <class T>
 class SampleBuffer {
   public:

@@ -30,12 +30,10 @@ class StoredSamples {
     std::size_t m_size;
 };
 
-// A list of numbers that is cheap for what profiles are full of.
-// - Zeros at its end are only counted: most counters of a design never count, and a list of zeros stores
-// nothing.
-// - A copy shares the stored values: a report node takes the samples of an invocation without copying them,
-// and
-//   the cycles of a function are handed to its kernel after every block of lines.
+// A list of numbers that is cheap for what profiles are full of. Zeros at its end are only counted: most
+// counters of a design never count, and a list of zeros stores nothing. A copy shares the stored values: a
+// report node takes the samples of an invocation without copying them, and the cycles of a function are
+// handed to its kernel after every block of lines.
 //
 // What must hold: a list behaves as a vector of its own would, whatever shares its storage. Appending to one
 // copy never shows in another. It costs as much as appending to a vector for the copy that has grown last;

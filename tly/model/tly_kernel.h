@@ -13,7 +13,8 @@
 
 // The reader adds one entry to each sample list for every monitor line of the kernel, the report makes a node
 // of what has accumulated, and resetKernel makes room for the next invocation. A kernel points to its module
-// instances and doesn't own them: clean_up deletes them at the end of a run.
+// instances and doesn't own them: the profile model does, or callers with containers of their own, who have
+// clean_up.
 class TlyKernel {
   public:
     using Samples = SampleList<long long>;

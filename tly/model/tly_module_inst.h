@@ -119,8 +119,8 @@ class TlyModuleInst {
     std::vector<std::string> getExtMemNames() const;
     Samples ext_mem_samples(ExtMemOpType op, const std::string& mem_name, int bank, int port) const;
 
-    // The rest of the public part is for callers outside the program; the program itself doesn't use it.
-    // Lists are copied into vectors.
+    // The rest of the public part is for callers outside the program; the program itself uses nothing of it
+    // but INV_COUNTER. Lists are copied into vectors.
 
     // Names for rows of the table of counter tags.
     inline static const std::string CNT_BURSTCOUNT{counter_tag("burstcount")};

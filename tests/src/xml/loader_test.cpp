@@ -1,4 +1,4 @@
-// Parsing, the lists of messages, printing, and the road of a concrete loader.
+// Parsing, the lists of messages, printing, and a load by a concrete loader.
 #include "BaseXmlLoader.h"
 
 #include "BaseVisitor.h"

@@ -12,7 +12,7 @@ using Values = std::vector<long long>;
 
 class ExtMemDecodingTest : public testing::Test {
   protected:
-    // The messages of two lines on an instance with that tag. Each line owes them anew.
+    // The messages of two lines on an instance with that tag. Each line has them again.
     std::string messages_of(const std::string& tag) {
         inst = InstBuilder{.function = "ext_mem", .tags = {tag}}.make();
         std::string first = stderr_of([&] { add_sample(*inst, {"5"}); });

@@ -21,9 +21,8 @@ struct PlannedEntry {
 // that the stream is written to; empty for none.
 //
 // Throws Failure for what a stream can't hold, before anything is written: files of 4 GiB and more, paths
-// with
-// "..", long names, sockets and the like, links that lead nowhere or back to a folder that they are in, and
-// the folder that the output is in.
+// with "..", long names, sockets and the like, links that lead nowhere or back to a folder that they are in,
+// and the folder that the output is in.
 std::vector<PlannedEntry> plan_stream(const std::vector<std::string>& paths, const std::string& directory,
                                       const std::string& output);
 
