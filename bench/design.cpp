@@ -6,6 +6,7 @@
 #include <random>
 #include <stdexcept>
 
+#include "input_names.h"
 #include "tly_parse.h"
 
 Design::Design(int num_insts) {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "design.h"
+#include "input_names.h"
 #include "line_reader.h"
 #include "mon_line.h"
 

@@ -184,7 +184,7 @@ void BoardSpec::add_compile_config(std::unique_ptr<CompileConfig> config, const 
         m_replaced_compile_configs.emplace_back();
     set_compile_config(config.get(), name);
     m_compile_configs[name].is_added = true;
-    config.release();
+    static_cast<void>(config.release()); // the list's now
     if (replaced)
         m_replaced_compile_configs.back().reset(replaced);
 }

@@ -25,12 +25,6 @@ enum ExtMemOpType : int {
     EXT_MEM_WRITE_BURST = 3,
 };
 
-// Package sections that a run reads.
-inline constexpr const char* version_section = ".zan.version";
-inline constexpr const char* board_section = ".zan.board_spec.xml";
-inline constexpr const char* timing_report_section = ".zan.velmora_report";
-inline constexpr const char* profiler_section = ".zan.profiler.xml";
-
 // Package sections that compilers write and that the run itself never reads.
 inline const std::string opt_rpt_elf_section = ".zan.opt.rpt.xml";
 inline const std::string kernel_source_elf_section_prefix = ".zan.source";
@@ -51,16 +45,6 @@ inline constexpr const std::string* transfer_names[] = {
     &mem_transfer_read,    &mem_transfer_write, &mem_transfer_copy, &reprogram,   &mem_mirror_from_device,
     &mem_mirror_to_device, &mem_transfer,       &mem_migration,     &usm_memcopy,
 };
-
-// Index of the first counter among the fields of a kernel's line; the fields before it are the line's head.
-inline constexpr int first_counter_field = 7;
-
-// What follows a kernel's name in the names of instances that aren't blocks of the kernel: that of its
-// function and that of its wrapper, both without a node in the report, and that of the instance that the
-// kernel keeps for its external memories.
-inline constexpr const char* function_inst_suffix = "_function_inst";
-inline constexpr const char* wrapper_inst_suffix = "_function_wrapper_inst";
-inline constexpr const char* ext_mem_inst_suffix = "_function_wrapper";
 
 // Attribute texts and names of the profiler description.
 inline const std::string addrspace_global = "__global";

@@ -1,6 +1,7 @@
 #include "tly_kernel.h"
 
 #include "contract.h"
+#include "input_names.h"
 
 TlyKernel::TlyKernel(std::string name, std::string user_friendly_name, std::string original_name,
                      std::string filename, int line_num, bool autorun)

@@ -7,7 +7,7 @@
 #include "BoardSpecXml.h"
 #include "board_node.h"
 #include "diagnostics.h"
-#include "tly_constants.h"
+#include "input_names.h"
 #include "tree_sink.h"
 
 namespace {
@@ -76,7 +76,7 @@ StageResult import_board(ProfileModel& model, ptree& tree, Package& package) {
         // A second memory of a name replaces the first in the maps, but not in the model.
         std::unique_ptr<TlyExtMem> memory = make_ext_mem(*described, maps);
         if (model.ext_mems.try_emplace(described->get_name(), memory.get()).second)
-            memory.release(); // the model's now
+            static_cast<void>(memory.release()); // the model's now
         else
             diagnose(
                 "Warning: trying to insert new global memory object with a name that already belongs to "

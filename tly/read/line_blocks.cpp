@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "input_names.h"
 #include "mon_line.h"
 
 bool LineBlocks::add(std::string_view line) {

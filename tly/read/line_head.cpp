@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "diagnostics.h"
+#include "input_names.h"
 
 namespace {
 

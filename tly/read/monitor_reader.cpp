@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "diagnostics.h"
+#include "input_names.h"
 #include "kernel_node.h"
 #include "line_blocks.h"
 #include "line_reader.h"

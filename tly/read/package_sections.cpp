@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "diagnostics.h"
-#include "tly_constants.h"
+#include "input_names.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "ProfilerConfigXml.h"
 #include "counter_tags.h"
 #include "diagnostics.h"
+#include "input_names.h"
 #include "tly_constants.h"
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include "diagnostics.h"
 #include "ext_mem_node.h"
+#include "input_names.h"
 #include "module_node.h"
 #include "source_node.h"
 #include "tly_constants.h"

@@ -150,7 +150,7 @@ void write_bandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind&
 }
 
 void write_cache_hits(ReportSink& details, const TlyModuleInst& inst) {
-    const std::string lsu_type = inst.getAttrLsuType();
+    const std::string& lsu_type = inst.getAttrLsuType();
     if (lsu_type == BURST_NON_ALIGNED || lsu_type == BURST_COALESCED || lsu_type == SEMI_STREAMING)
         details.samples("cache_hit_samples", inst.samples(Counter::cachehit));
     if (lsu_type == BURST_NON_ALIGNED)
@@ -182,8 +182,8 @@ DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
 }
 
 void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples& sample_cycles) {
-    const std::string memory_type = inst.getAttrMemoryType();
-    const std::string operation = inst.getAttrRw();
+    const std::string& memory_type = inst.getAttrMemoryType();
+    const std::string& operation = inst.getAttrRw();
     if (!memory_type.empty())
         details.text("mem_type", memory_type);
     if (!operation.empty())

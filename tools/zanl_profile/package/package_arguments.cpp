@@ -29,6 +29,7 @@ CLI::Option* add_named_files(CLI::App& app, std::vector<std::string>& arguments)
 
 std::vector<NamedFile> parse_named_files(const std::vector<std::string>& arguments) {
     std::vector<NamedFile> files;
+    files.reserve(arguments.size());
     for (const std::string& argument : arguments)
         files.push_back(parse_named_file(argument));
     return files;

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "input_names.h"
 #include "pkg_stream.h"
 #include "tly_constants.h"
 
