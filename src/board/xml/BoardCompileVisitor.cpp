@@ -85,8 +85,8 @@ bool CompileVisitor::has_named_configs() const {
 
 // A part that is read a second time stops the process, before its place is looked at.
 bool CompileVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_attribute) {
-    BaseVisitor::VisitEnter(elem,
-                            first_attribute); // NOLINT(bugprone-parent-virtual-call): the table comes last
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the table comes last
+    BaseVisitor::VisitEnter(elem, first_attribute);
     if (const Part* part = find_part(elem.Value()))
         ZAN_CONTRACT(!m_config || !(m_config->*part->has)(), part->contract);
     return enter_by_table(elem);
