@@ -220,7 +220,8 @@ void MonitorReader::finish() {
 
 } // namespace
 
-void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems) {
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+                      const ProfileModel::ExtMems& ext_mems) {
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels();

@@ -52,4 +52,5 @@ StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const st
 
 // Writes the node of the kernel's current invocation, and resets the kernel if `reset` is set. Does nothing
 // for the kernel that stands for all autorun kernels.
-void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset, ProfileModel::ExtMems& ext_mems);
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+                      const ProfileModel::ExtMems& ext_mems);

@@ -96,6 +96,7 @@ int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree
     return static_cast<int>(read_monitor_file(*model, nodes, mon_path));
 }
 
+// cppcheck-suppress constParameter ; the signature is that of callers
 int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
                    std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     TreeNodes nodes(*tree);

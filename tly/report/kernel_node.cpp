@@ -99,6 +99,7 @@ void write_kernel(ReportSink& node, const TlyKernel& kernel,
     node.close();
 }
 
+// cppcheck-suppress constParameter ; the signature is that of callers
 ptree TlyKernel::getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
     ptree node;
     TreeSink sink(node);
