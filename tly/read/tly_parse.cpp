@@ -96,9 +96,9 @@ int parseProfilerMONFile(std::map<std::string, TlyKernel*>* kernels, ptree* tree
     return static_cast<int>(read_monitor_file(*model, nodes, mon_path));
 }
 
-// cppcheck-suppress constParameter ; the signature is that of callers
-int pullKernelInfo(TlyKernel* kernel, ptree* tree, bool reset,
-                   std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+int pullKernelInfo(
+    TlyKernel* kernel, ptree* tree, bool reset,
+    std::unordered_map<std::string, TlyExtMem*>& ext_mems) { // cppcheck-suppress constParameter
     TreeNodes nodes(*tree);
     close_invocation(*kernel, nodes, reset, ext_mems);
     return 1;
