@@ -146,7 +146,7 @@ void MonitorReader::add_transfer(const LineHead& head) {
 // kernels that wait come first, an invocation that has ended is written before the kernels are changed, and
 // the cycles are handed on when all instances have their counters.
 bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
-    // The head was read, so that there are seven fields, or more.
+    // The head was read, so that the fields before the counters are there.
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
     if (m_model.is_described && num_fields != head.num_counters) {
         diagnose(

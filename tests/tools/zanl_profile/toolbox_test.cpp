@@ -1,4 +1,5 @@
 // Help, versions and wrong use of the toolbox.
+#include "package_commands.h"
 #include "tly_constants.h"
 #include "toolbox_fixture.h"
 
@@ -7,8 +8,9 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* package_commands[] = {"create", "list", "show", "extract", "add",
-                                            "update", "copy", "pack", "unpack"};
+#define ZAN_NAME(name) #name,
+constexpr const char* package_commands[] = {ZAN_PACKAGE_COMMANDS(ZAN_NAME)};
+#undef ZAN_NAME
 
 using ToolboxCommandLine = Toolbox;
 
