@@ -57,6 +57,7 @@ struct BlockSummary {
                                      // with own_share below 50 they have more than half
     Value max_burst;                 // words; the memory's largest burst
     Value access_bytes;              // width of an access, bytes
+    Value port_limit;                // MB/s: the clock times the kernel's widest access of the memory
     Value max_valid;                 // percent; the greatest share of valid cycles of a sample
     Value stalled_part;              // percent of the cycles in which half of the stalls are
     Value stalled_from;              // where those are: times from the run's start, as in Metric
@@ -86,7 +87,8 @@ struct PortSummary {
 struct KernelSummary {
     std::string name;
     int compute_unit = 0;
-    std::optional<int> device; // of all samples; nothing if they have none
+    std::optional<unsigned> num_units; // compute units of the design; nothing where only a report was read
+    std::optional<int> device;         // of all samples; nothing if they have none
     SourcePlace source;
     bool autorun = false;
     unsigned shared_types =
@@ -99,8 +101,9 @@ struct KernelSummary {
     Value median_low;
     Value median_high;
     Value gaps; // total time between invocations in which nothing ran
+    // Time in which it ran; of an autorun kernel the time in which one of its blocks worked.
     Value union_time;
-    std::vector<std::string> team; // kernels that ran at the same time for at least half of its time
+    std::vector<std::string> team; // other kernels: both ran at the same time for half of their times or more
     std::string culprit;           // the name of a block, by the diagnosis; empty if there is none
     MetricValues metrics;
     std::vector<BlockSummary> blocks;
