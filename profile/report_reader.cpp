@@ -1,6 +1,11 @@
-// RapidJSON reads the structure, iteratively, so that depth takes no stack. What stands in a report a
-// thousand times more often than a node, the second and all later numbers of an array, is read by
-// PackedNumbers right from the piece of text; at its end, or at anything but a number, RapidJSON goes on.
+// RapidJSON reads the structure, iteratively, so that depth takes no stack. Two things are read right from
+// the piece of text where RapidJSON has just read the value before them: more numbers of an array, by
+// PackedNumbers, and more members of an object, by PlainMembers. At the end of the piece, or at anything that
+// isn't plain, RapidJSON goes on.
+//
+// Measured (bench/README.md has the shapes) in processor time, without a sink that does anything: 1,100 to
+// 1,500 MB of report a second on L, 670 to 880 on M. RapidJSON alone, with the same events, reads 320 and
+// 280.
 #include "report_reader.h"
 
 #include <rapidjson/error/en.h>
