@@ -12,8 +12,11 @@ constexpr const Command* toolbox_commands[] = {
     &package_command,
 };
 
-constexpr Command toolbox = {"zanl-profile", "Tools for profiled FPGA designs.",
-                             [](CLI::App& app) { add_commands(app, toolbox_commands); }};
+constexpr Command toolbox = {
+    "zanl-profile", "Tools for profiled FPGA designs.",
+    [](CLI::App& app, Console& console) { add_commands(app, console, toolbox_commands); },
+    "zanl-profile package list design.zanx\n"
+    "zanl-profile help package create"};
 
 } // namespace
 
