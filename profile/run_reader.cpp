@@ -158,11 +158,6 @@ class UnitRun {
 };
 
 bool UnitRun::read_package() {
-    if (m_package.read(version_section).status == SectionStatus::no_package) {
-        m_faults.take(FaultKind::package_unreadable, m_faults.of_section(""),
-                      "it is no package: it can't be read as an ELF file");
-        return false;
-    }
     return parse_version(m_tree, m_package) != StageResult::failed && read_board_section() &&
            parse_timing_report(m_tree, m_package) != StageResult::failed && read_profiler_section();
 }

@@ -374,7 +374,7 @@ TEST_F(RunReaderFiles, FilesThatCannotBeUsedHaveAReason) {
     write_file(m_dir.path("cut"),
                "\x7f"
                "ELF");
-    EXPECT_EQ(message(m_dir.path("cut"), mon), "it is no package: it can't be read as an ELF file");
+    EXPECT_EQ(message(m_dir.path("cut"), mon), "the package has no version");
     EXPECT_EQ(message(package(one_unit()), m_dir.path("none.mon")),
               "it can't be opened: No such file or directory");
     EXPECT_EQ(message(package(one_unit()), m_dir.path()), "it is a folder");
