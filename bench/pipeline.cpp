@@ -166,9 +166,12 @@ std::vector<std::string> wrapper_tags(std::string_view kernel) {
             continue;
         const std::string begin = "profile_extmem_" + std::string(kernel) + "_function_" + port.memory +
                                   "_bank" + std::to_string(port.interface) + "_port0_";
-        for (const char* end :
-             {"read_data_inc_en_0", "read_burst_count_en_0", "write_data_inc_en_0", "write_burst_count_en_0"})
-            tags.push_back(begin + end);
+        for (const char* direction : {"read", "write"}) {
+            if (!(direction == std::string_view("read") ? port.reads : port.writes))
+                continue;
+            tags.push_back(begin + direction + "_data_inc_en_0");
+            tags.push_back(begin + direction + "_burst_count_en_0");
+        }
     }
     return tags;
 }
