@@ -27,6 +27,9 @@ class TimeBins {
 
     // Spreads `amount` evenly from `begin` to `end`. If that is no time, all of it is at `end`.
     void add(std::int64_t begin, std::int64_t end, double amount);
+    // The same. The first one makes the bins as wide as splits it into some hundred of them, as more of its
+    // length will follow.
+    void add_sample(std::int64_t begin, std::int64_t end, double amount);
     // Adds another series, bin by bin; the greater width is that of the sum.
     void add(const TimeBins& other);
     // From now on at most `capacity` bins, which is at least 2.

@@ -201,7 +201,7 @@ void Totals::add_block(const BlockNode& node, std::size_t place) {
             block.add_unnamed(times, samples);
         for (std::size_t i = 0; traffic != nullptr && i < times.size; ++i) {
             if (samples.bandwidth[i] > 0.0 && times.begin[i] < times.end[i])
-                traffic->add(times.begin[i], times.end[i], samples.bandwidth[i] * times.cycles[i]);
+                traffic->add_sample(times.begin[i], times.end[i], samples.bandwidth[i] * times.cycles[i]);
         }
     }
     block.add_burst_entries(node.arrays[Rates::burst]);
@@ -228,7 +228,7 @@ void Totals::port(const PortNode& node) {
         port.add(times, bandwidth, read_burst, write_burst, m_kernel->cycle_classes);
         for (std::size_t i = 0; i < times.size; ++i) {
             if (bandwidth[i] > 0.0 && times.begin[i] < times.end[i])
-                access.by_ports.add(times.begin[i], times.end[i], bandwidth[i] * times.cycles[i]);
+                access.by_ports.add_sample(times.begin[i], times.end[i], bandwidth[i] * times.cycles[i]);
         }
     }
 }
