@@ -56,14 +56,14 @@ enum class FaultEffect {
 // whatever bytes they hold: outputs for people have to escape them.
 struct Fault {
     FaultKind kind = FaultKind::failure;
-    std::string_view file;      // as the caller named it
-    std::string_view section;   // of the package; empty elsewhere
-    std::uint64_t line = 0;     // of the capture, or of the section's text, from 1; 0 for the whole of it
-    std::size_t column = 0;     // of the section's line, in bytes from 1; 0 if it isn't known
-    std::string_view line_text; // that line
-    std::string_view kernel;    // that it is about; empty if it isn't known
-    std::string_view block;     // that it is about; empty if it isn't known
-    std::string_view message;   // a sentence for people without its place and without a newline
+    std::string_view file = {};    // as the caller named it
+    std::string_view section = {}; // of the package; empty elsewhere
+    std::uint64_t line = 0;        // of the capture, or of the section's text, from 1; 0 for the whole of it
+    std::size_t column = 0;        // of the section's line, in bytes from 1; 0 if it isn't known
+    std::string_view line_text = {}; // that line
+    std::string_view kernel = {};    // that it is about; empty if it isn't known
+    std::string_view block = {};     // that it is about; empty if it isn't known
+    std::string_view message = {};   // a sentence for people without its place and without a newline
 };
 
 class FaultReceiver {
