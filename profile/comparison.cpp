@@ -81,7 +81,7 @@ class Comparer {
           m_result{&before, &after, before.nanoseconds.has_value() == after.nanoseconds.has_value(), {}, {}} {
     }
 
-    Comparison compare() {
+    RunComparison compare() {
         SubjectComparison run;
         run.before = &before().metrics;
         run.after = &after().metrics;
@@ -185,7 +185,7 @@ class Comparer {
     }
 
     MatchBy m_match;
-    Comparison m_result;
+    RunComparison m_result;
 };
 
 } // namespace
@@ -207,13 +207,13 @@ bool SubjectComparison::may_differ(Metric metric) const {
     }
 }
 
-bool Comparison::can_compare(MetricUnit unit, bool is_share) const {
+bool RunComparison::can_compare(MetricUnit unit, bool is_share) const {
     if (unit != MetricUnit::time)
         return true;
     return has_same_time_unit && (is_share || before->nanoseconds.has_value());
 }
 
-Comparison compare(const ProfileSummary& before, const ProfileSummary& after, MatchBy match) {
+RunComparison compare(const ProfileSummary& before, const ProfileSummary& after, MatchBy match) {
     return Comparer(before, after, match).compare();
 }
 

@@ -56,7 +56,7 @@ struct TransferComparison {
     const TransferSummary* after = nullptr;
 };
 
-struct Comparison {
+struct RunComparison {
     const ProfileSummary* before;
     const ProfileSummary* after;
     // False if the unit of time is known of one run alone: no time is then in `changes`.
@@ -80,7 +80,8 @@ inline constexpr double least_percent = 1.0;
 //
 // Where both runs have five invocations of a kernel or more, its times (kernel_time, kernel_total with an
 // equal number of invocations, kernel_p95) are only listed if the intervals of both medians don't overlap.
-Comparison compare(const ProfileSummary& before, const ProfileSummary& after, MatchBy match = MatchBy::name);
+RunComparison compare(const ProfileSummary& before, const ProfileSummary& after,
+                      MatchBy match = MatchBy::name);
 
 // "writer", "writer/store_pixels", "HBM0", "run".
 std::string label_of(const SubjectComparison& subject);

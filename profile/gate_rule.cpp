@@ -99,7 +99,7 @@ bool SubjectFilter::takes(const SubjectComparison& subject) const {
            is_among(blocks, old_kernel + "/" + old_name);
 }
 
-GateResult check_rule(const GateRule& rule, const Comparison& comparison, const SubjectFilter& filter) {
+GateResult check_rule(const GateRule& rule, const RunComparison& comparison, const SubjectFilter& filter) {
     const MetricRow& row = row_of(rule.metric);
     GateResult result;
     for (const SubjectComparison& subject : comparison.subjects) {

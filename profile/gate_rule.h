@@ -54,6 +54,6 @@ struct GateResult {
 
 // Checks one rule, which must outlive the result, as must the comparison. A change that the test of a
 // kernel's times doesn't find is none.
-GateResult check_rule(const GateRule& rule, const Comparison& comparison, const SubjectFilter& filter);
+GateResult check_rule(const GateRule& rule, const RunComparison& comparison, const SubjectFilter& filter);
 
 } // namespace zan::profile

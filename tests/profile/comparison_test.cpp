@@ -94,7 +94,7 @@ TEST(Comparison, ComputeUnitsAreKernelsOfTheirOwn) {
 TEST(Comparison, BlocksThatMovedKeepBothPlaces) {
     const ProfileSummary before = run_of({kernel_of("k", {}, {block_of("b", {}, 34), block_of("c", {}, 9)})});
     const ProfileSummary after = run_of({kernel_of("k", {}, {block_of("b", {}, 36), block_of("c", {}, 9)})});
-    const Comparison comparison = compare(before, after);
+    const RunComparison comparison = compare(before, after);
     ASSERT_EQ(comparison.subjects.size(), 4u); // the run, the kernel, two blocks
     EXPECT_TRUE(comparison.subjects[2].has_moved());
     EXPECT_EQ(place_text(comparison.subjects[2].old_place), "image.cl:34");
@@ -114,7 +114,7 @@ TEST(Comparison, BlocksCanBeMatchedByTheirSource) {
     EXPECT_EQ(lines_of(before, after, MatchBy::source), Lines{"k/load_2: stall 10 -> 20 worse"});
     EXPECT_EQ(lines_of(before, after),
               (Lines{"k/load_1: stall 10 -> 50 worse", "k/load_2: stall 50 -> 20 better"}));
-    const Comparison comparison = compare(before, after, MatchBy::source);
+    const RunComparison comparison = compare(before, after, MatchBy::source);
     EXPECT_EQ(comparison.subjects[2].old_name, "load_2");
     EXPECT_EQ(comparison.subjects[3].old_name, "load_1");
 }
@@ -190,7 +190,7 @@ TEST(Comparison, TransfersAreMatchedByKindAndQueue) {
     ProfileSummary after;
     before.transfers = {{".mem_transfer_read", 0, 2, 100, 50, 10}, {".mem_transfer_read", 1, 1, 10, 10, 1}};
     after.transfers = {{".mem_transfer_write", 0, 1, 30, 30, 3}, {".mem_transfer_read", 0, 4, 200, 50, 10}};
-    const Comparison comparison = compare(before, after);
+    const RunComparison comparison = compare(before, after);
     ASSERT_EQ(comparison.transfers.size(), 3u);
     EXPECT_EQ(comparison.transfers[0].type, ".mem_transfer_write");
     EXPECT_EQ(comparison.transfers[0].before, nullptr);

@@ -68,7 +68,7 @@ TEST(GateRule, AnUnknownMetricIsNamed) {
 Lines check(const std::string& text, const ProfileSummary& before, const ProfileSummary& after,
             const SubjectFilter& filter = {}) {
     const GateRule rule = rule_of(text);
-    const Comparison comparison = compare(before, after);
+    const RunComparison comparison = compare(before, after);
     const GateResult result = check_rule(rule, comparison, filter);
     Lines lines;
     for (const GateFailure& failure : result.failures)
