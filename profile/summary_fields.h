@@ -1,9 +1,9 @@
 // The members of a summary as its JSON names them: one list for writing and for reading. A key carries the
 // unit of its value; the unit of times depends on the run, so the archive adds it.
 //
-// An archive has a function for each form of a member: text, flag (with its usual value), number, time, count
-// (never negative), integer, words (a list of texts), list, object, metrics, and choice (with the words for
-// the values of an enumeration). A member that is missing, empty or as usual has no key.
+// An archive has a function for each form of a member: text, flag and choice (with their usual value),
+// number, time, count (never negative), integer, words (a list of texts), list, object, metrics, and choice
+// (with the words for the values of an enumeration). A member that is missing, empty or as usual has no key.
 #pragma once
 
 #include <concepts>
@@ -37,8 +37,8 @@ void fields(Archive& archive, Is<Sentence> auto& sentence) {
 template <class Archive>
 void fields(Archive& archive, Is<BlockSummary> auto& block) {
     archive.text("name", block.name);
-    archive.choice("kind", block.kind, kind_words);
-    archive.choice("direction", block.direction, direction_words);
+    archive.choice("kind", block.kind, BlockKind::other, kind_words);
+    archive.choice("direction", block.direction, Direction::none, direction_words);
     archive.text("memory", block.memory);
     archive.text("port", block.port);
     archive.flag("coalesced", block.coalesced, false);

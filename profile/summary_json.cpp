@@ -86,7 +86,9 @@ class SummaryWriter {
         m_json.Uint(*value);
     }
     template <class Choice>
-    void choice(const char* name, Choice value, std::span<const char* const> words) {
+    void choice(const char* name, Choice value, Choice usual, std::span<const char* const> words) {
+        if (value == usual)
+            return;
         key(name);
         m_json.String(words[static_cast<std::size_t>(value)]);
     }
@@ -209,7 +211,8 @@ class SummaryReader {
             count(name, value.emplace());
     }
     template <class Choice>
-    void choice(const char* name, Choice& value, std::span<const char* const> words) {
+    void choice(const char* name, Choice& value, Choice usual, std::span<const char* const> words) {
+        value = usual;
         const SummaryNode* node = find(name);
         if (node == nullptr)
             return;
