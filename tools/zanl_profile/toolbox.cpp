@@ -2,6 +2,7 @@
 
 #include "command_line.h"
 #include "package_commands.h"
+#include "signals.h"
 
 namespace zan::tool {
 
@@ -21,6 +22,7 @@ constexpr Command toolbox = {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 
