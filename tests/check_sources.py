@@ -21,8 +21,16 @@ SOURCE_SUFFIXES = {".h", ".cpp"}
 # file that lies in none of these folders is a fault, so that a new folder gets a row.
 DESCRIPTIONS = ["src/board", "src/board/xml", "src/profiler", "src/xml", "zan_profiler"]
 TLY = ["tly/base", "tly/model", "tly/report", "tly/read", "tly/run"]
-TOOLBOX = ["tools/zanl_profile", "tools/zanl_profile/base", "tools/zanl_profile/package"]
-EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
+TOOLBOX = [
+    "tools/zanl_profile",
+    "tools/zanl_profile/base",
+    "tools/zanl_profile/check",
+    "tools/zanl_profile/diff",
+    "tools/zanl_profile/package",
+    "tools/zanl_profile/run",
+    "tools/zanl_profile/summary",
+]
+EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile", *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
 ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
 LAYERS = [
     ("lib/contract", [], []),
@@ -37,9 +45,14 @@ LAYERS = [
     ("tly/report", ["lib/contract", "tly/base", "tly/model"], ["property tree"]),
     ("tly/read", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, "tly/base", "tly/model", "tly/report"], []),
     ("tly/run", ["lib/contract", "tly/base", "tly/model", "tly/report", "tly/read"], []),
+    ("profile", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY], []),
     ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile", ["tools/zanl_profile/base", "tools/zanl_profile/package"], []),
+    ("tools/zanl_profile/check", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/diff", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/run", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/summary", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile", TOOLBOX, []),
     ("tests/**", EVERYTHING, ALL_LIBRARIES),
     ("bench/**", EVERYTHING, ALL_LIBRARIES),
     ("fuzz/**", EVERYTHING, ALL_LIBRARIES),
