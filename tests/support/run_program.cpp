@@ -9,6 +9,7 @@
 
 #include <stdexcept>
 
+#include "default_signals.h"
 #include "temp_dir.h"
 #include "whole_file.h"
 
@@ -24,6 +25,7 @@ bool redirect(int descriptor, const std::filesystem::path& path, int flags) {
 
 [[noreturn]] void become(const std::filesystem::path& program, char* const* arguments,
                          const std::filesystem::path& folder, const TempDir& output) {
+    use_default_signals();
     constexpr rlimit no_core_file = {0, 0};
     ::setrlimit(RLIMIT_CORE, &no_core_file);
     ::alarm(time_limit_seconds);
