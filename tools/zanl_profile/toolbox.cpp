@@ -2,6 +2,7 @@
 
 #include "command_line.h"
 #include "package_commands.h"
+#include "summary_command.h"
 
 namespace zan::tool {
 
@@ -10,6 +11,7 @@ namespace {
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
     &package_command,
+    &summary_command,
 };
 
 constexpr Command toolbox = {
