@@ -2,6 +2,8 @@
 
 #include "command_line.h"
 #include "package_commands.h"
+#include "run_command.h"
+#include "signals.h"
 #include "summary_command.h"
 
 namespace zan::tool {
@@ -11,6 +13,7 @@ namespace {
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
     &package_command,
+    &run_command,
     &summary_command,
 };
 
@@ -23,6 +26,7 @@ constexpr Command toolbox = {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 
