@@ -4,6 +4,7 @@
 #include "package_commands.h"
 #include "run_command.h"
 #include "signals.h"
+#include "summary_command.h"
 
 namespace zan::tool {
 
@@ -13,6 +14,7 @@ namespace {
 constexpr const Command* toolbox_commands[] = {
     &package_command,
     &run_command,
+    &summary_command,
 };
 
 constexpr Command toolbox = {
