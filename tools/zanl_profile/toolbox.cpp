@@ -1,6 +1,7 @@
 #include "toolbox.h"
 
 #include "command_line.h"
+#include "diff_command.h"
 #include "package_commands.h"
 
 namespace zan::tool {
@@ -9,6 +10,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
+    &diff_command,
     &package_command,
 };
 
