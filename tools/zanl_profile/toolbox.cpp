@@ -3,6 +3,8 @@
 #include "command_line.h"
 #include "diff_command.h"
 #include "package_commands.h"
+#include "run_command.h"
+#include "signals.h"
 
 namespace zan::tool {
 
@@ -12,6 +14,7 @@ namespace {
 constexpr const Command* toolbox_commands[] = {
     &diff_command,
     &package_command,
+    &run_command,
 };
 
 constexpr Command toolbox = {
@@ -23,6 +26,7 @@ constexpr Command toolbox = {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 
