@@ -5,6 +5,7 @@
 #include "package_commands.h"
 #include "run_command.h"
 #include "signals.h"
+#include "summary_command.h"
 
 namespace zan::tool {
 
@@ -15,6 +16,7 @@ constexpr const Command* toolbox_commands[] = {
     &diff_command,
     &package_command,
     &run_command,
+    &summary_command,
 };
 
 constexpr Command toolbox = {

@@ -17,6 +17,7 @@
 #include "json_writer.h"
 #include "progress.h"
 #include "run_reader.h"
+#include "unfinished_file.h"
 #include "value_text.h"
 
 namespace zan::tool {
