@@ -1,6 +1,7 @@
 #include "toolbox.h"
 
 #include "command_line.h"
+#include "diff_command.h"
 #include "package_commands.h"
 #include "run_command.h"
 #include "signals.h"
@@ -12,6 +13,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
+    &diff_command,
     &package_command,
     &run_command,
     &summary_command,
