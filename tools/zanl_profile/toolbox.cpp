@@ -1,5 +1,6 @@
 #include "toolbox.h"
 
+#include "check_command.h"
 #include "command_line.h"
 #include "package_commands.h"
 #include "run_command.h"
@@ -12,6 +13,7 @@ namespace {
 constexpr const Command* toolbox_commands[] = {
     &package_command,
     &run_command,
+    &check_command,
 };
 
 constexpr Command toolbox = {
