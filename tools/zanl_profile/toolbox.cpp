@@ -4,6 +4,7 @@
 #include "command_line.h"
 #include "package_commands.h"
 #include "run_command.h"
+#include "signals.h"
 
 namespace zan::tool {
 
@@ -25,6 +26,7 @@ constexpr Command toolbox = {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 

@@ -15,6 +15,7 @@
 #include "package_edit.h"
 #include "pkg_stream.h"
 #include "stream_plan.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
