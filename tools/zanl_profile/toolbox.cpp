@@ -2,6 +2,7 @@
 
 #include "command_line.h"
 #include "package_commands.h"
+#include "run_command.h"
 #include "signals.h"
 
 namespace zan::tool {
@@ -11,6 +12,7 @@ namespace {
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
     &package_command,
+    &run_command,
 };
 
 constexpr Command toolbox = {
