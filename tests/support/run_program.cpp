@@ -9,6 +9,7 @@
 
 #include <stdexcept>
 
+#include "default_signals.h"
 #include "temp_dir.h"
 #include "whole_file.h"
 
@@ -33,6 +34,7 @@ struct Start {
 
 // Runs in a process that shares the memory of the test, so it must not change it.
 [[noreturn]] void become(const Start& start) {
+    use_default_signals();
     constexpr rlimit no_core_file = {0, 0};
     ::setrlimit(RLIMIT_CORE, &no_core_file);
     ::alarm(time_limit_seconds);

@@ -19,21 +19,22 @@
 namespace {
 
 // Reports the faults that a tag has on each of its values; true if the value can be recorded.
-bool warn_of_faults(const ExtMemTag& tag) {
+bool warn_of_faults(const ExtMemTag& tag, const TlyModuleInst& inst) {
+    const MessageDetails details{
+        .subject = tag.fault_text, .kernel = inst.getFunction(), .block = inst.getName()};
     if (!tag.names_op)
-        diagnose("WARNING: extmem port tag does not match an op type\n");
+        diagnose(Message::memory_tag_without_operation, details);
     switch (tag.fault) {
         case ExtMemTag::Fault::none:
             return true;
         case ExtMemTag::Fault::properties:
-            diagnose("WARNING: something went wrong when decoding the properties of the external memory {}\n",
-                     tag.fault_text);
+            diagnose(Message::memory_tag_unreadable, details);
             return false;
         case ExtMemTag::Fault::bank:
-            diagnose("WARNING: value for external memory bank was invalid: {}\n", tag.fault_text);
+            diagnose(Message::memory_bank_invalid, details);
             return false;
         case ExtMemTag::Fault::port:
-            diagnose("WARNING: value for external memory port was invalid: {}\n", tag.fault_text);
+            diagnose(Message::memory_port_invalid, details);
             return false;
     }
     return false;
@@ -48,7 +49,9 @@ bool is_measured(const TagMeaning& meaning, SharedCounterTypes type) {
 
 void TlyModuleInst::mark_invalid(std::string_view text, int line_number) {
     m_invalid_values.push_back(fmt::format("{}.{}", text, INV_COUNTER));
-    diagnose("WARNING: value for counter at line {} was invalid: {}\n", line_number, m_invalid_values.back());
+    diagnose(
+        Message::bad_counter,
+        {.line = line_number, .subject = m_invalid_values.back(), .kernel = m_function, .block = m_name});
 }
 
 int TlyModuleInst::updateCounters(const MonFields& fields, int comp_unit, bool push, SharedCounterTypes type,
@@ -122,7 +125,7 @@ void TlyModuleInst::note_counter(Counter counter) {
 }
 
 void TlyModuleInst::record_ext_mem(ExtMemPort& port, long long value, bool push) {
-    if (warn_of_faults(port.tag))
+    if (warn_of_faults(port.tag, *this))
         ExtMemCounts::record(ext_mem_list(port), value, push);
 }
 

@@ -173,6 +173,9 @@ class TlyModuleInst {
     inline static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING =
         make_shared_mapping();
 
+    // Forgets the cycles of all functions, as at the start of the process. There must be no instances.
+    static void forget_functions() { m_functions = FunctionCycles(); }
+
     int getNumComputeUnits() const { return m_num_compute_units; }
     // All three: the number of counters.
     int getNPorts() const { return getNTags(); }
