@@ -1,7 +1,12 @@
 #include "toolbox.h"
 
+#include "check_command.h"
 #include "command_line.h"
+#include "diff_command.h"
 #include "package_commands.h"
+#include "run_command.h"
+#include "signals.h"
+#include "summary_command.h"
 
 namespace zan::tool {
 
@@ -9,7 +14,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &package_command,
+    &run_command, &check_command, &summary_command, &diff_command, &package_command,
 };
 
 constexpr Command toolbox = {
@@ -21,6 +26,7 @@ constexpr Command toolbox = {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 
