@@ -16,9 +16,6 @@ namespace {
 constexpr std::size_t block_bin_budget = std::size_t{2} << 20;
 constexpr std::size_t access_bin_budget = std::size_t{2} << 20;
 
-// Values of an autorun kernel's blocks that wait, 4 bytes or 8 each.
-constexpr std::size_t most_held_values = std::size_t{16} << 20;
-
 // An autorun kernel works in the samples in which one of its blocks is valid in at least 1% of the cycles.
 constexpr double least_activity = 0.01;
 
@@ -133,7 +130,7 @@ void Totals::block(const BlockNode& node) {
     }
     m_held.push_back(node);
     m_held_values += num_values(node.arrays);
-    if (m_held_values > most_held_values) {
+    if (m_held_values > m_most_held) {
         m_kernel->activity_in_part = true;
         add_held();
         m_holds = false;

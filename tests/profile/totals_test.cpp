@@ -84,37 +84,25 @@ TEST(Totals, KnowWhatABlockIs) {
     EXPECT_EQ(blocks[3].kind, BlockKind::other);
 }
 
-// An autorun kernel of more values than are held: block "a" works in the first half, "b" in the second one.
-// "a" is judged by its own work then, and "b" by that of both.
+// An autorun kernel of more values than are held: block "a" works in the first two samples, "b" in the last
+// one. So "a" is judged by its own work, and "b" by that of both.
 TEST(Totals, JudgeALongAutorunKernelByTheBlocksSoFar) {
-    constexpr std::size_t count = 400'000;
-    StreamKernel kernel{.cycles = std::vector<long long>(count, 100), .autorun = true};
-    StreamBlock a{.name = "a", .mem_type = "", .valid = std::vector<long long>(count, 50)};
-    for (std::size_t i = 0; i < count; ++i) {
-        kernel.stamps.push_back(static_cast<long long>(100 * (i + 1)));
-        if (i >= count / 2)
-            a.valid[i] = 0;
-    }
-    StreamBlock b{.name = "b", .mem_type = "", .valid = std::vector<long long>(count, 0)};
-    b.valid.back() = 50; // an array of zeros would hold nothing
-    b.stall = std::vector<long long>(count, 10);
-    b.idle = b.stall;
-    b.requests = b.stall;
-    StreamBlock other = b;
-    other.valid.back() = 0;
-    for (int i = 0; i < 14; ++i) { // 1.2 million values each, 16 million are held
-        other.name = "c" + std::to_string(i);
-        kernel.blocks.push_back(other);
-    }
-    kernel.blocks.insert(kernel.blocks.begin(), a);
-    kernel.blocks.push_back(b);
-    const auto totals = totals_of({.kernels = {kernel}});
-    const KernelTotals& summed = totals->kernels().at(0);
+    StreamKernel kernel{.stamps = {100, 200, 300, 400}, .cycles = each(4, 100LL), .autorun = true};
+    kernel.blocks = {{.name = "a", .mem_type = "", .valid = {50, 50, 0, 0}, .stall = {1, 1, 1, 1}},
+                     {.name = "b", .mem_type = "", .valid = {0, 0, 0, 50}, .stall = {1, 1, 1, 1}}};
+    Totals in_part(5); // "a" alone has six values that are stored
+    write_stream(in_part.sink(), {.kernels = {kernel}});
+    const KernelTotals& summed = in_part.kernels().at(0);
     EXPECT_TRUE(summed.activity_in_part);
-    EXPECT_EQ(summed.blocks.front().sums.valid.weight, 100.0 * count / 2);
-    EXPECT_EQ(summed.blocks.back().sums.valid.weight, 100.0 * (count / 2 + 1));
-    EXPECT_EQ(summed.cycles, 100.0 * (count / 2 + 1));
-    EXPECT_EQ(summed.all_cycles, 100.0 * count);
+    EXPECT_EQ(summed.blocks[0].sums.valid.weight, 200.0);
+    EXPECT_EQ(summed.blocks[1].sums.valid.weight, 300.0);
+    EXPECT_EQ(summed.cycles, 300.0);
+    EXPECT_EQ(summed.all_cycles, 400.0);
+
+    const auto as_a_whole = totals_of({.kernels = {kernel}});
+    EXPECT_FALSE(as_a_whole->kernels()[0].activity_in_part);
+    EXPECT_EQ(as_a_whole->kernels()[0].blocks[0].sums.valid.weight, 300.0);
+    EXPECT_EQ(as_a_whole->kernels()[0].blocks[1].sums.valid.weight, 300.0);
 }
 
 TEST(Totals, HoldWhatStandsAroundTheKernels) {
