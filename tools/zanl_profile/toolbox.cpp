@@ -1,5 +1,6 @@
 #include "toolbox.h"
 
+#include "check_command.h"
 #include "command_line.h"
 #include "diff_command.h"
 #include "package_commands.h"
@@ -13,10 +14,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &diff_command,
-    &package_command,
-    &run_command,
-    &summary_command,
+    &run_command, &check_command, &summary_command, &diff_command, &package_command,
 };
 
 constexpr Command toolbox = {
