@@ -194,6 +194,8 @@ int run_command_line(const Command& program, int argc, const char* const* argv) 
         return parse_and_run(program, arguments);
     } catch (const Failure& failure) {
         return fail(program, failure.what(), failure.status());
+    } catch (const QuietEnd& end) {
+        return end.status;
     } catch (const std::bad_alloc&) {
         return fail(program, "there is not enough memory");
     } catch (const std::exception& error) {
