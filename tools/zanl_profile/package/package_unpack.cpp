@@ -13,6 +13,7 @@
 #include "package_commands.h"
 #include "staged_folder.h"
 #include "stream_entries.h"
+#include "target_folder.h"
 
 namespace zan::tool {
 
@@ -65,8 +66,7 @@ void unpack_entries(StreamEntries& entries, const std::string& folder) {
         const std::string path = folder + "/" + entries.name();
         entries.read_data(
             [&](const char* bytes, std::size_t size) { write_all(file.get(), bytes, size, path); });
-        if (!file.close())
-            throw system_failure("can't write to " + in_quotes(path));
+        staged.end_file(std::move(file), entries.name());
     }
     staged.commit();
 }
@@ -90,10 +90,12 @@ class TrustedTarget {
         write_all(m_file ? m_file->fd() : m_special.get(), bytes, size, m_path);
     }
     void commit() {
-        if (m_file)
+        if (m_file) {
+            m_file->sync();
             m_file->commit();
-        else if (!m_special.close())
+        } else if (!m_special.close()) {
             throw system_failure("can't write to " + in_quotes(m_path));
+        }
     }
 
   private:
