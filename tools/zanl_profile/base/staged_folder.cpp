@@ -6,11 +6,12 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 
 #include "failure.h"
+#include "remove_tree.h"
 #include "target_folder.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -67,10 +68,12 @@ StagedFolder::StagedFolder(const std::string& target) : m_target(target) {
         fs::create_directories(parent_of(m_target), error);
     // Beside the target, or inside it if it exists, so that no rename() crosses the border of a file system.
     m_stage = m_target + (m_target_exists ? "/" : "") + unfinished_suffix;
+    const SignalsHeld held;
     if (error || !::mkdtemp(m_stage.data())) {
         m_stage.clear();
         throw system_failure("can't write to the folder " + in_quotes(target));
     }
+    m_removed.emplace(m_stage);
     try {
         m_place.emplace(open_root(m_stage));
     } catch (const Failure&) {
@@ -80,13 +83,8 @@ StagedFolder::StagedFolder(const std::string& target) : m_target(target) {
 }
 
 StagedFolder::~StagedFolder() {
-    if (m_stage.empty())
-        return;
-    try {
-        remove_stage();
-    } catch (const std::exception&) {
-        return; // what can't be removed stays; the command reports why it ends
-    }
+    if (!m_stage.empty())
+        remove_tree(m_stage.c_str());
 }
 
 void StagedFolder::make_folders(std::span<const std::string_view> steps, const std::string& name) {
@@ -165,6 +163,7 @@ void StagedFolder::wait_for_stage() {
 
 void StagedFolder::commit() {
     wait_for_stage();
+    const SignalsHeld held; // all entries are there, or none
     if (m_target_exists)
         move_into_target();
     else
@@ -246,24 +245,6 @@ void StagedFolder::move_into_target() {
         [&](const std::string&) { target.leave(); });
     if (has_many() && !wait_for_disk(m_place->fd()))
         throw system_failure("can't write to the folder " + in_quotes(m_target));
-}
-
-void StagedFolder::remove_stage() {
-    m_place->go_to_root();
-    walk_folders(
-        *m_place,
-        [&] {
-            std::vector<std::string> folders;
-            for (const FolderEntry& entry : stage_entries()) {
-                if (entry.is_folder)
-                    folders.push_back(entry.name);
-                else
-                    ::unlinkat(m_place->fd(), entry.name.c_str(), 0);
-            }
-            return folders;
-        },
-        [&](const std::string& name) { ::unlinkat(m_place->fd(), name.c_str(), AT_REMOVEDIR); });
-    ::rmdir(m_stage.c_str());
 }
 
 } // namespace zan::tool

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "open_folders.h"
+#include "signals.h"
 
 namespace zan::tool {
 
@@ -41,12 +42,12 @@ class StagedFolder {
     void check_target();
     std::vector<std::string> move_entries(int target, const std::string& target_name);
     void move_into_target();
-    void remove_stage();
 
     std::string m_target;
     bool m_target_exists;
-    std::string m_stage;                // empty once it has become the target
-    std::optional<OpenFolders> m_place; // in the stage
+    std::string m_stage;                      // empty once it has become the target
+    std::optional<RemovedBySignal> m_removed; // of the stage
+    std::optional<OpenFolders> m_place;       // in the stage
     std::size_t m_num_entries = 0;
 };
 

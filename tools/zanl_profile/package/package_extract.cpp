@@ -48,7 +48,7 @@ void extract_sections(const ExtractOptions& options) {
     staged.commit();
 }
 
-void define_extract(CLI::App& app) {
+void define_extract(CLI::App& app, Console&) {
     const auto options = std::make_shared<ExtractOptions>();
     add_package_argument(app, options->package);
     app.add_option("SECTION", options->sections, "the sections; all if none is named");
@@ -60,6 +60,8 @@ void define_extract(CLI::App& app) {
 
 } // namespace
 
-const Command extract_command = {"extract", "write sections into files", define_extract};
+const Command extract_command = {"extract", "write sections into files", define_extract,
+                                 "zanl-profile package extract design.zanx -o sections",
+                                 "a section isn't in the package"};
 
 } // namespace zan::tool

@@ -14,7 +14,6 @@ namespace {
 
 struct ListOptions {
     std::string package;
-    bool json = false;
     bool is_long = false;
 };
 
@@ -52,9 +51,9 @@ constexpr Column columns[] = {
      [](const SectionInfo&, const SectionKind& kind) -> Cell { return std::string(kind.meaning); }},
 };
 
-void list_package(const ListOptions& options) {
+void list_package(const ListOptions& options, const Console& console) {
     const PackageFile package(options.package);
-    Listing listing{"package", options.package, "sections", {}, {}, {"kind"}};
+    Listing listing{"zanl-profile/package-list", 1, "package", options.package, "sections", {}, {}, {"kind"}};
     std::vector<const Column*> shown;
     for (const Column& column : columns) {
         if (options.is_long || !column.is_long) {
@@ -68,19 +67,20 @@ void list_package(const ListOptions& options) {
         for (const Column* column : shown)
             row.push_back(column->cell(section, kind));
     }
-    print(listing, options.json);
+    print(listing, console.json);
 }
 
-void define_list(CLI::App& app) {
+void define_list(CLI::App& app, Console& console) {
     const auto options = std::make_shared<ListOptions>();
     add_package_argument(app, options->package);
-    app.add_flag("--json", options->json, "print JSON");
+    add_json_option(app, console);
     app.add_flag("-l,--long", options->is_long, "also list index, type and offset, as ELF tools do");
-    app.callback([options] { list_package(*options); });
+    app.callback([options, &console] { list_package(*options, console); });
 }
 
 } // namespace
 
-const Command list_command = {"list", "list the sections: their sizes, and what each is", define_list};
+const Command list_command = {"list", "list the sections: their sizes, and what each is", define_list,
+                              "zanl-profile package list design.zanx"};
 
 } // namespace zan::tool

@@ -7,6 +7,7 @@
 #include "package_commands.h"
 #include "package_file.h"
 #include "pkg_names.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -55,7 +56,7 @@ void remove_sections(const RemoveOptions& options) {
     file.commit();
 }
 
-void define_remove(CLI::App& app) {
+void define_remove(CLI::App& app, Console&) {
     const auto options = std::make_shared<RemoveOptions>();
     add_package_argument(app, options->package);
     app.add_option("SECTION", options->sections, "the sections; of a name that occurs twice, both")
@@ -65,6 +66,8 @@ void define_remove(CLI::App& app) {
 
 } // namespace
 
-const Command remove_command = {"remove", "remove sections", define_remove};
+const Command remove_command = {"remove", "remove sections", define_remove,
+                                "zanl-profile package remove design.zanx .zan.notes",
+                                "a section isn't there"};
 
 } // namespace zan::tool

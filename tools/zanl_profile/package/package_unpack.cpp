@@ -7,13 +7,14 @@
 #include <memory>
 #include <optional>
 
+#include "entry_list.h"
 #include "failure.h"
 #include "files.h"
-#include "listing.h"
 #include "package_commands.h"
 #include "staged_folder.h"
 #include "stream_entries.h"
 #include "target_folder.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -26,7 +27,6 @@ struct UnpackOptions {
     std::string folder;
     bool trust_names = false;
     bool dry_run = false;
-    bool json = false; // of the dry run
 };
 
 void check_name(TargetFolder& target, const StreamEntries& entries) {
@@ -37,18 +37,17 @@ void check_name(TargetFolder& target, const StreamEntries& entries) {
     target.check(name, entries.is_folder());
 }
 
-void list_entries(StreamEntries& entries, const UnpackOptions& options) {
+void list_entries(StreamEntries& entries, const UnpackOptions& options, bool as_json) {
     TargetFolder target(options.folder);
-    Listing listing{"stream", options.stream, "entries", {"type", "size", "path"}, {}};
+    EntryList list(options.stream, as_json);
     while (entries.next()) {
         if (!options.trust_names)
             check_name(target, entries);
         entries.read_data([](const char*, std::size_t) {}); // a dry run finds damaged streams, too
-        listing.rows.push_back({std::string(entries.is_folder() ? "folder" : "file"),
-                                std::uint64_t{entries.is_folder() ? 0 : entries.size()},
-                                options.folder + "/" + entries.name()});
+        list.add(options.folder + "/" + entries.name(), entries.is_folder(),
+                 entries.is_folder() ? 0 : entries.size());
     }
-    print(listing, options.json);
+    list.finish();
 }
 
 void unpack_entries(StreamEntries& entries, const std::string& folder) {
@@ -126,17 +125,17 @@ void unpack_trusted(StreamEntries& entries, const std::string& folder) {
     }
 }
 
-void unpack_stream(const UnpackOptions& options) {
+void unpack_stream(const UnpackOptions& options, const Console& console) {
     StreamEntries entries(options.stream);
     if (options.dry_run)
-        list_entries(entries, options);
+        list_entries(entries, options, console.json);
     else if (options.trust_names)
         unpack_trusted(entries, options.folder);
     else
         unpack_entries(entries, options.folder);
 }
 
-void define_unpack(CLI::App& app) {
+void define_unpack(CLI::App& app, Console& console) {
     const auto options = std::make_shared<UnpackOptions>();
     app.add_option("STREAM", options->stream, "a file, PACKAGE:SECTION, or '-' for standard input")
         ->required();
@@ -147,12 +146,14 @@ void define_unpack(CLI::App& app) {
                  "also write where absolute names, '..' and symbolic links lead");
     CLI::Option* const dry_run =
         app.add_flag("--dry-run", options->dry_run, "list what would be written, and write nothing");
-    app.add_flag("--json", options->json, "print the list as JSON")->needs(dry_run);
-    app.callback([options] { unpack_stream(*options); });
+    add_json_option(app, console, "print the list as JSON")->needs(dry_run);
+    app.callback([options, &console] { unpack_stream(*options, console); });
 }
 
 } // namespace
 
-const Command unpack_command = {"unpack", "unpack a directory stream", define_unpack};
+const Command unpack_command = {"unpack", "unpack a directory stream", define_unpack,
+                                "zanl-profile package unpack design.zanx:.zan.sources -o sources",
+                                "the section isn't in the package"};
 
 } // namespace zan::tool

@@ -1,6 +1,5 @@
 #include "section_types.h"
 
-#include <elf.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -12,23 +11,10 @@ namespace zan::tool {
 namespace {
 
 constexpr std::pair<std::uint32_t, const char*> type_names[] = {
-    {SHT_NULL, "NULL"},
-    {SHT_PROGBITS, "PROGBITS"},
-    {SHT_SYMTAB, "SYMTAB"},
-    {SHT_STRTAB, "STRTAB"},
-    {SHT_RELA, "RELA"},
-    {SHT_HASH, "HASH"},
-    {SHT_DYNAMIC, "DYNAMIC"},
-    {SHT_NOTE, "NOTE"},
-    {SHT_NOBITS, "NOBITS"},
-    {SHT_REL, "REL"},
-    {SHT_SHLIB, "SHLIB"},
-    {SHT_DYNSYM, "DYNSYM"},
-    {SHT_INIT_ARRAY, "INIT_ARRAY"},
-    {SHT_FINI_ARRAY, "FINI_ARRAY"},
-    {SHT_PREINIT_ARRAY, "PREINIT_ARRAY"},
-    {SHT_GROUP, "GROUP"},
-    {SHT_SYMTAB_SHNDX, "SYMTAB_SHNDX"},
+    {0, "NULL"},   {1, "PROGBITS"},      {2, "SYMTAB"},      {3, "STRTAB"},      {4, "RELA"},
+    {5, "HASH"},   {6, "DYNAMIC"},       {7, "NOTE"},        {8, "NOBITS"},      {9, "REL"},
+    {10, "SHLIB"}, {11, "DYNSYM"},       {14, "INIT_ARRAY"}, {15, "FINI_ARRAY"}, {16, "PREINIT_ARRAY"},
+    {17, "GROUP"}, {18, "SYMTAB_SHNDX"},
 };
 
 } // namespace
