@@ -1,7 +1,5 @@
 // The commands of zanl-profile where system calls fail: each ends with all done, or with one message and
 // nothing done.
-#include <regex>
-
 #include "fault_fixture.h"
 #include "make_package.h"
 #include "traced_fixture.h"

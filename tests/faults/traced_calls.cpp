@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <filesystem>
-#include <regex>
 
 namespace {
 
@@ -58,10 +57,22 @@ constexpr KnownCall known_calls[] = {
 #endif
 };
 
+bool is_letter_or_digit(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+}
+
 // The name with X for each random letter of mkstemp().
 std::string without_random_letters(const std::string& name) {
-    static const std::regex random_letters("(unfinished-)[A-Za-z0-9]{6}");
-    return std::regex_replace(name, random_letters, "$1XXXXXX");
+    constexpr std::string_view mark = "unfinished-";
+    constexpr std::size_t num_letters = 6;
+    std::string result = name;
+    for (std::size_t at = result.find(mark); at != result.npos; at = result.find(mark, at)) {
+        at += mark.size();
+        const std::string_view letters = std::string_view(result).substr(at, num_letters);
+        if (letters.size() == num_letters && std::ranges::all_of(letters, is_letter_or_digit))
+            result.replace(at, num_letters, num_letters, 'X');
+    }
+    return result;
 }
 
 } // namespace

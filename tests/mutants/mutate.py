@@ -19,6 +19,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -251,6 +252,9 @@ def main():
     parser.add_argument("--again", type=int)
     parser.add_argument("--summary", action="store_true")
     options = parser.parse_args()
+    # A shell starts what it runs in the background with these ignored, and so would all tests be.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    signal.signal(signal.SIGQUIT, signal.SIG_DFL)
     options.build.mkdir(parents=True, exist_ok=True)
     results_file = options.build / "results.jsonl"
     if options.summary:

@@ -155,9 +155,7 @@ void pack_stream(const PackOptions& options) {
 
 void define_pack(CLI::App& app, Console&) {
     const auto options = std::make_shared<PackOptions>();
-    app.add_option("OUT", options->output,
-                   "the stream to make: a file, PACKAGE:SECTION, or '-' for standard output")
-        ->required();
+    app.add_option("OUT", options->output, "a file, PACKAGE:SECTION, or '-' for standard output")->required();
     app.add_option("DIR", options->paths, "the folders, or files, to pack")->required();
     app.add_option("-C,--directory", options->directory, "take DIR from this folder")->type_name("DIR");
     app.add_flag("-f,--force", options->force, "replace a file that is no stream, too");
