@@ -27,7 +27,7 @@ TEST(DesignCheck, Clocks) {
         {"", 0},        {"fast", 0},    {"250 MHz", 0},     {"1e300", 0}, {"nan", 0},
     };
     for (const auto& [text, clock] : rows)
-        EXPECT_EQ(clock_of(text), clock) << text;
+        EXPECT_EQ(stated_clock(text), clock) << text;
     EXPECT_THAT(codes(Description(), "250.0"), IsEmpty());
     EXPECT_THAT(codes(Description(), "0.0"), ElementsAre("no-clock: the timing report names no clock"));
     EXPECT_THAT(codes(Description(), "250 MHz"),

@@ -34,7 +34,7 @@ ProfileSummary summary_of(const std::vector<Input>& inputs) {
     return std::get<ProfileSummary>(std::move(result));
 }
 
-ProfileSummary summary_of_sample(const std::string& sample) {
+ProfileSummary diagnosed_sample(const std::string& sample) {
     return summary_of({{std::string(ZAN_SAMPLES_FOLDER) + "/" + sample + "/expected_report.json", ""}});
 }
 
@@ -54,20 +54,20 @@ struct PipelineRun {
 
 TEST(Sentences, OfTheSamplesSayWhatTheirPagesSay) {
     // autorun: both ends of channels work nearly all of the time.
-    EXPECT_EQ(rules_of(summary_of_sample("autorun")), (RuleOfBlock{{"clip/read_in", "working"},
-                                                                   {"offset/write_out", "working"},
-                                                                   {"scale/forever", "loop-full"}}));
+    EXPECT_EQ(rules_of(diagnosed_sample("autorun")), (RuleOfBlock{{"clip/read_in", "working"},
+                                                                  {"offset/write_out", "working"},
+                                                                  {"scale/forever", "loop-full"}}));
     // channel: the consumer is the slow one, so the producer waits. Outside of its stalls the channel
     // holds 6.9 of 16 words: ((8005 + 7000 + ...) - stalls · 16) / requests.
-    EXPECT_EQ(rules_of(summary_of_sample("channel")),
+    EXPECT_EQ(rules_of(diagnosed_sample("channel")),
               (RuleOfBlock{{"producer/write_numbers", "write-bursts"}, {"consumer/read_numbers", "little"}}));
     // compute_units, inlined_calls: no counter of stalls.
-    EXPECT_EQ(rules_of(summary_of_sample("compute_units")),
+    EXPECT_EQ(rules_of(diagnosed_sample("compute_units")),
               (RuleOfBlock{{"histogram/load_bytes", "uncounted"}}));
-    EXPECT_EQ(rules_of(summary_of_sample("inlined_calls")),
+    EXPECT_EQ(rules_of(diagnosed_sample("inlined_calls")),
               (RuleOfBlock{{"blur/load_pixel", "uncounted"}, {"blur/store_pixel", "uncounted"}}));
     // image_pipeline: 12,533 and 12,267 MB/s of the 64 B · 250 MHz = 16,000 that a port can carry.
-    EXPECT_EQ(rules_of(summary_of_sample("image_pipeline")),
+    EXPECT_EQ(rules_of(diagnosed_sample("image_pipeline")),
               (RuleOfBlock{{"reader/load_pixels", "port-full"},
                            {"reader/rows", "loop-behind-stall"},
                            {"reader/send_pixels", "little"},
@@ -75,24 +75,24 @@ TEST(Sentences, OfTheSamplesSayWhatTheirPagesSay) {
                            {"blur/recv_pixels", "little"},
                            {"threshold/forever", "uncounted"}}));
     // kernel_names: 80% and 100% of the cycles begin an iteration.
-    EXPECT_EQ(rules_of(summary_of_sample("kernel_names")),
+    EXPECT_EQ(rules_of(diagnosed_sample("kernel_names")),
               (RuleOfBlock{{"Scale, 32-bit float/elements", "loop-full"}, {"clear/elements", "loop-full"}}));
     // load_store_units: three quarters of what load_value brings are thrown away; all requests of load_weight
     // hit the cache in the second sample. It doesn't name its memory, so how busy DDR is isn't known.
-    EXPECT_EQ(rules_of(summary_of_sample("load_store_units")),
+    EXPECT_EQ(rules_of(diagnosed_sample("load_store_units")),
               (RuleOfBlock{{"gather/load_index", "mem-unknown"},
                            {"gather/load_value", "waste"},
                            {"gather/load_weight", "cached"},
                            {"gather/store_sum", "little"}}));
     // loop: columns lies in rows. There are no stalls to count.
-    EXPECT_EQ(rules_of(summary_of_sample("loop")),
+    EXPECT_EQ(rules_of(diagnosed_sample("loop")),
               (RuleOfBlock{{"row_sums/rows", "loop-outer"}, {"row_sums/columns", "uncounted"}}));
     // shared_counters: four runs together. The block doesn't name its memory.
-    EXPECT_EQ(rules_of(summary_of_sample("shared_counters")),
+    EXPECT_EQ(rules_of(diagnosed_sample("shared_counters")),
               (RuleOfBlock{{"store_stream/read_stream", "slow-writer"},
                            {"store_stream/store_out", "mem-unknown"}}));
     // vector_add: no ports are counted.
-    EXPECT_EQ(rules_of(summary_of_sample("vector_add")),
+    EXPECT_EQ(rules_of(diagnosed_sample("vector_add")),
               (RuleOfBlock{{"vector_add/load_a", "port-unknown"},
                            {"vector_add/load_b", "port-unknown"},
                            {"vector_add/store_c", "port-unknown"}}));

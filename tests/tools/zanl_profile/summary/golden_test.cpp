@@ -27,6 +27,16 @@ std::string sample_of(const std::string& word) {
     return fs::is_directory(fs::path(ZAN_SAMPLES_FOLDER) / stem) ? stem : "";
 }
 
+std::vector<std::string> golden_names() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(ZAN_SUMMARY_GOLDEN))
+        names.push_back(entry.path().stem().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+} // namespace
+
 class SummaryGolden : public Toolbox, public testing::WithParamInterface<std::string> {
   protected:
     void make_inputs(const std::vector<std::string>& words) const {
@@ -45,16 +55,6 @@ class SummaryGolden : public Toolbox, public testing::WithParamInterface<std::st
         }
     }
 };
-
-std::vector<std::string> golden_names() {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(ZAN_SUMMARY_GOLDEN))
-        names.push_back(entry.path().stem().string());
-    std::ranges::sort(names);
-    return names;
-}
-
-} // namespace
 
 TEST_P(SummaryGolden, IsPrinted) {
     const fs::path file = fs::path(ZAN_SUMMARY_GOLDEN) / (GetParam() + ".txt");
