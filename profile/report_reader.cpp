@@ -130,7 +130,7 @@ class NodeEvents {
             if ((lead != 0xC2 && lead != 0xC3) || (next & 0xC0) != 0x80)
                 return stop(ReportFaultKind::odd_value, 1,
                             "the text that ends here has a character that stands for no byte");
-            m_decoded += static_cast<char>((lead & 3) << 6 | (next & 0x3F));
+            m_decoded += static_cast<char>((lead & 3U) << 6U | (next & 0x3FU));
             ++i;
         }
         bytes = m_decoded;
