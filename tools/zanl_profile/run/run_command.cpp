@@ -153,7 +153,7 @@ class DescriptorTarget final : public ByteTarget {
 // The report until it is whole.
 class UnfinishedReport {
   public:
-    explicit UnfinishedReport(const std::string& name) : m_name(name) {
+    explicit UnfinishedReport(const std::string& name) {
         if (name != standard_stream)
             m_file.emplace(name);
         else if (m_copy = Descriptor(profile::open_temporary()); m_copy.get() < 0)
@@ -172,7 +172,6 @@ class UnfinishedReport {
     }
 
   private:
-    const std::string& m_name;
     std::optional<UnfinishedFile> m_file;
     Descriptor m_copy;
 };
