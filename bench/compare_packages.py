@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """`zanl-profile package` against the usual tools.
 
 Sections: extracts and adds N MiB in 1,000 sections, against objcopy. Trees: packs and unpacks N MiB in 1,000 files of

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Fills in what pages show of the toolbox's output.
 
 usage: docs/fill_outputs.py [--check]
