@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """`zanl-profile package` against the usual tools.
 
 Sections: extracts and adds N MiB in 1,000 sections, and creates a package of 65,000 small ones, against objcopy. Trees:

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Puts what commands print into the pages that show it.
 
 usage: make_outputs.py [--check] --toolbox PROGRAM --program PROGRAM --workloads PROGRAM

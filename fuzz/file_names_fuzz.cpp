@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any names of sections, with a NUL between them, as names of files: each must be safe in any folder, and
 // unlike all others.
 #include <cstdint>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The pages describe what is there: links lead somewhere, and what they show of a report is in one."""
 
 import os

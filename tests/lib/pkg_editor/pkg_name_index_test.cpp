@@ -1,5 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "pkg_name_index.h"
-
 
 #include "package_fixture.h"
 
