@@ -100,6 +100,8 @@ class Dist(unittest.TestCase):
                 self.assertNotIn("(NEEDED)", header)
                 self.assertNotIn("INTERP", header)
                 self.assertRegex(header, r"Type: +DYN ")
+                self.assertIn("GNU_RELRO", header)
+                self.assertRegex(header, r"GNU_STACK .* RW ")
 
     @unittest.skipUnless(can_change_root(), "needs root or user namespaces")
     def test_portable_programs_run_where_nothing_else_is_and_make_the_same_bytes(self):
