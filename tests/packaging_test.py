@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """The scripts that make what is handed out: archives that are always the same, and what is said where one can't go on."""
 
+import os
 import pathlib
 import shutil
 import subprocess
@@ -57,6 +58,29 @@ class Packaging(unittest.TestCase):
     def test_to_try_no_package_is_wrong_use(self):
         status, _, err = self.run_with(["bash", "dirname", "readlink"], shutil.which("bash"), TOP / "packaging/try_package")
         self.assertEqual((status, err), (1, "usage: try_package PACKAGE.deb [RELEASE...]\n"))
+
+    def test_builds_that_differ_are_found(self):
+        top = self.top / "project"
+        (top / "packaging").mkdir(parents=True)
+        (top / "build/tinyxml2").mkdir(parents=True)
+        shutil.copy(TOP / "packaging/compare_builds", top / "packaging")
+        programs = {
+            top / "packaging/fetch_tinyxml2": "",
+            # One file is always the same, the other one has the folder in it.
+            self.top / "stand_ins/cmake": "mkdir -p build/dist/files; echo x >build/dist/files/same; pwd >build/dist/files/other",
+            self.top / "stand_ins/diffoscope": 'echo "diffoscope ${1##*/} ${2##*/}"',
+        }
+        for path, commands in programs.items():
+            path.parent.mkdir(exist_ok=True)
+            path.write_text(f"#!/bin/sh\n{commands}\n")
+            path.chmod(0o755)
+        identity = {f"GIT_{who}_{what}": "a@b" for who in ("AUTHOR", "COMMITTER") for what in ("NAME", "EMAIL")}
+        environment = os.environ | identity | {"PATH": f"{self.top}/stand_ins:{os.environ['PATH']}"}
+        for arguments in (["init", "--quiet"], ["add", "packaging"], ["commit", "--quiet", "--message", "x"]):
+            subprocess.run(["git", "-C", top, *arguments], env=environment, check=True)
+        run = subprocess.run([top / "packaging/compare_builds"], env=environment, text=True, capture_output=True)
+        self.assertEqual((run.returncode, run.stdout, run.stderr),
+                         (1, "diffoscope other other\nsame bytes: same\n", "different: other\n"))
 
     def test_sources_that_are_there_are_not_fetched(self):
         (self.top / "tinyxml2.cpp").write_text("")
