@@ -48,6 +48,8 @@ export class Clock {
         /** The ends of single samples of a long column, as far as they were asked for. */
         this.raw = { offset: 0, ends: none };
         this.lowest_step = has_stored_level(this.n) ? stored_step : 1;
+        /** @type {Track | undefined} */
+        this.cycle_track = undefined;
     }
 
     /** Loads what every chart of the kernel needs. */
@@ -134,6 +136,17 @@ export class Clock {
     /** @param {number} from @param {number} to */
     async edges(from, to) {
         return { offset: from, ends: await this.store.values(this.kernel.time, from, to) };
+    }
+
+    /** Clock cycles of samples `from` to before `to`. @param {number} from @param {number} to */
+    async cycles_in(from, to) {
+        const id = this.kernel.cycles;
+        if (id < 0 || to <= from) return 0;
+        this.cycle_track ??= new Track(this, { id, weights: [], metric: "cycles", shared: false });
+        const levels = await this.cycle_track.load();
+        const { sum } = levels[0].step === 1 || to - from > 2 * stored_step ? stretch_of(levels, from, to)
+            : stretch_of([await this.cycle_track.single(from, to)], 0, to - from);
+        return sum;
     }
 
     /** When sample `i` began, if single ends are at hand. @param {number} i @param {(i: number) => number} end_of */
@@ -253,6 +266,14 @@ export class Track {
         const levels = await this.load();
         if (levels[0].step === 1 || to - from > 2 * stored_step) return means(stretch_of(levels, from, to));
         return means(stretch_of([await this.single(from, to)], 0, to - from));
+    }
+
+    /** The sums over samples `from` to before `to`, and the cycles of those samples. @param {number} from @param {number} to */
+    async sums(from, to) {
+        const levels = await this.load();
+        const { sum, weight } = levels[0].step === 1 || to - from > 2 * stored_step ? stretch_of(levels, from, to)
+            : stretch_of([await this.single(from, to)], 0, to - from);
+        return { sum, weight, cycles: await this.clock.cycles_in(from, to) };
     }
 
     /** What is shown at a sample; NaN if that is missing or isn't at hand. @param {number} i */

@@ -7,11 +7,13 @@
 # policy names, stand in the template as @sha256:HEX@; the writer of a page puts them in as base64. The other names between
 # two @ are places for the data of a run.
 
+cmake_minimum_required(VERSION 3.23)
+
 set(modules
     format dom series pyramid columns pixels
     metrics facts rules model stretch_facts pairs
     range address theme
-    table ruler chart lanes bars
+    table ruler chart lanes bars samples
     view_overview view_timeline view_block view_source view_memory view_compare
     search keys page)
 
