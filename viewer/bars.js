@@ -1,7 +1,7 @@
 // Bars and links that several views show of a block or kernel.
 
 import { block_address, source_address } from "./address.js";
-import { element, kernel_mark, safe_name, share_bar, view_link } from "./dom.js";
+import { element, kernel_mark, safe_name, second, share_bar, view_link } from "./dom.js";
 import { is_known, percent_text } from "./format.js";
 import { place_text } from "./model.js";
 
@@ -43,5 +43,5 @@ export function sentence_text(sentence) {
 export function culprit_text(block) {
     if (!block) return "–";
     const { text } = block.sentence;
-    return [element("code", null, safe_name(block.block.name)), " ", element("span", { class: "second" }, safe_name(text.charAt(0).toLowerCase() + text.slice(1)))];
+    return [element("code", null, safe_name(block.block.name)), " ", second(safe_name(text.charAt(0).toLowerCase() + text.slice(1)))];
 }

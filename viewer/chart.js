@@ -25,6 +25,7 @@ export const right_margin = 12;
  * @property {number} top of the y axis
  * @property {(value: number) => string} text of its values
  * @property {{value: number, name: string} | undefined} [limit] a dashed line
+ * @property {number[]} [bins] means over the run, instead of tracks
  */
 
 /**
@@ -67,7 +68,9 @@ export function draw_chart(canvas, height, stretch, data) {
     if (plot.width < 10) return;
     const y_of = (/** @type {number} */ value) => plot.top + plot.height * (1 - Math.min(1, Math.max(0, value / (data.top || 1))));
     draw_grid(pen, plot, stretch, data, y_of);
-    if (data.map) {
+    if (data.bins) {
+        draw_filled(pen, plot, bins_on_pixels(data.bins, stretch.span, stretch, Math.round(plot.width)), data.looks[0], y_of);
+    } else if (data.map) {
         if (data.stacked) draw_stack(pen, plot, data, data.map, y_of);
         else draw_lines(pen, plot, data, data.map, y_of);
     }
@@ -90,11 +93,11 @@ function draw_grid(pen, plot, stretch, data, y_of) {
     pen.fillStyle = colour("second");
     pen.textAlign = "right";
     pen.textBaseline = "middle";
-    for (const value of round_places(0, data.top, plot.height > 90 ? 4 : 2).places) {
+    for (const value of round_places(0, data.top, plot.height > 60 ? 3 : 2).places) {
         const y = Math.round(y_of(value)) + 0.5;
         pen.moveTo(plot.left, y);
         pen.lineTo(plot.left + plot.width, y);
-        pen.fillText(data.text(value), plot.left - 8, y);
+        pen.fillText(axis_text(data.text(value)), plot.left - 8, y);
     }
     pen.stroke();
     pen.textBaseline = "alphabetic";
@@ -119,6 +122,7 @@ function draw_stack(pen, plot, data, map, y_of) {
             for (; x < end; ++x) below[x] += share;
         }
     });
+    draw_base(pen, plot, data, y_of);
     const stalls = data.looks[0] === "stalled" ? pixel_values(data.tracks[0], map) : undefined;
     if (!stalls) return;
     pen.fillStyle = colour("ink");
@@ -129,18 +133,22 @@ function draw_stack(pen, plot, data, map, y_of) {
 
 /** @param {CanvasRenderingContext2D} pen @param {Box} plot @param {ChartData} data @param {PixelMap} map @param {(v: number) => number} y_of */
 function draw_lines(pen, plot, data, map, y_of) {
-    if (data.base && data.base_map) {
-        pen.strokeStyle = colour("base");
-        pen.setLineDash([4, 3]);
-        draw_line(pen, plot, pixel_values(data.base, data.base_map), y_of);
-        pen.setLineDash([]);
-    }
+    draw_base(pen, plot, data, y_of);
     data.tracks.forEach((track, k) => {
         const values = pixel_values(track, map);
         pen.fillStyle = pen.strokeStyle = colour(data.looks[k]);
         draw_band(pen, plot, values, y_of);
         draw_line(pen, plot, values, y_of);
     });
+}
+
+/** The base's line, dashed. @param {CanvasRenderingContext2D} pen @param {Box} plot @param {ChartData} data @param {(v: number) => number} y_of */
+function draw_base(pen, plot, data, y_of) {
+    if (!data.base || !data.base_map) return;
+    pen.strokeStyle = colour(data.stacked ? "ink" : "base");
+    pen.setLineDash([4, 3]);
+    draw_line(pen, plot, pixel_values(data.base, data.base_map), y_of);
+    pen.setLineDash([]);
 }
 
 /** From least to greatest. @param {CanvasRenderingContext2D} pen @param {Box} plot @param {PixelValues | undefined} values @param {(v: number) => number} y_of */
@@ -157,7 +165,7 @@ function draw_band(pen, plot, values, y_of) {
 }
 
 /** The means, in steps; nothing is drawn where nothing ran. @param {CanvasRenderingContext2D} pen @param {Box} plot @param {PixelValues | undefined} values @param {(v: number) => number} y_of */
-export function draw_line(pen, plot, values, y_of) {
+function draw_line(pen, plot, values, y_of) {
     if (!values) return;
     const scale = plot.width / values.mean.length;
     pen.lineWidth = 1.3;
@@ -177,6 +185,17 @@ export function draw_line(pen, plot, values, y_of) {
     pen.lineWidth = 1;
 }
 
+/** A line with its area. @param {CanvasRenderingContext2D} pen @param {Box} plot @param {PixelValues} values @param {string} look @param {(v: number) => number} y_of */
+function draw_filled(pen, plot, values, look, y_of) {
+    pen.fillStyle = pen.strokeStyle = colour(look);
+    draw_line(pen, plot, values, y_of);
+    pen.globalAlpha = 0.18;
+    values.mean.forEach((mean, x) => {
+        if (mean > 0) pen.fillRect(plot.left + x, y_of(mean), 1, y_of(0) - y_of(mean));
+    });
+    pen.globalAlpha = 1;
+}
+
 /** @param {CanvasRenderingContext2D} pen @param {Box} plot @param {{value: number, name: string}} limit @param {(v: number) => number} y_of */
 function draw_limit(pen, plot, limit, y_of) {
     const y = Math.round(y_of(limit.value)) + 0.5;
@@ -194,6 +213,11 @@ function draw_limit(pen, plot, limit, y_of) {
     pen.setLineDash([]);
     pen.fillText(limit.name, plot.left + plot.width - width - 12, Math.max(y, 8));
     pen.textBaseline = "alphabetic";
+}
+
+/** Round places need no zeros after the point. @param {string} text */
+function axis_text(text) {
+    return text.replace(/(\.\d*?)0+(?=\D|$)/, "$1").replace(/\.(?=\D|$)/, "");
 }
 
 /** An axis that ends a little above the greatest value. @param {number} greatest */

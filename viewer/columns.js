@@ -125,17 +125,12 @@ export class Clock {
         await this.load();
         const [rough_from, rough_to] = this.rough_samples(from, to);
         const { offset, ends } = this.lowest_step === 1
-            ? { offset: 0, ends: this.ends(1) } : await this.edges(rough_from, rough_to);
+            ? { offset: 0, ends: this.ends(1) } : { offset: rough_from, ends: await this.store.values(this.kernel.time, rough_from, rough_to) };
         let first = place_after(ends, from) + offset;
         let last = place_after(ends, to) + offset;
         if (first === last && first < this.n) last = first + 1;
         if (to <= from) last = first;
         return [Math.min(first, this.n), Math.min(last, this.n)];
-    }
-
-    /** @param {number} from @param {number} to */
-    async edges(from, to) {
-        return { offset: from, ends: await this.store.values(this.kernel.time, from, to) };
     }
 
     /** Clock cycles of samples `from` to before `to`. @param {number} from @param {number} to */
@@ -147,12 +142,6 @@ export class Clock {
         const { sum } = levels[0].step === 1 || to - from > 2 * stored_step ? stretch_of(levels, from, to)
             : stretch_of([await this.cycle_track.single(from, to)], 0, to - from);
         return sum;
-    }
-
-    /** When sample `i` began, if single ends are at hand. @param {number} i @param {(i: number) => number} end_of */
-    begin_of(i, end_of) {
-        const k = this.invocation_of(i);
-        return i <= this.first[k] ? this.start[k] : end_of(i - 1);
     }
 }
 

@@ -31,6 +31,31 @@ export function element(tag, properties, ...children) {
     return made;
 }
 
+/** A box of the page. @param {string} look its class @param {...(Child | Child[])} children */
+export function box(look, ...children) {
+    return element("div", { class: look }, ...children);
+}
+
+/** @param {Record<string, any>} properties @param {...(Child | Child[])} children */
+export function button(properties, ...children) {
+    return element("button", { type: "button", ...properties }, ...children);
+}
+
+/** A square in a colour; what it stands for is beside it. @param {string} look */
+export function mark(look) {
+    return element("span", { class: `mark ${look}`, "aria-hidden": "true" });
+}
+
+/** Text that stands back. @param {...(Child | Child[])} children */
+export function second(...children) {
+    return element("span", { class: "second" }, ...children);
+}
+
+/** @param {...(Child | Child[])} children */
+export function bold(...children) {
+    return element("b", null, ...children);
+}
+
 /** @param {Node} parent @param {(Child | Child[])[]} children */
 export function append(parent, children) {
     for (const child of children.flat()) {
@@ -55,7 +80,7 @@ export function view_link(address, content, look) {
 
 /** A square in a kernel's colour; its name always stands beside it. @param {number} number of the kernel */
 export function kernel_mark(number) {
-    return element("span", { class: `mark k${number % 8}`, "aria-hidden": "true" });
+    return mark(`k${number % 8}`);
 }
 
 /**

@@ -2,8 +2,9 @@
 #
 #   cmake -DOUTPUT=view_template.html -P viewer/join.cmake
 #
-# Import lines are dropped, and so is the word `export`, so the modules become one script in the order of this list: a
-# module stands after those whose values it needs while it is read. The digests of script and style, which the page's
+# Import lines are dropped, and so are the word `export`, comments and indentation, which would be a third of each page.
+# So the modules become one script in the order of this list: a module stands after those whose values it needs while it
+# is read. The digests of script and style, which the page's
 # policy names, stand in the template as @sha256:HEX@; the writer of a page puts them in as base64. The other names between
 # two @ are places for the data of a run.
 
@@ -23,10 +24,25 @@ foreach(module IN LISTS modules)
   file(READ "${folder}/${module}.js" text)
   string(REGEX REPLACE "(^|\n)import [^\n]*" "\\1" text "${text}")
   string(REGEX REPLACE "(^|\n)export " "\\1" text "${text}")
-  string(APPEND script "// ---- ${module}.js\n" "${text}")
+  string(APPEND script "${text}")
 endforeach()
+# Comments on one line, lines of longer ones, and lines that are comments.
+string(REGEX REPLACE "/\\*\\*[^*\n]*\\*/ ?" "" script "${script}")
+string(REGEX REPLACE "\n */\\*\\*\n" "\n" script "${script}")
+string(REGEX REPLACE "\n *\\*[^\n]*" "" script "${script}")
+string(REGEX REPLACE "\n *//[^\n]*" "" script "${script}")
+string(REGEX REPLACE "\n[ \n]+" "\n" script "${script}")
+# Blanks around operators and inside of braces; a test looks for texts that this would change.
+string(REGEX REPLACE " (=>|===|!==|&&|[|][|]|[?][?]|>=|<=|=) " "\\1" script "${script}")
+string(REPLACE "{ " "{" script "${script}")
+string(REPLACE " }" "}" script "${script}")
+string(REPLACE ") {" "){" script "${script}")
 file(READ "${folder}/style.css" style)
-string(PREPEND style "\n")
+string(REGEX REPLACE " ?([{:;,]) " "\\1" style "${style}")
+string(REPLACE " {\n" "{\n" style "${style}")
+string(REPLACE "; }" "}" style "${style}")
+string(REGEX REPLACE "/\\*[^*]*\\*/" "" style "${style}")
+string(REGEX REPLACE "\n[ \n]+" "\n" style "\n${style}")
 
 string(SHA256 script_digest "${script}")
 string(SHA256 style_digest "${style}")

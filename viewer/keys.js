@@ -1,6 +1,6 @@
 // Keys: they do nothing while a text field has the focus, or with Ctrl, Alt or Meta.
 
-import { element } from "./dom.js";
+import { box, element } from "./dom.js";
 import { show_window } from "./samples.js";
 
 /** What the window "?" lists. */
@@ -16,7 +16,7 @@ const key_texts = /** @type {[string, string][]} */ ([
 ]);
 
 export function show_keys() {
-    show_window("Keys", element("div", { class: "key-list" }, key_texts.flatMap(([key, text]) => [element("kbd", null, key), element("span", null, text)])));
+    show_window("Keys", box("key-list", key_texts.flatMap(([key, text]) => [element("kbd", null, key), element("span", null, text)])));
 }
 
 /** @param {EventTarget | null} target */

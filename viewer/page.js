@@ -1,7 +1,7 @@
 // The frame: reads the data of the page, shows a view for each address, and lets all views share one stretch.
 
 import { address_of, parse_address } from "./address.js";
-import { announce, element, fill, safe_name } from "./dom.js";
+import { announce, bold, box, button, element, fill, safe_name, second } from "./dom.js";
 import { time_text } from "./format.js";
 import { show_keys, start_keys } from "./keys.js";
 import { Model } from "./model.js";
@@ -54,7 +54,7 @@ export class App {
         this.tabs = element("nav", { class: "tabs", "aria-label": "Views" });
         const { reduced } = this.model.head.run;
         fill(/** @type {HTMLElement} */ (document.getElementById("page")), this.top_bar(), this.fault,
-            reduced > 1 && element("div", { class: "banner" }, `Each point stands for ${reduced} samples; every peak is kept.`), this.main);
+            reduced > 1 && box("banner", `Each point stands for ${reduced} samples; every peak is kept.`), this.main);
         document.getElementById("wait")?.remove();
         this.stretch.listeners.add((what) => {
             this.redraw(what);
@@ -70,11 +70,11 @@ export class App {
         const { run } = this.model.head;
         const facts = [run.board, this.model.clock ? `${this.model.clock} MHz` : "", run.span > 0 ? time_text(run.span, this.model.unit) : ""].filter(Boolean);
         const name = (/** @type {string} */ report) => safe_name(report.replace(/\.json$/, ""));
-        const theme_button = element("button", { type: "button", title: "Automatic, light, dark (T)", onclick: () => this.next_theme() }, this.theme?.name() ?? "");
+        const theme_button = button({ title: "Automatic, light, dark (T)", onclick: () => this.next_theme() }, this.theme?.name() ?? "");
         this.theme_button = theme_button;
         return element("header", { class: "top" },
-            element("div", { class: "run-name" }, element("b", null, name(run.report)), this.base && ` against ${name(this.base.head.run.report)}`, element("span", { class: "second" }, safe_name(facts.join(" · ")))),
-            this.tabs ?? null, this.search?.place, theme_button, element("button", { type: "button", "aria-label": "Keys", onclick: show_keys }, "?"));
+            box("run-name", bold(name(run.report)), this.base && ` against ${name(this.base.head.run.report)}`, second(safe_name(facts.join(" · ")))),
+            this.tabs ?? null, this.search?.place, theme_button, button({ "aria-label": "Keys", onclick: show_keys }, "?"));
     }
 
     next_theme() {
@@ -94,6 +94,7 @@ export class App {
         if (place.selection) stretch.selection = place.selection;
         if (place.invocation) stretch.invocation = place.invocation;
         if (!same) this.build();
+        if (place.invocation && !place.stretch) this.show_invocation(place.invocation);
         this.redraw("stretch");
         this.follow_address();
     }
@@ -156,18 +157,21 @@ export class App {
     }
 
     /** @param {number} steps */
-    async step_invocation(steps) {
+    step_invocation(steps) {
+        this.show_invocation(this.stretch.invocation === null ? 1 : this.stretch.invocation + steps);
+    }
+
+    /** Shows an invocation of the block's kernel. @param {number} number counted from 1 */
+    async show_invocation(number) {
         const block = this.model.find_block(this.place.names[0] ?? "", this.place.names[1] ?? "") ?? this.model.answers.culprit;
         const kernel = block?.kernel ?? this.model.answers.leader;
-        if (!kernel) return;
-        const clock = await kernel.clock.load();
-        const count = clock.start.length;
-        if (count === 0) return;
+        const clock = await kernel?.clock.load();
+        if (!clock || clock.start.length === 0) return;
         const { stretch } = this;
-        const next = stretch.invocation === null ? 1 : Math.min(count, Math.max(1, stretch.invocation + steps));
-        stretch.invocation = next;
-        const margin = 0.04 * (clock.end[next - 1] - clock.start[next - 1]);
-        stretch.show(clock.start[next - 1] - margin, clock.end[next - 1] + margin);
+        const k = Math.min(clock.start.length, Math.max(1, number)) - 1;
+        const margin = 0.04 * (clock.end[k] - clock.start[k]);
+        stretch.invocation = k + 1;
+        stretch.show(clock.start[k] - margin, clock.end[k] + margin);
     }
 
     /** The bins of a memory as a table. @param {import("./types.d.ts").Memory} memory */
@@ -181,7 +185,7 @@ export class App {
             { name: "Mean", unit: "MB/s", look: "number", value: (/** @type {number[]} */ r) => r[2] },
         ];
         const title = `Bandwidth of ${safe_name(memory.name)}`;
-        show_window(title, element("div", { class: "stepper" }, copy_tools(title, columns, () => rows)), element("table", null,
+        show_window(title, box("stepper", copy_tools(title, columns, () => rows)), element("table", null,
             element("thead", null, element("tr", null, columns.map((c) => element("th", { scope: "col", class: "number" }, `${c.name} (${c.unit})`)))), element("tbody", null, rows.map((row) => table_row(columns, row)))));
     }
 

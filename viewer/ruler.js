@@ -1,6 +1,6 @@
 // The ruler of time above charts and lanes; selection and cursor, which lie over all of them; and canvases.
 
-import { colour, element, fill } from "./dom.js";
+import { box, colour, element, fill } from "./dom.js";
 import { round_places, ruler_texts, time_text } from "./format.js";
 import { put_hands_on, Stretch } from "./range.js";
 
@@ -61,9 +61,9 @@ export function draw_ruler(canvas, stretch, unit, plot) {
  * @param {string} label @param {(samples: number) => void} step_cursor moves the cursor by samples
  */
 export function make_plot(stretch, unit, plot, label, step_cursor) {
-    const selection = element("div", { class: "selection hidden" });
-    const length = element("div", { class: "length hidden" });
-    const cursor = element("div", { class: "cursor hidden" });
+    const selection = box("selection hidden");
+    const length = box("length hidden");
+    const cursor = box("cursor hidden");
     const surface = element("div", { class: "plot", tabindex: "0", role: "group", "aria-label": label });
     const overlay = element("div", { class: "overlay", "aria-hidden": "true" }, selection, cursor, length);
     put_hands_on(surface, stretch, plot);

@@ -1,6 +1,6 @@
 // The numbers of a chart as a table, a page at a time.
 
-import { element, fill, safe_name } from "./dom.js";
+import { box, button, element, fill, safe_name } from "./dom.js";
 import { copy_tools, table_row } from "./table.js";
 
 const page_rows = 100;
@@ -10,8 +10,8 @@ const page_rows = 100;
 
 /** A window over the page; Escape closes it. @param {string} title @param {(import("./dom.js").Child | import("./dom.js").Child[])[]} content */
 export function show_window(title, ...content) {
-    const close = element("button", { type: "button", onclick: () => dialog.close() }, "Close");
-    const dialog = element("dialog", { "aria-label": title }, element("div", { class: "dialog-head" }, element("h2", null, title), close), element("div", { class: "dialog-body" }, ...content));
+    const close = button({ onclick: () => dialog.close() }, "Close");
+    const dialog = element("dialog", { "aria-label": title }, box("dialog-head", element("h2", null, title), close), box("dialog-body", ...content));
     const before = /** @type {HTMLElement | null} */ (document.activeElement);
     dialog.addEventListener("close", () => { dialog.remove(); before?.focus(); });
     document.body.appendChild(dialog);
@@ -51,8 +51,8 @@ export async function show_samples(app, block, title, tracks, metrics) {
     };
     await show();
     const name = `${title} of ${safe_name(block.block.name)}`;
-    show_window(name, element("div", { class: "stepper" },
-        element("button", { type: "button", "aria-label": "Page before", onclick: () => turn(-1) }, "◂"), where,
-        element("button", { type: "button", "aria-label": "Page after", onclick: () => turn(1) }, "▸"), copy_tools(name, columns, () => rows)),
+    show_window(name, box("stepper",
+        button({ "aria-label": "Page before", onclick: () => turn(-1) }, "◂"), where,
+        button({ "aria-label": "Page after", onclick: () => turn(1) }, "▸"), copy_tools(name, columns, () => rows)),
         element("table", null, element("thead", null, element("tr", null, columns.map((c) => element("th", { scope: "col", class: "number" }, c.unit ? `${c.name} (${c.unit})` : c.name)))), body));
 }

@@ -1,7 +1,7 @@
 // Search over kernels, blocks, files and memories.
 
 import { address_of, block_address, source_address } from "./address.js";
-import { element, fill, safe_name } from "./dom.js";
+import { box, element, fill, safe_name, second } from "./dom.js";
 import { source_files } from "./view_source.js";
 
 const most_found = 30;
@@ -54,7 +54,7 @@ export function make_search(app) {
         chosen = Math.min(chosen, Math.max(0, found.length - 1));
         if (input.value.trim() === "") return close();
         fill(list, found.map((one, i) => element("div", { role: "option", id: `found${i}`, "aria-selected": String(i === chosen), onpointerdown: (/** @type {Event} */ e) => { e.preventDefault(); open(one); } },
-            safe_name(one.name), element("span", { class: "second" }, safe_name(one.kind)))), found.length === 0 && element("div", { role: "option", "aria-selected": "false" }, "Nothing has that name"));
+            safe_name(one.name), second(safe_name(one.kind)))), found.length === 0 && element("div", { role: "option", "aria-selected": "false" }, "Nothing has that name"));
         list.classList.remove("hidden");
         input.setAttribute("aria-expanded", "true");
         if (found.length > 0) input.setAttribute("aria-activedescendant", `found${chosen}`);
@@ -70,5 +70,5 @@ export function make_search(app) {
         } else if (event.key === "Enter") open(found[chosen]);
         else if (event.key === "Escape") { input.value = ""; close(); input.blur(); event.stopPropagation(); }
     });
-    return { place: element("div", { class: "search" }, input, list), input };
+    return { place: box("search", input, list), input };
 }

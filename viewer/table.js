@@ -1,7 +1,8 @@
 // Tables that sort by their heads, filter, copy as tab-separated text and save as CSV. What is copied are plain numbers
 // with the unit in the head, not the rounded texts that are shown.
 
-import { announce, append, element, fill, safe_name } from "./dom.js";
+import { announce, append, box, button, element, fill, safe_name } from "./dom.js";
+import { is_known } from "./format.js";
 
 /** @typedef {import("./dom.js").Child} Child */
 /**
@@ -25,6 +26,22 @@ import { announce, append, element, fill, safe_name } from "./dom.js";
  * @property {(row: R) => string} [search] what the filter looks at; without it there is no filter
  * @property {Child[]} [tools] more controls in the head
  */
+
+/**
+ * A column of numbers: plain ones to copy and sort by, and texts to show.
+ * @template R
+ * @param {string} name @param {string} unit @param {(row: R) => unknown} number what isn't one is missing
+ * @param {(value: number | null) => string} text @param {Partial<Column<R>>} [more] @returns {Column<R>}
+ */
+export function number_column(name, unit, number, text, more = {}) {
+    const value = (/** @type {R} */ row) => { const found = number(row); return is_known(found) ? found : null; };
+    return { name, unit, look: "number", value, cell: (row) => text(value(row)), ...more };
+}
+
+/** A column of names that don't wrap. @template R @param {string} name @param {(row: R) => string} value @param {Column<R>["cell"]} [cell] @returns {Column<R>} */
+export function name_column(name, value, cell) {
+    return { name, look: "name", value, cell };
+}
 
 /** @param {unknown} value */
 function plain_text(value) {
@@ -92,9 +109,9 @@ function save_text(name, text) {
 /** The controls that copy and save. @param {string} title @param {Column<any>[]} columns @param {() => any[]} rows */
 export function copy_tools(title, columns, rows) {
     return [
-        element("button", { type: "button", "aria-label": `Copy ${title}`, title: "Copy as tab-separated text",
+        button({ "aria-label": `Copy ${title}`, title: "Copy as tab-separated text",
             onclick: () => copy_text(tab_separated(columns, rows())) }, "Copy"),
-        element("button", { type: "button", "aria-label": `Save ${title} as CSV`,
+        button({ "aria-label": `Save ${title} as CSV`,
             onclick: () => save_text(title, comma_separated(columns, rows())) }, "Save"),
     ];
 }
@@ -111,7 +128,7 @@ export function make_table({ title, columns, rows, sort, limit = Infinity, searc
     let wanted = "";
     const head = element("tr", null);
     const body = element("tbody", null);
-    const more = element("div", { class: "more" });
+    const more = box("more");
     const chosen = () => {
         const found = search && wanted ? rows.filter((row) => search(row).toLowerCase().includes(wanted)) : [...rows];
         return by >= 0 ? found.sort(row_order(columns[by], up)) : found;
@@ -125,14 +142,14 @@ export function make_table({ title, columns, rows, sort, limit = Infinity, searc
         const all = chosen();
         const shown = shows_all ? all : all.slice(0, limit);
         fill(body, shown.map((row) => table_row(columns, row)));
-        fill(more, all.length > shown.length && element("button", { type: "button", onclick: () => { shows_all = true; show(); } }, `Show all ${all.length}`));
+        fill(more, all.length > shown.length && button({ onclick: () => { shows_all = true; show(); } }, `Show all ${all.length}`));
     };
     const filter = search && rows.length > 8 && element("input", { type: "search", placeholder: "Filter", "aria-label": `Filter ${title}`,
         oninput: (/** @type {Event} */ event) => { wanted = /** @type {HTMLInputElement} */ (event.target).value.toLowerCase(); show(); } });
     show();
     return element("section", { class: "card" },
-        element("div", { class: "card-head" }, element("h2", null, safe_name(title)),
-            element("div", { class: "tools" }, ...tools, filter, copy_tools(title, columns, chosen))),
+        box("card-head", element("h2", null, safe_name(title)),
+            box("tools", ...tools, filter, copy_tools(title, columns, chosen))),
         element("div", { class: "scroll", tabindex: "0", role: "region", "aria-label": safe_name(title) },
             element("table", null, element("thead", null, head), body), more));
 }
@@ -142,7 +159,7 @@ function head_cell(column, order, sort) {
     const arrow = order && element("span", { "aria-hidden": "true" }, order === "ascending" ? " ▴" : " ▾");
     const name = column.name === "" ? element("span", { class: "unseen" }, "bar") : column.name;
     return element("th", { scope: "col", class: column.look === "number" ? "number" : null, "aria-sort": order },
-        element("button", { type: "button", onclick: sort, title: column.hint }, name, arrow));
+        button({ onclick: sort, title: column.hint }, name, arrow));
 }
 
 /** @param {Column<any>[]} columns @param {any} row */

@@ -4,7 +4,7 @@ import { block_address } from "./address.js";
 import { block_link, place_link, shares_bar } from "./bars.js";
 import { axis_top, axis_width, draw_chart, right_margin } from "./chart.js";
 import { place_after, Track } from "./columns.js";
-import { element, fill, kernel_mark, safe_name, view_link } from "./dom.js";
+import { bold, box, button, element, fill, kernel_mark, mark, safe_name, second, view_link } from "./dom.js";
 import { bandwidth_text, count_text, is_known, percent_text, time_text } from "./format.js";
 import { same_kernel } from "./pairs.js";
 import { pixels_of } from "./pixels.js";
@@ -61,10 +61,10 @@ export function view_block(app, [kernel_name = "", block_name = ""]) {
     const side = block_list(app, block);
     if (!block) {
         const text = model.ranking.length === 0 ? "This profile has no blocks with counters." : `This profile has no block ${safe_name(block_name)} in ${safe_name(kernel_name)}.`;
-        return { root: [element("h1", { class: "unseen" }, "Blocks"), element("div", { class: "with-side" }, side, element("p", null, text))], draw: () => {} };
+        return { root: [element("h1", { class: "unseen" }, "Blocks"), box("with-side", side, element("p", null, text))], draw: () => {} };
     }
     const page = new BlockPage(app, block);
-    return { root: [element("div", { class: "with-side" }, side, page.root)], draw: (/** @type {Set<string>} */ what) => page.draw(what) };
+    return { root: [box("with-side", side, page.root)], draw: (/** @type {Set<string>} */ what) => page.draw(what) };
 }
 
 /** All blocks by kernel, in the order of the ranking. @param {App} app @param {ModelBlock | null} shown */
@@ -116,7 +116,7 @@ class BlockPage {
         const { model, stretch } = app;
         this.sentence = element("p", { class: "sentence", "aria-live": "polite" });
         this.facts = element("dl", { class: "facts" });
-        this.stepper = element("div", { class: "tools stepper" });
+        this.stepper = box("tools stepper");
         this.ruler = picture("Ruler of time");
         this.plots = charts_of(block).map((chart) => this.make_chart(chart));
         const plot = () => ({ left: axis_width, width: Math.max(1, this.surface.clientWidth - stats_width - axis_width - right_margin) });
@@ -124,9 +124,9 @@ class BlockPage {
         this.plot = plot;
         this.surface = surface;
         this.update_overlay = update;
-        surface.append(element("div", { class: "ruler-row" }, this.ruler, element("span", null)), ...this.plots.map(({ place }) => place), overlay);
+        surface.append(box("ruler-row", this.ruler, element("span", null)), ...this.plots.map(({ place }) => place), overlay);
         this.root = element("article", { class: "block" },
-            element("div", { class: "view-head" }, element("h1", null, kernel_mark(block.kernel.number), element("span", { class: "second" }, safe_name(block.kernel.name) + " / "), element("b", null, safe_name(block.block.name))),
+            box("view-head", element("h1", null, kernel_mark(block.kernel.number), second(safe_name(block.kernel.name) + " / "), bold(safe_name(block.block.name))),
                 chain_links(block), this.stepper),
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
@@ -146,11 +146,11 @@ class BlockPage {
         const canvas = picture(`${chart.title} of ${safe_name(block.block.name)} over time; the button "as table" has its numbers`);
         const stats = element("dl", { class: "stats" });
         const tracks = chart.metrics.map((metric) => app.tracks.of_block(block.kernel, block.number, metric)).filter((t) => t !== undefined);
-        const legend = chart.looks.length > 1 && element("span", { class: "legend" }, chart.looks.map((look) => element("span", null, element("span", { class: `mark ${look}`, "aria-hidden": "true" }), look)));
-        const table = element("button", { type: "button", "aria-label": `${chart.title} as table`, onclick: () => show_samples(app, block, chart.title, tracks, chart.metrics) }, "as table");
-        const place = element("div", { class: "chart" },
-            element("div", { class: "chart-head" }, element("h3", null, chart.title), element("span", { class: "second" }, chart.note), element("div", { class: "tools" }, legend, table)),
-            element("div", { class: "chart-body" }, canvas, stats));
+        const legend = chart.looks.length > 1 && element("span", { class: "legend" }, chart.looks.map((look) => element("span", null, mark(look), look)));
+        const table = button({ "aria-label": `${chart.title} as table`, onclick: () => show_samples(app, block, chart.title, tracks, chart.metrics) }, "as table");
+        const place = box("chart",
+            box("chart-head", element("h3", null, chart.title), second(chart.note), box("tools", legend, table)),
+            box("chart-body", canvas, stats));
         return { chart, canvas, stats, tracks, place };
     }
 
@@ -183,7 +183,7 @@ class BlockPage {
         for (const { chart, canvas, tracks } of this.plots) {
             const greatest = this.greatest(chart);
             const largest_burst = chart.metrics[0] === "burst" ? Number(this.block.facts.max_burst ?? 0) : 0;
-            const base_track = this.base && chart.metrics.length === 1 ? this.app.base_tracks?.of_block(this.base.kernel, this.base.number, chart.metrics[0]) : undefined;
+            const base_track = this.base ? this.app.base_tracks?.of_block(this.base.kernel, this.base.number, chart.metrics[0]) : undefined;
             draw_chart(canvas, chart.height, stretch, { tracks, looks: chart.looks, map, base: base_track, base_map, stacked: chart.metrics.length > 1 || chart.top === 100,
                 top: chart.top ?? axis_top(Math.max(greatest, largest_burst)), text: chart.text,
                 limit: largest_burst > 0 ? { value: largest_burst, name: "largest burst" } : undefined });
@@ -236,7 +236,7 @@ class BlockPage {
     show_words(facts, sentence, time, samples) {
         this.sentence.className = `sentence of-${sentence.tone}`;
         const few = samples < few_samples ? `${samples} sample${samples === 1 ? "" : "s"} only` : "";
-        fill(this.sentence, safe_name(sentence.text) + ".", (time || few) && element("span", { class: "second" }, [time, few].filter(Boolean).join("; ")));
+        fill(this.sentence, safe_name(sentence.text) + ".", (time || few) && second([time, few].filter(Boolean).join("; ")));
         fill(this.facts, fact_rows(facts, this.block, this.app.model.fact_unit).map(([name, text]) => element("div", null, element("dt", null, name), element("dd", null, text))));
     }
 
@@ -294,17 +294,17 @@ class BlockPage {
         const count = this.block.kernel.kernel.invocations.n;
         const shown = stretch.invocation;
         const text = shown && clock.is_ready && shown <= count ? `Invocation ${shown} of ${count}, ${time_text(clock.end[shown - 1] - clock.start[shown - 1], model.unit)}` : stretch.is_whole() ? "Whole run" : `${time_text(stretch.to - stretch.from, model.unit)} of the run`;
-        fill(this.stepper, shown !== null && element("button", { type: "button", onclick: () => stretch.show_all() }, "Whole run"),
-            element("button", { type: "button", "aria-label": "Previous invocation", onclick: () => this.app.step_invocation(-1) }, "◂"),
+        fill(this.stepper, shown !== null && button({ onclick: () => stretch.show_all() }, "Whole run"),
+            button({ "aria-label": "Previous invocation", onclick: () => this.app.step_invocation(-1) }, "◂"),
             element("output", null, text),
-            element("button", { type: "button", "aria-label": "Next invocation", onclick: () => this.app.step_invocation(1) }, "▸"));
+            button({ "aria-label": "Next invocation", onclick: () => this.app.step_invocation(1) }, "▸"));
     }
 }
 
 /** Where the block stands in the sources, and where that was inlined. @param {ModelBlock} block */
 function chain_links(block) {
     const [chain = []] = block.block.src;
-    return element("span", { class: "second" }, chain.flatMap((place, i) => [i > 0 ? " in " : "", place_link(place)]), block.block.src.length > 1 ? ` and ${block.block.src.length - 1} more` : "");
+    return second(chain.flatMap((place, i) => [i > 0 ? " in " : "", place_link(place)]), block.block.src.length > 1 ? ` and ${block.block.src.length - 1} more` : "");
 }
 
 /** @param {App} app @param {number} steps in the ranking */

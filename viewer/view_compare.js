@@ -1,11 +1,11 @@
 // Two runs beside each other: what became shorter, what became longer, and what holds it up now.
 
 import { block_link, culprit_text, kernel_name, sentence_text } from "./bars.js";
-import { element, safe_name } from "./dom.js";
-import { change_text, is_known, percent_text, time_text } from "./format.js";
+import { bold, box, element, safe_name, second } from "./dom.js";
+import { change_text, count_text, is_known, percent_text, time_text } from "./format.js";
 import { percent_of } from "./metrics.js";
 import { change_of, compare } from "./pairs.js";
-import { make_table } from "./table.js";
+import { make_table, name_column, number_column } from "./table.js";
 
 /** @typedef {import("./page.js").App} App */
 /** @typedef {import("./model.js").ModelBlock} ModelBlock */
@@ -19,8 +19,8 @@ export function view_compare(app) {
     if (!base) return { root: [element("h1", { class: "unseen" }, "Comparison"), element("p", null, "This page has no run to compare with.")], draw: () => {} };
     const found = compare(base, model);
     const root = [
-        element("div", { class: "view-head" }, element("h1", null, element("b", null, "Comparison")),
-            element("span", { class: "second" }, "base ", element("b", null, safe_name(base.head.run.report)), " → now ", element("b", null, safe_name(model.head.run.report)))),
+        box("view-head", element("h1", null, bold("Comparison")),
+            second("base ", bold(safe_name(base.head.run.report)), " → now ", bold(safe_name(model.head.run.report)))),
         span_card(base, model, found.less.length, found.more.length),
         kernel_pairs(app, found.kernels),
         found.less.length > 0 && block_pairs(app, "Blocks that lose less", found.less),
@@ -35,9 +35,9 @@ function span_card(base, model, less, more) {
     const [was, now] = [base.head.run.span, model.head.run.span];
     const change = percent_of(now - was, was);
     const look = !is_known(change) || change === 0 ? "" : change < 0 ? "good" : "cause";
-    return element("section", { class: "card" }, element("div", { class: "view-head" }, element("p", { class: "card-head" },
+    return element("section", { class: "card" }, box("view-head", element("p", { class: "card-head" },
         element("span", { class: "arrow" }, `${time_text(was, base.unit)} → ${time_text(now, model.unit)}`),
-        element("span", null, element("b", { class: look }, change_text(change, percent_text)), " of the whole run; ", element("b", null, less), ` block${less === 1 ? "" : "s"} lose less time to stalls, `, element("b", null, more), " lose more. Changes below a thousandth of the base's span are left out."))));
+        element("span", null, element("b", { class: look }, change_text(change, percent_text)), " of the whole run; ", bold(less), ` block${less === 1 ? "" : "s"} lose less time to stalls, `, bold(more), " lose more. Changes below a thousandth of the base's span are left out."))));
 }
 
 /** A bar to the left for less, to the right for more. @param {number | null} change @param {number} most */
@@ -64,17 +64,16 @@ function kernel_pairs({ model }, pairs) {
     const total = (/** @type {ModelKernel | null} */ k) => k?.kernel.total ?? null;
     const change = (/** @type {KernelPair} */ p) => change_of(total(p.was), total(p.now));
     const most = Math.max(0, ...pairs.map((p) => Math.abs(change(p) ?? 0)));
-    /** @param {string} name @param {(p: KernelPair) => number | null} value @returns {import("./table.js").Column<KernelPair>} */
-    const time = (name, value) => ({ name, unit, look: "number", value, cell: (p) => time_text(value(p), unit) });
+    const time = (/** @type {number | null} */ value) => time_text(value, unit);
     return make_table({ title: "Kernels", rows: pairs.sort((a, b) => Math.abs(change(b) ?? Infinity) - Math.abs(change(a) ?? Infinity)), limit: 30, columns: [
-        { name: "Kernel", look: "name", value: (p) => (p.now ?? p.was)?.name ?? "", cell: (p) => [...kernel_name(/** @type {ModelKernel} */ (p.now ?? p.was), p.now !== null), presence(p)] },
-        { name: "Calls, base", look: "number", value: (p) => p.was?.kernel.invocations.n },
-        { name: "now", look: "number", value: (p) => p.now?.kernel.invocations.n },
-        time("Median, base", (p) => p.was?.kernel.median ?? null), time("now", (p) => p.now?.kernel.median ?? null),
-        time("Total, base", (p) => total(p.was)), time("now", (p) => total(p.now)),
+        name_column("Kernel", (p) => (p.now ?? p.was)?.name ?? "", (p) => [...kernel_name(/** @type {ModelKernel} */ (p.now ?? p.was), p.now !== null), presence(p)]),
+        number_column("Calls, base", "", (p) => p.was?.kernel.invocations.n, count_text),
+        number_column("now", "", (p) => p.now?.kernel.invocations.n, count_text),
+        number_column("Median, base", unit, (p) => p.was?.kernel.median, time), number_column("now", unit, (p) => p.now?.kernel.median, time),
+        number_column("Total, base", unit, (p) => total(p.was), time), number_column("now", unit, (p) => total(p.now), time),
         { name: "", unit, value: change, cell: (p) => change_bar(change(p), most) },
-        { name: "Change", unit, look: "number", value: change, cell: (p) => element("b", null, change_text(change(p), (v) => time_text(v, unit))) },
-        { name: "%", look: "number", value: (p) => percent_of(change(p), total(p.was)), cell: (p) => change_text(percent_of(change(p), total(p.was)), percent_text) },
+        number_column("Change", unit, change, time, { cell: (p) => bold(change_text(change(p), time)) }),
+        number_column("%", "", (p) => percent_of(change(p), total(p.was)), (v) => change_text(v, percent_text)),
         { name: "What holds it up: base, now", look: "wide", value: (p) => p.now?.culprit?.sentence.text ?? "", cell: (p) => held_up(p) },
     ] });
 }
@@ -84,26 +83,25 @@ function held_up({ was, now }) {
     const before = was?.culprit ?? null;
     const after = now?.culprit ?? null;
     if (before?.sentence.rule === after?.sentence.rule && before?.block.name === after?.block.name) return culprit_text(after);
-    return [before && element("div", { class: "second" }, "was: ", culprit_text(before)), after && element("div", null, culprit_text(after))];
+    return [before && box("second", "was: ", culprit_text(before)), after && element("div", null, culprit_text(after))];
 }
 
 /** @param {App} app @param {string} title @param {BlockPair[]} pairs */
 function block_pairs({ model }, title, pairs) {
     const unit = model.fact_unit;
-    const fact = (/** @type {ModelBlock | null} */ b, /** @type {string} */ name) => is_known(b?.facts[name]) ? Number(b?.facts[name]) : null;
-    const change = (/** @type {BlockPair} */ p) => p.change ?? (p.now ? fact(p.now, "lost") : -Number(fact(p.was, "lost")));
+    const time = (/** @type {number | null} */ value) => time_text(value, unit);
+    const lost = (/** @type {ModelBlock | null} */ b) => is_known(b?.facts.lost) ? Number(b?.facts.lost) : null;
+    const change = (/** @type {BlockPair} */ p) => p.change ?? (p.now ? lost(p.now) : -Number(lost(p.was)));
     const most = Math.max(0, ...pairs.map((p) => Math.abs(change(p) ?? 0)));
     const either = (/** @type {BlockPair} */ p) => /** @type {ModelBlock} */ (p.now ?? p.was);
     return make_table({ title, rows: pairs, limit: 20, columns: [
-        { name: "Block", look: "name", value: (p) => either(p).block.name, cell: (p) => [p.now ? block_link(p.now) : safe_name(either(p).block.name), presence(p)] },
-        { name: "Kernel", look: "name", value: (p) => either(p).kernel.name },
-        { name: "Stall, base", unit: "%", look: "number", value: (p) => fact(p.was, "stall"), cell: (p) => percent_text(fact(p.was, "stall")) },
-        { name: "now", unit: "%", look: "number", value: (p) => fact(p.now, "stall"), cell: (p) => percent_text(fact(p.now, "stall")) },
-        { name: "Lost, base", unit, look: "number", value: (p) => fact(p.was, "lost"), cell: (p) => time_text(fact(p.was, "lost"), unit) },
-        { name: "now", unit, look: "number", value: (p) => fact(p.now, "lost"), cell: (p) => time_text(fact(p.now, "lost"), unit) },
+        name_column("Block", (p) => either(p).block.name, (p) => [p.now ? block_link(p.now) : safe_name(either(p).block.name), presence(p)]),
+        name_column("Kernel", (p) => either(p).kernel.name),
+        number_column("Stall, base", "%", (p) => p.was?.facts.stall, percent_text), number_column("now", "%", (p) => p.now?.facts.stall, percent_text),
+        number_column("Lost, base", unit, (p) => lost(p.was), time), number_column("now", unit, (p) => lost(p.now), time),
         { name: "", unit, value: change, cell: (p) => change_bar(change(p), most) },
-        { name: "Change", unit, look: "number", value: change, cell: (p) => element("b", null, change_text(change(p), (v) => time_text(v, unit))) },
-        { name: "%", look: "number", value: (p) => percent_of(p.change, fact(p.was, "lost")), cell: (p) => change_text(percent_of(p.change, fact(p.was, "lost")), percent_text) },
+        number_column("Change", unit, change, time, { cell: (p) => bold(change_text(change(p), time)) }),
+        number_column("%", "", (p) => percent_of(p.change, lost(p.was)), (v) => change_text(v, percent_text)),
         { name: "Why, now", look: "wide", value: (p) => p.now?.sentence.text ?? "", cell: (p) => p.now ? sentence_text(p.now.sentence) : "" },
     ] });
 }
@@ -112,11 +110,9 @@ function block_pairs({ model }, title, pairs) {
 function memory_pairs(pairs) {
     const use = (/** @type {import("./types.d.ts").Memory | null} */ m) => percent_of(m?.mean, m?.peak);
     return pairs.length > 0 && make_table({ title: "Memories", rows: pairs, columns: [
-        { name: "Memory", look: "name", value: (p) => (p.now ?? p.was)?.name ?? "", cell: (p) => safe_name((p.now ?? p.was)?.name ?? "") + presence(p) },
-        { name: "Of peak, base", unit: "%", look: "number", value: (p) => use(p.was), cell: (p) => percent_text(use(p.was)) },
-        { name: "now", unit: "%", look: "number", value: (p) => use(p.now), cell: (p) => percent_text(use(p.now)) },
-        { name: "Change", unit: "points", look: "number", value: (p) => change_of(use(p.was), use(p.now)), cell: (p) => change_text(change_of(use(p.was), use(p.now)), (v) => percent_text(v).replace("%", "\u202fpoints")) },
-        { name: "At 70% or more, base", unit: "% of the run", look: "number", value: (p) => p.was?.full ?? null, cell: (p) => percent_text(p.was?.full) },
-        { name: "now", unit: "% of the run", look: "number", value: (p) => p.now?.full ?? null, cell: (p) => percent_text(p.now?.full) },
+        name_column("Memory", (p) => ((p.now ?? p.was)?.name ?? "") + presence(p)),
+        number_column("Of peak, base", "%", (p) => use(p.was), percent_text), number_column("now", "%", (p) => use(p.now), percent_text),
+        number_column("Change", "points", (p) => change_of(use(p.was), use(p.now)), (v) => change_text(v, (x) => percent_text(x).replace("%", "\u202fpoints"))),
+        number_column("At 70% or more, base", "% of the run", (p) => p.was?.full, percent_text), number_column("now", "% of the run", (p) => p.now?.full, percent_text),
     ] });
 }

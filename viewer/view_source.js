@@ -2,7 +2,7 @@
 
 import { source_address } from "./address.js";
 import { block_link, place_link, shares_bar } from "./bars.js";
-import { element, fill, safe_name, view_link } from "./dom.js";
+import { box, element, fill, safe_name, second, view_link } from "./dom.js";
 import { is_known, percent_text, time_text } from "./format.js";
 import { place_text } from "./model.js";
 
@@ -63,13 +63,13 @@ export function view_source(app, [name = "", line_text = ""]) {
     const here = Number(line_text) || (name === "" && shown?.file === culprit_file ? Number(model.answers.culprit?.block.src[0]?.[0]?.[1]) : 0);
     const side = element("nav", { class: "card side", "aria-label": "Files" }, element("h3", null, "Files"),
         by_loss.map(({ file, lost }) => element("a", { href: source_address(file, 0), "aria-current": file === shown?.file ? "page" : null, title: safe_name(file) },
-            element("span", { class: "code" }, safe_name(file)), element("span", { class: "second" }, lost > 0 ? time_text(lost, model.fact_unit) : ""))));
+            element("span", { class: "code" }, safe_name(file)), second(lost > 0 ? time_text(lost, model.fact_unit) : ""))));
     const listing = element("div", { class: "card listing", role: "region", "aria-label": "Source", tabindex: "0" });
     const note = element("p", { class: "second" });
-    const head = element("div", { class: "view-head" }, element("h1", null, element("b", { class: "code" }, safe_name(shown?.file ?? "Source"))), note);
+    const head = box("view-head", element("h1", null, element("b", { class: "code" }, safe_name(shown?.file ?? "Source"))), note);
     if (shown) show_listing(app, shown.file, shown.lines, here, listing, note);
     else listing.append(element("p", { class: "chart-head" }, name === "" ? "The profile names no sources." : `The profile names no file ${safe_name(name)}.`));
-    return { root: [element("div", { class: "with-side" }, side, element("div", { class: "block" }, head, listing))], draw: () => {} };
+    return { root: [box("with-side", side, box("block", head, listing))], draw: () => {} };
 }
 
 /** @param {App} app @param {string} file @param {SourceFile} lines @param {number} here @param {HTMLElement} listing @param {HTMLElement} note */
@@ -114,7 +114,7 @@ function source_line(app, no, text, line, most, here) {
     return element("div", { class: `line${blocks ? " hot" : ""}${here ? " here" : ""}`, "aria-current": here ? "true" : null },
         element("span", { class: "time" }, all > 0 ? time_text(all, model.fact_unit) : ""), bar, element("span", { class: "no" }, no > 0 ? no : ""),
         element("span", { class: "text code" }, visible_text(text)),
-        blocks && element("div", { class: "under" }, [...line.own].map((block) => own_block(block, no)), line.inlined.size > 0 && inlined_blocks(line.inlined)));
+        blocks && box("under", [...line.own].map((block) => own_block(block, no)), line.inlined.size > 0 && inlined_blocks(line.inlined)));
 }
 
 /** Source text as it is, but with tabs as blanks and harmful characters made visible. @param {string} text */
@@ -129,12 +129,12 @@ function own_block(block, no) {
     const text = plain ? [is_known(facts.stall) && `stalled ${percent_text(facts.stall)}`, is_known(facts.valid) && `valid ${percent_text(facts.valid)}`].filter(Boolean).join(", ") : sentence.text;
     const chain = block.block.src.find((c) => c[0][1] === no) ?? [];
     const caller = chain.length > 1 ? [" inlined into ", place_link(chain[chain.length - 1])] : [];
-    return element("div", null, shares_bar(facts), block_link(block, "code"), element("span", { class: sentence.tone === "cause" ? "cause" : "second" }, safe_name(text)), element("span", { class: "second" }, caller));
+    return element("div", null, shares_bar(facts), block_link(block, "code"), element("span", { class: sentence.tone === "cause" ? "cause" : "second" }, safe_name(text)), second(caller));
 }
 
 /** @param {Set<ModelBlock>} blocks */
 function inlined_blocks(blocks) {
     const names = [...blocks].flatMap((block, i) => [i > 0 ? ", " : "", block_link(block), is_known(block.facts.stall) ? ` stalled ${percent_text(block.facts.stall)}` : "",
         ...(block.block.src[0]?.[0] ? [" (", view_link(source_address(block.block.src[0][0][0], block.block.src[0][0][1]), safe_name(place_text(block.block.src[0][0]))), ")"] : [])]);
-    return element("div", null, element("span", { class: "second" }, "inlined here: ", names));
+    return element("div", null, second("inlined here: ", names));
 }

@@ -2,7 +2,7 @@
 
 import { block_link, kernel_name } from "./bars.js";
 import { place_after } from "./columns.js";
-import { element, fill, kernel_mark, safe_name } from "./dom.js";
+import { bold, box, button, element, fill, kernel_mark, mark, safe_name, second } from "./dom.js";
 import { is_known, percent_text, time_text } from "./format.js";
 import { draw_area, draw_invocations, draw_memory, draw_transfers, stack_transfers } from "./lanes.js";
 import { draw_ruler, make_plot, picture, ruler_height } from "./ruler.js";
@@ -22,9 +22,9 @@ const most_kernels = 40;
 /** @param {App} app */
 export function view_timeline(app) {
     const { model, stretch } = app;
-    const place = element("div", { class: "lanes" });
+    const place = box("lanes");
     const ruler = picture("Ruler of time");
-    const selected = element("span", { class: "second" });
+    const selected = second();
     const plot = () => ({ left: name_width, width: Math.max(1, place.clientWidth - name_width) });
     const { surface, overlay, update } = make_plot(stretch, model.unit, plot, "Lanes of the timeline: arrow keys move the cursor", (steps) => {
         stretch.point(Math.min(stretch.to, Math.max(stretch.from, (stretch.cursor ?? stretch.from) + steps * (stretch.to - stretch.from) / 200)));
@@ -37,21 +37,21 @@ export function view_timeline(app) {
         const { groups, hidden } = lanes_of(app, queues, shows_all);
         drawn = [];
         const rows = groups.filter(([, lanes]) => lanes.length > 0).flatMap(([title, lanes]) => [
-            element("div", { class: "lane lane-group" }, element("div", { class: "lane-name" }, title), element("div", null)),
+            box("lane lane-group", box("lane-name", title), element("div", null)),
             ...lanes.map((lane) => {
                 const canvas = picture(lane.label);
                 drawn.push({ lane, canvas });
-                return element("div", { class: "lane" }, element("div", { class: "lane-name" }, lane.name, element("span", { class: "second" }, lane.detail)), canvas);
+                return box("lane", box("lane-name", lane.name, second(lane.detail)), canvas);
             })]);
-        fill(place, element("div", { class: "lane" }, element("div", { class: "lane-name" }), ruler), rows,
-            hidden > 0 && element("button", { type: "button", onclick: () => { shows_all = true; build(); app.changed(); } }, `Show all: ${hidden} more kernels`));
+        fill(place, box("lane", box("lane-name"), ruler), rows,
+            hidden > 0 && button({ onclick: () => { shows_all = true; build(); app.changed(); } }, `Show all: ${hidden} more kernels`));
     };
     build();
     surface.append(place, overlay);
     const below = new StretchTable(app, queues);
     const root = [
-        element("div", { class: "view-head" }, element("h1", null, element("b", null, "Timeline")), selected,
-            element("div", { class: "tools hint" }, keys_hint("W", "S"), "zoom", keys_hint("A", "D"), "pan", keys_hint("F"), "fit", keys_hint("R"), "zoom to selection")),
+        box("view-head", element("h1", null, bold("Timeline")), selected,
+            box("tools hint", keys_hint("W", "S"), "zoom", keys_hint("A", "D"), "pan", keys_hint("F"), "fit", keys_hint("R"), "zoom to selection")),
         element("section", { class: "card", "aria-label": "Lanes" }, surface),
         below.root,
     ];
@@ -136,14 +136,8 @@ function invocation_lane({ model, stretch, tracks }, kernel) {
     const stalls = worst ? tracks.of_block(kernel, worst.number, "stall") : undefined;
     const name = safe_name(kernel.name);
     const detail = `${kernel.kernel.invocations.n} × ${time_text(kernel.kernel.median, model.unit)}`;
-    return { name: [kernel.culprit ? block_name(kernel) : name], detail, height: 35, label: `${name}: ${detail}`,
+    return { name: [kernel_name(kernel, true)[1]], detail, height: 35, label: `${name}: ${detail}`,
         draw: (canvas) => draw_invocations(canvas, 35, stretch, kernel.clock, stalls, { look: `k${kernel.number % 8}`, name, unit: model.unit }) };
-}
-
-/** @param {ModelKernel} kernel */
-function block_name(kernel) {
-    const link = kernel_name(kernel, true)[1];
-    return link;
 }
 
 /** @param {App} app @param {ModelKernel} kernel @returns {Lane} */
@@ -151,7 +145,7 @@ function area_lane({ stretch, tracks }, kernel) {
     const block = busiest_block(kernel);
     const valid = block ? tracks.of_block(kernel, block.number, "valid") : undefined;
     const detail = block ? `valid ${percent_text(Number(block.facts.valid))} while it works` : "no counters";
-    return { name: [kernel.culprit ? block_name(kernel) : safe_name(kernel.name)], detail, height: 33, label: `${safe_name(kernel.name)}: ${detail}`,
+    return { name: [kernel_name(kernel, true)[1]], detail, height: 33, label: `${safe_name(kernel.name)}: ${detail}`,
         draw: (canvas) => draw_area(canvas, 33, stretch, kernel.clock, valid, `k${kernel.number % 8}`) };
 }
 
@@ -179,7 +173,7 @@ class StretchTable {
         this.body = element("tbody", null);
         this.title = element("h2", null);
         this.turn = 0;
-        this.root = element("section", { class: "card" }, element("div", { class: "card-head" }, this.title),
+        this.root = element("section", { class: "card" }, box("card-head", this.title),
             element("div", { class: "scroll", tabindex: "0", role: "region", "aria-label": "What ran in this stretch" }, element("table", null, element("thead", null, element("tr", null,
                 element("th", { scope: "col" }, "What ran"), ...["Count", "Time", "Share", "Worst block stalls"].map((n) => element("th", { scope: "col", class: "number" }, n)))), this.body)));
     }
@@ -210,8 +204,7 @@ class StretchTable {
         const kernels = await Promise.all(model.kernels.map((kernel) => this.kernel_row(kernel, from, to)));
         const queues = [...this.queues.by_queue].map(([queue, { transfers }]) => {
             const inside = transfers.filter((t) => t.end > from && t.start < to);
-            const mark = element("span", { class: "mark transfer", "aria-hidden": "true" });
-            return { mark, name: `queue ${queue}`, count: inside.length, time: inside.reduce((s, t) => s + Math.min(t.end, to) - Math.max(t.start, from), 0), stall: [], stall_text: "" };
+            return { mark: mark("transfer"), name: `queue ${queue}`, count: inside.length, time: inside.reduce((s, t) => s + Math.min(t.end, to) - Math.max(t.start, from), 0), stall: [], stall_text: "" };
         });
         return [...kernels, ...queues].filter((row) => row !== null && row.count > 0).map((row) => /** @type {Row} */ (row));
     }
@@ -227,12 +220,13 @@ class StretchTable {
         const samples = await clock.samples(from, to);
         const worst = await this.worst(kernel, samples);
         return { mark: kernel_mark(kernel.number), name: kernel.name, count: last - first, time,
-            stall: worst ? [block_link(worst.block, "second"), " ", element("b", null, percent_text(worst.stall))] : [], stall_text: worst?.block.block.name ?? "" };
+            stall: worst ? [block_link(worst.block, "second"), " ", bold(percent_text(worst.stall))] : [], stall_text: worst?.block.block.name ?? "" };
     }
 
     /** The block that stalls most in the stretch, of the eight that stall most in the run. @param {ModelKernel} kernel @param {[number, number]} samples */
     async worst(kernel, samples) {
-        const blocks = kernel.blocks.filter((b) => is_known(b.facts.stall)).sort((a, b) => Number(b.facts.stall) - Number(a.facts.stall)).slice(0, 8);
+        // An autorun kernel that waits for work isn't held up.
+        const blocks = kernel.blocks.filter((b) => is_known(b.facts.stall) && !(kernel.kernel.autorun && b.kind === "channel read")).sort((a, b) => Number(b.facts.stall) - Number(a.facts.stall)).slice(0, 8);
         const stalls = await Promise.all(blocks.map(async (block) => ({ block, stall: (await this.app.tracks.of_block(kernel, block.number, "stall")?.summary(...samples))?.mean ?? NaN })));
         return stalls.filter(({ stall }) => is_known(stall)).sort((a, b) => b.stall - a.stall)[0] ?? null;
     }

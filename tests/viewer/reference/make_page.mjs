@@ -51,8 +51,8 @@ function add_sources(page, folder) {
 
 function rows_of_metrics() {
     const text = readFileSync(join(top, "profile/metric_table.cpp"), "utf8");
-    const row = /\{Metric::\w+,\s*"(\w+)",\s*MetricScope::(\w+),\s*MetricUnit::(\w+),\s*Better::(\w+),\s*"([^"]*)"\}/g;
-    return [...text.matchAll(row)].map(([, name, scope, unit, better, meaning]) => ({ name, scope, unit, better, meaning }));
+    const row = /\{Metric::\w+,\s*"(\w+)",\s*MetricScope::(\w+),\s*MetricUnit::(\w+),\s*Better::(\w+),\s*"[^"]*"\}/g;
+    return Object.fromEntries([...text.matchAll(row)].map(([, name, , unit, better]) => [name, [unit, better]]));
 }
 
 export function make_part(report, name, options = {}) {
