@@ -74,7 +74,7 @@ function block_list({ model }, shown) {
         const blocks = model.ranking.filter((b) => `${b.block.name} ${b.kernel.name}`.toLowerCase().includes(wanted.toLowerCase()));
         const kernels = [...new Set(blocks.map((b) => b.kernel))];
         fill(list, kernels.flatMap((kernel) => [
-            element("h3", null, kernel_mark(kernel.number), safe_name(kernel.name)),
+            element("h2", null, kernel_mark(kernel.number), safe_name(kernel.name)),
             ...blocks.filter((b) => b.kernel === kernel).map((b) => element("a", { href: block_address(kernel.name, b.block.name), "aria-current": b === shown ? "page" : null },
                 element("span", null, safe_name(b.block.name)), shares_bar(b.facts))),
         ]));
@@ -149,7 +149,7 @@ class BlockPage {
         const legend = chart.looks.length > 1 && element("span", { class: "legend" }, chart.looks.map((look) => element("span", null, mark(look), look)));
         const table = button({ "aria-label": `${chart.title} as table`, onclick: () => show_samples(app, block, chart.title, tracks, chart.metrics) }, "as table");
         const place = box("chart",
-            box("chart-head", element("h3", null, chart.title), second(chart.note), box("tools", legend, table)),
+            box("chart-head", element("h2", null, chart.title), second(chart.note), box("tools", legend, table)),
             box("chart-body", canvas, stats));
         return { chart, canvas, stats, tracks, place };
     }

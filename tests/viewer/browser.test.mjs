@@ -232,7 +232,7 @@ describe("the page in a browser", { skip: !chromium_path || !has_packages ? "nee
         await on_page(file, { address }, async (page) => {
             await settle(page, 300);
             assert.equal(await hash_of(page), address);
-            assert.match(await page.locator(".sentence").textContent(), /Selected: 100 µs, from 300 µs/);
+            assert.match(await page.locator(".sentence").textContent(), /Selected: 100\u202fµs, from 300\u202fµs/);
         });
     });
 
@@ -271,7 +271,9 @@ describe("the page in a browser", { skip: !chromium_path || !has_packages ? "nee
             await settle(page, 500);
             const inked = () => page.evaluate(() => {
                 const canvas = document.querySelector(".chart canvas");
-                const data = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
+                const copy = new OffscreenCanvas(canvas.width, canvas.height).getContext("2d", { willReadFrequently: true });
+                copy.drawImage(canvas, 0, 0);
+                const { data } = copy.getImageData(0, 0, canvas.width, canvas.height);
                 let count = 0;
                 for (let i = 0; i < data.length; i += 4) if (data[i] === 0xd5 && data[i + 1] === 0x5e && data[i + 2] === 0) ++count;
                 return count;
