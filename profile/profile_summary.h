@@ -45,18 +45,26 @@ struct BlockSummary {
     std::uint64_t num_left_out = 0; // counts below 0, samples without cycles
     bool stall_counted = true;      // false: 0 in all samples, though valid and idle don't fill the cycles
     // Facts that rules need beside the metrics; missing where they can't be known.
-    Value cycles;       // clock cycles of the samples that count, in all
-    Value iterations;   // of a loop, for each invocation
-    Value max_burst;    // words; the memory's largest burst
-    Value access_bytes; // width of an access, bytes
-    Value own_share;    // percent of the memory's bytes that the block's kernel moves
-    Value block_share;  // percent of the memory's bytes that this block moves
-    Value max_valid;    // percent; the greatest share of valid cycles of a sample
-    Value stalled_part; // percent of the cycles in which half of the stalls are
-    Value stalled_from; // where those are: times from the run's start, as in Metric
+    Value cycles;     // clock cycles of the samples that count, in all
+    Value iterations; // of a loop, for each invocation
+    std::string port; // of a global block: the port that all its traffic takes; empty if several could
+    // Shares of the memory's bytes while the kernel ran, percent. Missing if the sums are lower bounds.
+    Value own_share;                 // that the block's kernel moved
+    Value block_share;               // that this block moved
+    Value read_share;                // that were read
+    Value write_share;               // that were written
+    std::vector<std::string> rivals; // the fewest other kernels that moved the most of them, largest first;
+                                     // with own_share below 50 they have more than half
+    Value max_burst;                 // words; the memory's largest burst
+    Value access_bytes;              // width of an access, bytes
+    Value port_limit;                // MB/s: the clock times the kernel's widest access of the memory
+    Value max_valid;                 // percent; the greatest share of valid cycles of a sample
+    Value stalled_part;              // percent of the cycles in which half of the stalls are
+    Value stalled_from;              // where those are: times from the run's start, as in Metric
     Value stalled_to;
-    bool innermost = false; // the kernel's loop with the greatest valid share
     MetricValues metrics;
+    // By the diagnosis.
+    bool innermost = false; // the kernel's loop with the greatest valid share
     Sentence sentence;
     bool operator==(const BlockSummary&) const = default;
 };
@@ -79,7 +87,8 @@ struct PortSummary {
 struct KernelSummary {
     std::string name;
     int compute_unit = 0;
-    std::optional<int> device; // of all samples; nothing if they have none
+    std::optional<unsigned> num_units; // compute units of the design; nothing where only a report was read
+    std::optional<int> device;         // of all samples; nothing if they have none
     SourcePlace source;
     bool autorun = false;
     unsigned shared_types =
@@ -92,9 +101,10 @@ struct KernelSummary {
     Value median_low;
     Value median_high;
     Value gaps; // total time between invocations in which nothing ran
+    // Time in which it ran; of an autorun kernel the time in which one of its blocks worked.
     Value union_time;
-    std::vector<std::string> team; // kernels that ran at the same time for at least half of its time
-    std::string culprit;           // the name of a block; empty if there is none
+    std::vector<std::string> team; // other kernels: both ran at the same time for half of their times or more
+    std::string culprit;           // the name of a block, by the diagnosis; empty if there is none
     MetricValues metrics;
     std::vector<BlockSummary> blocks;
     std::vector<PortSummary> ports;
@@ -139,7 +149,7 @@ struct Note {
     bool operator==(const Note&) const = default;
 };
 
-// The four answers, in words.
+// The four answers in words, by the diagnosis.
 struct Answers {
     std::string kernel;         // which kernel took the time
     std::string block;          // which block holds it up

@@ -7,8 +7,35 @@
 
 namespace zan {
 
+// A contract that doesn't hold.
+struct BrokenContract {
+    const char* text; // the failed condition
+    const char* file;
+    int line;
+};
+
+// What a thread does about broken contracts in place of ending the process, where bad input breaks them: it
+// throws. Null: the process ends.
+inline thread_local void (*broken_contract_handler)(const BrokenContract& contract) = nullptr;
+
+// As long as it lives, broken contracts of this thread are thrown, as BrokenContract.
+class ThrowBrokenContracts {
+  public:
+    ThrowBrokenContracts() : m_before(broken_contract_handler) {
+        broken_contract_handler = [](const BrokenContract& contract) { throw contract; };
+    }
+    ThrowBrokenContracts(const ThrowBrokenContracts&) = delete;
+    ThrowBrokenContracts& operator=(const ThrowBrokenContracts&) = delete;
+    ~ThrowBrokenContracts() { broken_contract_handler = m_before; }
+
+  private:
+    void (*m_before)(const BrokenContract& contract);
+};
+
 // Writes the line that the C library's assert would write, with `text` as the failed condition, and aborts.
 [[noreturn]] inline void contract_failed(const char* text, const char* file, int line, const char* function) {
+    if (broken_contract_handler)
+        broken_contract_handler({text, file, line});
     std::fprintf(stderr, "%s:%d: %s: Assertion `%s' failed.\n", file, line, function, text);
     std::fflush(stderr);
     std::abort();

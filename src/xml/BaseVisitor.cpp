@@ -47,6 +47,7 @@ bool BaseVisitor::VisitEnter(const XMLDocument&) {
 }
 
 bool BaseVisitor::VisitExit(const XMLDocument&) {
+    m_current_elem = nullptr;
     debug("[xml] exiting document\n");
     return !m_has_error;
 }
@@ -55,6 +56,7 @@ bool BaseVisitor::VisitExit(const XMLDocument&) {
 bool BaseVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute*) {
     if (m_has_error)
         return false;
+    m_current_elem = &elem;
     m_elem_stack.emplace_back(elem.Value());
     ++get_elem_stack_count_entry();
     if (m_debug_mode) // asked here too, so that the path is joined only where it is printed

@@ -135,12 +135,14 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     bool m_debug_mode;
     std::map<std::string, unsigned int> m_elem_counts; // by path: how many times it was entered
     VisitorCallbacks* m_callbacks;                     // not owned, may be null
+    // The element that is entered or left, null outside of the root. Messages about no node are about it.
+    const XMLElement* m_current_elem = nullptr;
 
   private:
     using Names = std::vector<std::string_view>;
 
     static Names take_names(unsigned int n, va_list names);
-    bool report_error_where(const std::string& where, const std::string& msg);
+    bool report_error_where(const MessagePlace& place, const std::string& where, const std::string& msg);
     bool report_count_outside(const XMLElement& elem, unsigned int count, unsigned int min_count,
                               unsigned int max_count);
     bool report_attrs_not_in(const XMLElement& elem, const Names& names);

@@ -28,6 +28,10 @@ std::string at_line(int line) {
     return line > 0 ? ", line " + std::to_string(line) : std::string();
 }
 
+MessagePlace place_of(const XMLNode& node) {
+    return {node.GetLineNum(), node.ToElement() ? node.Value() : nullptr};
+}
+
 std::string how_often(unsigned int min_count, unsigned int max_count) {
     if (min_count != max_count)
         return std::to_string(min_count) + "-" + std::to_string(max_count) + " times.";
@@ -37,23 +41,27 @@ std::string how_often(unsigned int min_count, unsigned int max_count) {
 } // namespace
 
 // Without callbacks no text is formed: a caller that only asks whether a document is good pays for none.
-bool BaseVisitor::report_error_where(const std::string& where, const std::string& msg) {
-    if (m_callbacks)
+bool BaseVisitor::report_error_where(const MessagePlace& place, const std::string& where,
+                                     const std::string& msg) {
+    if (m_callbacks) {
+        m_callbacks->report_place(place);
         m_callbacks->report_error(framed("Error", get_source_name(), where, msg));
+    }
     m_has_error = true;
     return false;
 }
 
+// The text has no line. Tools know it so.
 bool BaseVisitor::report_error(const std::string& msg) {
-    return report_error_where(":", msg);
+    return report_error_where(m_current_elem ? place_of(*m_current_elem) : MessagePlace(), ":", msg);
 }
 
 bool BaseVisitor::report_error(const XMLNode& node, const std::string& msg) {
-    return report_error_where(at_line(node.GetLineNum()), msg);
+    return report_error_where(place_of(node), at_line(node.GetLineNum()), msg);
 }
 
 bool BaseVisitor::report_error(const XMLAttribute& attr, const std::string& msg) {
-    return report_error_where(at_line(attr.GetLineNum()), msg);
+    return report_error_where({attr.GetLineNum(), attr.Name()}, at_line(attr.GetLineNum()), msg);
 }
 
 bool BaseVisitor::report_warning(const std::string& msg) {

@@ -1,6 +1,8 @@
 #include "BaseXmlLoader.h"
 
+#include <cstring>
 #include <iostream>
+#include <utility>
 
 #include "contract.h"
 
@@ -39,14 +41,39 @@ XMLDocument* BaseXmlLoader::parse_xml(const char* xml) {
     reset_errors();
     std::unique_ptr<XMLDocument> doc = new_document();
     doc->Parse(xml, nul_terminated);
-    if (!doc->Error())
+    if (!doc->Error()) {
+        note_text(xml, *doc);
         return doc.release();
+    }
     set_last_error(doc.get());
     return nullptr;
 }
 
+// The parser takes a text apart where it has copied it to, so that two names are as far from each other there
+// as in the text itself. The first node begins at the first bracket.
+void BaseXmlLoader::note_text(const char* xml, const XMLDocument& doc) {
+    const tinyxml2::XMLNode* first = doc.FirstChild();
+    const char* bracket = std::strchr(xml, '<');
+    m_known_name = nullptr;
+    if (!first || !bracket)
+        return;
+    const char* opening = first->ToDeclaration() ? "<?"
+                          : first->ToComment()   ? "<!--"
+                          : first->ToUnknown()   ? "<!"
+                                                 : "<";
+    m_known_name = first->Value();
+    m_known_offset = static_cast<std::size_t>(bracket - xml) + std::strlen(opening);
+}
+
+void BaseXmlLoader::report_place(const MessagePlace& place) {
+    m_next_place = {.line = place.line};
+    if (place.name && m_known_name)
+        m_next_place.offset = m_known_offset + static_cast<std::size_t>(place.name - m_known_name);
+}
+
 void BaseXmlLoader::report_error(const std::string& text) {
     m_errors.push_back(text);
+    m_places.push_back(std::exchange(m_next_place, {}));
 }
 
 void BaseXmlLoader::report_warning(const std::string& text) {
@@ -66,6 +93,11 @@ const std::string& BaseXmlLoader::get_error(unsigned int index) const {
     return m_errors[index];
 }
 
+const ErrorPlace& BaseXmlLoader::get_error_place(unsigned int index) const {
+    ZAN_CONTRACT(index < m_places.size(), "index < m_errors.size()");
+    return m_places[index];
+}
+
 const std::string& BaseXmlLoader::get_warning(unsigned int index) const {
     ZAN_CONTRACT(index < m_warnings.size(), "index < m_warnings.size()");
     return m_warnings[index];
@@ -74,9 +106,13 @@ const std::string& BaseXmlLoader::get_warning(unsigned int index) const {
 void BaseXmlLoader::reset_errors() {
     m_errors.clear();
     m_warnings.clear();
+    m_places.clear();
+    m_next_place = {};
+    m_known_name = nullptr;
 }
 
 void BaseXmlLoader::set_last_error(XMLDocument* doc) {
+    m_next_place = {.line = doc->ErrorLineNum(), .is_syntax = true};
     report_error(std::string("XML error: ") + doc->ErrorName() + ", " + doc->ErrorStr() + "\n");
 }
 

@@ -4,6 +4,7 @@
 
 #include <tinyxml2.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -14,6 +15,15 @@
 namespace zan::xml {
 
 using tinyxml2::XMLDocument;
+
+// Where the text of a load says what an error is about.
+struct ErrorPlace {
+    static constexpr std::size_t unknown = static_cast<std::size_t>(-1);
+    int line = 0;                 // from 1; 0 if it is about the text as a whole
+    std::size_t offset = unknown; // of the element's or attribute's name, in bytes; known for parse_xml only
+    bool is_syntax = false;       // the text is no XML
+    bool operator==(const ErrorPlace&) const = default;
+};
 
 // Parses documents for a concrete loader, which walks them with its own visitor. One loader serves any number
 // of loads, one after the other; the lists of messages are those of the last.
@@ -27,6 +37,7 @@ class BaseXmlLoader : public VisitorCallbacks {
 
     void report_error(const std::string& text) override;
     void report_warning(const std::string& text) override;
+    void report_place(const MessagePlace& place) override;
     // The file name of the last parse_file, "[mem]" after parse_xml, null before either.
     const char* get_source_name() const override;
     // Writes the text to standard error as it stands.
@@ -36,6 +47,7 @@ class BaseXmlLoader : public VisitorCallbacks {
     // entries.
     const std::string& get_error(unsigned int index) const;
     const std::string& get_warning(unsigned int index) const;
+    const ErrorPlace& get_error_place(unsigned int index) const;
     unsigned int get_num_errors() const { return static_cast<unsigned int>(m_errors.size()); }
     unsigned int get_num_warnings() const { return static_cast<unsigned int>(m_warnings.size()); }
     void reset_errors();
@@ -55,6 +67,14 @@ class BaseXmlLoader : public VisitorCallbacks {
     const char* m_source_name = nullptr; // not owned
     std::vector<std::string> m_errors;
     std::vector<std::string> m_warnings;
+
+  private:
+    void note_text(const char* xml, const XMLDocument& doc);
+
+    std::vector<ErrorPlace> m_places; // of the errors
+    ErrorPlace m_next_place;
+    const char* m_known_name = nullptr; // a name in the parser's text, and where it stands in the caller's
+    std::size_t m_known_offset = 0;
 };
 
 // Prints a document to memory, indented by two blanks a level. The arguments exist for its callers' sake

@@ -17,6 +17,8 @@ bool TableVisitor::VisitEnter(const XMLElement& elem, const XMLAttribute* first_
 }
 
 bool TableVisitor::VisitExit(const XMLElement& elem) {
+    if (!m_has_error)
+        m_current_elem = &elem;
     const ElementRow* row = m_has_error ? nullptr : find_row(elem);
     if (row && row->leave && !row->leave(*this, elem))
         return !m_has_error;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "reread_report.h"
 #include "temp_dir.h"
 #include "tly_exe.h"
 #include "whole_file.h"
@@ -62,6 +63,7 @@ TEST_P(Workload, GivesAReportWithoutAWord) {
     EXPECT_EQ(runTLY(package.data(), monitor.data(), report.data()), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     const std::string text = read_file(report);
+    EXPECT_EQ(reread(text), text);
     EXPECT_NE(text.find("\"children\":\n"), text.npos);
     EXPECT_EQ(text.find("extmem") != text.npos, std::string_view(GetParam()) == "X");
 }

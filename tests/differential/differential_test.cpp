@@ -8,6 +8,7 @@
 
 #include "input_generator.h"
 #include "report_properties.h"
+#include "reread_report.h"
 #include "run_program.h"
 #include "slow_model.h"
 #include "temp_dir.h"
@@ -139,6 +140,8 @@ std::string broken_properties(Input input, const Result& result) {
     std::string text;
     for (const std::string& fault : report_faults(*result.report))
         text += fault + "\n";
+    if (reread(*result.report) != *result.report)
+        text += "read and written again, the report has other bytes\n";
     std::string& monitor = *input.monitor;
     // The pseudo-kernel's lines, also those with its original name, are samples of several kernels, or of
     // none.

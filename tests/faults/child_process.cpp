@@ -12,6 +12,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "default_signals.h"
+
 namespace {
 
 constexpr unsigned time_limit_seconds = 60;
@@ -34,6 +36,7 @@ pid_t start_child(const std::string& folder, const std::string& out, const std::
         throw std::runtime_error("can't start a process");
     if (process != 0)
         return process;
+    use_default_signals();
     constexpr rlimit no_core_file = {0, 0};
     ::setrlimit(RLIMIT_CORE, &no_core_file);
     ::alarm(time_limit_seconds);

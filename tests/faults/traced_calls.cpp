@@ -40,6 +40,7 @@ constexpr KnownCall known_calls[] = {
     {SYS_statx, "statx", Calls::others, none, 1, none},
     {SYS_mkdirat, "mkdirat", Calls::others, none, 1, none},
     {SYS_renameat2, "renameat2", Calls::others, none, 1, none},
+    {SYS_linkat, "linkat", Calls::others, none, 1, none},
     {SYS_readlinkat, "readlinkat", Calls::others, none, 1, none},
     {SYS_fchmodat, "fchmodat", Calls::others, none, 1, none},
 #ifdef __x86_64__ // newer processors have the calls above alone
@@ -80,6 +81,10 @@ std::string CurrentCall::descriptor_path(std::uint64_t argument) const {
 
 std::string CurrentCall::path_argument() const {
     const std::string text = text_at(m_arguments[static_cast<std::size_t>(m_known.path)]);
+    // A file without a name has only this one.
+    constexpr std::string_view own_files = "/proc/self/fd/";
+    if (text.starts_with(own_files))
+        return descriptor_path(std::stoul(text.substr(own_files.size())));
     // The calls with "at" in their names have a folder before the path.
     const bool has_folder = m_known.path == 1 && static_cast<int>(m_arguments[0]) != AT_FDCWD;
     if (!has_folder || text.starts_with('/'))
@@ -112,9 +117,14 @@ std::string CurrentCall::file(const std::string& folder, const std::string& outp
                                  : path_argument();
     if (path == output)
         return "standard output";
+    const bool has_no_name = path.ends_with(" (deleted)");
+    if (path.starts_with(folder + "/") && has_no_name)
+        return "(unfinished)";
+    if (path == folder + "/")
+        return "./";
     if (path.starts_with(folder + "/"))
         return without_random_letters(path.substr(folder.size() + 1));
-    if (path.ends_with(" (deleted)") || path == "/tmp")
+    if (has_no_name || path == "/tmp")
         return "(temporary)";
     return path.empty() || path.find('/') == 0 || path.find(':') != path.npos ? ""
                                                                               : without_random_letters(path);

@@ -19,21 +19,22 @@
 namespace {
 
 // Reports the faults that a tag has on each of its values; true if the value can be recorded.
-bool warn_of_faults(const ExtMemTag& tag) {
+bool warn_of_faults(const ExtMemTag& tag, const TlyModuleInst& inst) {
+    const MessageDetails details{
+        .subject = tag.fault_text, .kernel = inst.getFunction(), .block = inst.getName()};
     if (!tag.names_op)
-        diagnose("WARNING: extmem port tag does not match an op type\n");
+        diagnose(Message::memory_tag_without_operation, details);
     switch (tag.fault) {
         case ExtMemTag::Fault::none:
             return true;
         case ExtMemTag::Fault::properties:
-            diagnose("WARNING: something went wrong when decoding the properties of the external memory {}\n",
-                     tag.fault_text);
+            diagnose(Message::memory_tag_unreadable, details);
             return false;
         case ExtMemTag::Fault::bank:
-            diagnose("WARNING: value for external memory bank was invalid: {}\n", tag.fault_text);
+            diagnose(Message::memory_bank_invalid, details);
             return false;
         case ExtMemTag::Fault::port:
-            diagnose("WARNING: value for external memory port was invalid: {}\n", tag.fault_text);
+            diagnose(Message::memory_port_invalid, details);
             return false;
     }
     return false;
@@ -48,13 +49,15 @@ bool is_measured(const TagMeaning& meaning, SharedCounterTypes type) {
 
 void TlyModuleInst::mark_invalid(std::string_view text, int line_number) {
     m_invalid_values.push_back(fmt::format("{}.{}", text, INV_COUNTER));
-    diagnose("WARNING: value for counter at line {} was invalid: {}\n", line_number, m_invalid_values.back());
+    diagnose(
+        Message::bad_counter,
+        {.line = line_number, .subject = m_invalid_values.back(), .kernel = m_function, .block = m_name});
 }
 
-int TlyModuleInst::updateCounters(std::span<const MonField> fields, int comp_unit, bool push,
-                                  SharedCounterTypes type, int line_number) {
+int TlyModuleInst::updateCounters(const MonFields& fields, int comp_unit, bool push, SharedCounterTypes type,
+                                  int line_number) {
     constexpr int all_units = -1;
-    static const MonField missing;
+    MonField room;
     int result = 0;
     if (push)
         partialReset();
@@ -62,7 +65,7 @@ int TlyModuleInst::updateCounters(std::span<const MonField> fields, int comp_uni
         if (comp_unit != all_units && port.comp_unit != comp_unit)
             continue;
         const auto index = static_cast<std::size_t>(port.offset); // a negative offset is beyond every line
-        const MonField& field = index < fields.size() ? fields[index] : missing;
+        const MonField& field = fields.get(index, room);
         long long value = field.value;
         if (!field.is_number) {
             mark_invalid(field.text, line_number);
@@ -90,7 +93,7 @@ int TlyModuleInst::updateCounters(std::vector<std::string> tokens, int comp_unit
     fields.reserve(tokens.size());
     for (const std::string& token : tokens)
         fields.push_back(read_mon_field(token));
-    return updateCounters(fields, comp_unit, push, type, line_number);
+    return updateCounters(MonFields(fields), comp_unit, push, type, line_number);
 }
 
 void TlyModuleInst::updateSingleCounter(const std::string& tag, long long value, bool push) {
@@ -122,7 +125,7 @@ void TlyModuleInst::note_counter(Counter counter) {
 }
 
 void TlyModuleInst::record_ext_mem(ExtMemPort& port, long long value, bool push) {
-    if (warn_of_faults(port.tag))
+    if (warn_of_faults(port.tag, *this))
         ExtMemCounts::record(ext_mem_list(port), value, push);
 }
 

@@ -28,6 +28,8 @@ struct ProfileModel {
     // There is a profiler description. Without one, kernels are made for the names on monitor lines, and
     // counters are not read.
     bool is_described = true;
+    // The one whose counters are read; the fields of others are skipped.
+    int compute_unit = 0;
 };
 
 // Delete the kernels with their module instances, and the memories. The entries stay and dangle.

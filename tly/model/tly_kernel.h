@@ -32,6 +32,9 @@ class TlyKernel {
     int get_line_num() const { return m_line_num; }
     bool is_autorun_kernel() const { return m_autorun; }
     void set_autorun() { m_autorun = true; }
+    // How many copies of the kernel the design has.
+    unsigned int get_num_compute_units() const { return m_num_compute_units; }
+    void set_num_compute_units(unsigned int count) { m_num_compute_units = count; }
     // At least one monitor line has reached the kernel.
     bool is_in_mon_file() const { return m_in_mon; }
     void set_in_mon(bool in_mon) { m_in_mon = in_mon; }
@@ -98,6 +101,7 @@ class TlyKernel {
     std::string m_original_name;
     std::string m_user_friendly_name;
     bool m_autorun;
+    unsigned int m_num_compute_units = 1;
     bool m_in_mon = false;
     SharedCounterTypes m_shared_run_type = SHARED_NONE;
     std::string m_filename;

@@ -190,7 +190,7 @@ long long TlyModuleInst::sample(Counter counter, int i) const {
 TlyModuleInst::Samples TlyModuleInst::total_cycles() const {
     if (const Samples* cycles = find_function_cycles())
         return *cycles;
-    diagnose("WARNING: No total cycles found for kernel {}\n", m_function);
+    diagnose(Message::no_cycles, {.kernel = m_function});
     return {};
 }
 
@@ -221,7 +221,7 @@ void TlyModuleInst::addSampleTimestamp(long long timestamp) {
 std::vector<long long> TlyModuleInst::getSampleTimestamps() const {
     if (const Samples* timestamps = m_functions.find_timestamps(m_function))
         return timestamps->to_vector();
-    diagnose("WARNING: no sample timestamps in moduleInst\n");
+    diagnose(Message::no_timestamps, {.kernel = m_function, .block = m_name});
     return {};
 }
 

@@ -83,7 +83,7 @@ class TlyModuleInst {
     // With `push` the values make a sample of their own. `type` is what a run with shared counters measured.
     // A value that is no number, or a field that the line doesn't have, is reported on standard error,
     // remembered in getInvalidValues() and counted as -1. Returns -1 if there was one, else 0.
-    int updateCounters(std::span<const MonField> fields, int comp_unit, bool push, SharedCounterTypes type,
+    int updateCounters(const MonFields& fields, int comp_unit, bool push, SharedCounterTypes type,
                        int line_number);
     // The same, with `push`, for a block of lines, whose counters start at the field `first_counter`. The
     // instance must be able to take the block, and `type` be the same on all lines.
@@ -172,6 +172,9 @@ class TlyModuleInst {
     // Which kind of run with shared counters measures a tag. Tags that aren't here are measured in every run.
     inline static const std::unordered_map<std::string, SharedCounterTypes> CNT_SHARED_MAPPING =
         make_shared_mapping();
+
+    // Forgets the cycles of all functions, as at the start of the process. There must be no instances.
+    static void forget_functions() { m_functions = FunctionCycles(); }
 
     int getNumComputeUnits() const { return m_num_compute_units; }
     // All three: the number of counters.

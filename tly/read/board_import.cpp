@@ -61,16 +61,15 @@ std::unique_ptr<TlyExtMem> make_ext_mem(const GlobalMemConfig& described, Memory
 
 } // namespace
 
-StageResult import_board(ProfileModel& model, ptree& tree, Package& package) {
+StageResult read_board(ProfileModel& model, ptree& tree, Package& package, BoardSpecXmlLoader& loader) {
     const PackageSection section = package.read(board_section);
     if (!section.text) {
-        diagnose("Error: unable to get board xml zanx section\n");
+        diagnose(Message::no_board);
         return StageResult::failed;
     }
-    const std::unique_ptr<BoardSpec> spec(BoardSpecXmlLoader(false, false).load_xml(section.text.get()));
-    // Callers rely on this end for a board that can't be loaded. What is wrong with it is not reported.
+    const std::unique_ptr<BoardSpec> spec(loader.load_xml(section.text.get()));
     if (!spec)
-        end_by_segmentation_fault();
+        return StageResult::not_loadable;
     MemoryMaps maps;
     for (const auto& described : spec->get_global_mem_configs()) {
         // A second memory of a name replaces the first in the maps, but not in the model.
@@ -78,13 +77,20 @@ StageResult import_board(ProfileModel& model, ptree& tree, Package& package) {
         if (model.ext_mems.try_emplace(described->get_name(), memory.get()).second)
             static_cast<void>(memory.release()); // the model's now
         else
-            diagnose(
-                "Warning: trying to insert new global memory object with a name that already belongs to "
-                "an existing global memory. Global memory names must be unique\n");
+            diagnose(Message::memory_twice, {.subject = described->get_name()});
     }
     TreeSink boards(tree.get_child("boards.nodes"));
     boards.open({}, Form::object);
     write_board(boards, spec->get_name(), maps.max_bandwidths, maps.max_burst_counts);
     boards.close();
     return StageResult::done;
+}
+
+StageResult import_board(ProfileModel& model, ptree& tree, Package& package) {
+    BoardSpecXmlLoader loader(false, false);
+    const StageResult result = read_board(model, tree, package, loader);
+    // Callers rely on this end for a board that can't be loaded. What is wrong with it is not reported.
+    if (result == StageResult::not_loadable)
+        end_by_segmentation_fault();
+    return result;
 }

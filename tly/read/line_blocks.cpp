@@ -78,7 +78,7 @@ void LineBlocks::find_shared_functions() {
     for (const auto& [name, kernel] : m_kernels) {
         for (const TlyModuleInst* inst : kernel->get_module_insts()) {
             Use& use = uses.try_emplace(inst->getFunction(), Use{kernel}).first->second;
-            use.num_writers += inst->counts_total_cycles(read_compute_unit) ? 1 : 0;
+            use.num_writers += inst->counts_total_cycles(m_compute_unit) ? 1 : 0;
             if (use.kernel != kernel || use.num_writers > 1)
                 m_shared_functions.insert(inst->getFunction());
         }
@@ -87,6 +87,9 @@ void LineBlocks::find_shared_functions() {
 
 // Asked after the first line of the kernel, when the functions that count cycles have their lists.
 bool LineBlocks::can_decode_together(const LineTarget& target, std::size_t num_counters) {
+    // Not one such line fits a block, which would take several times the line's memory.
+    if (num_counters > LineBlock::most_values)
+        return false;
     if (!m_functions_known)
         find_shared_functions();
     const auto& insts = *target.insts;
@@ -101,7 +104,7 @@ bool LineBlocks::can_decode_together(const LineTarget& target, std::size_t num_c
     return std::all_of(insts.begin(), insts.end(), [&](const TlyModuleInst* inst) {
         return inst->compiledSharedCounters() == insts.front()->compiledSharedCounters() &&
                !m_shared_functions.contains(inst->getFunction()) &&
-               inst->can_take_blocks(first_counter_field, num_counters, read_compute_unit);
+               inst->can_take_blocks(first_counter_field, num_counters, m_compute_unit);
     });
 }
 
@@ -115,11 +118,11 @@ void LineBlocks::enter(Block& block) {
     m_last_shared = &block;
 }
 
-void LineBlocks::decode_lines(Block& block) {
+void LineBlocks::decode_lines(Block& block) const {
     if (block.lines.size() == 0)
         return;
     for (TlyModuleInst* inst : *block.target.insts)
-        inst->updateCounters(block.lines, first_counter_field, read_compute_unit, block.type);
+        inst->updateCounters(block.lines, first_counter_field, m_compute_unit, block.type);
     block.lines.clear();
     block.target.update_total_cycles();
 }

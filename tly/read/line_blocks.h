@@ -25,8 +25,9 @@
 // The waiting lines of all kernels. Callers that look at a kernel's samples have to decode first.
 class LineBlocks {
   public:
-    // `kernels` are all kernels of the run.
-    explicit LineBlocks(const std::map<std::string, TlyKernel*>& kernels) : m_kernels(kernels) {}
+    // `kernels` are all kernels of the run, and `compute_unit` is the one whose counters are read.
+    LineBlocks(const std::map<std::string, TlyKernel*>& kernels, int compute_unit)
+        : m_kernels(kernels), m_compute_unit(compute_unit) {}
 
     // Takes a line; false if it has to be read on its own.
     bool add(std::string_view line);
@@ -54,9 +55,10 @@ class LineBlocks {
     bool can_decode_together(const LineTarget& target, std::size_t num_counters);
     void find_shared_functions();
     void enter(Block& block);
-    static void decode_lines(Block& block);
+    void decode_lines(Block& block) const;
 
     const std::map<std::string, TlyKernel*>& m_kernels;
+    const int m_compute_unit;
 
     // Null for kernels whose lines are read on their own.
     std::unordered_map<const TlyKernel*, std::unique_ptr<Block>> m_blocks;

@@ -92,10 +92,10 @@ bool read_plain_fields(PlainFields& fields, std::string_view& name, LineHead& he
 }
 
 bool read_split_field(const HeadField& field, const MonLine& line, int line_number, LineHead& head) {
-    const MonField& text = line.fields()[field.index];
+    const MonField text = line.fields()[field.index];
     if (text.is_number && field.set(head, text.value))
         return true;
-    diagnose("ERROR: Unable to parse {}. Ignoring .mon line {}\n", field.name, line_number);
+    diagnose(Message::bad_number, {.line = line_number, .subject = field.name});
     return false;
 }
 
@@ -129,7 +129,7 @@ bool read_split_head(const MonLine& line, LineForm form, int line_number, LineHe
             return false;
     }
     if (!is_whole)
-        diagnose("ERROR: Unexpected number of values. Ignoring .mon line {}\n", line_number);
+        diagnose(Message::wrong_field_count, {.line = line_number});
     return is_whole;
 }
 

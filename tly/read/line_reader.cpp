@@ -49,10 +49,13 @@ bool LineReader::fill() {
         count = ::read(m_fd, m_buffer.get() + m_end, m_capacity - m_end);
     } while (count < 0 && errno == EINTR);
     m_at_end = count <= 0;
-    if (count > 0)
+    if (count > 0) {
         m_end += static_cast<std::size_t>(count);
-    else if (count < 0)
+        m_num_bytes += static_cast<std::uint64_t>(count);
+    } else if (count < 0) {
+        m_read_error = errno;
         m_begin = m_end; // a line that a fault has cut may look like a whole one with other numbers
+    }
     return !m_at_end;
 }
 
@@ -73,6 +76,7 @@ bool LineReader::next(std::string_view& line) {
             continue;
         line = std::string_view(m_buffer.get() + m_begin, m_end - m_begin);
         m_begin = m_end;
+        m_had_newline = line.empty() && m_had_newline;
         return !line.empty();
     }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,6 +11,8 @@
 class LineReader {
   public:
     explicit LineReader(const std::string& path);
+    // Reads an open descriptor from where it stands, and closes it at the end. A negative one isn't open.
+    explicit LineReader(int descriptor) : m_fd(descriptor) {}
     LineReader(const LineReader&) = delete;
     LineReader& operator=(const LineReader&) = delete;
     ~LineReader();
@@ -21,6 +24,13 @@ class LineReader {
     // and a line whose end can't be read is none.
     bool next(std::string_view& line);
 
+    // The bytes read so far: those of the lines taken, and of some after them.
+    std::uint64_t num_bytes() const { return m_num_bytes; }
+    // The error number of a read that failed, which has ended the lines; 0 if none did.
+    int read_error() const { return m_read_error; }
+    // The last line that was taken ended with a newline.
+    bool had_newline() const { return m_had_newline; }
+
   private:
     void make_room();
     bool fill();
@@ -31,4 +41,7 @@ class LineReader {
     std::size_t m_begin = 0; // of the bytes that no line has taken yet
     std::size_t m_end = 0;
     bool m_at_end = false;
+    bool m_had_newline = true;
+    int m_read_error = 0;
+    std::uint64_t m_num_bytes = 0;
 };

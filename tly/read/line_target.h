@@ -7,9 +7,6 @@
 #include "line_head.h"
 #include "tly_kernel.h"
 
-// The counters of other compute units are not read.
-inline constexpr int read_compute_unit = 0;
-
 // The kernel of a line, and the instances and kernels that its counters go to. Owns none of them.
 struct LineTarget {
     TlyKernel* kernel = nullptr;

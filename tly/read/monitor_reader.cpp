@@ -5,58 +5,26 @@
 #include "diagnostics.h"
 #include "input_names.h"
 #include "kernel_node.h"
-#include "line_blocks.h"
 #include "line_reader.h"
-#include "mon_line.h"
 #include "tly_constants.h"
 #include "transfer_node.h"
 
 namespace {
 
-class MonitorReader {
-  public:
-    MonitorReader(ProfileModel& model, MonitorNodes& nodes, LineDecoding decoding)
-        : m_model(model), m_nodes(nodes), m_decoding(decoding), m_blocks(model.kernels) {}
+MessageDetails of_inst(const TlyModuleInst& inst, int line_number) {
+    return {.line = line_number, .kernel = inst.getFunction(), .block = inst.getName()};
+}
 
-    // Reads one line. False if the run has to end.
-    bool read_line(std::string_view text);
-    // Decodes the lines that still wait for that. The samples are not complete before.
-    void decode_all() { m_blocks.decode_all(); }
-    // Closes the last invocation of each kernel, and warns of the kernels that no line named.
-    void finish();
+} // namespace
 
-  private:
-    bool find_target(LineTarget& target);
-    TlyKernel* find_kernel();
-    void collect_autorun_kernels();
-    void add_transfer(const LineHead& head);
-    bool add_sample(const LineTarget& target, const LineHead& head);
-    bool update_instances(const LineTarget& target, SharedCounterTypes type);
-
-    ProfileModel& m_model;
-    MonitorNodes& m_nodes;
-    const LineDecoding m_decoding;
-
-    LineBlocks m_blocks;
-    int m_line_number = 0;
-    MonLine m_line;
-    std::string_view m_name_on_line; // of the current line
-    std::string m_name;              // the same after mapping
-    // Set by a line with a transfer's name and cleared only when a transfer has been added: a faulty transfer
-    // line leaves it set, and the next line is taken for a transfer whatever its name.
-    bool m_is_transfer = false;
-
-    // The kernels and instances that a line of the autorun pseudo-kernel is for. They are the same for all
-    // lines, since no line makes an autorun kernel.
-    bool m_autorun_collected = false;
-    std::vector<TlyKernel*> m_autorun_kernels;
-    std::vector<TlyModuleInst*> m_autorun_insts;
-};
+MonitorReader::MonitorReader(ProfileModel& model, MonitorNodes& nodes, LineDecoding decoding)
+    : m_model(model), m_nodes(nodes), m_decoding(decoding), m_blocks(model.kernels, model.compute_unit) {
+}
 
 bool MonitorReader::read_line(std::string_view text) {
     ++m_line_number;
     if (text.empty()) {
-        diagnose("warning: empty .mon line {}\n", m_line_number);
+        diagnose(Message::empty_line, {.line = m_line_number});
         return true;
     }
     // After a faulty transfer the next line is one, too, even if it looks like a kernel's.
@@ -93,8 +61,7 @@ bool MonitorReader::find_target(LineTarget& target) {
         target.insts = &m_autorun_insts;
     }
     if (target.insts->empty() && m_model.is_described) {
-        diagnose("profile.mon has some kernel that does not have any moduleinsts - Skipping line {}\n",
-                 m_line_number);
+        diagnose(Message::kernel_without_blocks, {.line = m_line_number, .kernel = m_name});
         return false;
     }
     return true;
@@ -113,10 +80,7 @@ TlyKernel* MonitorReader::find_kernel() {
     }
     if (!m_model.is_described)
         return m_model.kernels[m_name] = new TlyKernel(m_name);
-    diagnose(
-        "Warning: profile.mon has some kernel which is not in the profiler.xml - Ignoring .mon line\n"
-        "----> kernel in .mon at line {}: {}\n",
-        m_line_number, m_name);
+    diagnose(Message::kernel_unknown, {.line = m_line_number, .kernel = m_name});
     return nullptr;
 }
 
@@ -149,10 +113,7 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     // The head was read, so that the fields before the counters are there.
     const auto num_fields = static_cast<long long>(m_line.fields().size() - first_counter_field);
     if (m_model.is_described && num_fields != head.num_counters) {
-        diagnose(
-            "Warning: number of .mon entries does not match number of counters for this kernel. "
-            "Skipping line {}\n",
-            m_line_number);
+        diagnose(Message::wrong_counter_count, {.line = m_line_number, .kernel = m_name});
         return true;
     }
     m_blocks.decode(target);
@@ -162,7 +123,7 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : target.kernels())
-            close_invocation(*kernel, m_nodes, true, m_model.ext_mems);
+            close_invocation(*kernel, m_nodes, true, m_model.ext_mems, m_model.compute_unit);
     }
     target.add_head(head);
     if (sets_start_time) {
@@ -186,22 +147,14 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
 bool MonitorReader::update_instances(const LineTarget& target, SharedCounterTypes type) {
     for (TlyModuleInst* inst : *target.insts) {
         if (inst->compiledSharedCounters() && type == SHARED_NONE) {
-            diagnose(
-                "ERROR: .zanx file has shared counters data but .mon does not at line {}. "
-                "Data will not match. Ensure host is run with the Profiler Runtime Wrapper using the "
-                "shared counter option. ABORT\n",
-                m_line_number);
+            diagnose(Message::shared_in_design_only, of_inst(*inst, m_line_number));
             return false;
         }
         if (!inst->compiledSharedCounters() && type != SHARED_NONE) {
-            diagnose(
-                "ERROR: .mon file has shared counters data at line {} but .zanx does not. "
-                "Data will not match. Ensure design is compiled with the profile shared counters flag. "
-                "ABORT\n",
-                m_line_number);
+            diagnose(Message::shared_in_monitor_only, of_inst(*inst, m_line_number));
             return false;
         }
-        inst->updateCounters(m_line.fields(), read_compute_unit, true, type, m_line_number);
+        inst->updateCounters(m_line.fields(), m_model.compute_unit, true, type, m_line_number);
     }
     return true;
 }
@@ -211,22 +164,20 @@ void MonitorReader::finish() {
     decode_all();
     for (const auto& [name, kernel] : m_model.kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            close_invocation(*kernel, m_nodes, false, m_model.ext_mems);
+            close_invocation(*kernel, m_nodes, false, m_model.ext_mems, m_model.compute_unit);
         else
-            diagnose("Warning: no data in the .mon file for the {}kernel {}.\n",
-                     kernel->is_autorun_kernel() ? "autorun " : "", kernel->get_name());
+            diagnose(kernel->is_autorun_kernel() ? Message::no_autorun_samples : Message::no_samples,
+                     {.kernel = kernel->get_name()});
     }
 }
 
-} // namespace
-
 void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
-                      const ProfileModel::ExtMems& ext_mems) {
+                      const ProfileModel::ExtMems& ext_mems, int compute_unit) {
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
-    ReportSink& sink = nodes.kernels();
+    ReportSink& sink = nodes.kernels(kernel);
     sink.open({}, Form::object);
-    write_kernel(sink, kernel, ext_mems);
+    write_kernel(sink, kernel, ext_mems, compute_unit);
     sink.close();
     if (reset)
         kernel.resetKernel();
@@ -236,7 +187,7 @@ StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const st
                               LineDecoding decoding) {
     LineReader lines(mon_path);
     if (!lines.is_open()) {
-        diagnose("ABORT: .mon file errored while trying to open.\n");
+        diagnose(Message::monitor_file_unreadable);
         return StageResult::failed;
     }
     MonitorReader reader(model, nodes, decoding);

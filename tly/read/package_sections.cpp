@@ -43,7 +43,7 @@ PackageSection Package::read(const char* section) {
 StageResult parse_version(ptree& tree, Package& package) {
     const PackageSection section = package.read(version_section);
     if (!section.text) {
-        diagnose("Error: unable to get version zanx section\n");
+        diagnose(Message::no_version);
         return StageResult::failed;
     }
     const std::string_view version = section.text.get();
@@ -54,7 +54,7 @@ StageResult parse_version(ptree& tree, Package& package) {
 StageResult parse_timing_report(ptree& tree, Package& package) {
     const PackageSection section = package.read(timing_report_section);
     if (!section.text) {
-        diagnose("Error: unable to get velmora report zanx section\n");
+        diagnose(Message::no_timing_report);
         return StageResult::failed;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.

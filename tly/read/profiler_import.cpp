@@ -81,9 +81,10 @@ class ProfilerImport {
         const std::string& name = function.getName();
         if (!function.getOriginalName().empty())
             m_model.original_names.emplace(function.getOriginalName(), name); // the first claim stays
-        m_model.kernels[name] =
-            new TlyKernel(name, function.getUserFriendlyName(), function.getOriginalName(),
-                          function.getFilename(), static_cast<int>(function.getLinenum()));
+        TlyKernel*& kernel = m_model.kernels[name];
+        kernel = new TlyKernel(name, function.getUserFriendlyName(), function.getOriginalName(),
+                               function.getFilename(), static_cast<int>(function.getLinenum()));
+        kernel->set_num_compute_units(function.getNumComputeUnits());
     }
 
     // The field is taken first, also by a connection that turns out to have no counter.
@@ -156,8 +157,9 @@ class ProfilerImport {
         }
         const int shared_offset = inst.getSharedOffset(shared_port->getTag());
         if (shared_offset == -1) {
-            diagnose("ERROR: No shared offset was found for kernel {}. ABORT\n", inst.getFunction());
-            return; // in spite of the last word the run goes on
+            diagnose(Message::shared_port_unknown,
+                     {.subject = tag, .kernel = inst.getFunction(), .block = inst.getName()});
+            return;
         }
         inst.addPortTag(tag, shared_offset, compute_unit);
         inst.addHasShared(1);
@@ -171,7 +173,7 @@ class ProfilerImport {
             const std::string& name = *entry;
             const auto kernel = m_model.kernels.find(name);
             if (kernel == m_model.kernels.end())
-                diagnose("Warning: {} is listed as an autorun kernel but no kernel exists\n", name);
+                diagnose(Message::autorun_kernel_unknown, {.kernel = name});
             else if (kernel->second->get_name() != autorun_profile_dummy_kernel)
                 running_offset += shift_kernel(*kernel->second, running_offset);
         }
@@ -199,22 +201,26 @@ class ProfilerImport {
 } // namespace
 
 StageResult import_profiler(ProfileModel& model, const ptree& tree, Package& package) {
+    ProfilerConfigXmlLoader loader(false);
+    return import_profiler(model, tree, package, loader);
+}
+
+StageResult import_profiler(ProfileModel& model, const ptree& tree, Package& package,
+                            ProfilerConfigXmlLoader& loader) {
     const PackageSection section = package.read(profiler_section);
     package.close(); // the largest section is the last one: what the package holds of it isn't needed twice
     model.is_described = section.status != SectionStatus::no_section;
     if (!model.is_described) {
-        diagnose(
-            "Warning: No profiler elf section. Will only return kernel start/stop time and memory "
-            "transfer times between device & host.\n");
+        diagnose(Message::no_description);
         return StageResult::no_description;
     }
     if (section.status != SectionStatus::found) {
-        diagnose("Error unable to read profiler elf section\n");
+        diagnose(Message::description_unreadable);
         return StageResult::failed;
     }
-    const std::unique_ptr<ProfilerConfig> config(ProfilerConfigXmlLoader(false).load_xml(section.text.get()));
+    const std::unique_ptr<ProfilerConfig> config(loader.load_xml(section.text.get()));
     if (!config) {
-        diagnose("Error: unable to load profiler.xml file\n");
+        diagnose(Message::description_not_loadable);
         return StageResult::failed;
     }
     // The doubled dot leads to the one element of the array, whose key is empty.

@@ -1,6 +1,7 @@
 // From the profiler description to kernels, module instances, and the places of their counters on a line.
 #pragma once
 
+#include "ProfilerConfigXml.h"
 #include "package_sections.h"
 #include "profile_model.h"
 
@@ -9,3 +10,6 @@
 // frequency is read back from `tree`. Without a description a message says so, and the model is one of a
 // design that isn't described. Fails with a message if there is a description that can't be loaded.
 StageResult import_profiler(ProfileModel& model, const ptree& tree, Package& package);
+// The same with the caller's loader, whose list of errors then says what is wrong with the description.
+StageResult import_profiler(ProfileModel& model, const ptree& tree, Package& package,
+                            zan::profiler::ProfilerConfigXmlLoader& loader);

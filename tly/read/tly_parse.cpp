@@ -47,7 +47,9 @@ class CallersModel {
 class TreeNodes final : public MonitorNodes {
   public:
     explicit TreeNodes(ptree& tree) : m_tree(tree) {}
-    ReportSink& kernels() override { return m_sink.emplace(m_tree.get_child("kernels.nodes")); }
+    ReportSink& kernels(const TlyKernel&) override {
+        return m_sink.emplace(m_tree.get_child("kernels.nodes"));
+    }
     ReportSink& transfers() override { return m_sink.emplace(m_tree.get_child("memtransfers.nodes")); }
 
   private:

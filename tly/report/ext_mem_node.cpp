@@ -22,23 +22,17 @@ struct PortSamples {
 };
 
 // Warns if the lists that have samples differ in length.
-void warn_of_lengths(const PortSamples& port, std::size_t num_cycles) {
+void warn_of_lengths(const PortSamples& port, std::size_t num_cycles, const MessageDetails& details) {
     const std::size_t num_reads = port.reads.size();
     const std::size_t num_writes = port.writes.size();
     if (port.reads.empty()) {
         if (num_cycles != num_writes)
-            diagnose(
-                "Warning: number of external memory write samples is not equal to "
-                "the total number of clock samples\n");
+            diagnose(Message::memory_writes_differ, details);
     } else if (port.writes.empty()) {
         if (num_cycles != num_reads)
-            diagnose(
-                "Warning: number of external memory read samples is not equal to "
-                "the total number of clock samples\n");
+            diagnose(Message::memory_reads_differ, details);
     } else if (num_writes != num_reads || num_cycles != num_writes) {
-        diagnose(
-            "Warning: number of external memory write samples is not equal to "
-            "number of external memory read samples and/or the total number of samples\n");
+        diagnose(Message::memory_samples_differ, details);
     }
 }
 
@@ -102,15 +96,16 @@ void write_ext_mem(ReportSink& node, const TlyModuleInst& inst, const Samples& s
     };
     const PortSamples port{samples(EXT_MEM_READ), samples(EXT_MEM_WRITE), samples(EXT_MEM_READ_BURST),
                            samples(EXT_MEM_WRITE_BURST)};
+    const MessageDetails details{.subject = mem.get_name(), .kernel = inst.getFunction()};
     if (port.reads.empty() && port.writes.empty()) {
-        diagnose("Error: there is no external read and write data. Nothing to add to json.\n");
+        diagnose(Message::memory_without_data, details);
         return;
     }
     node.text("type", "extmem");
     node.text("name", mem.get_name());
     node.text("interface", mem.get_interface_name(bank));
     node.text("port", mem.get_interface_port_name(bank, port_number));
-    warn_of_lengths(port, sample_cycles.size());
+    warn_of_lengths(port, sample_cycles.size(), details);
     const std::size_t count = common_length(port, sample_cycles.size());
     if (port.reads.empty())
         node.boolean("write_only", true);

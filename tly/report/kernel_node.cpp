@@ -1,4 +1,4 @@
-// A kernel's node holds compute unit 0 only, as the reader keeps no counters of others.
+// A kernel's node holds one compute unit only, as the reader keeps no counters of others.
 #include "kernel_node.h"
 
 #include "diagnostics.h"
@@ -38,7 +38,7 @@ void write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
     for (const std::string& name : wrapper.getExtMemNames()) {
         const auto found = ext_mems.find(name);
         if (found == ext_mems.end())
-            diagnose("Warning: external memory from kernel does not match external memory from board.\n");
+            diagnose(Message::memory_unknown, {.subject = name, .kernel = wrapper.getFunction()});
         else
             write_ports(children, wrapper, *found->second, sample_cycles);
     }
@@ -68,7 +68,7 @@ void write_invocation(ReportSink& node, const KernelInvocation& invocation) {
 
 // The instance of the function itself counts the clock of the kernel, and has no node.
 void write_kernel(ReportSink& node, const TlyKernel& kernel,
-                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems) {
+                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems, int compute_unit) {
     const std::string& name = kernel.get_name();
     const std::string& display_name = kernel.get_user_friendly_name();
     const std::string& sourcefile = kernel.get_filename();
@@ -77,7 +77,7 @@ void write_kernel(ReportSink& node, const TlyKernel& kernel,
                             .sourcefile = sourcefile,
                             .line = static_cast<unsigned int>(kernel.get_line_num()),
                             .device_ids = kernel.device_ids(),
-                            .compute_unit = 0,
+                            .compute_unit = compute_unit,
                             .command_queues = kernel.command_queues(),
                             .start_time = kernel.get_start_time(),
                             .sample_timestamps = kernel.sample_timestamps(),

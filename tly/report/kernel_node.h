@@ -33,6 +33,6 @@ void write_invocation(ReportSink& node, const KernelInvocation& invocation);
 
 // Writes the current invocation of the kernel with its children: the module instances, and the ports of
 // external memories at the place of the wrapper instance. A memory that `ext_mems` lacks is reported on
-// standard error and left out.
+// standard error and left out. `compute_unit` is the one whose counters were read.
 void write_kernel(ReportSink& node, const TlyKernel& kernel,
-                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems);
+                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems, int compute_unit = 0);

@@ -17,6 +17,10 @@ namespace {
 
 using Samples = SampleList<long long>;
 
+MessageDetails of_inst(const TlyModuleInst& inst) {
+    return {.kernel = inst.getFunction(), .block = inst.getName()};
+}
+
 // What an instance is decides which keys its node has. One instance can be several of these.
 struct Kind {
     bool channel;
@@ -66,15 +70,13 @@ void write_sources(ReportSink& node, const TlyModuleInst& inst) {
 
 void write_channel_depth(ReportSink& details, const TlyModuleInst& inst) {
     if (inst.getHasMaxFifoSize() != inst.getHasTotalFifoSize())
-        diagnose("Warning: only one of max and total fifo size counters exists in profile.mon.\n");
+        diagnose(Message::one_channel_size, of_inst(inst));
     if (!inst.compiledSharedCounters() && inst.getHasTotalFifoSize()) {
         const Samples& fills = inst.samples(Counter::total_fifo);
         const Samples& stalls = inst.samples(Counter::ext_stall);
         const Samples& requests = requests_of(inst);
         if (fills.size() != stalls.size() || fills.size() != requests.size())
-            diagnose(
-                "Warning: numbers of fifo size counts, channel stall counts, "
-                "and request or invalid counts do not match.\n");
+            diagnose(Message::channel_counts_differ, of_inst(inst));
         DerivedSamples depths;
         SampleCursor<long long> fill(fills);
         SampleCursor<long long> request(requests);
@@ -93,9 +95,10 @@ int byte_width_of(const TlyModuleInst& inst) {
     const auto bits = parse_int(inst.getAttrByteWidth());
     if (bits)
         return *bits / 8;
-    diagnose("Warning: value for byte width for moduleinst {} was invalid: {}\n", inst.getName(),
-             inst.getAttrByteWidth());
-    diagnose("Warning: unable to parse the byte width. Setting byte width to 1.\n");
+    MessageDetails details = of_inst(inst);
+    details.subject = inst.getAttrByteWidth();
+    diagnose(Message::width_invalid, details);
+    diagnose(Message::width_replaced, details);
     return 1;
 }
 
@@ -124,7 +127,7 @@ void write_bandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind&
     const int byte_width = byte_width_of(inst);
     const float fmax = inst.getFmax();
     if (sample_cycles.size() != requests.size())
-        diagnose("Warning: number of cycle samples is not equal to number of valid cycles\n");
+        diagnose(Message::request_count_differs, of_inst(inst));
 
     DerivedSamples bandwidths;
     DerivedSamples efficiencies;
@@ -135,7 +138,7 @@ void write_bandwidth(ReportSink& details, const TlyModuleInst& inst, const Kind&
     for (std::size_t i = 0; i < count; ++i) {
         const long long num_requests = request.next();
         if (num_requests == -1)
-            diagnose("Warning: Invalid request count. Bandwidth measurement might be incorrect.\n");
+            diagnose(Message::requests_invalid, of_inst(inst));
         if (!kind.channel && !kind.global)
             continue;
         const Bandwidth bandwidth =
@@ -162,9 +165,7 @@ DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
     const Samples& words = inst.samples(Counter::burst_words);
     const Samples& bursts = inst.samples(Counter::nbursts);
     if (words.size() != bursts.size())
-        diagnose(
-            "Warning: Number of Total burst word samples does not match number of n bursts. "
-            "May result in incorrect average burst size data\n");
+        diagnose(Message::bursts_differ, of_inst(inst));
     DerivedSamples averages;
     SampleCursor<long long> word(words);
     SampleCursor<long long> burst(bursts);
@@ -213,10 +214,8 @@ void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples
 void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sample_cycles) {
     node.text("type", "moduleinst");
     node.text("name", inst.getName());
-    // This message alone has no newline.
     if (inst.getNumLines() != inst.getNumFilenames() || inst.getNumLines() != inst.getNumCols())
-        diagnose(
-            "Warning: number of debug lines, number of debug filepaths, and number of columns do not match.");
+        diagnose(Message::locations_differ, of_inst(inst));
     write_sources(node, inst);
     node.open("module_inst_details", Form::object);
     write_details(node, inst, sample_cycles);

@@ -18,7 +18,7 @@ constexpr FileArgument file_arguments[] = {{"zanx", "first"}, {"mon", "second"},
 constexpr int num_file_arguments = 3;
 
 int refuse(const std::string& reason) {
-    diagnose("ABORT: {}\n", reason);
+    write_message(stderr, "ABORT: {}\n", reason);
     printUsage();
     return 0;
 }
@@ -96,7 +96,7 @@ int runTLY(char* zanx_path, char* mon_path, char* json_path) {
     for (const Stage& stage : stages) {
         const StageResult result = stage.work(run);
         if (result == StageResult::failed) {
-            diagnose("{}\n", stage.failure);
+            write_message(stderr, "{}\n", stage.failure);
             return static_cast<int>(result);
         }
     }

@@ -2,6 +2,9 @@
 
 #include "command_line.h"
 #include "package_commands.h"
+#include "run_command.h"
+#include "signals.h"
+#include "summary_command.h"
 
 namespace zan::tool {
 
@@ -10,14 +13,20 @@ namespace {
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
     &package_command,
+    &run_command,
+    &summary_command,
 };
 
-constexpr Command toolbox = {"zanl-profile", "Tools for profiled FPGA designs.",
-                             [](CLI::App& app) { add_commands(app, toolbox_commands); }};
+constexpr Command toolbox = {
+    "zanl-profile", "Tools for profiled FPGA designs.",
+    [](CLI::App& app, Console& console) { add_commands(app, console, toolbox_commands); },
+    "zanl-profile package list design.zanx\n"
+    "zanl-profile help package create"};
 
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 

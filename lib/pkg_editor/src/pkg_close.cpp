@@ -61,6 +61,7 @@ int zan_pkg_close_file(zan_pkg_file* pkg) {
         return 0;
     flush_elf_edits(pkg); // reports a failure itself; the result is that of closing the file
     free_blocks(pkg);
+    forget_index(pkg);
     if (pkg->writable)
         free_name_table(pkg);
     // The library counts references to a handle; only the last elf_end() releases it.

@@ -86,12 +86,11 @@ bool make_section(zan_pkg_file* pkg, const char* name, const void* bytes, std::s
     shdr->sh_flags = 0;
     shdr->sh_entsize = 0;
     const std::size_t offset = append_name(pkg, name);
-    if (offset == 0) {
+    if (offset == 0)
         describe_bytes(data, &no_bytes, 0); // the caller frees its bytes now
-        return false;
-    }
     shdr->sh_name = static_cast<Elf32_Word>(offset);
-    return true;
+    index_section(pkg, section);
+    return offset != 0;
 }
 
 // Reads a whole file into a block that lives as long as the handle; null on failure.
@@ -147,6 +146,7 @@ bool replace_name_table(zan_pkg_file* pkg, Elf_Data* table, const void* bytes, s
     std::free(table->d_buf);
     table->d_buf = copy;
     table->d_size = size;
+    forget_index(pkg);
     return true;
 }
 

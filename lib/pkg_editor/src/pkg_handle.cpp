@@ -4,6 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
 
 namespace zan::pkg {
 
@@ -62,10 +65,31 @@ bool copy_header(Elf_Scn* section, Elf32_Shdr& header) {
     return found != nullptr;
 }
 
-Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name) {
-    const Elf_Data* table = name && !pkg->broken ? name_table(pkg) : nullptr;
-    if (!table)
+namespace {
+
+// Takes a section into the index, unless its name can't be read: no search finds such a section.
+void take_in(NameIndex& index, const Elf_Data* table, Elf_Scn* section) {
+    Elf32_Shdr header;
+    const bool has_header = copy_header(section, header);
+    const std::string_view name = has_header ? name_at(table, header.sh_name) : std::string_view();
+    if (name.data())
+        index.add(name, section);
+}
+
+// The index of all sections; null if there is no memory for it.
+NameIndex* make_index(const zan_pkg_file* pkg, const Elf_Data* table) {
+    try {
+        auto index = std::make_unique<NameIndex>();
+        for (Elf_Scn* section = elf_nextscn(pkg->elf, nullptr); section;
+             section = elf_nextscn(pkg->elf, section))
+            take_in(*index, table, section);
+        return index.release();
+    } catch (const std::bad_alloc&) {
         return nullptr;
+    }
+}
+
+Elf_Scn* search_headers(const zan_pkg_file* pkg, const Elf_Data* table, const char* name) {
     const std::size_t size_with_nul = std::strlen(name) + 1;
     const char* names = static_cast<const char*>(table->d_buf);
     for (Elf_Scn* section = elf_nextscn(pkg->elf, nullptr); section;
@@ -79,6 +103,32 @@ Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name) {
             return section;
     }
     return nullptr;
+}
+
+} // namespace
+
+Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name) {
+    const Elf_Data* table = name && !pkg->broken ? name_table(pkg) : nullptr;
+    if (!table)
+        return nullptr;
+    if (pkg->writable && !pkg->name_index)
+        pkg->name_index = make_index(pkg, table);
+    return pkg->name_index ? pkg->name_index->find(name) : search_headers(pkg, table, name);
+}
+
+void index_section(const zan_pkg_file* pkg, Elf_Scn* section) {
+    const Elf_Data* table = pkg->name_index ? name_table(pkg) : nullptr;
+    if (!table)
+        return forget_index(pkg);
+    try {
+        take_in(*pkg->name_index, table, section);
+    } catch (const std::bad_alloc&) {
+        forget_index(pkg); // one that lacks a section would be wrong
+    }
+}
+
+void forget_index(const zan_pkg_file* pkg) {
+    delete std::exchange(pkg->name_index, nullptr);
 }
 
 DataFault find_data(Elf_Scn* section, Elf_Data*& data) {

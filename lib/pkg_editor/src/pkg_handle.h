@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "pkg_editor.h"
+#include "pkg_name_index.h"
 #include "pkg_names.h"
 
 // Plain data from malloc, since callers may release it with free().
@@ -15,6 +16,8 @@ struct zan_pkg_file {
     int fd;            // -1 for a package in memory
     Elf* elf;
     void* allocated_blocks; // file buffers; the first word of each points to the next one
+    // Of a writable package, whose handle isn't released by free(). Null until a name is looked up.
+    mutable zan::pkg::NameIndex* name_index;
     bool writable : 1;
     bool dirty : 1; // set by the first edit, and never cleared
     bool show_error : 1;
@@ -44,8 +47,11 @@ std::string_view name_at(const Elf_Data* table, std::size_t offset);
 // addresses, so they are never used in place.
 bool copy_header(Elf_Scn* section, Elf32_Shdr& header);
 
-// The first section of that name, or null.
+// The first section of that name, or null. Looks through all headers, or for a writable package, in an index.
 Elf_Scn* section_by_name(const zan_pkg_file* pkg, const char* name);
+// Has to be called for each section that was added, as it is then; and when names have changed.
+void index_section(const zan_pkg_file* pkg, Elf_Scn* section);
+void forget_index(const zan_pkg_file* pkg);
 
 // Calls `visit(section, name)` for each section that lists show, in order, until it returns false.
 template <class Visit>

@@ -81,6 +81,7 @@ zan_pkg_file* make_handle(const char* filename, int fd, int mode) {
 // is one.
 zan_pkg_file* discard(zan_pkg_file* pkg, void* own_table = nullptr) {
     std::free(own_table);
+    forget_index(pkg);
     if (pkg->elf)
         elf_end(pkg->elf);
     ::close(pkg->fd);

@@ -1,7 +1,10 @@
 // Parsing, the lists of messages, printing, and a load by a concrete loader.
 #include "BaseXmlLoader.h"
 
+#include <algorithm>
+
 #include "BaseVisitor.h"
+#include "contract.h"
 #include "contract_death.h"
 #include "temp_dir.h"
 #include "whole_file.h"
@@ -302,6 +305,81 @@ TEST(LoadModel, ALoaderServesManyLoads) {
     EXPECT_EQ(loader.get_num_errors(), 0u);
     EXPECT_FALSE(loader.load_xml("<good"));
     EXPECT_EQ(loader.get_num_errors(), 1u);
+}
+
+// Reports one error at each element named `bad`, at each attribute of that name, and one without a node at
+// each element named `worse`.
+struct PlaceVisitor : xml::BaseVisitor {
+    PlaceVisitor(int*, xml::VisitorCallbacks* callbacks, bool debug) : BaseVisitor(callbacks, debug) {}
+    using BaseVisitor::VisitEnter;
+    bool VisitEnter(const XMLElement& elem, const tinyxml2::XMLAttribute* first) override {
+        BaseVisitor::VisitEnter(elem, first);
+        const std::string_view name = elem.Value();
+        if (name == "bad")
+            return report_error(elem, "bad element");
+        if (const tinyxml2::XMLAttribute* bad = elem.FindAttribute("bad"))
+            return report_error(*bad, "bad attribute");
+        return name == "worse" ? report_error("worse") : true;
+    }
+};
+
+struct PlaceLoader : BaseXmlLoader {
+    bool load(const char* xml) {
+        return std::unique_ptr<int>(load_model<int, PlaceVisitor>(parse_xml(xml), false)) != nullptr;
+    }
+};
+
+TEST(ErrorPlaces, AreTheNamesOfElementsAndAttributesInTheText) {
+    const std::string texts[] = {
+        "<a><@bad/></a>",
+        "<a b='&lt;&#13;' c = \"x\"><b/><b @bad='1'/></a>",
+        "<a><@worse/></a>",
+        "<a>\n <b>text &amp; more</b>\r\n <b\n   x='1'\n   @bad=''/>\n</a>",
+        "\n <?xml version='1.0'?><!-- <bad/> --><a><@bad/></a>",
+        "\xEF\xBB\xBF<!-- first --><a><![CDATA[<bad/>]]><@bad/></a>",
+        "<!DOCTYPE a><@bad/>",
+    };
+    for (const std::string& marked : texts) {
+        const std::size_t offset = marked.find('@');
+        std::string text = marked;
+        text.erase(offset, 1);
+        PlaceLoader loader;
+        EXPECT_FALSE(loader.load(text.c_str())) << text;
+        ASSERT_EQ(loader.get_num_errors(), 1u) << text;
+        const xml::ErrorPlace& place = loader.get_error_place(0);
+        EXPECT_EQ(place.offset, offset) << text;
+        EXPECT_EQ(place.line, 1 + std::count(text.begin(), text.begin() + static_cast<long>(offset), '\n'))
+            << text;
+        EXPECT_FALSE(place.is_syntax);
+    }
+}
+
+TEST(ErrorPlaces, AreLinesWhereATextIsNoXml) {
+    BaseXmlLoader loader;
+    EXPECT_EQ(loader.parse_xml("<a>\n<b x=>\n</a>"), nullptr);
+    EXPECT_EQ(loader.get_error_place(0), (xml::ErrorPlace{.line = 2, .is_syntax = true}));
+    EXPECT_CONTRACT(loader.get_error_place(1), "index < m_errors.size()");
+}
+
+TEST(ErrorPlaces, AnErrorThatACallerReportsHasNone) {
+    BaseXmlLoader loader;
+    const Document doc(loader.parse_xml("<a/>"));
+    loader.report_error("mine");
+    EXPECT_EQ(loader.get_error_place(0), xml::ErrorPlace());
+}
+
+TEST(BrokenContracts, AreThrownAsLongAsAThreadWantsThem) {
+    BaseXmlLoader loader;
+    {
+        const ThrowBrokenContracts throw_them;
+        try {
+            loader.get_error(3);
+            FAIL();
+        } catch (const BrokenContract& contract) {
+            EXPECT_STREQ(contract.text, "index < m_errors.size()");
+        }
+    }
+    EXPECT_CONTRACT(loader.get_error(3), "index < m_errors.size()");
 }
 
 } // namespace

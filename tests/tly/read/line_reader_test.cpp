@@ -3,7 +3,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -90,6 +92,38 @@ TEST_F(LineReaderTest, AFolderIsAnEmptyFile) {
     EXPECT_TRUE(reader.is_open());
     std::string_view line;
     EXPECT_FALSE(reader.next(line));
+}
+
+TEST_F(LineReaderTest, ReadsADescriptorFromWhereItStands) {
+    const int descriptor = open(file("one\ntwo\nthree").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(lseek(descriptor, 4, SEEK_SET), 4);
+    LineReader reader(descriptor);
+    std::string_view line;
+    ASSERT_TRUE(reader.next(line));
+    EXPECT_EQ(line, "two");
+    EXPECT_TRUE(reader.had_newline());
+    EXPECT_EQ(reader.num_bytes(), 9u); // "two", a newline, "three"
+    ASSERT_TRUE(reader.next(line));
+    EXPECT_EQ(line, "three");
+    EXPECT_FALSE(reader.had_newline());
+    EXPECT_FALSE(reader.next(line));
+    EXPECT_FALSE(reader.had_newline());
+    EXPECT_EQ(reader.read_error(), 0);
+}
+
+TEST_F(LineReaderTest, ANewlineAtTheEndIsSeenAlsoAfterTheEnd) {
+    LineReader reader(file("one\n"));
+    std::string_view line;
+    EXPECT_TRUE(reader.next(line));
+    EXPECT_FALSE(reader.next(line));
+    EXPECT_TRUE(reader.had_newline());
+}
+
+TEST_F(LineReaderTest, KeepsTheErrorOfAReadThatFails) {
+    LineReader reader(m_dir.path());
+    std::string_view line;
+    EXPECT_FALSE(reader.next(line));
+    EXPECT_EQ(reader.read_error(), EISDIR);
 }
 
 } // namespace

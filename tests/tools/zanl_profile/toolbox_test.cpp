@@ -40,13 +40,52 @@ TEST_F(ToolboxCommandLine, EachCommandHasHelp) {
 }
 
 TEST_F(ToolboxCommandLine, TheVersionIsTheOneOfReports) {
-    EXPECT_EQ(run({"--version"}), (Outcome{"zanl-profile " + tly_version + "\n", "", "0"}));
+    const Outcome version = {"zanl-profile " + tly_version + "\n", "", "0"};
+    EXPECT_EQ(run({"--version"}), version);
+    EXPECT_EQ(run({"-V"}), version);
+    EXPECT_EQ(run({"package", "-V", "list"}), version);
 }
 
-TEST_F(ToolboxCommandLine, WithoutACommandItSaysWhereHelpIs) {
-    EXPECT_EQ(run({}), (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile --help'\n", "2"}));
+TEST_F(ToolboxCommandLine, WithoutArgumentsItPrintsTheHelpAsATrouble) {
+    const Outcome help = run({"--help"});
+    EXPECT_EQ(run({}), (Outcome{"", help.out, "2"}));
     EXPECT_EQ(run({"package"}),
               (Outcome{"", "zanl-profile: no command is given\nsee 'zanl-profile package --help'\n", "2"}));
+}
+
+TEST_F(ToolboxCommandLine, HelpIsACommandToo) {
+    EXPECT_EQ(run({"help"}), run({"--help"}));
+    EXPECT_EQ(run({"help", "package"}), run({"package", "--help"}));
+    EXPECT_EQ(run({"help", "package", "list"}), run({"package", "list", "--help"}));
+    EXPECT_EQ(run({"help", "package", "lst"}), trouble("unknown command 'lst'; did you mean 'list'?"));
+}
+
+TEST_F(ToolboxCommandLine, EachHelpPageHasAnExampleAndTheStatuses) {
+    std::vector<std::vector<std::string>> pages = {{"help"}, {"help", "help"}, {"help", "package"}};
+    for (const char* command : package_commands)
+        pages.push_back({"help", "package", command});
+    for (const auto& page : pages) {
+        const std::string text = run(page).out;
+        EXPECT_THAT(text, HasSubstr("\nExample:\n  zanl-profile ")) << page.back();
+        EXPECT_THAT(text, HasSubstr("\nExit status:\n  0  all went well\n")) << page.back();
+        EXPECT_THAT(text, testing::EndsWith("\n  2  wrong use, or something can't be read or written\n"));
+    }
+}
+
+TEST_F(ToolboxCommandLine, OptionsStandOnEitherSideOfTheCommand) {
+    make("p.zanx", {{"a", "1"}});
+    const Outcome list = run({"package", "list", "p.zanx", "--json", "--quiet", "--color", "never"});
+    EXPECT_EQ(list.status, "0");
+    EXPECT_EQ(run({"--json", "-q", "--color", "never", "package", "list", "p.zanx"}), list);
+    EXPECT_EQ(run({"--quiet", "package", "--color=never", "--json", "list", "p.zanx"}), list);
+    write("d/f", "1");
+    EXPECT_EQ(run({"-C", "d", "package", "pack", "s", "f"}), silent_success);
+    EXPECT_TRUE(exists("s"));
+}
+
+TEST_F(ToolboxCommandLine, AColorThatIsNoChoiceIsReported) {
+    EXPECT_EQ(run({"package", "list", "p.zanx", "--color", "red"}),
+              trouble("--color takes auto, always or never, not 'red'"));
 }
 
 TEST_F(ToolboxCommandLine, AnUnknownCommandIsReportedWithTheNearestOne) {
@@ -54,7 +93,10 @@ TEST_F(ToolboxCommandLine, AnUnknownCommandIsReportedWithTheNearestOne) {
     EXPECT_EQ(run({"package", "lsit", "x"}), trouble("unknown command 'lsit'; did you mean 'list'?"));
     EXPECT_EQ(run({"package", "unpak"}), trouble("unknown command 'unpak'; did you mean 'unpack'?"));
     EXPECT_EQ(run({"package", "something"}), trouble("unknown command 'something'"));
-    EXPECT_EQ(run({"package", "\x1b[2J"}), trouble("unknown command '\\x1B[2J'"));
+    EXPECT_EQ(run({"package", "\x1b[2J"}), trouble("unknown command '⟨U+001B⟩[2J'"));
+    EXPECT_EQ(run({"list"}), trouble("unknown command 'list'; did you mean 'package list'?"));
+    EXPECT_EQ(run({"--quiet", "shwo"}), trouble("unknown command 'shwo'; did you mean 'package show'?"));
+    EXPECT_EQ(run({"package", "help"}), trouble("unknown command 'help'; did you mean 'zanl-profile help'?"));
 }
 
 TEST_F(ToolboxCommandLine, AnUnknownOptionIsReportedWithTheNearestOne) {

@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <memory>
+#include <sstream>
 
+#include "command_search.h"
 #include "failure.h"
 #include "files.h"
 #include "nearest_word.h"
@@ -13,13 +16,6 @@
 namespace zan::tool {
 
 namespace {
-
-std::vector<std::string> command_names(const CLI::App& app) {
-    std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-        names.push_back(command->get_name());
-    return names;
-}
 
 std::vector<std::string> option_names(const CLI::App& app) {
     std::vector<std::string> names;
@@ -30,31 +26,6 @@ std::vector<std::string> option_names(const CLI::App& app) {
     return names;
 }
 
-std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
-    const std::string nearest = nearest_word(word, words);
-    return nearest.empty() ? "" : "; did you mean " + in_quotes(nearest) + "?";
-}
-
-// The command that the arguments lead to: the program itself, or the last one that they name. Throws Failure
-// for a word where a command should stand. The parser has no suggestions, so it doesn't get such words.
-const CLI::App& command_meant(const CLI::App& program, const std::vector<std::string>& arguments) {
-    const CLI::App* app = &program;
-    for (const std::string& word : arguments) {
-        const auto names = command_names(*app);
-        if (names.empty() || word.starts_with('-'))
-            break;
-        if (std::ranges::find(names, word) == names.end())
-            throw Failure("unknown command " + in_quotes(word) + suggestion(word, names));
-        app = app->get_subcommand(word);
-    }
-    return *app;
-}
-
-std::string full_name(const CLI::App& app) {
-    const CLI::App* const parent = app.get_parent();
-    return parent ? full_name(*parent) + " " + app.get_name() : app.get_name();
-}
-
 // The message for arguments that the parser refuses. An unknown option comes first, with the option that may
 // have been meant: the parser would report what is missing because of it.
 std::string wrong_use(const CLI::App& app, const std::vector<std::string>& arguments,
@@ -63,7 +34,7 @@ std::string wrong_use(const CLI::App& app, const std::vector<std::string>& argum
     for (const std::string& word : arguments) {
         const std::string option = word.substr(0, word.find('='));
         if (option.starts_with("--") && option != "--" && std::ranges::find(names, option) == names.end())
-            return "unknown option " + in_quotes(option) + suggestion(option, names);
+            return "unknown option " + in_quotes(option) + did_you_mean(option, names);
     }
     return command_names(app).empty() ? printable(error.what()) : "no command is given";
 }
@@ -74,8 +45,8 @@ int fail(const Command& program, const char* text, int status = status_trouble) 
     return status;
 }
 
-int print_text(const std::string& text) {
-    if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) != 0)
+int print_text(std::FILE* stream, const std::string& text) {
+    if (std::fputs(text.c_str(), stream) == EOF || std::fflush(stream) != 0)
         throw system_failure("can't write to standard output");
     return 0;
 }
@@ -83,11 +54,7 @@ int print_text(const std::string& text) {
 // The parser's words for the parts of a help page, in ours.
 void label_help(CLI::App& program) {
     constexpr std::pair<const char*, const char*> labels[] = {
-        {"SUBCOMMAND", "COMMAND"},
-        {"SUBCOMMANDS", "COMMANDS"},
-        {"Subcommands", "Commands"},
-        {"Positionals", "Arguments"},
-        {"TEXT", ""},
+        {"SUBCOMMAND", "COMMAND"}, {"SUBCOMMANDS", "COMMANDS"}, {"Positionals", "Arguments"}, {"TEXT", ""},
         {"REQUIRED", ""},
     };
     for (const auto& [key, label] : labels)
@@ -95,33 +62,126 @@ void label_help(CLI::App& program) {
     program.set_help_flag("-h,--help", "print this help");
 }
 
+// What a help page ends with.
+std::string help_footer(const Command& command) {
+    std::string footer = "Example:\n";
+    std::istringstream example(command.example);
+    for (std::string line; std::getline(example, line);)
+        footer += "  " + line + "\n";
+    footer += "\nExit status:\n  0  all went well\n";
+    if (command.status_no)
+        footer += std::string("  1  ") + command.status_no + "\n";
+    return footer + "  2  wrong use, or something can't be read or written";
+}
+
+void replace_all(std::string& text, const std::string& old_part, const std::string& new_part) {
+    for (std::size_t at = text.find(old_part); at != std::string::npos; at = text.find(old_part, at))
+        text.replace(at, old_part.size(), new_part);
+}
+
+// The parser has two blank lines before a group of options, and a title of its own for commands.
+std::string help_page(const CLI::App& command) {
+    // App::help() would print the page of the command that was parsed.
+    std::string page =
+        command.get_formatter()->make_help(&command, full_name(command), CLI::AppFormatMode::Normal);
+    replace_all(page, "\n\n\n", "\n\n");
+    replace_all(page, "\nSubcommands:\n", "\nCommands:\n");
+    return page.substr(0, page.find_last_not_of('\n') + 1) + "\n";
+}
+
+void define_command(CLI::App& app, Console& console, const Command& command) {
+    app.footer(help_footer(command));
+    command.define(app, console);
+}
+
+void set_color(Console& console, const std::string& choice) {
+    constexpr std::pair<const char*, ColorChoice> choices[] = {
+        {"auto", ColorChoice::automatic},
+        {"always", ColorChoice::always},
+        {"never", ColorChoice::never},
+    };
+    const auto found = std::ranges::find(choices, choice, &std::pair<const char*, ColorChoice>::first);
+    if (found == std::end(choices))
+        throw Failure("--color takes auto, always or never, not " + in_quotes(choice));
+    console.color = found->second;
+}
+
+// An option that may be repeated would take all words that follow, which are arguments.
+void take_one_value_each(CLI::App& app) {
+    for (CLI::Option* option : app.get_options()) {
+        if (!option->get_positional())
+            option->allow_extra_args(false);
+    }
+}
+
+void add_common_options(CLI::App& app, Console& console) {
+    constexpr const char* group = "Options of all commands";
+    app.add_flag("-q,--quiet", console.quiet, "print no notes and no progress")->group(group);
+    app.add_option_function<std::string>(
+           "--color", [&console](const std::string& choice) { set_color(console, choice); },
+           "use colors: auto, always or never; auto is for terminals, if NO_COLOR isn't set")
+        ->type_name("WHEN")
+        ->group(group);
+}
+
+constexpr const char* help_example = "zanl-profile help package list";
+
+// `help [COMMAND...]`, the last of the program's commands.
+void add_help_command(CLI::App& app) {
+    const auto words = std::make_shared<std::vector<std::string>>();
+    CLI::App* const help = app.add_subcommand("help", "print the help of a command");
+    help->add_option("COMMAND", *words, "the command; the program itself if none is named");
+    help->footer(help_footer({"help", "", nullptr, help_example}));
+    help->callback([&app, words] { print_text(stdout, help_page(*find_command(app, *words, {}).app)); });
+}
+
+constexpr const char* program_version_flags = "-V,--version";
+const std::vector<std::string> program_options = {"-V", "--version"};
+
 int parse_and_run(const Command& program, const std::vector<std::string>& arguments) {
+    Console console;
     CLI::App app(program.summary, program.name);
     // Before the commands, which inherit both.
     label_help(app);
-    app.set_version_flag("--version", std::string(), "print the version");
-    program.define(app);
-    const CLI::App& command = command_meant(app, arguments);
+    app.set_version_flag(program_version_flags, std::string(), "print the version");
+    define_command(app, console, program);
+    add_common_options(app, console); // for its help; on a command line they go to the command
+    add_help_command(app);
+    if (arguments.empty()) {
+        print_text(stderr, help_page(app));
+        return status_trouble;
+    }
+    const MeantCommand meant = find_command(app, arguments, program_options);
     try {
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them reversed
+        app.parse(std::vector<std::string>(meant.arguments.rbegin(), meant.arguments.rend())); // reversed
         return 0;
     } catch (const CLI::CallForHelp&) {
-        return print_text(command.help(command.get_parent() ? full_name(*command.get_parent()) : ""));
+        return print_text(stdout, help_page(*meant.app));
     } catch (const CLI::CallForVersion&) {
-        return print_text(std::string(program.name) + " " + tly_version + "\n");
+        return print_text(stdout, std::string(program.name) + " " + tly_version + "\n");
     } catch (const CLI::ParseError& error) {
-        fail(program, wrong_use(command, arguments, error).c_str());
-        std::fprintf(stderr, "see '%s --help'\n", full_name(command).c_str());
+        fail(program, wrong_use(*meant.app, meant.arguments, error).c_str());
+        std::fprintf(stderr, "see '%s --help'\n", full_name(*meant.app).c_str());
         return status_trouble;
     }
 }
 
 } // namespace
 
-void add_commands(CLI::App& app, std::span<const Command* const> commands) {
+void add_commands(CLI::App& app, Console& console, std::span<const Command* const> commands) {
     app.require_subcommand(1);
-    for (const Command* command : commands)
-        command->define(*app.add_subcommand(command->name, command->summary));
+    for (const Command* command : commands) {
+        CLI::App& added = *app.add_subcommand(command->name, command->summary);
+        define_command(added, console, *command);
+        if (!command_names(added).empty())
+            continue;
+        take_one_value_each(added);
+        add_common_options(added, console);
+    }
+}
+
+CLI::Option* add_json_option(CLI::App& app, Console& console, const std::string& help) {
+    return app.add_flag("--json", console.json, help);
 }
 
 int run_command_line(const Command& program, int argc, const char* const* argv) {

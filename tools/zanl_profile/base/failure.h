@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "printable.h"
+
 namespace zan::tool {
 
 // Exit statuses of the toolbox; 0 is for all well.
@@ -23,10 +25,5 @@ class Failure : public std::runtime_error {
 
 // A failure of a system call, with errno's reason: "can't open 'design.zanx': No such file or directory".
 Failure system_failure(const std::string& what);
-
-// A text from a user or a file, in quotes, with bytes that terminals take for commands shown as \xNN.
-std::string in_quotes(const std::string& text);
-// The same without the quotes.
-std::string printable(const std::string& text);
 
 } // namespace zan::tool

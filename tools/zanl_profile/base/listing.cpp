@@ -5,35 +5,32 @@
 
 #include <algorithm>
 #include <cctype>
-#include <nlohmann/json.hpp>
 
-#include "failure.h"
 #include "files.h"
+#include "json_output.h"
+#include "table.h"
 
 namespace zan::tool {
 
 namespace {
 
-constexpr int json_indent = 4;
-constexpr const char* column_gap = "  ";
-
-std::string json_text(const Listing& listing) {
-    using Json = nlohmann::ordered_json;
-    Json rows = Json::array();
+void print_json(const Listing& listing) {
+    JsonOutput json(listing.schema, listing.schema_version, standard_output_target());
+    json.member(listing.subject_key, listing.subject);
+    json.begin_array(listing.rows_key);
     for (const auto& cells : listing.rows) {
-        Json row = Json::object();
+        json.begin_object();
         for (std::size_t i = 0; i < cells.size(); ++i)
-            std::visit([&](const auto& value) { row[listing.columns[i]] = value; }, cells[i]);
-        rows.push_back(std::move(row));
+            std::visit([&](const auto& value) { json.member(listing.columns[i], value); }, cells[i]);
+        json.end_object();
     }
-    // Names of sections may be any bytes, and JSON is UTF-8: what isn't is replaced, not refused.
-    const Json document = {{listing.subject_key, listing.subject}, {listing.rows_key, std::move(rows)}};
-    return document.dump(json_indent, ' ', false, Json::error_handler_t::replace) + "\n";
+    json.end_array();
+    json.finish();
 }
 
-std::string shown(const Cell& cell) {
+TableCell shown(const Cell& cell) {
     const auto* const number = std::get_if<std::uint64_t>(&cell);
-    return number ? fmt::to_string(*number) : printable(std::get<std::string>(cell));
+    return {number ? fmt::to_string(*number) : std::get<std::string>(cell)};
 }
 
 std::string heading(std::string key) {
@@ -42,43 +39,38 @@ std::string heading(std::string key) {
     return key;
 }
 
-// A column's lines, the heading first, each as wide as the widest.
-std::vector<std::string> column_lines(const Listing& listing, std::size_t column) {
-    std::vector<std::string> lines = {heading(listing.columns[column])};
-    bool is_number = false; // of all cells alike
-    for (const auto& row : listing.rows) {
-        is_number = std::holds_alternative<std::uint64_t>(row[column]);
-        lines.push_back(shown(row[column]));
-    }
-    std::size_t width = 0;
-    for (const std::string& line : lines)
-        width = std::max(width, line.size());
-    for (std::string& line : lines)
-        line = is_number ? fmt::format("{:>{}}", line, width) : fmt::format("{:<{}}", line, width);
-    return lines;
+// Numbers stand to the right; all cells of a column are of one kind.
+Align alignment(const Listing& listing, std::size_t column) {
+    const bool is_number =
+        !listing.rows.empty() && std::holds_alternative<std::uint64_t>(listing.rows.front()[column]);
+    return is_number ? Align::right : Align::left;
 }
 
 std::string table_text(const Listing& listing) {
-    std::vector<std::string> lines(listing.rows.size() + 1);
-    for (std::size_t column = 0; column < listing.columns.size(); ++column) {
-        if (std::ranges::find(listing.json_only, listing.columns[column]) != listing.json_only.end())
+    std::vector<std::size_t> shown_columns;
+    std::vector<TableColumn> columns;
+    for (std::size_t i = 0; i < listing.columns.size(); ++i) {
+        if (std::ranges::find(listing.json_only, listing.columns[i]) != listing.json_only.end())
             continue;
-        const std::vector<std::string> cells = column_lines(listing, column);
-        for (std::size_t i = 0; i < lines.size(); ++i)
-            lines[i] += (lines[i].empty() ? "" : column_gap) + cells[i];
+        shown_columns.push_back(i);
+        columns.push_back({heading(listing.columns[i]), alignment(listing, i)});
     }
-    std::string text;
-    for (std::string& line : lines) {
-        line.erase(line.find_last_not_of(' ') + 1);
-        text += line + "\n";
+    Table table(std::move(columns));
+    for (const auto& row : listing.rows) {
+        std::vector<TableCell> cells;
+        for (const std::size_t i : shown_columns)
+            cells.push_back(shown(row[i]));
+        table.add_row(std::move(cells));
     }
-    return text;
+    return table.text({});
 }
 
 } // namespace
 
 void print(const Listing& listing, bool as_json) {
-    const std::string text = as_json ? json_text(listing) : table_text(listing);
+    if (as_json)
+        return print_json(listing);
+    const std::string text = table_text(listing);
     write_all(STDOUT_FILENO, text.data(), text.size(), standard_output);
 }
 

@@ -11,6 +11,8 @@ namespace zan::tool {
 using Cell = std::variant<std::string, std::uint64_t>;
 
 struct Listing {
+    const char* schema; // of the JSON: "zanl-profile/package-list"
+    int schema_version;
     std::string subject_key; // what is listed: "package"
     std::string subject;     // its name
     std::string rows_key;    // what it has: "sections"

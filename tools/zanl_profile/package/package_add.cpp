@@ -22,7 +22,7 @@ void add_sections(const AddOptions& options) {
     package.commit();
 }
 
-void define_add(CLI::App& app) {
+void define_add(CLI::App& app, Console&) {
     const auto options = std::make_shared<AddOptions>();
     add_package_argument(app, options->package);
     add_named_files(app, options->sections)->required();
@@ -31,6 +31,7 @@ void define_add(CLI::App& app) {
 
 } // namespace
 
-const Command add_command = {"add", "add sections", define_add};
+const Command add_command = {"add", "add sections", define_add,
+                             "zanl-profile package add design.zanx .zan.notes=notes.txt"};
 
 } // namespace zan::tool

@@ -10,7 +10,9 @@ constexpr const Command* package_commands[] = {ZAN_PACKAGE_COMMANDS(ZAN_ROW)};
 
 } // namespace
 
-const Command package_command = {"package", "look into design packages, make and change them",
-                                 [](CLI::App& app) { add_commands(app, package_commands); }};
+const Command package_command = {
+    "package", "look into design packages, make and change them",
+    [](CLI::App& app, Console& console) { add_commands(app, console, package_commands); },
+    "zanl-profile package list design.zanx"};
 
 } // namespace zan::tool

@@ -23,7 +23,7 @@ void copy_sections(const CopyOptions& options) {
     to.commit();
 }
 
-void define_copy(CLI::App& app) {
+void define_copy(CLI::App& app, Console&) {
     const auto options = std::make_shared<CopyOptions>();
     app.add_option("A", options->from, "the package to copy from")->required();
     app.add_option("B", options->to, "the package to copy to")->required();
@@ -34,6 +34,8 @@ void define_copy(CLI::App& app) {
 
 } // namespace
 
-const Command copy_command = {"copy", "copy sections from package A to package B", define_copy};
+const Command copy_command = {"copy", "copy sections from package A to package B", define_copy,
+                              "zanl-profile package copy base.zanx new.zanx .zan.board_spec.xml",
+                              "a section isn't in package A"};
 
 } // namespace zan::tool

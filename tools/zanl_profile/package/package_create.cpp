@@ -61,7 +61,7 @@ void create_package(const CreateOptions& options) {
     package.commit();
 }
 
-void define_create(CLI::App& app) {
+void define_create(CLI::App& app, Console&) {
     const auto options = std::make_shared<CreateOptions>();
     app.add_option("OUT", options->package, "the package to make; a file of its name is replaced")
         ->required();
@@ -74,6 +74,8 @@ void define_create(CLI::App& app) {
 
 } // namespace
 
-const Command create_command = {"create", "make a package of files", define_create};
+const Command create_command = {"create", "make a package of files", define_create,
+                                "zanl-profile package create design.zanx .zan.version=version.txt\n"
+                                "zanl-profile package create design.zanx --from samples/vector_add"};
 
 } // namespace zan::tool

@@ -7,6 +7,7 @@
 #include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -35,7 +36,7 @@ void extract_sections(const ExtractOptions& options) {
     }
 }
 
-void define_extract(CLI::App& app) {
+void define_extract(CLI::App& app, Console&) {
     const auto options = std::make_shared<ExtractOptions>();
     add_package_argument(app, options->package);
     app.add_option("SECTION", options->sections, "the sections; all if none is named");
@@ -47,6 +48,8 @@ void define_extract(CLI::App& app) {
 
 } // namespace
 
-const Command extract_command = {"extract", "write sections into files", define_extract};
+const Command extract_command = {"extract", "write sections into files", define_extract,
+                                 "zanl-profile package extract design.zanx -o sections",
+                                 "a section isn't in the package"};
 
 } // namespace zan::tool

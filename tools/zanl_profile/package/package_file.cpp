@@ -27,13 +27,15 @@ PackageFile::PackageFile(std::string path, std::string name)
                       " is no package: it is no ELF file of the 32-bit class with named sections");
     }
     m_sections = zan::pkg::list_sections(m_handle.get());
+    for (const SectionInfo& section : m_sections)
+        m_by_name.try_emplace(section.name, &section);
 }
 
 const SectionInfo& PackageFile::section(const std::string& name) const {
-    const auto found = std::ranges::find(m_sections, name, &SectionInfo::name);
-    if (found == m_sections.end())
+    const auto found = m_by_name.find(name);
+    if (found == m_by_name.end())
         throw Failure(in_quotes(m_name) + " has no section " + in_quotes(name), status_no);
-    return *found;
+    return *found->second;
 }
 
 std::vector<const SectionInfo*> PackageFile::sections_named(const std::vector<std::string>& names) const {

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "files.h"
@@ -56,6 +58,7 @@ class PackageFile {
     const std::string m_name;
     PackageHandle m_handle;
     std::vector<SectionInfo> m_sections;
+    std::unordered_map<std::string_view, const SectionInfo*> m_by_name; // the first section of each name
 };
 
 } // namespace zan::tool

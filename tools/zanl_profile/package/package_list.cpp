@@ -13,7 +13,6 @@ namespace {
 
 struct ListOptions {
     std::string package;
-    bool json = false;
 };
 
 constexpr SectionKind damaged_kind = {"damaged", "damaged: its bytes are not in the file"};
@@ -29,27 +28,28 @@ SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
     return begins_stream(beginning.data(), beginning.size()) ? stream_kind : kind;
 }
 
-void list_package(const ListOptions& options) {
+void list_package(const ListOptions& options, const Console& console) {
     const PackageFile package(options.package);
-    Listing listing{"package", options.package, "sections", {"name", "size", "kind", "meaning"},
-                    {},        {"kind"}};
+    Listing listing{"zanl-profile/package-list",         1,  "package", options.package, "sections",
+                    {"name", "size", "kind", "meaning"}, {}, {"kind"}};
     for (const SectionInfo& section : package.sections()) {
         const SectionKind kind = kind_of(package, section);
         listing.rows.push_back(
             {section.name, std::uint64_t{section.size}, std::string(kind.key), std::string(kind.meaning)});
     }
-    print(listing, options.json);
+    print(listing, console.json);
 }
 
-void define_list(CLI::App& app) {
+void define_list(CLI::App& app, Console& console) {
     const auto options = std::make_shared<ListOptions>();
     add_package_argument(app, options->package);
-    app.add_flag("--json", options->json, "print JSON");
-    app.callback([options] { list_package(*options); });
+    add_json_option(app, console);
+    app.callback([options, &console] { list_package(*options, console); });
 }
 
 } // namespace
 
-const Command list_command = {"list", "list the sections: their sizes, and what each is", define_list};
+const Command list_command = {"list", "list the sections: their sizes, and what each is", define_list,
+                              "zanl-profile package list design.zanx"};
 
 } // namespace zan::tool

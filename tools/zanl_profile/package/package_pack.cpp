@@ -15,6 +15,7 @@
 #include "package_edit.h"
 #include "pkg_stream.h"
 #include "stream_plan.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -148,7 +149,7 @@ void pack_stream(const PackOptions& options) {
         pack_into_file(options.output, plan);
 }
 
-void define_pack(CLI::App& app) {
+void define_pack(CLI::App& app, Console&) {
     const auto options = std::make_shared<PackOptions>();
     app.add_option("OUT", options->output,
                    "the stream to make: a file, PACKAGE:SECTION, or '-' for standard output")
@@ -160,6 +161,7 @@ void define_pack(CLI::App& app) {
 
 } // namespace
 
-const Command pack_command = {"pack", "pack folders into a directory stream", define_pack};
+const Command pack_command = {"pack", "pack folders into a directory stream", define_pack,
+                              "zanl-profile package pack design.zanx:.zan.sources device -C ../project"};
 
 } // namespace zan::tool

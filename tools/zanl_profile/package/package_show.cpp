@@ -21,7 +21,7 @@ void show_section(const ShowOptions& options) {
     package.copy(package.section(options.section), STDOUT_FILENO, standard_output);
 }
 
-void define_show(CLI::App& app) {
+void define_show(CLI::App& app, Console&) {
     const auto options = std::make_shared<ShowOptions>();
     add_package_argument(app, options->package);
     app.add_option("SECTION", options->section, "the section")->required();
@@ -30,6 +30,8 @@ void define_show(CLI::App& app) {
 
 } // namespace
 
-const Command show_command = {"show", "write a section's bytes to standard output", define_show};
+const Command show_command = {"show", "write a section's bytes to standard output", define_show,
+                              "zanl-profile package show design.zanx .zan.board_spec.xml",
+                              "the section isn't in the package"};
 
 } // namespace zan::tool

@@ -13,6 +13,7 @@
 #include "package_commands.h"
 #include "staged_folder.h"
 #include "stream_entries.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -25,7 +26,6 @@ struct UnpackOptions {
     std::string folder;
     bool trust_names = false;
     bool dry_run = false;
-    bool json = false; // of the dry run
 };
 
 void check_name(TargetFolder& target, const StreamEntries& entries) {
@@ -36,9 +36,10 @@ void check_name(TargetFolder& target, const StreamEntries& entries) {
     target.check(name, entries.is_folder());
 }
 
-void list_entries(StreamEntries& entries, const UnpackOptions& options) {
+void list_entries(StreamEntries& entries, const UnpackOptions& options, bool as_json) {
     TargetFolder target(options.folder);
-    Listing listing{"stream", options.stream, "entries", {"type", "size", "path"}, {}};
+    Listing listing{"zanl-profile/package-unpack", 1, "stream", options.stream, "entries",
+                    {"type", "size", "path"},      {}};
     while (entries.next()) {
         if (!options.trust_names)
             check_name(target, entries);
@@ -47,7 +48,7 @@ void list_entries(StreamEntries& entries, const UnpackOptions& options) {
                                 std::uint64_t{entries.is_folder() ? 0 : entries.size()},
                                 options.folder + "/" + entries.name()});
     }
-    print(listing, options.json);
+    print(listing, as_json);
 }
 
 void unpack_entries(StreamEntries& entries, const std::string& folder) {
@@ -124,17 +125,17 @@ void unpack_trusted(StreamEntries& entries, const std::string& folder) {
     }
 }
 
-void unpack_stream(const UnpackOptions& options) {
+void unpack_stream(const UnpackOptions& options, const Console& console) {
     StreamEntries entries(options.stream);
     if (options.dry_run)
-        list_entries(entries, options);
+        list_entries(entries, options, console.json);
     else if (options.trust_names)
         unpack_trusted(entries, options.folder);
     else
         unpack_entries(entries, options.folder);
 }
 
-void define_unpack(CLI::App& app) {
+void define_unpack(CLI::App& app, Console& console) {
     const auto options = std::make_shared<UnpackOptions>();
     app.add_option("STREAM", options->stream, "a file, PACKAGE:SECTION, or '-' for standard input")
         ->required();
@@ -145,12 +146,14 @@ void define_unpack(CLI::App& app) {
                  "also write where absolute names, '..' and symbolic links lead");
     CLI::Option* const dry_run =
         app.add_flag("--dry-run", options->dry_run, "list what would be written, and write nothing");
-    app.add_flag("--json", options->json, "print the list as JSON")->needs(dry_run);
-    app.callback([options] { unpack_stream(*options); });
+    add_json_option(app, console, "print the list as JSON")->needs(dry_run);
+    app.callback([options, &console] { unpack_stream(*options, console); });
 }
 
 } // namespace
 
-const Command unpack_command = {"unpack", "unpack a directory stream", define_unpack};
+const Command unpack_command = {"unpack", "unpack a directory stream", define_unpack,
+                                "zanl-profile package unpack design.zanx:.zan.sources -o sources",
+                                "the section isn't in the package"};
 
 } // namespace zan::tool

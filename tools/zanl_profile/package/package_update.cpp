@@ -22,7 +22,7 @@ void update_sections(const UpdateOptions& options) {
     package.commit();
 }
 
-void define_update(CLI::App& app) {
+void define_update(CLI::App& app, Console&) {
     const auto options = std::make_shared<UpdateOptions>();
     add_package_argument(app, options->package);
     add_named_files(app, options->sections)->required();
@@ -31,6 +31,8 @@ void define_update(CLI::App& app) {
 
 } // namespace
 
-const Command update_command = {"update", "replace the contents of sections", define_update};
+const Command update_command = {"update", "replace the contents of sections", define_update,
+                                "zanl-profile package update design.zanx .zan.version=version.txt",
+                                "a section isn't in the package"};
 
 } // namespace zan::tool

@@ -27,12 +27,4 @@ TEST(FailureTest, ASystemFailureHasTheReason) {
     EXPECT_EQ(failure.status(), status_trouble);
 }
 
-TEST(Printable, ControlBytesAreShownAsNumbers) {
-    EXPECT_EQ(printable(""), "");
-    EXPECT_EQ(printable("a b~"), "a b~");
-    EXPECT_EQ(printable(std::string("\0\x1b\x1f\x7f\n", 5)), "\\x00\\x1B\\x1F\\x7F\\x0A");
-    EXPECT_EQ(printable("\xC3\xA4"), "\xC3\xA4"); // a letter of UTF-8
-    EXPECT_EQ(in_quotes("a\tb"), "'a\\x09b'");
-}
-
 } // namespace

@@ -4,6 +4,7 @@
 
 namespace {
 
+using zan::tool::did_you_mean;
 using zan::tool::nearest_word;
 
 TEST(NearestWord, CountsLettersToAddDropChangeOrSwap) {
@@ -27,6 +28,36 @@ TEST(NearestWord, TwoLettersAreNearEnough) {
 TEST(NearestWord, TheNearestOneIsFoundAndTheFirstOfSeveral) {
     EXPECT_EQ(nearest_word("packs", {"unpack", "pack"}), "pack");
     EXPECT_EQ(nearest_word("cat", {"bat", "hat"}), "bat");
+}
+
+// Each is within two letters in one way alone: a swap after equal letters, a letter that was dropped and one
+// that was added, two that were changed, two swaps apart from each other.
+TEST(NearestWord, MisspellingsInsideOfAWordAreFound) {
+    EXPECT_EQ(nearest_word("kenrel_time", {"kernel_time"}), "kernel_time");
+    EXPECT_EQ(nearest_word("bandwdithh", {"bandwidth"}), "bandwidth");
+    EXPECT_EQ(nearest_word("stalpercentx", {"stallpercent"}), "stallpercent");
+    EXPECT_EQ(nearest_word("ocxupancz", {"occupancy"}), "occupancy");
+    EXPECT_EQ(nearest_word("ocxupanzz", {"occupancy"}), "");     // three were changed
+    EXPECT_EQ(nearest_word("inovactiosn", {"invocations"}), ""); // three swaps
+    EXPECT_EQ(nearest_word("inovactions", {"invocations"}), "invocations");
+}
+
+// A swap counts as one: "abdc" is nearer to "abcd" than to a word with two other letters.
+TEST(NearestWord, ASwapIsOneStep) {
+    EXPECT_EQ(nearest_word("abdc", {"abxy", "abcd"}), "abcd");
+    EXPECT_EQ(nearest_word("xabdc", {"abcd"}), "abcd"); // a letter too many, and a swap
+    EXPECT_EQ(nearest_word("xabdcy", {"abcd"}), "");
+}
+
+TEST(NearestWord, LongWordsTakeLittleTime) {
+    const std::string a(1 << 20, 'a'), b = std::string(1 << 19, 'a') + "b" + std::string((1 << 19) - 1, 'a');
+    EXPECT_EQ(nearest_word(a, std::vector<std::string>(20, b)), b);
+}
+
+TEST(NearestWord, AMessageEndsWithTheSuggestion) {
+    EXPECT_EQ(did_you_mean("lsit", {"list"}), "; did you mean 'list'?");
+    EXPECT_EQ(did_you_mean("a\n", {"a\nb"}), "; did you mean 'a⟨U+000A⟩b'?");
+    EXPECT_EQ(did_you_mean("lsit", {"unpack"}), "");
 }
 
 // "ab" is two letters away from any word of two letters.

@@ -40,6 +40,8 @@ TEST_F(PackageRead, ListPrintsJson) {
     make("p.zanx", {{".zan.version", "1\n"}, {"a\"\n\xFF\xC3\xA4", "x"}});
     EXPECT_EQ(run({"package", "list", "--json", "p.zanx"}),
               (Outcome{R"({
+    "schema": "zanl-profile/package-list",
+    "schema_version": 1,
     "package": "p.zanx",
     "sections": [
         {
@@ -66,12 +68,14 @@ TEST_F(PackageRead, APackageWithoutSectionsHasAnEmptyList) {
     make("p.zanx", {});
     EXPECT_EQ(run({"package", "list", "p.zanx"}), (Outcome{"NAME  SIZE  MEANING\n", "", "0"}));
     EXPECT_EQ(run({"package", "list", "p.zanx", "--json"}),
-              (Outcome{"{\n    \"package\": \"p.zanx\",\n    \"sections\": []\n}\n", "", "0"}));
+              (Outcome{"{\n    \"schema\": \"zanl-profile/package-list\",\n    \"schema_version\": 1,\n"
+                       "    \"package\": \"p.zanx\",\n    \"sections\": []\n}\n",
+                       "", "0"}));
 }
 
 TEST_F(PackageRead, NamesCannotCommandATerminal) {
     make("p.zanx", {{"a\x1b[2J\n\x7f", ""}});
-    EXPECT_THAT(run({"package", "list", "p.zanx"}).out, HasSubstr("a\\x1B[2J\\x0A\\x7F  "));
+    EXPECT_THAT(run({"package", "list", "p.zanx"}).out, HasSubstr("a⟨U+001B⟩[2J⟨U+000A⟩⟨U+007F⟩  "));
 }
 
 TEST_F(PackageRead, ADirectoryStreamIsKnownByItsContents) {

@@ -282,6 +282,8 @@ TEST_F(StreamCommand, ADryRunListsWhatWouldBeWritten) {
 TEST_F(StreamCommand, ADryRunPrintsJson) {
     write("s", stream_of({{file_type, 0, "f", "12"}}));
     EXPECT_EQ(run({"package", "unpack", "s", "-o", "to", "--dry-run", "--json"}), (Outcome{R"({
+    "schema": "zanl-profile/package-unpack",
+    "schema_version": 1,
     "stream": "s",
     "entries": [
         {

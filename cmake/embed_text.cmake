@@ -1,0 +1,23 @@
+# A text file of the sources as a constant of a program, so that the program needs no file when it runs.
+#
+# As a script: cmake -DINPUT=... -DOUTPUT=... -DNAME=... -P embed_text.cmake writes the C++ source.
+if(CMAKE_SCRIPT_MODE_FILE)
+    file(READ ${INPUT} text)
+    file(WRITE ${OUTPUT} "#include <string_view>\n\nnamespace zan::profile {\n\
+extern const std::string_view ${NAME};\nconst std::string_view ${NAME} = R\"zan(${text})zan\";\n}\n")
+    return()
+endif()
+
+set(ZAN_EMBED_SCRIPT ${CMAKE_CURRENT_LIST_FILE})
+
+# zan_embed_text(<target> <file> <name>): std::string_view zan::profile::<name> is the content of the file.
+function(zan_embed_text target file name)
+    set(input ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    set(output ${PROJECT_BINARY_DIR}/generated/${name}.cpp)
+    add_custom_command(OUTPUT ${output}
+        COMMAND ${CMAKE_COMMAND} -DINPUT=${input} -DOUTPUT=${output} -DNAME=${name} -P ${ZAN_EMBED_SCRIPT}
+        DEPENDS ${input} ${ZAN_EMBED_SCRIPT}
+        COMMENT "Embedding ${file}"
+        VERBATIM)
+    target_sources(${target} PRIVATE ${output})
+endfunction()
