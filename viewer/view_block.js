@@ -4,7 +4,7 @@ import { block_address } from "./address.js";
 import { block_link, place_link, shares_bar } from "./bars.js";
 import { axis_top, axis_width, draw_chart, right_margin } from "./chart.js";
 import { place_after, Track } from "./columns.js";
-import { bold, box, button, element, fill, kernel_mark, mark, safe_name, second, view_link } from "./dom.js";
+import { after_rest, bold, box, button, element, fill, kernel_mark, mark, safe_name, second, view_link } from "./dom.js";
 import { bandwidth_text, count_text, is_known, percent_text, time_text } from "./format.js";
 import { same_kernel } from "./pairs.js";
 import { pixels_of } from "./pixels.js";
@@ -36,7 +36,7 @@ function charts_of(block) {
     /** @type {Plotted[]} */
     const all = [
         { title: "Share of cycles", note: "dots: most stalled sample of the pixel; numbers: stalled", metrics: ["stall", "valid", "idle"], looks: ["stalled", "valid", "idle"], height: 118, text: percent_text, top: 100 },
-        { title: "Bandwidth", note: memory ? `of ${safe_name(memory)}` : "of its channel", metrics: ["bandwidth"], looks: ["memory"], height: 96, text: bandwidth_text },
+        { title: "Bandwidth", note: memory ? `of ${safe_name(memory)}` : block.block.kind === "channel" ? "of its channel" : "of global memory", metrics: ["bandwidth"], looks: ["memory"], height: 96, text: bandwidth_text },
         { title: "Requested, of what moved", note: "", metrics: ["efficiency"], looks: ["valid"], height: 76, text: percent_text },
         { title: "Words in its channel", note: "mean of a sample", metrics: ["fill"], looks: ["memory"], height: 76, text: count_text },
         { title: "Most words in its channel", note: "", metrics: ["max_fill"], looks: ["memory"], height: 64, text: count_text },
@@ -131,6 +131,11 @@ class BlockPage {
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
         this.base = this.base_block();
+        this.update_rest = after_rest(() => {
+            this.update_words();
+            this.update_stats(false);
+            this.update_stepper();
+        });
         this.update_words();
     }
 
@@ -162,14 +167,11 @@ class BlockPage {
 
     /** @param {Set<string>} what */
     draw(what) {
-        const { stretch } = this.app;
         const redraws = what.has("stretch") || what.has("data");
         if (redraws) this.draw_charts();
         this.update_overlay();
-        if (redraws || what.has("selection")) this.update_words();
-        if (redraws || what.has("selection") || what.has("cursor")) this.update_stats(!redraws && !what.has("selection"));
-        if (redraws) this.update_stepper();
-        if (stretch.cursor === null && what.has("cursor")) this.update_stats(true);
+        if (redraws || what.has("selection")) this.update_rest();
+        else if (what.has("cursor")) this.update_stats(true);
     }
 
     draw_charts() {

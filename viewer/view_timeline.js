@@ -2,7 +2,7 @@
 
 import { block_link, kernel_name } from "./bars.js";
 import { place_after } from "./columns.js";
-import { bold, box, button, element, fill, kernel_mark, mark, safe_name, second } from "./dom.js";
+import { after_rest, bold, box, button, element, fill, kernel_mark, mark, safe_name, second } from "./dom.js";
 import { is_known, percent_text, time_text } from "./format.js";
 import { draw_area, draw_invocations, draw_memory, draw_transfers, stack_transfers } from "./lanes.js";
 import { draw_ruler, make_plot, picture, ruler_height } from "./ruler.js";
@@ -49,6 +49,7 @@ export function view_timeline(app) {
     build();
     surface.append(place, overlay);
     const below = new StretchTable(app, queues);
+    const update_below = after_rest(() => below.update());
     const root = [
         box("view-head", element("h1", null, bold("Timeline")), selected,
             box("tools hint", keys_hint("W", "S"), "zoom", keys_hint("A", "D"), "pan", keys_hint("F"), "fit", keys_hint("R"), "zoom to selection")),
@@ -67,7 +68,7 @@ export function view_timeline(app) {
             const chosen = stretch.selection;
             fill(selected, chosen ? `Selected: ${time_text(chosen[1] - chosen[0], model.unit)}, from ${time_text(chosen[0], model.unit)}`
                 : stretch.is_whole() ? "The whole run" : `${time_text(stretch.to - stretch.from, model.unit)}, from ${time_text(stretch.from, model.unit)}`);
-            if (what.has("stretch") || what.has("selection") || what.has("data")) below.update();
+            if (what.has("stretch") || what.has("selection") || what.has("data")) update_below();
         },
     };
 }
@@ -171,7 +172,7 @@ class StretchTable {
         this.app = app;
         this.queues = queues;
         this.body = element("tbody", null);
-        this.title = element("h2", null);
+        this.title = element("h2", null, "In the stretch shown");
         this.turn = 0;
         this.root = element("section", { class: "card" }, box("card-head", this.title),
             element("div", { class: "scroll", tabindex: "0", role: "region", "aria-label": "What ran in this stretch" }, element("table", null, element("thead", null, element("tr", null,
