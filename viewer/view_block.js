@@ -29,6 +29,7 @@ import { stretch_facts } from "./stretch_facts.js";
 
 const stats_width = 150;
 const few_samples = 10;
+const most_listed = 400;
 
 /** The charts that a block can have, in their order. @param {ModelBlock} block @returns {Plotted[]} */
 function charts_of(block) {
@@ -71,13 +72,14 @@ export function view_block(app, [kernel_name = "", block_name = ""]) {
 function block_list({ model }, shown) {
     const list = element("div", null);
     const show = (/** @type {string} */ wanted) => {
-        const blocks = model.ranking.filter((b) => `${b.block.name} ${b.kernel.name}`.toLowerCase().includes(wanted.toLowerCase()));
+        const found = model.ranking.filter((b) => `${b.block.name} ${b.kernel.name}`.toLowerCase().includes(wanted.toLowerCase()));
+        const blocks = found.filter((b, i) => i < most_listed || b === shown);
         const kernels = [...new Set(blocks.map((b) => b.kernel))];
         fill(list, kernels.flatMap((kernel) => [
             element("h2", null, kernel_mark(kernel.number), safe_name(kernel.name)),
             ...blocks.filter((b) => b.kernel === kernel).map((b) => element("a", { href: block_address(kernel.name, b.block.name), "aria-current": b === shown ? "page" : null },
                 element("span", null, safe_name(b.block.name)), shares_bar(b.facts))),
-        ]));
+        ]), found.length > blocks.length && second(`${found.length - blocks.length} more: filter to see them`));
     };
     show("");
     const filter = element("input", { type: "search", placeholder: "Filter blocks", "aria-label": "Filter blocks", oninput: () => show(filter.value) });
@@ -127,7 +129,7 @@ class BlockPage {
         surface.append(box("ruler-row", this.ruler, element("span", null)), ...this.plots.map(({ place }) => place), overlay);
         this.root = element("article", { class: "block" },
             box("view-head", element("h1", null, kernel_mark(block.kernel.number), second(safe_name(block.kernel.name) + " / "), bold(safe_name(block.block.name))),
-                chain_links(block), this.stepper),
+                chain_links(block), app.base && second("dashed: base"), this.stepper),
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
         this.base = this.base_block();
@@ -222,7 +224,8 @@ class BlockPage {
         const turn = ++this.turn;
         const [from, to] = this.judged();
         if (!stretch.selection && stretch.is_whole()) {
-            this.show_words(this.block.facts, this.block.sentence, "", this.block.kernel.kernel.n);
+            const { autorun, n } = this.block.kernel.kernel;
+            this.show_words(this.block.facts, this.block.sentence, autorun ? "While its kernel had work" : "", n);
             return;
         }
         stretch_facts(model, this.app.tracks, this.block.kernel, this.block.number, [from, to]).then((facts) => {

@@ -12,7 +12,7 @@ import { busiest_block } from "./view_overview.js";
 
 /** @typedef {import("./page.js").App} App */
 /** @typedef {import("./model.js").ModelKernel} ModelKernel */
-/** @typedef {{name: import("./dom.js").Child[], detail: string, height: number, label: string, draw: (canvas: HTMLCanvasElement) => void}} Lane */
+/** @typedef {{kernel?: ModelKernel, name: import("./dom.js").Child[], detail: string, height: number, label: string, draw: (canvas: HTMLCanvasElement) => void}} Lane */
 /** @typedef {{start: number, end: number, level: number, name: string, queue: number}} Transfer */
 /** @typedef {{mark: import("./dom.js").Child, name: string, count: number, time: number, stall: import("./dom.js").Child[], stall_text: string}} Row */
 
@@ -47,6 +47,13 @@ export function view_timeline(app) {
             hidden > 0 && button({ onclick: () => { shows_all = true; build(); app.changed(); } }, `Show all: ${hidden} more kernels`));
     };
     build();
+    // A double click selects the invocation.
+    surface.addEventListener("dblclick", (event) => {
+        const under = document.elementFromPoint(event.clientX, event.clientY);
+        const clock = drawn.find(({ canvas }) => canvas === under)?.lane.kernel?.clock;
+        const k = clock && stretch.cursor !== null ? place_after(clock.start, stretch.cursor) - 1 : -1;
+        if (clock && k >= 0 && Number(stretch.cursor) <= clock.end[k]) stretch.select(clock.start[k], clock.end[k]);
+    });
     surface.append(place, overlay);
     const below = new StretchTable(app, queues);
     const update_below = after_rest(() => below.update());
@@ -137,7 +144,7 @@ function invocation_lane({ model, stretch, tracks }, kernel) {
     const stalls = worst ? tracks.of_block(kernel, worst.number, "stall") : undefined;
     const name = safe_name(kernel.name);
     const detail = `${kernel.kernel.invocations.n} × ${time_text(kernel.kernel.median, model.unit)}`;
-    return { name: [kernel_name(kernel, true)[1]], detail, height: 35, label: `${name}: ${detail}`,
+    return { kernel, name: [kernel_name(kernel, true)[1]], detail, height: 35, label: `${name}: ${detail}`,
         draw: (canvas) => draw_invocations(canvas, 35, stretch, kernel.clock, stalls, { look: `k${kernel.number % 8}`, name, unit: model.unit }) };
 }
 

@@ -57,6 +57,39 @@ describe("the page in a browser", { skip: !chromium_path || !has_packages ? "nee
         }
     }
 
+    test("windows, tables of charts and the list of the search are accessible", async () => {
+        const file = folder.write("windows", sample_report("image_pipeline"));
+        await on_page(file, { address: "#/block" }, async (page) => {
+            await page.evaluate(axe_source());
+            const faults_of = async () => (await page.evaluate(() => axe.run(document, { resultTypes: ["violations"] }))).violations.map((v) => [v.id, v.nodes[0].html.slice(0, 160)]);
+            await page.keyboard.press("?");
+            await settle(page);
+            assert.deepEqual(await faults_of(), [], "keys");
+            await page.keyboard.press("Escape");
+            await page.getByRole("button", { name: /as table/ }).first().click();
+            await settle(page);
+            assert.match(await page.locator("dialog tbody tr").first().textContent(), /\d/);
+            assert.deepEqual(await faults_of(), [], "table of a chart");
+            await page.keyboard.press("Escape");
+            await page.keyboard.press("/");
+            await page.keyboard.type("e");
+            await settle(page);
+            assert.deepEqual(await faults_of(), [], "search");
+        });
+    });
+
+    test("a double click on an invocation selects it", async () => {
+        const file = folder.write("double", long_report(300, 3));
+        await on_page(file, { address: "#/timeline" }, async (page) => {
+            await settle(page, 300);
+            const lane = await page.getByRole("img", { name: /^long: 3 × / }).boundingBox();
+            await page.mouse.dblclick(lane.x + 20, lane.y + 12);
+            await settle(page, 400);
+            // The first one of three begins at 100 after the first transfer, with 100 samples of 500.
+            assert.match(await hash_of(page), /s=100-50100/);
+        });
+    });
+
     test("hostile names are shown as what they are, in each view", async () => {
         for (const [i, name] of hostile_names.entries()) {
             const file = folder.write(`hostile${i}`, hostile_report(name), { report_name: `${name}.json` });
