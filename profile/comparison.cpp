@@ -13,13 +13,6 @@ namespace {
 // digits.
 constexpr double rounding = 1e-9;
 
-bool is_change(MetricUnit unit, double before, double after) {
-    const double change = std::abs(after - before);
-    if (unit == MetricUnit::percent)
-        return change >= least_points - rounding;
-    return change != 0 && change >= std::abs(before) * (least_percent / 100 - rounding);
-}
-
 Verdict verdict_of(Better better, double before, double after) {
     if (better == Better::neither)
         return Verdict::neither;
@@ -180,7 +173,7 @@ class Comparer {
             return;
         if (!before || !after)
             subject.changes.push_back({row.metric, before, after, Verdict::neither});
-        else if (is_change(row.unit, *before, *after))
+        else if (is_listed_change(row.unit, *before, *after))
             subject.changes.push_back({row.metric, before, after, verdict_of(row.better, *before, *after)});
     }
 
@@ -215,6 +208,13 @@ bool RunComparison::can_compare(MetricUnit unit, bool is_share) const {
 
 RunComparison compare(const ProfileSummary& before, const ProfileSummary& after, MatchBy match) {
     return Comparer(before, after, match).compare();
+}
+
+bool is_listed_change(MetricUnit unit, double before, double after) {
+    const double change = std::abs(after - before);
+    if (unit == MetricUnit::percent)
+        return change >= least_points - rounding;
+    return change != 0 && change >= std::abs(before) * (least_percent / 100 - rounding);
 }
 
 std::string label_of(const SubjectComparison& subject) {

@@ -57,10 +57,10 @@ struct TransferComparison {
 };
 
 struct RunComparison {
-    const ProfileSummary* before;
-    const ProfileSummary* after;
+    const ProfileSummary* before = nullptr;
+    const ProfileSummary* after = nullptr;
     // False if the unit of time is known of one run alone: no time is then in `changes`.
-    bool has_same_time_unit;
+    bool has_same_time_unit = true;
     // The run, the kernels in the order of the new run, each with its blocks, memories; after each of these
     // lists what only the old run has.
     std::vector<SubjectComparison> subjects;
@@ -73,7 +73,8 @@ struct RunComparison {
 
 // A change is listed from these sizes on: percent in points, other values in percent of the old one.
 inline constexpr double least_points = 1.0;
-inline constexpr double least_percent = 1.0;
+inline constexpr double least_percent = 2.0;
+bool is_listed_change(MetricUnit unit, double before, double after);
 
 // Compares the metrics of both runs, which must outlive the result. Kernels are matched by name and compute
 // unit, blocks by name within their kernel; those with equal names in their order.

@@ -22,6 +22,7 @@
 #include "summary_json.h"
 #include "totals.h"
 #include "value_text.h"
+#include "written_numbers.h"
 
 namespace zan::profile {
 
@@ -107,6 +108,14 @@ ProfileSummary read_saved(ByteSource& source, const std::string& name) {
     return std::get<ProfileSummary>(std::move(read));
 }
 
+// Files that people take for a report by mistake.
+void refuse_other_files(std::string_view beginning, const std::string& name) {
+    if (beginning.starts_with("\x7f\x45LF"))
+        give_up(name, "this is a package: its name must end in 'zanx', and its capture must follow it");
+    if (beginning.starts_with("\x1f\x8b"))
+        give_up(name, "this is compressed: unpack it first, as with 'gzip -dc'");
+}
+
 // Keeps why a run ended early.
 class FirstEnd final : public FaultReceiver {
   public:
@@ -149,6 +158,7 @@ class InputSums {
                     give_up(name, "a saved summary can't be merged with other inputs");
                 return read_saved(source, name);
             }
+            refuse_other_files(source.peek(beginning_size), name);
             auto totals = std::make_unique<Totals>();
             if (const auto fault = read_report(source, totals->sink()))
                 give_up(name, describe(*fault));
@@ -173,9 +183,10 @@ class InputSums {
   private:
     void add_run(const Input& input) {
         auto totals = std::make_unique<Totals>();
+        WrittenNumbers nodes(totals->sink());
         FirstEnd end;
-        const RunResult result = read_run(input.name, input.capture,
-                                          {m_options.compute_unit, m_options.progress}, totals->sink(), end);
+        const RunResult result =
+            read_run(input.name, input.capture, {m_options.compute_unit, m_options.progress}, nodes, end);
         if (!result.is_whole)
             throw InputUnusable{{end.text.value_or(input.name + ": can't be read")}};
         m_runs.push_back(std::move(totals));

@@ -1,7 +1,5 @@
 // The commands of zanl-profile where system calls fail: each ends with all done, or with one message and
 // nothing done.
-#include <regex>
-
 #include "fault_fixture.h"
 #include "make_package.h"
 #include "traced_fixture.h"
@@ -25,9 +23,11 @@ const std::vector<Case> cases = {
     {"CreateFromSample", {"create", "new.zanx", "--from", "sample"}},
     {"List", {"list", "p.zanx"}},
     {"Show", {"show", "p.zanx", "a"}},
-    {"Extract", {"extract", "p.zanx", "-o", "to"}, true},
+    {"Extract", {"extract", "p.zanx", "-o", "to"}},
+    {"ExtractIntoAFolder", {"extract", "p.zanx", "-o", "there"}, true},
     {"Add", {"add", "p.zanx", "c=f"}},
     {"Update", {"update", "p.zanx", "a=f"}},
+    {"Remove", {"remove", "p.zanx", "a"}},
     {"Copy", {"copy", "q.zanx", "p.zanx", "x"}},
     {"Pack", {"pack", "new.stream", "d"}},
     {"PackInPlaceOfAFile", {"pack", "old.stream", "d"}},
@@ -52,8 +52,8 @@ class ToolboxFaults : public Traced<FaultTest>, public testing::WithParamInterfa
         write("sample/sections/version", "1.0\n");
         write("there/d/f", "old");
         write("there/other", "other");
-        write("old.stream", "old");
         run_whole(toolbox({"pack", "s.stream", "d"}));
+        run_whole(toolbox({"pack", "old.stream", "f"}));
         make_package(dir.path("r.zanx"), {{"s", read("s.stream")}});
         before = tree();
         whole = run_whole(body());

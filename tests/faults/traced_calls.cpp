@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <filesystem>
-#include <regex>
 
 namespace {
 
@@ -27,8 +26,10 @@ constexpr KnownCall known_calls[] = {
     {SYS_pwritev, "pwritev", Calls::writes, 0, none, none},
     {SYS_copy_file_range, "copy_file_range", Calls::writes, 2, none, 4},
     {SYS_openat, "openat", Calls::opens, none, 1, none},
+    {SYS_openat2, "openat2", Calls::opens, none, 1, none},
     {SYS_close, "close", Calls::closes, 0, none, none},
     {SYS_fsync, "fsync", Calls::others, 0, none, none},
+    {SYS_syncfs, "syncfs", Calls::others, 0, none, none},
     {SYS_fdatasync, "fdatasync", Calls::others, 0, none, none},
     {SYS_ftruncate, "ftruncate", Calls::others, 0, none, none},
     {SYS_fallocate, "fallocate", Calls::others, 0, none, none},
@@ -39,6 +40,7 @@ constexpr KnownCall known_calls[] = {
     {SYS_newfstatat, "newfstatat", Calls::others, none, 1, none},
     {SYS_statx, "statx", Calls::others, none, 1, none},
     {SYS_mkdirat, "mkdirat", Calls::others, none, 1, none},
+    {SYS_renameat, "renameat", Calls::others, none, 1, none},
     {SYS_renameat2, "renameat2", Calls::others, none, 1, none},
     {SYS_linkat, "linkat", Calls::others, none, 1, none},
     {SYS_readlinkat, "readlinkat", Calls::others, none, 1, none},
@@ -55,10 +57,22 @@ constexpr KnownCall known_calls[] = {
 #endif
 };
 
+bool is_letter_or_digit(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+}
+
 // The name with X for each random letter of mkstemp().
 std::string without_random_letters(const std::string& name) {
-    static const std::regex random_letters("(unfinished-)[A-Za-z0-9]{6}");
-    return std::regex_replace(name, random_letters, "$1XXXXXX");
+    constexpr std::string_view mark = "unfinished-";
+    constexpr std::size_t num_letters = 6;
+    std::string result = name;
+    for (std::size_t at = result.find(mark); at != result.npos; at = result.find(mark, at)) {
+        at += mark.size();
+        const std::string_view letters = std::string_view(result).substr(at, num_letters);
+        if (letters.size() == num_letters && std::ranges::all_of(letters, is_letter_or_digit))
+            result.replace(at, num_letters, num_letters, 'X');
+    }
+    return result;
 }
 
 } // namespace

@@ -58,9 +58,9 @@ TEST(Comparison, SmallChangesAreNone) {
         return run_of(
             {kernel_of("k", {}, {block_of("b", {{Metric::stall, stall}, {Metric::bandwidth, bandwidth}})})});
     };
-    EXPECT_EQ(lines_of(run(2.0, 12'000), run(2.99, 12'119)), Lines{});
-    EXPECT_EQ(lines_of(run(2.0, 12'000), run(3.0, 12'120)),
-              (Lines{"k/b: stall 2 -> 3 worse", "k/b: bandwidth 12000 -> 12120 better"}));
+    EXPECT_EQ(lines_of(run(2.0, 12'000), run(2.99, 12'239)), Lines{});
+    EXPECT_EQ(lines_of(run(2.0, 12'000), run(3.0, 12'240)),
+              (Lines{"k/b: stall 2 -> 3 worse", "k/b: bandwidth 12000 -> 12240 better"}));
     EXPECT_EQ(lines_of(run(2.0, 0), run(2.0, 1)), Lines{"k/b: bandwidth 0 -> 1 better"});
 }
 

@@ -168,3 +168,12 @@ TEST(Inputs, AnotherComputeUnitIsReadFromAPackage) {
     EXPECT_EQ(summary.kernels[0].compute_unit, 1);
     EXPECT_EQ(summary.kernels[0].num_units, 3u);
 }
+
+TEST(Inputs, AFileOfAnotherKindIsNamed) {
+    const TempDir folder;
+    std::ofstream(folder.path("report.gz"), std::ios::binary) << "\x1f\x8b\x08";
+    EXPECT_THAT(fault_in(summarized({folder.path("report.gz")})), HasSubstr("this is compressed"));
+    const SampleFiles sample("vector_add");
+    std::filesystem::rename(sample.package, folder.path("design.elf"));
+    EXPECT_THAT(fault_in(summarized({folder.path("design.elf")})), HasSubstr("this is a package"));
+}

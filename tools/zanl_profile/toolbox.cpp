@@ -1,6 +1,8 @@
 #include "toolbox.h"
 
+#include "check_command.h"
 #include "command_line.h"
+#include "diff_command.h"
 #include "package_commands.h"
 #include "run_command.h"
 #include "signals.h"
@@ -12,9 +14,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &package_command,
-    &run_command,
-    &summary_command,
+    &run_command, &check_command, &summary_command, &diff_command, &package_command,
 };
 
 constexpr Command toolbox = {

@@ -32,4 +32,15 @@ std::string excerpt(const std::string& line, std::size_t column, std::size_t wid
     return column == 0 ? result : result + "\n" + std::string(caret_column, ' ') + "^";
 }
 
+std::string indented(const std::string& text, std::size_t indent) {
+    const std::string blanks(indent, ' ');
+    std::string result;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        result += blanks + text.substr(begin, end - begin) + (end < text.size() ? "\n" : "");
+        begin = end + 1;
+    }
+    return result;
+}
+
 } // namespace zan::tool

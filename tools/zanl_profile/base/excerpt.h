@@ -13,4 +13,7 @@ namespace zan::tool {
 std::string excerpt(const std::string& line, std::size_t column, std::size_t width, bool more_before = false,
                     bool more_after = false);
 
+// The text with that many blanks before each of its lines.
+std::string indented(const std::string& text, std::size_t indent);
+
 } // namespace zan::tool

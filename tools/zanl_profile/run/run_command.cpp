@@ -68,13 +68,9 @@ std::string text_of(const LoggedFault& fault, std::size_t width) {
     if (fault.line_text.empty())
         return text;
     const std::size_t column = fault.column == 0 ? 0 : fault.column - fault.cut_size;
-    std::string lines = excerpt(fault.line_text, column, width - indent, fault.cut_size > 0, fault.is_cut);
-    const std::string blanks(indent, ' ');
-    for (std::size_t at = 0; at != std::string::npos; at = lines.find('\n', at + indent)) {
-        at += at == 0 ? 0 : 1;
-        lines.insert(at, blanks);
-    }
-    return text + "\n" + lines;
+    return text + "\n" +
+           indented(excerpt(fault.line_text, column, width - indent, fault.cut_size > 0, fault.is_cut),
+                    indent);
 }
 
 // Prints the first faults of each kind when they come, but for those that end the run, which are its failure.

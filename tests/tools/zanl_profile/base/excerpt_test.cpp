@@ -5,6 +5,7 @@
 namespace {
 
 using zan::tool::excerpt;
+using zan::tool::indented;
 
 TEST(Excerpt, AShortLineIsWhole) {
     EXPECT_EQ(excerpt("0,0,k", 0, 40), "0,0,k");
@@ -32,6 +33,12 @@ TEST(Excerpt, TheCaretStandsBelowWhatIsShownOfAByte) {
     EXPECT_EQ(excerpt("\x1b[2J<", 5, 40), "⟨U+001B⟩[2J<\n           ^");
     EXPECT_EQ(excerpt("ü<", 3, 40), "ü<\n ^") << "two bytes, one column";
     EXPECT_EQ(excerpt("\xff<", 2, 40), "\\xFF<\n    ^");
+}
+
+TEST(Excerpt, EachLineIsIndented) {
+    EXPECT_EQ(indented("a\n ^", 2), "  a\n   ^");
+    EXPECT_EQ(indented("a", 2), "  a");
+    EXPECT_EQ(indented("", 2), "  ");
 }
 
 } // namespace
