@@ -16,6 +16,11 @@ function active_facts(run, kernel, block, active) {
     for (const name of ["valid", "stall", "idle"]) {
         if (block.values[name]) facts[name] = 100 * total(kernel.n, (i) => active[i] && weight_of(kernel, block, name, i) > 0 ? block.values[name][i] : 0) / cycles;
     }
+    if (block.kind === "loop" && facts.valid > 0) {
+        const stalls = kernel.blocks.reduce((sum, b) => sum + total(kernel.n, (i) => active[i] && b.values.stall ? b.values.stall[i] : 0), 0);
+        const iterations = facts.valid / 100 * cycles;
+        Object.assign(facts, { iteration: cycles / iterations, net: Math.max(1, (cycles - stalls) / iterations) });
+    }
     if (facts.stall !== undefined && run.clock && run.unit) facts.lost = facts.stall / 100 * cycles / run.clock * 1000;
     return facts;
 }
