@@ -90,7 +90,7 @@ double unknown_blocks(const std::vector<const KernelSummary*>& team, double stal
     return unknown;
 }
 
-std::string place_text(const SourcePlace& place) {
+std::string answer_place(const SourcePlace& place) {
     if (place.file.empty())
         return {};
     return place.line > 0 ? place.file + ":" + std::to_string(place.line) : place.file;
@@ -102,9 +102,9 @@ void add_culprit_facts(const KernelSummary& kernel, const BlockSummary& block, F
     if (block.sources.empty() || block.sources.front().empty())
         return;
     const CallChain& chain = block.sources.front();
-    facts[FactText::place] = place_text(chain.front());
+    facts[FactText::place] = answer_place(chain.front());
     if (chain.size() > 1)
-        facts[FactText::caller] = place_text(chain.back());
+        facts[FactText::caller] = answer_place(chain.back());
     if (block.sources.size() > 1)
         facts[Fact::more_places] = static_cast<double>(block.sources.size() - 1);
 }

@@ -25,7 +25,7 @@ std::string kernel_label(const KernelSummary& kernel) {
 
 // Empty if it isn't known.
 std::string place_key(const SourcePlace& place) {
-    return place.file.empty() ? std::string() : place_text(place) + ":" + std::to_string(place.column);
+    return place.file.empty() ? std::string() : source_place_text(place) + ":" + std::to_string(place.column);
 }
 
 std::string kernel_source_key(const KernelSummary& kernel) {
@@ -231,7 +231,7 @@ std::string label_of(const SubjectComparison& subject) {
     return subject.kernel + "/" + subject.name;
 }
 
-std::string place_text(const SourcePlace& place) {
+std::string source_place_text(const SourcePlace& place) {
     return place.line > 0 ? place.file + ":" + std::to_string(place.line) : place.file;
 }
 

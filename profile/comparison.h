@@ -88,6 +88,6 @@ RunComparison compare(const ProfileSummary& before, const ProfileSummary& after,
 std::string label_of(const SubjectComparison& subject);
 
 // "device/image.cl:34"; the file alone without a line.
-std::string place_text(const SourcePlace& place);
+std::string source_place_text(const SourcePlace& place);
 
 } // namespace zan::profile

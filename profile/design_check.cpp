@@ -52,7 +52,7 @@ const std::string& shown_name(const TlyKernel& kernel) {
     return kernel.get_user_friendly_name().empty() ? kernel.get_name() : kernel.get_user_friendly_name();
 }
 
-double clock_of(const std::string& text) {
+double stated_clock(const std::string& text) {
     double clock = 0;
     const std::size_t begin = std::min(text.find_first_not_of(" \t"), text.size());
     const auto [end, error] = std::from_chars(text.data() + begin, text.data() + text.size(), clock);
@@ -65,7 +65,7 @@ void check_design(const ProfileModel& model, const std::string& clock, std::stri
                   FindingLog& log) {
     if (clock == "0.0")
         add_to_section(log, "no-clock", package, timing_report_section, "the timing report names no clock");
-    else if (clock_of(clock) == 0)
+    else if (stated_clock(clock) == 0)
         add_to_section(log, "no-clock", package, timing_report_section,
                        "the clock is '" + clock + "', which is no number of MHz");
     for (const auto& [name, kernel] : model.kernels) {

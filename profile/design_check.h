@@ -16,7 +16,7 @@ bool is_loop(const TlyModuleInst& inst);
 // The name that reports show.
 const std::string& shown_name(const TlyKernel& kernel);
 // A clock in MHz; 0 if the text isn't one.
-double clock_of(const std::string& text);
+double stated_clock(const std::string& text);
 
 // Adds what is found. `package` is the file's name, and `clock` what the timing report says.
 void check_design(const ProfileModel& model, const std::string& clock, std::string_view package,

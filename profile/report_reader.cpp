@@ -130,7 +130,7 @@ class NodeEvents {
             if ((lead != 0xC2 && lead != 0xC3) || (next & 0xC0) != 0x80)
                 return stop(ReportFaultKind::odd_value, 1,
                             "the text that ends here has a character that stands for no byte");
-            m_decoded += static_cast<char>((lead & 3) << 6 | (next & 0x3F));
+            m_decoded += static_cast<char>((lead & 3U) << 6U | (next & 0x3FU));
             ++i;
         }
         bytes = m_decoded;
@@ -210,7 +210,7 @@ class NodeEvents {
     std::optional<ReportFault> m_fault;
 };
 
-std::string text_of(rapidjson::ParseErrorCode code) {
+std::string parse_error_text(rapidjson::ParseErrorCode code) {
     std::string text = rapidjson::GetParseError_En(code);
     if (!text.empty() && text.back() == '.')
         text.pop_back();
@@ -221,7 +221,7 @@ std::string text_of(rapidjson::ParseErrorCode code) {
 
 // Why RapidJSON, or the events, stopped. What is wrong with the text itself comes before what RapidJSON makes
 // of it.
-ReportFault fault_of(const rapidjson::ParseResult& result, TextPieces& text, const NodeEvents& events) {
+ReportFault reading_fault(const rapidjson::ParseResult& result, TextPieces& text, const NodeEvents& events) {
     if (!text.failure().empty())
         return {ReportFaultKind::not_read, text.Tell(), "can't be read: " + text.failure()};
     if (text.is_over_limit())
@@ -234,8 +234,9 @@ ReportFault fault_of(const rapidjson::ParseResult& result, TextPieces& text, con
     if (text.at_end())
         return {ReportFaultKind::cut, text.Tell(), "the text ends early: the report is cut"};
     if (!events.is_report())
-        return {ReportFaultKind::no_report, result.Offset(), "this is no report: " + text_of(result.Code())};
-    return {ReportFaultKind::syntax, result.Offset(), text_of(result.Code())};
+        return {ReportFaultKind::no_report, result.Offset(),
+                "this is no report: " + parse_error_text(result.Code())};
+    return {ReportFaultKind::syntax, result.Offset(), parse_error_text(result.Code())};
 }
 
 } // namespace
@@ -251,7 +252,7 @@ std::optional<ReportFault> read_report(ByteSource& source, ReportSink& sink) {
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
     const rapidjson::ParseResult result = reader.Parse<flags>(text, events);
     if (result.IsError() || text.is_over_limit() || !text.failure().empty())
-        return fault_of(result, text, events);
+        return reading_fault(result, text, events);
     // RapidJSON takes a zero byte for the end.
     if (!text.at_end())
         return ReportFault{ReportFaultKind::syntax, text.Tell(), "a byte 0 after the report"};

@@ -179,6 +179,14 @@ class RulesReader {
         return FormattedNumber{number, format->second};
     }
 
+    // Made in its place: g++ 12 warns of a part that is moved, as if a variant had members not yet set.
+    static void add_part(std::vector<SentencePart>& parts, decltype(SentencePart::content) content,
+                         std::optional<int> bracket) {
+        SentencePart& part = parts.emplace_back();
+        part.content = std::move(content);
+        part.bracket = bracket;
+    }
+
     std::vector<SentencePart> sentence_of(std::string_view text) const {
         std::vector<SentencePart> parts;
         std::optional<int> bracket;
@@ -198,9 +206,9 @@ class RulesReader {
                 throw RulesFault("a brace isn't closed");
             const std::string_view content = text.substr(0, end);
             if (is_value)
-                parts.push_back({value_named(content.substr(1)), bracket});
+                add_part(parts, value_named(content.substr(1)), bracket);
             else
-                parts.push_back({std::string(content), bracket});
+                add_part(parts, std::string(content), bracket);
             text.remove_prefix(std::min(text.size(), content.size() + (is_value ? 1 : 0)));
         }
         if (bracket)

@@ -38,8 +38,9 @@ bool write_whole(int fd, const char* data, std::size_t size) {
     return true;
 }
 
-// A file without a name, in the folder for temporary files; -1 with errno set.
-int open_unnamed() {
+} // namespace
+
+int open_temporary() {
     const char* folder = std::getenv("TMPDIR");
     if (!folder || *folder == '\0')
         folder = P_tmpdir;
@@ -53,8 +54,6 @@ int open_unnamed() {
         ::unlink(path.c_str());
     return named;
 }
-
-} // namespace
 
 std::string reason_of(int error_number) {
     return std::generic_category().message(error_number);
@@ -96,7 +95,7 @@ void RunInput::open(const std::string& name) {
 }
 
 void RunInput::copy() {
-    const int copy = open_unnamed();
+    const int copy = open_temporary();
     std::vector<char> piece(std::size_t{1} << 18);
     ssize_t count = 0;
     bool is_good = copy >= 0;

@@ -8,6 +8,10 @@ namespace zan::profile {
 // The reason for an error number, as the system has it.
 std::string reason_of(int error_number);
 
+// A new file without a name, for reading and writing, in the folder that TMPDIR names, or else in /tmp; -1
+// with errno set. The caller closes it.
+int open_temporary();
+
 // A file that is read from its start, as often as it is needed. "-" is standard input, from where it stands.
 // What can't be read as it is needed, such as a pipe that is to be read twice, is copied to an unnamed
 // temporary file first.

@@ -57,7 +57,7 @@ SampleCheck::BlockRule SampleCheck::rule_of(const TlyModuleInst& inst, int compu
 }
 
 void SampleCheck::take_design(const ProfileModel& model, const std::string& clock) {
-    m_clock = clock_of(clock);
+    m_clock = stated_clock(clock);
     for (const auto& [name, kernel] : model.kernels) {
         for (const TlyModuleInst* inst : kernel->get_module_insts()) {
             const BlockRule rule = rule_of(*inst, model.compute_unit);

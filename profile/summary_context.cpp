@@ -66,8 +66,8 @@ std::vector<JoinedKernel> join_kernels(const SummaryContext& context) {
                 found->push_back({run.get(), place});
         }
     }
-    std::ranges::stable_partition(
-        joined, [](const JoinedKernel& kernel) { return !kernel.front().totals().autorun; });
+    std::stable_partition(joined.begin(), joined.end(),
+                          [](const JoinedKernel& kernel) { return !kernel.front().totals().autorun; });
     return joined;
 }
 

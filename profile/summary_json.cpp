@@ -1,8 +1,6 @@
 #include "summary_json.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -14,6 +12,7 @@
 
 #include "summary_fields.h"
 #include "utf8_text.h"
+#include "value_text.h"
 
 namespace zan::profile {
 
@@ -49,10 +48,8 @@ class SummaryWriter {
     void plain_number(const std::string& name, double value) {
         if (!std::isfinite(value))
             return;
-        std::array<char, 32> digits;
-        const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
         key(name);
-        std::string_view text(digits.data(), static_cast<std::size_t>(end - digits.data()));
+        std::string text = exact_text(value);
         if (text == "-0") // which a reader takes for a whole number, and these have no sign of 0
             text = "-0.0";
         m_json.RawValue(text.data(), text.size(), rapidjson::kNumberType);

@@ -105,6 +105,18 @@ std::string number_text(double value) {
     return trimmed_text(value, decimals);
 }
 
+std::string exact_text(double value) {
+    if (!std::isfinite(value))
+        return "-";
+    std::array<char, 64> text;
+    const double size = std::abs(value);
+    const bool is_plain = value == 0 || (size >= 1e-6 && size < 1e15);
+    const auto written =
+        is_plain ? std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed)
+                 : std::to_chars(text.data(), text.data() + text.size(), value);
+    return {text.data(), written.ptr};
+}
+
 std::string percent_text(double percent) {
     return fixed_text(percent, decimals_for(percent, 2)) + (std::isfinite(percent) ? "%" : "");
 }

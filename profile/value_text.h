@@ -17,6 +17,9 @@ std::string count_text(double value);
 // Three digits, without zeros at the end of the decimals: "6.45", "56.9", "1". From 1,000 on a whole number
 // with commas.
 std::string number_text(double value);
+// All digits that it takes to read the same number again, without an exponent where that is at most 17 digits
+// long.
+std::string exact_text(double value);
 // Percent: "9.4%" below 10, "61%" from there on.
 std::string percent_text(double percent);
 // Nanoseconds as three digits, or as two, and a unit from ns to s: "8.70 us", "8.7 us"; "0 ns". Whole

@@ -14,7 +14,7 @@ namespace {
 constexpr double least_plain = 1e-4;
 constexpr double plain_limit = 1e7;
 constexpr double seven_digits = 1e6; // the least number that has them
-constexpr std::array<double, 11> scales = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
+constexpr std::array<double, 11> decimal_scales = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
 
 float read_back(float value) {
     char text[max_number_text];
@@ -33,10 +33,10 @@ float as_written(float value) {
     if (!(magnitude >= least_plain && magnitude < plain_limit))
         return read_back(value);
     std::size_t decimals = 0;
-    while (decimals + 1 < scales.size() && magnitude * scales[decimals] < seven_digits)
+    while (decimals + 1 < decimal_scales.size() && magnitude * decimal_scales[decimals] < seven_digits)
         ++decimals;
-    const double digits = std::nearbyint(magnitude * scales[decimals]);
-    return std::copysign(static_cast<float>(digits / scales[decimals]), value);
+    const double digits = std::nearbyint(magnitude * decimal_scales[decimals]);
+    return std::copysign(static_cast<float>(digits / decimal_scales[decimals]), value);
 }
 
 void WrittenNumbers::array(std::string_view key, const ReportArray& values) {

@@ -12,13 +12,13 @@ namespace {
 
 const std::vector<long long> two_samples = {100, 300};
 
-BlockSummary block_of(const StreamBlock& block, const std::vector<long long>& cycles,
-                      const std::string& clock = "1000.0") {
+BlockSummary summarized_block(const StreamBlock& block, const std::vector<long long>& cycles,
+                              const std::string& clock = "1000.0") {
     return summary_of_block(block, cycles, clock).kernels.at(0).blocks.at(0);
 }
 
 Value metric_of(const StreamBlock& block, const std::vector<long long>& cycles, Metric metric) {
-    return block_of(block, cycles).metrics[metric];
+    return summarized_block(block, cycles).metrics[metric];
 }
 
 TEST(BlockMetrics, SharesAreOfTheCycles) {
@@ -26,8 +26,8 @@ TEST(BlockMetrics, SharesAreOfTheCycles) {
     EXPECT_DOUBLE_EQ(known(metric_of(block, two_samples, Metric::valid)), 50.0); // 200 of 400
     EXPECT_DOUBLE_EQ(known(metric_of(block, two_samples, Metric::stall)), 30.0); // 120 of 400
     EXPECT_DOUBLE_EQ(known(metric_of(block, two_samples, Metric::idle)), 17.5);  // 70 of 400
-    EXPECT_DOUBLE_EQ(known(block_of(block, two_samples).max_valid), 50.0);
-    EXPECT_EQ(block_of(block, two_samples).cycles, 400.0);
+    EXPECT_DOUBLE_EQ(known(summarized_block(block, two_samples).max_valid), 50.0);
+    EXPECT_EQ(summarized_block(block, two_samples).cycles, 400.0);
 }
 
 // 30% of 400 cycles at 500 MHz, 2 ns each.
@@ -56,7 +56,7 @@ TEST(BlockMetrics, BandwidthIsTheMeanOverTheCycles) {
 // 12 cycles at 240.5 MHz are 49.9 ns, which the report has cut to 49. The 128 bytes then make 2612.3 MB/s,
 // rounded up; with 49.9 ns these would be 130.3 bytes.
 TEST(BlockMetrics, MovedBytesAreThoseOfWholeNanoseconds) {
-    const BlockSummary block = block_of({.requests = {2}, .bandwidth = {2612.3f}}, {12}, "240.5");
+    const BlockSummary block = summarized_block({.requests = {2}, .bandwidth = {2612.3f}}, {12}, "240.5");
     EXPECT_NEAR(known(block.metrics[Metric::moved]), 128.0, 0.01);
 }
 
@@ -132,7 +132,7 @@ TEST(BlockMetrics, BurstsAreWeightedByTheirNumber) {
 TEST(BlockMetrics, BurstShareIsUnknownIfWordsDiffer) {
     StreamBlock block{.memory = "DDR", .bandwidth = {100.0f}, .burst = {4.0f}};
     EXPECT_DOUBLE_EQ(known(metric_of(block, {1}, Metric::burst_share)), 25.0);
-    EXPECT_EQ(block_of(block, {1}).max_burst, 16.0);
+    EXPECT_EQ(summarized_block(block, {1}).max_burst, 16.0);
     block.burst = {17.5f};
     EXPECT_NEAR(known(metric_of(block, {1}, Metric::burst_share)), 109.4, 0.1);
     block.burst = {17.7f};
@@ -142,7 +142,7 @@ TEST(BlockMetrics, BurstShareIsUnknownIfWordsDiffer) {
 // 32,000 bytes in 1,000 requests.
 TEST(BlockMetrics, AccessesHaveTheWidthOfWhatWasRequested) {
     const StreamBlock block{.requests = {1000}, .bandwidth = {640.0f}, .efficiency = {0.5f}};
-    EXPECT_DOUBLE_EQ(known(block_of(block, {100'000}).access_bytes), 32.0);
+    EXPECT_DOUBLE_EQ(known(summarized_block(block, {100'000}).access_bytes), 32.0);
 }
 
 StreamBlock loop_of(std::vector<long long> valid) {
@@ -174,7 +174,8 @@ TEST(BlockMetrics, NetIsNotBelowOneAndUnknownWithUnknownStalls) {
 
 // Rule of what isn't counted: valid, stalled and idle cycles are below 95% of all.
 TEST(BlockMetrics, StallsThatAreAllZeroAreNotCountedIfCyclesAreMissing) {
-    const BlockSummary block = block_of({.valid = {35, 105}, .stall = {0, 0}, .idle = {0, 0}}, two_samples);
+    const BlockSummary block =
+        summarized_block({.valid = {35, 105}, .stall = {0, 0}, .idle = {0, 0}}, two_samples);
     EXPECT_DOUBLE_EQ(known(block.metrics[Metric::valid]), 35.0);
     EXPECT_EQ(block.metrics[Metric::stall], std::nullopt);
     EXPECT_EQ(block.metrics[Metric::idle], std::nullopt);
@@ -184,14 +185,15 @@ TEST(BlockMetrics, StallsThatAreAllZeroAreNotCountedIfCyclesAreMissing) {
 
 TEST(BlockMetrics, StallsThatAreAllZeroAreCountedIfTheCyclesAreComplete) {
     const BlockSummary block =
-        block_of({.valid = {35, 105}, .stall = {0, 0}, .idle = {65, 180}}, two_samples);
+        summarized_block({.valid = {35, 105}, .stall = {0, 0}, .idle = {65, 180}}, two_samples);
     EXPECT_EQ(block.metrics[Metric::stall], 0.0); // 385 of 400 cycles are valid or idle: 96%
     EXPECT_EQ(block.metrics[Metric::lost], 0.0);
     EXPECT_TRUE(block.stall_counted);
 }
 
 TEST(BlockMetrics, OneStallIsEnoughToBeCounted) {
-    const BlockSummary block = block_of({.valid = {35, 105}, .stall = {0, 1}, .idle = {0, 0}}, two_samples);
+    const BlockSummary block =
+        summarized_block({.valid = {35, 105}, .stall = {0, 1}, .idle = {0, 0}}, two_samples);
     EXPECT_EQ(block.metrics[Metric::stall], 0.25);
     EXPECT_EQ(block.metrics[Metric::idle], std::nullopt);
 }
@@ -235,18 +237,19 @@ TEST(BlockMetrics, MemoryUseOfAnUnnamedMemoryIsUnknown) {
 TEST(BlockMetrics, TheShortestStretchWithHalfOfTheStallsIsFound) {
     StreamBlock block{.valid = each(11, 5LL), .stall = each(11, 1LL), .idle = each(11, 94LL)};
     block.stall[6] = 80;
-    const BlockSummary summary = block_of(block, each(11, 100LL));
+    const BlockSummary summary = summarized_block(block, each(11, 100LL));
     EXPECT_GE(known(summary.stalled_from), 600.0);
     EXPECT_LE(known(summary.stalled_to), 700.0);
     EXPECT_NEAR(known(summary.stalled_part), 100.0 * 45.0 / 80.0 * 100.0 / 1100.0, 0.2); // 45 of 90 stalls
 }
 
 TEST(BlockMetrics, CountsBelowZeroAreLeftOutAndCounted) {
-    const BlockSummary block = block_of({.valid = {50, -1}, .stall = {50, 30}, .idle = {0, 5}}, two_samples);
+    const BlockSummary block =
+        summarized_block({.valid = {50, -1}, .stall = {50, 30}, .idle = {0, 5}}, two_samples);
     EXPECT_EQ(block.metrics[Metric::valid], 50.0);
     EXPECT_EQ(block.metrics[Metric::stall], 20.0); // (50 + 30) / 400
     EXPECT_EQ(block.num_left_out, 1U);
-    EXPECT_EQ(block_of({.valid = {-1, -1}}, two_samples).metrics[Metric::valid], std::nullopt);
+    EXPECT_EQ(summarized_block({.valid = {-1, -1}}, two_samples).metrics[Metric::valid], std::nullopt);
 }
 
 TEST(BlockMetrics, BandwidthOfSamplesWithBadRequestsOrStallsIsLeftOut) {
@@ -254,7 +257,7 @@ TEST(BlockMetrics, BandwidthOfSamplesWithBadRequestsOrStallsIsLeftOut) {
                             .requests = {5, -1, 5},
                             .bandwidth = {100.0f, 700.0f, 900.0f},
                             .efficiency = {1.0f, 0.1f, 0.1f}};
-    const BlockSummary summary = block_of(block, {100, 100, 100});
+    const BlockSummary summary = summarized_block(block, {100, 100, 100});
     EXPECT_EQ(summary.metrics[Metric::bandwidth], 100.0);
     EXPECT_EQ(summary.metrics[Metric::bandwidth_max], 100.0);
     EXPECT_EQ(summary.metrics[Metric::efficiency], 100.0);
@@ -262,14 +265,14 @@ TEST(BlockMetrics, BandwidthOfSamplesWithBadRequestsOrStallsIsLeftOut) {
 }
 
 TEST(BlockMetrics, SamplesWithoutCyclesAreLeftOut) {
-    const BlockSummary block = block_of({.valid = {50, 7}, .bandwidth = {100.0f, 900.0f}}, {100, 0});
+    const BlockSummary block = summarized_block({.valid = {50, 7}, .bandwidth = {100.0f, 900.0f}}, {100, 0});
     EXPECT_EQ(block.metrics[Metric::valid], 50.0);
     EXPECT_EQ(block.metrics[Metric::bandwidth], 100.0);
     EXPECT_EQ(block.num_left_out, 1U);
 }
 
 TEST(BlockMetrics, AShorterArrayIsMissingForTheRest) {
-    const BlockSummary block = block_of({.valid = {50}, .stall = {20, 100}}, two_samples);
+    const BlockSummary block = summarized_block({.valid = {50}, .stall = {20, 100}}, two_samples);
     EXPECT_EQ(block.metrics[Metric::valid], 50.0); // of the first sample alone
     EXPECT_EQ(block.metrics[Metric::stall], 30.0);
     EXPECT_EQ(block.metrics[Metric::idle], std::nullopt);

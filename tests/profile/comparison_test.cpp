@@ -97,8 +97,8 @@ TEST(Comparison, BlocksThatMovedKeepBothPlaces) {
     const RunComparison comparison = compare(before, after);
     ASSERT_EQ(comparison.subjects.size(), 4u); // the run, the kernel, two blocks
     EXPECT_TRUE(comparison.subjects[2].has_moved());
-    EXPECT_EQ(place_text(comparison.subjects[2].old_place), "image.cl:34");
-    EXPECT_EQ(place_text(comparison.subjects[2].new_place), "image.cl:36");
+    EXPECT_EQ(source_place_text(comparison.subjects[2].old_place), "image.cl:34");
+    EXPECT_EQ(source_place_text(comparison.subjects[2].new_place), "image.cl:36");
     EXPECT_FALSE(comparison.subjects[3].has_moved());
     EXPECT_FALSE(comparison.subjects[1].has_moved()); // nothing is known of the kernel's place
 }

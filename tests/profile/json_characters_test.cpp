@@ -18,7 +18,7 @@ TEST(JsonCharacters, TheFirstOfEightIsInTheLowestByte) {
 }
 
 TEST(JsonCharacters, BlanksEndAtAnythingElse) {
-    for (const std::size_t count : {0, 1, 7, 8, 9, 30}) {
+    for (const std::size_t count : std::initializer_list<std::size_t>{0, 1, 7, 8, 9, 30}) {
         const std::string text = padded(std::string(count, ' ') + "\n\t\r \"");
         EXPECT_EQ(skip_json_blanks(text.data()) - text.data(), static_cast<std::ptrdiff_t>(count) + 4);
         const std::string end = padded(std::string(count, ' '));

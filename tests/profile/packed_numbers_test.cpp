@@ -186,7 +186,8 @@ TEST(PackedNumbers, AnElementThatIsCutIsNotTaken) {
 }
 
 TEST(PackedNumbers, ASeparatorOfAnyLengthIsTaken) {
-    for (const std::size_t blanks : {0, 1, 5, 6, 7, 8, 50, 61, 62, 63, 64, 200}) {
+    for (const std::size_t blanks :
+         std::initializer_list<std::size_t>{0, 1, 5, 6, 7, 8, 50, 61, 62, 63, 64, 200}) {
         const std::string separator = "," + std::string(blanks, ' ') + '"';
         EXPECT_EQ(rest_after(separator + "1\"" + separator + "2\"" + separator + "3\""),
                   (Rest{"", {"key integers 0 1 2 3"}}))

@@ -66,7 +66,7 @@ class SampleReport : public testing::TestWithParam<fs::path> {};
 TEST_P(SampleReport, IsWrittenAsItWasRead) {
     const std::string report = read_file(GetParam());
     EXPECT_EQ(reread(report), report);
-    for (const std::size_t most : {1, 7, 64, 1000})
+    for (const std::size_t most : std::initializer_list<std::size_t>{1, 7, 64, 1000})
         EXPECT_EQ(reread(report, most), report) << most;
 }
 
@@ -122,7 +122,7 @@ TEST(ReportReader, PiecesMayEndAnywhere) {
     members += R"("], "m": [ "0.5", "1" ], "n": ["1", "x"], "o": [{"p" : "q\u00e4\n"}], "r": [])";
     const Events expected = events_of(members);
     EXPECT_EQ(expected.size(), 14u);
-    for (const std::size_t most : {1, 2, 3, 5, 8, 13, 100, 500})
+    for (const std::size_t most : std::initializer_list<std::size_t>{1, 2, 3, 5, 8, 13, 100, 500})
         EXPECT_EQ(events_of(members, most), expected) << most;
 }
 

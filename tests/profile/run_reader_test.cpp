@@ -409,14 +409,4 @@ TEST_F(RunReaderFiles, AnExceptionOfTheReceiverReachesTheCaller) {
     EXPECT_THROW(read_run(package(one_unit()), capture("\n"), {}, writer, faults), std::out_of_range);
 }
 
-TEST(RunFaultTable, EachKindHasANameOfItsOwn) {
-    std::map<std::string_view, int> names;
-    for (int i = 0; i < static_cast<int>(FaultKind::count); ++i)
-        EXPECT_EQ(names[name_of(static_cast<FaultKind>(i))]++, 0) << i;
-    EXPECT_EQ(name_of(FaultKind::empty_line), "empty-line");
-    EXPECT_EQ(effect_of(FaultKind::empty_line), FaultEffect::leaves_line_out);
-    EXPECT_EQ(effect_of(FaultKind::not_xml), FaultEffect::ends_run);
-    EXPECT_EQ(effect_of(FaultKind::bad_counter), FaultEffect::none);
-}
-
 } // namespace

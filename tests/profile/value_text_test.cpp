@@ -61,6 +61,17 @@ TEST(ValueText, NumbersHaveThreeDigitsWithoutZerosAtTheEnd) {
     EXPECT_EQ(number_text(-1234), "-1,234");
 }
 
+TEST(ValueText, ExactNumbersHaveAllTheirDigits) {
+    EXPECT_EQ(exact_text(100'000), "100000");
+    EXPECT_EQ(exact_text(0), "0");
+    EXPECT_EQ(exact_text(1.0 / 3), "0.3333333333333333");
+    EXPECT_EQ(exact_text(0.00025), "0.00025");
+    EXPECT_EQ(exact_text(999'999'999'999'999), "999999999999999");
+    EXPECT_EQ(exact_text(1e15), "1e+15");
+    EXPECT_EQ(exact_text(-1e-7), "-1e-07");
+    EXPECT_EQ(exact_text(no_number), "-");
+}
+
 TEST(ValueText, HalfwayIsRoundedAwayFromZero) {
     EXPECT_EQ(fixed_text(0.5, 0), "1");
     EXPECT_EQ(fixed_text(2.5, 0), "3");
