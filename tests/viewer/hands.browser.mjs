@@ -135,7 +135,7 @@ browser_suite("hands on the page", (shared) => {
     });
 
     test("tables sort, filter, copy and save", async () => {
-        const file = shared.folder.write("tables", sample_report("load_store_units"));
+        const file = shared.folder.write("tables", sample_report("image_pipeline"));
         await shared.on_page(file, {}, async (page) => {
             const card = page.locator("section.card", { hasText: "Worst blocks" });
             const names = () => card.locator("tbody tr td:first-child").allTextContents();
@@ -148,8 +148,19 @@ browser_suite("hands on the page", (shared) => {
             await card.getByRole("button", { name: /Save/ }).click();
             const text = readFileSync(await (await saved).path(), "utf8");
             assert.match(text, /^Block,Kernel,Kind,Source,/);
+            await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
             await card.getByRole("button", { name: /Copy/ }).click();
-            assert.match(await page.locator("#status").textContent(), /Copied/);
+            await page.waitForFunction(() => document.getElementById("status").textContent === "Copied");
+            const [head, first] = (await page.evaluate(() => navigator.clipboard.readText())).split("\n").map((line) => line.split("\t"));
+            assert.equal(head[0], "Block");
+            assert.equal(first[0], (await names())[0]);
+            // Plain numbers, with the unit in the head.
+            assert.match(first[head.indexOf("Stall (%)")], /^\d*(?:\.\d+)?$/);
+            const all = (await names()).length;
+            await card.getByRole("searchbox").fill("write");
+            const found = await names();
+            assert.ok(found.length > 0 && found.length < all, `${found.length} of ${all}`);
+            for (const row of await card.locator("tbody tr").allTextContents()) assert.match(row, /write/i);
         });
     });
 
@@ -171,6 +182,60 @@ browser_suite("hands on the page", (shared) => {
             await settle(page, 500);
             assert.ok(await inked() > 1000, "single samples are drawn");
             assert.match(await page.locator(".stats").first().textContent(), /min\d+%mean\d+%max\d+%/);
+        });
+    });
+
+    test("a kernel's invocations are stepped through, and left by moving away", async () => {
+        const file = shared.folder.write("steps", long_report(300, 3));
+        await shared.on_page(file, { address: "#/block/long/long__global" }, async (page) => {
+            const press = async (key) => { await page.keyboard.press(key); await settle(page, 300); };
+            const sentence = () => page.locator(".sentence").textContent();
+            await press("]");
+            await press("]");
+            // The second one of three runs from 75100 to 125100.
+            assert.match(await sentence(), /Invocation 2: 50\.0\u202fµs, from 75\.1\u202fµs$/);
+            assert.match(await hash_of(page), /i=2/);
+            for (let i = 0; i < 6; ++i) await press("d");
+            assert.match(await sentence(), /Shown: /);
+            assert.doesNotMatch(await hash_of(page), /i=/);
+            // From here, its middle at about 165000, the one before is the second one again.
+            await press("[");
+            assert.match(await hash_of(page), /i=2/);
+            await press("f");
+            assert.doesNotMatch(await sentence(), /Shown|Invocation/);
+        });
+    });
+
+    test("a touch pad pans by sideways movement and zooms by pinching; Shift+drag pans", async () => {
+        const file = shared.folder.write("pad", long_report(300, 3));
+        await shared.on_page(file, { address: "#/timeline?r=50000-150000" }, async (page) => {
+            const stretch = async () => /r=([\d.]+)-([\d.]+)/.exec(await hash_of(page)).slice(1).map(Number);
+            const box = await page.locator(".plot").boundingBox();
+            await page.mouse.move(box.x + 600, box.y + 60);
+            await page.mouse.wheel(100, 0);
+            await settle(page, 300);
+            const [from, to] = await stretch();
+            assert.ok(from > 50000 && Math.abs(to - from - 100000) < 1, `${from} to ${to}`);
+            // A pinch arrives as a wheel with Ctrl.
+            await page.keyboard.down("Control");
+            await page.mouse.wheel(0, -100);
+            await page.keyboard.up("Control");
+            await settle(page, 300);
+            const [zoomed_from, zoomed_to] = await stretch();
+            assert.ok(zoomed_to - zoomed_from < 90000 && zoomed_from > from && zoomed_to < to);
+            await page.keyboard.down("Shift");
+            await page.mouse.down();
+            await page.mouse.move(box.x + 500, box.y + 60, { steps: 3 });
+            await page.mouse.up();
+            await page.keyboard.up("Shift");
+            await settle(page, 300);
+            const [dragged_from] = await stretch();
+            assert.ok(dragged_from > zoomed_from, "what was under the pointer follows it to the left");
+            assert.doesNotMatch(await hash_of(page), /s=/);
+            // A wheel alone scrolls the page.
+            await page.mouse.wheel(0, 100);
+            await settle(page, 300);
+            assert.equal((await stretch())[0], dragged_from);
         });
     });
 });

@@ -72,7 +72,9 @@ test("no text has an operator between blanks, or blanks inside of braces, which 
     for (const name of order) {
         const code = text_of(name).replace(/\/\*\*[^*]*\*\/|^ *\/\/.*$|^ *\*.*$/gm, "").replaceAll("\\\"", "");
         for (const line of code.split("\n")) {
-            for (const [text] of line.matchAll(/"[^"]*"/g)) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*?:<>]) |\{ | \}|\) \{/, `${name}: ${line}`);
+            const texts = [...line.matchAll(/"[^"]*"/g), ...line.replace(/\$\{[^{}]*\}/g, "x").matchAll(/`[^`]*`/g)];
+            for (const [text] of texts) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*/?:<>-]) |\{ | \}|\) \{|(?:if|for|while) \(/, `${name}: ${line}`);
+            assert.doesNotMatch(line, / (?:\+ \+|- -|\/ \/)/, `${name}: without blanks this is another operator: ${line}`);
         }
     }
 });

@@ -3,6 +3,7 @@
 import assert from "node:assert/strict";
 import { readFileSync, truncateSync, writeFileSync } from "node:fs";
 import test from "node:test";
+import { pathToFileURL } from "node:url";
 import { open_page, settle } from "./browser.mjs";
 import { axe_faults, axe_source, browser_suite, go, views } from "./browser_suite.mjs";
 import { hostile_names, hostile_report, long_report, odd_reports, sample_names, sample_report } from "./pages.mjs";
@@ -131,5 +132,16 @@ browser_suite("the page in a browser", (shared) => {
             assert.equal(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), "rgb(255, 255, 255)");
             assert.equal(await page.locator(".search").isVisible(), false);
         });
+    });
+
+    test("a browser that can't unpack gets a sentence", async () => {
+        const file = shared.folder.write("old", sample_report("loop"));
+        const context = await shared.browser.newContext({ offline: true });
+        const page = await context.newPage();
+        await page.addInitScript(() => { delete globalThis.DecompressionStream; });
+        await page.goto(pathToFileURL(file).href);
+        await page.getByText("This page needs a browser from 2023 on").waitFor({ state: "visible", timeout: 20000 });
+        assert.equal(await page.locator("main").count(), 0);
+        await context.close();
     });
 });
