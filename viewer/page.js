@@ -40,6 +40,7 @@ export class App {
         this.tracks = new Tracks();
         this.base_tracks = this.base && new Tracks();
         this.stretch = new Stretch(head.run.span);
+        this.fragment = "";
         this.place = parse_address("");
         /** @type {View | null} */
         this.view = null;
@@ -88,6 +89,7 @@ export class App {
     /** Shows what an address names. @param {string} fragment */
     show(fragment) {
         const place = parse_address(fragment);
+        this.fragment = fragment;
         // The number of an invocation is its kernel's.
         if (place.view === "block" && this.place.names[0] !== place.names[0]) this.stretch.invocation = null;
         const same = this.view && place.view === this.place.view && place.names.join("/") === this.place.names.join("/");
@@ -132,7 +134,10 @@ export class App {
     follow_address() {
         clearTimeout(this.address_timer);
         this.address_timer = setTimeout(() => {
+            // A link that was followed just now is shown first.
+            if (location.hash !== this.fragment) return;
             history.replaceState(null, "", this.address(this.place.view, this.place.names));
+            this.fragment = location.hash;
             for (const tab of this.tabs?.querySelectorAll("a") ?? []) {
                 const [name] = views.find(([, title]) => title === tab.textContent) ?? ["overview"];
                 tab.setAttribute("href", this.address(name));
