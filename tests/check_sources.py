@@ -30,7 +30,7 @@ TOOLBOX = [
     "tools/zanl_profile/run",
     "tools/zanl_profile/summary",
 ]
-EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile", *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
+EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile", "profile/columns", *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
 ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
 LAYERS = [
     ("lib/contract", [], []),
@@ -46,6 +46,7 @@ LAYERS = [
     ("tly/read", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, "tly/base", "tly/model", "tly/report"], []),
     ("tly/run", ["lib/contract", "tly/base", "tly/model", "tly/report", "tly/read"], []),
     ("profile", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY], []),
+    ("profile/columns", ["lib/contract", *TLY, "profile"], ["zlib"]),
     ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/check", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
