@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <libelf.h>
 #include <sanitizer/lsan_interface.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <csetjmp>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "expected_stop.h"
+#include "memory_file.h"
 #include "tly_exe.h"
 
 namespace {
@@ -73,17 +73,4 @@ void run_in_process(const std::string& package, std::string_view monitor_lines) 
         ::close(file); // already closed where opening has failed
     open_packages.clear();
     open_files.clear();
-}
-
-MemoryFile::MemoryFile(std::string_view bytes) : m_fd(::memfd_create("input", MFD_CLOEXEC)) {
-    if (m_fd < 0 || ::write(m_fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-        std::abort();
-}
-
-MemoryFile::~MemoryFile() {
-    ::close(m_fd);
-}
-
-std::string MemoryFile::path() const {
-    return "/proc/self/fd/" + std::to_string(m_fd);
 }

@@ -7,16 +7,3 @@
 // Joins the package at `package` and these lines into a report that isn't kept. Ends that input may bring
 // about, and exceptions, are caught. What a run leaves for the end of its process is released.
 void run_in_process(const std::string& package, std::string_view monitor_lines);
-
-// A file in memory; `path` opens it for as long as the object lives.
-class MemoryFile {
-  public:
-    explicit MemoryFile(std::string_view bytes);
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-    ~MemoryFile();
-    std::string path() const;
-
-  private:
-    int m_fd;
-};

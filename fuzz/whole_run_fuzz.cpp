@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "memory_file.h"
 #include "pkg_editor.h"
 #include "run_in_process.h"
 #include "temp_dir.h"

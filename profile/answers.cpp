@@ -9,12 +9,10 @@ namespace zan::profile {
 
 namespace {
 
-// Autorun kernels with channels can lead; what others do can't be known.
 Value time_at_work(const KernelSummary& kernel) {
-    const Value stall = greatest_channel_stall(kernel);
-    if (!kernel.union_time || (kernel.autorun && !stall))
+    if (!kernel.union_time)
         return {};
-    return *kernel.union_time * (1 - stall.value_or(0) / 100);
+    return *kernel.union_time * (1 - greatest_channel_stall(kernel).value_or(0) / 100);
 }
 
 // Time in which nothing ran: no started kernel, no transfer, and no autorun kernel had work.
@@ -71,16 +69,22 @@ void add_leading_facts(const ProfileSummary& summary, const KernelSummary& kerne
     }
 }
 
+// Whether a block may have stalls worth a word that nothing shows. One that works nearly always hasn't.
+bool may_stall_unseen(const BlockSummary& block, double stall_worth) {
+    const bool known = block.stall_counted && block.metrics[Metric::stall];
+    return !known && block.metrics[Metric::valid].value_or(0) < 100 - stall_worth;
+}
+
 // Blocks whose stalls aren't known. A kernel that has loops alone counts with these: nothing counts its
 // stalls.
-double unknown_blocks(const std::vector<const KernelSummary*>& team) {
+double unknown_blocks(const std::vector<const KernelSummary*>& team, double stall_worth) {
     double unknown = 0;
     for (const KernelSummary* kernel : team) {
         const bool only_loops = std::ranges::all_of(
             kernel->blocks, [](const BlockSummary& b) { return b.kind == BlockKind::loop; });
         for (const BlockSummary& block : kernel->blocks) {
-            const bool known = block.stall_counted && block.metrics[Metric::stall];
-            unknown += (only_loops || block.kind != BlockKind::loop) && !known;
+            if ((only_loops || block.kind != BlockKind::loop) && may_stall_unseen(block, stall_worth))
+                unknown++;
         }
     }
     return unknown;
@@ -142,9 +146,9 @@ const Culprit* culprit_of_team(const ProfileSummary& summary, const std::vector<
 } // namespace
 
 const KernelSummary* leading_kernel(const ProfileSummary& summary) {
-    const KernelSummary* leading = nullptr;
-    double greatest = 0;
     for (const bool autorun : {false, true}) {
+        const KernelSummary* leading = nullptr;
+        double greatest = 0;
         for (const KernelSummary& kernel : summary.kernels) {
             const Value time = time_at_work(kernel);
             if (kernel.autorun != autorun || !time || (leading != nullptr && *time <= greatest))
@@ -152,8 +156,10 @@ const KernelSummary* leading_kernel(const ProfileSummary& summary) {
             leading = &kernel;
             greatest = *time;
         }
+        if (leading != nullptr)
+            return leading;
     }
-    return leading;
+    return nullptr;
 }
 
 Answers answers_of(const ProfileSummary& summary, const std::vector<Culprit>& culprits, const Rules& rules) {
@@ -174,7 +180,7 @@ Answers answers_of(const ProfileSummary& summary, const std::vector<Culprit>& cu
         answers.culprit_block = block->name;
     }
     facts.time_unit_known = summary.nanoseconds.has_value();
-    facts[Fact::unknown_blocks] = unknown_blocks(team);
+    facts[Fact::unknown_blocks] = unknown_blocks(team, rules.threshold("stall_worth"));
     facts[FactText::kernel] = answers.leading_kernel = leading == nullptr ? "" : leading->name;
     add_run_facts(summary, leading, facts);
     if (leading != nullptr)

@@ -130,21 +130,37 @@ void add_memory_facts(const ProfileSummary& summary, const BlockSummary& block, 
     if (memory == summary.memories.end())
         return;
     facts[Fact::lower_bound] = flag(memory->lower_bound);
-    facts[Fact::clock_reach] = per_cent(block.port_limit, memory->peak);
+    if (facts[Metric::port_use])
+        facts[Fact::clock_reach] = per_cent(block.port_limit, memory->peak);
     add_bank_facts(*memory, facts);
     if (memory->lower_bound)
         return;
-    Value used = facts[Metric::memory_use];
+    const Value used = facts[Metric::memory_use];
     facts[Fact::free_memory] = rest(used);
-    if (used && facts[Metric::port_use])
-        facts[Fact::free] = rest(std::max(*used, *facts[Metric::port_use]));
+    if (used)
+        facts[Fact::free] = rest(std::max(*used, facts[Metric::port_use].value_or(0)));
 }
 
-// Stages that others wait for: they worked, and their own channels hardly stall.
+// What a port can carry is worked out from the widest access that was seen. A port that carried clearly more
+// is wider, and nothing is known of how busy it is.
+void drop_impossible_use(Facts& facts) {
+    constexpr double greatest_use = 105; // bandwidths are rounded up
+    Value& use = facts[Metric::port_use];
+    if (!use)
+        return;
+    if (*use > greatest_use)
+        use.reset();
+    else
+        use = std::min(*use, 100.0);
+}
+
+// Stages that others wait for: they worked, and their own channels hardly stall. A started kernel is named
+// first: an autorun kernel works whenever the others let it.
 void add_stage_facts(const ProfileSummary& summary, const KernelSummary& kernel, double most_stall,
                      Facts& facts) {
     double num_stages = 0;
-    double greatest = -1;
+    const KernelSummary* found = nullptr;
+    double greatest = 0;
     for (const KernelSummary* stage : team_of(summary, kernel)) {
         const Value stall = greatest_channel_stall(*stage);
         const bool worked = std::ranges::any_of(stage->blocks, [](const BlockSummary& block) {
@@ -154,11 +170,13 @@ void add_stage_facts(const ProfileSummary& summary, const KernelSummary& kernel,
             continue;
         num_stages++;
         const double time_at_work = stage->union_time.value_or(0) * (1 - *stall / 100);
-        if (time_at_work > greatest) {
+        const bool is_first = found == nullptr || (found->autorun && !stage->autorun);
+        if (is_first || (found->autorun == stage->autorun && time_at_work > greatest)) {
             greatest = time_at_work;
-            facts[FactText::stage] = stage->name;
+            found = stage;
         }
     }
+    facts[FactText::stage] = found == nullptr ? "" : found->name;
     facts[Fact::free_stages] = num_stages;
 }
 
@@ -222,6 +240,7 @@ Facts facts_of(const ProfileSummary& summary, const KernelSummary& kernel, const
     if (block.cycles && kernel.num_invocations > 0)
         facts[Fact::invocation_cycles] = *block.cycles / static_cast<double>(kernel.num_invocations);
     if (block.kind == BlockKind::global) {
+        drop_impossible_use(facts);
         add_port_facts(kernel, block, rules.threshold("sharer"), facts);
         add_memory_facts(summary, block, facts);
     }

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "report_formulas.h"
+#include "seven_digits.h"
 
 namespace zan::profile {
 
@@ -146,7 +147,7 @@ void BlockTotals::add_unnamed(const SampleTimes& times, const SampleBlock& sampl
 void BlockTotals::add_burst_entries(const SampleList<float>& entries) {
     SampleCursor<float> cursor(entries);
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        const auto entry = static_cast<double>(cursor.next());
+        const auto entry = static_cast<double>(with_seven_digits(cursor.next()));
         if (!(entry > 0.0) || !std::isfinite(entry))
             continue;
         sums.burst_entries.add(entry, 1.0);

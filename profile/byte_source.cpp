@@ -1,5 +1,6 @@
 #include "byte_source.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,6 +18,19 @@ std::size_t DescriptorSource::read(char* to, std::size_t size) {
         if (errno != EINTR)
             throw std::system_error(errno, std::generic_category());
     }
+}
+
+FileSource::FileSource(const std::string& path) : m_fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (m_fd < 0)
+        throw std::system_error(errno, std::generic_category());
+}
+
+FileSource::~FileSource() {
+    ::close(m_fd);
+}
+
+std::size_t FileSource::read(char* to, std::size_t size) {
+    return DescriptorSource(m_fd).read(to, size);
 }
 
 std::size_t MemorySource::read(char* to, std::size_t size) {

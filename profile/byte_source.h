@@ -25,6 +25,20 @@ class DescriptorSource final : public ByteSource {
     int m_fd;
 };
 
+// A file, or a named pipe, from its start on.
+class FileSource final : public ByteSource {
+  public:
+    // Throws std::system_error if it can't be opened.
+    explicit FileSource(const std::string& path);
+    FileSource(const FileSource&) = delete;
+    FileSource& operator=(const FileSource&) = delete;
+    ~FileSource() override;
+    std::size_t read(char* to, std::size_t size) override;
+
+  private:
+    int m_fd;
+};
+
 // Bytes in memory, which must outlive the source. Returns at most `most` bytes at a time.
 class MemorySource final : public ByteSource {
   public:

@@ -8,9 +8,10 @@ namespace zan::profile {
 
 namespace {
 
-constexpr double full_share = 0.7;     // of a memory's peak
-constexpr double port_full = 70.0;     // percent
-constexpr double half_of_bytes = 50.0; // percent
+constexpr double full_share = 0.7;      // of a memory's peak
+constexpr double port_full = 70.0;      // percent
+constexpr double most_port_use = 105.0; // percent; bandwidths are rounded up
+constexpr double half_of_bytes = 50.0;  // percent
 
 // Whether bytes may be missing: a kernel that the design has several times, or accesses that name no memory
 // in a kernel without ports.
@@ -182,7 +183,8 @@ namespace {
 
 // The use of the one port that could carry the block's traffic. Of several the report doesn't say which it
 // is; then their use is known only as far as it is the same for all: the greatest if none is full, the least
-// if all are.
+// if all are. A port that carries more than its accesses can is wider than these, so that nothing is known of
+// its use.
 Value use_of(std::span<const PortSummary* const> ports, double limit) {
     Value least;
     Value greatest;
@@ -190,6 +192,8 @@ Value use_of(std::span<const PortSummary* const> ports, double limit) {
         if (!port->mean)
             return std::nullopt;
         const Value use = percent_of(*port->mean, limit);
+        if (*use > most_port_use)
+            return std::nullopt;
         least = std::min(least.value_or(*use), *use);
         greatest = std::max(greatest.value_or(*use), *use);
     }

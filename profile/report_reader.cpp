@@ -102,7 +102,7 @@ class NodeEvents {
     }
 
     bool begin_report(std::string_view type) {
-        if (type != report_type)
+        if (m_open.empty() || type != report_type)
             return is_no_report();
         m_is_report = true;
         m_sink.text(m_key, type);

@@ -93,7 +93,7 @@ std::size_t number_named(std::string_view name) {
 class RulesReader {
   public:
     Rules read(const JsonNode& root) {
-        if (text_at(root, "schema") != "zanl-profile rules")
+        if (text_at(root, "schema") != "zanl-profile/rules")
             throw RulesFault("the schema is another one");
         for (const auto& entry : members_of(child_of(root, "thresholds")))
             m_rules.thresholds.emplace(text_of(entry.name), number_of(entry.value));

@@ -15,6 +15,7 @@ struct FaultRow {
 
 constexpr FaultRow fault_rows[] = {
     {FaultKind::package_unreadable, "package-unreadable", FaultEffect::ends_run},
+    {FaultKind::not_a_package, "not-a-package", FaultEffect::ends_run},
     {FaultKind::section_missing, "section-missing", FaultEffect::ends_run},
     {FaultKind::section_unreadable, "section-unreadable", FaultEffect::ends_run},
     {FaultKind::no_description, "no-description", FaultEffect::none},

@@ -10,6 +10,7 @@ namespace zan::profile {
 enum class FaultKind {
     // Of the package.
     package_unreadable,
+    not_a_package,
     section_missing,
     section_unreadable,
     no_description,

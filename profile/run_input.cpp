@@ -129,6 +129,7 @@ void RunInput::check_package() {
         m_fault = "it is compressed; uncompress it first";
     else if (beginning != elf_magic)
         m_fault = "it is no package: it doesn't begin as an ELF file";
+    m_is_unusable = count >= 0 && !m_fault.empty();
 }
 
 int RunInput::descriptor() const {

@@ -24,6 +24,8 @@ class RunInput {
 
     // Why it can't be used, for people; empty if it can.
     const std::string& fault() const { return m_fault; }
+    // It can be read, but not be used.
+    bool is_unusable() const { return m_is_unusable; }
     // A path that can be opened as long as this lives.
     const std::string& path() const { return m_path; }
     // A new descriptor at the start, which the caller closes; -1 if there is none.
@@ -37,6 +39,7 @@ class RunInput {
     int m_fd = -1;
     long long m_begin = 0; // where the data begins, for files that have places
     bool m_has_places = false;
+    bool m_is_unusable = false;
     std::string m_path;
     std::string m_fault;
 };

@@ -142,9 +142,12 @@ class UnitRun {
 
     // False if the run has to end.
     bool read_package();
-    bool read_capture(LineReader& lines, StreamedNodes& nodes, const RunOptions& options);
-    ptree& tree() { return m_tree; }
+    bool read_capture(LineReader& lines, StreamedNodes& nodes, const RunOptions& options,
+                      RunObserver* observer);
     const ProfileModel& model() const { return m_model; }
+    // Null if there is none.
+    void show_design(RunObserver* observer) const;
+    ptree& tree() { return m_tree; }
 
   private:
     bool read_board_section();
@@ -208,12 +211,20 @@ bool UnitRun::read_line(MonitorReader& reader, std::string_view line) {
     return reader.read_line(line);
 }
 
-bool UnitRun::read_capture(LineReader& lines, StreamedNodes& nodes, const RunOptions& options) {
+void UnitRun::show_design(RunObserver* observer) const {
+    if (observer) // the doubled dot leads to the one element of the array, whose key is empty
+        observer->take_design(m_model, m_tree.get<std::string>("run_info.nodes..fmax", "0.0"));
+}
+
+bool UnitRun::read_capture(LineReader& lines, StreamedNodes& nodes, const RunOptions& options,
+                           RunObserver* observer) {
     MonitorReader reader(m_model, nodes);
     std::uint64_t reported = 0;
     std::string_view line;
     while (lines.next(line)) {
         m_faults.begin_line(line);
+        if (observer)
+            observer->take_line(m_faults.num_lines(), line);
         if (!read_line(reader, line))
             return false;
         if (options.progress && reported != lines.num_bytes())
@@ -223,7 +234,16 @@ bool UnitRun::read_capture(LineReader& lines, StreamedNodes& nodes, const RunOpt
         m_faults.take(FaultKind::capture_unreadable, m_faults.of_capture(),
                       "the capture can't be read to its end: " + reason_of(lines.read_error()));
     reader.finish();
+    if (observer)
+        observer->take_end(lines.had_newline());
     return lines.read_error() == 0;
+}
+
+bool is_good(const RunInput& package, RunFaults& faults) {
+    if (!package.fault().empty())
+        faults.take(package.is_unusable() ? FaultKind::not_a_package : FaultKind::package_unreadable,
+                    faults.of_section(""), package.fault());
+    return package.fault().empty();
 }
 
 // The whole run.
@@ -238,7 +258,8 @@ class RunReading {
     void note_units(const ProfileModel& model);
     void write_document(UnitRun& first, const RunInput& package, const RunInput& capture);
     bool read_kernels(UnitRun& first, const RunInput& package, const RunInput& capture);
-    bool read_units(UnitRun& run, const RunInput& capture, ReportSink& transfers, int unit);
+    bool read_unit(UnitRun& run, const RunInput& capture, ReportSink& transfers, int unit,
+                   RunObserver* observer);
 
     const RunOptions& m_options;
     ReportSink& m_nodes;
@@ -252,14 +273,13 @@ class RunReading {
 RunResult RunReading::read(const std::string& package_name, const std::string& capture_name) {
     const bool reads_all = m_options.compute_unit == all_compute_units;
     RunInput package(package_name, RunInput::Need::path);
-    if (!package.fault().empty()) {
-        m_faults.take(FaultKind::package_unreadable, m_faults.of_section(""), package.fault());
+    if (!is_good(package, m_faults))
         return m_result;
-    }
     UnitRun first(package, m_faults, reads_all ? 0 : m_options.compute_unit);
     if (!first.read_package())
         return m_result;
     note_units(first.model());
+    first.show_design(m_options.observer);
     const bool reads_again = reads_all && m_num_units > 1;
     RunInput capture(capture_name, reads_again ? RunInput::Need::rereading : RunInput::Need::reading);
     if (capture.fault().empty())
@@ -306,23 +326,25 @@ void RunReading::write_document(UnitRun& first, const RunInput& package, const R
 
 bool RunReading::read_kernels(UnitRun& first, const RunInput& package, const RunInput& capture) {
     const bool reads_all = m_options.compute_unit == all_compute_units;
-    const bool first_read = read_units(first, capture, *m_transfers, reads_all ? 0 : m_options.compute_unit);
+    const bool first_read =
+        read_unit(first, capture, *m_transfers, reads_all ? 0 : m_options.compute_unit, m_options.observer);
     m_result.num_lines = m_faults.num_lines();
     if (!first_read || !reads_all)
         return first_read;
     for (unsigned int unit = 1; unit < m_num_units; ++unit) {
         m_faults.begin_other_unit();
         UnitRun other(package, m_faults, static_cast<int>(unit));
-        if (!other.read_package() || !read_units(other, capture, m_none, static_cast<int>(unit)))
+        if (!other.read_package() || !read_unit(other, capture, m_none, static_cast<int>(unit), nullptr))
             return false;
     }
     return true;
 }
 
-bool RunReading::read_units(UnitRun& run, const RunInput& capture, ReportSink& transfers, int unit) {
+bool RunReading::read_unit(UnitRun& run, const RunInput& capture, ReportSink& transfers, int unit,
+                           RunObserver* observer) {
     LineReader lines(capture.descriptor());
     StreamedNodes nodes(m_nodes, transfers, unit);
-    const bool is_read = run.read_capture(lines, nodes, m_options);
+    const bool is_read = run.read_capture(lines, nodes, m_options, observer);
     m_result.num_bytes = lines.num_bytes();
     return is_read;
 }
@@ -339,6 +361,24 @@ RunResult read_run(const std::string& package, const std::string& capture, const
         run_faults.take(FaultKind::failure, {.file = capture}, "there is not enough memory");
     }
     return {};
+}
+
+bool read_design(const std::string& package, RunObserver& observer, FaultReceiver& faults) {
+    RunFaults run_faults(package, "", faults);
+    const ReceiveMessages receive(run_faults);
+    try {
+        const RunInput input(package, RunInput::Need::path);
+        if (!is_good(input, run_faults))
+            return false;
+        UnitRun run(input, run_faults, 0);
+        if (!run.read_package())
+            return false;
+        run.show_design(&observer);
+        return true;
+    } catch (const std::bad_alloc&) {
+        run_faults.take(FaultKind::failure, {.file = package}, "there is not enough memory");
+    }
+    return false;
 }
 
 } // namespace zan::profile

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "profile_model.h"
 #include "report_sink.h"
 #include "run_fault.h"
 
@@ -14,12 +16,25 @@ namespace zan::profile {
 // Reads the counters of each compute unit, one after the other.
 inline constexpr int all_compute_units = -1;
 
+// Sees what a run is made of. By default it looks at nothing.
+class RunObserver {
+  public:
+    virtual ~RunObserver() = default;
+    // The design, before the first line is read. `clock` is what the timing report says, "0.0" if nothing.
+    virtual void take_design(const ProfileModel& /*model*/, const std::string& /*clock*/) {}
+    // Each line of the capture before it is read, with its number from 1.
+    virtual void take_line(std::uint64_t /*number*/, std::string_view /*text*/) {}
+    // All lines were read. `has_newline`: the last one ended with it.
+    virtual void take_end(bool /*has_newline*/) {}
+};
+
 struct RunOptions {
     // The unit whose counters are read. A report has those of unit 0. Kernels without such a unit have no
     // nodes, unless it is 0. With all units a capture that can't be read twice is copied first.
     int compute_unit = 0;
     // Called now and then with the bytes of the capture that have been read.
-    std::function<void(std::uint64_t bytes)> progress;
+    std::function<void(std::uint64_t bytes)> progress = {};
+    RunObserver* observer = nullptr; // not owned; null if there is none
 };
 
 // A kernel of the design that has several compute units.
@@ -48,5 +63,8 @@ struct RunResult {
 // caller. One run at a time: runs of a process share the cycles of functions.
 RunResult read_run(const std::string& package, const std::string& capture, const RunOptions& options,
                    ReportSink& nodes, FaultReceiver& faults);
+
+// Reads the package alone. False if a fault would end a run.
+bool read_design(const std::string& package, RunObserver& observer, FaultReceiver& faults);
 
 } // namespace zan::profile

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "seven_digits.h"
 #include "tly_constants.h"
 
 namespace zan::profile {
@@ -104,7 +105,8 @@ bool BlockReader::read(Rates which, const SampleTimes& times, SampleValues& valu
     for (std::size_t i = 0; i < num_there; ++i) {
         const bool good =
             std::isfinite(numbers[i]) && numbers[i] >= 0.0f && is_known(times.cycles[i]) && !m_doubtful[i];
-        values[i] = good && times.counts[i] ? static_cast<double>(numbers[i]) : missing_value;
+        values[i] =
+            good && times.counts[i] ? static_cast<double>(with_seven_digits(numbers[i])) : missing_value;
         m_left_out[i] |= !good;
     }
     std::fill(values.begin() + static_cast<std::ptrdiff_t>(num_there),
@@ -140,7 +142,7 @@ void PortReader::next(const SampleTimes& times, Rates which, SampleValues& value
     for (std::size_t i = 0; i < times.size; ++i) {
         const bool good =
             i < num_there && std::isfinite(numbers[i]) && numbers[i] >= 0.0f && is_known(times.cycles[i]);
-        values[i] = good ? static_cast<double>(numbers[i]) : missing_value;
+        values[i] = good ? static_cast<double>(with_seven_digits(numbers[i])) : missing_value;
     }
 }
 

@@ -16,6 +16,9 @@ std::uint64_t num_bins(std::int64_t first, std::int64_t last) {
     return static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first) + 1;
 }
 
+// The first amount takes up to 2^first_bits bins. Narrower ones would soon be merged.
+constexpr int first_bits = 9;
+
 } // namespace
 
 std::size_t bins_for_each(std::size_t budget, std::size_t num_series) {
@@ -46,6 +49,10 @@ double TimeBins::total() const {
 
 void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
     const bool has_length = begin < end;
+    if (m_values.empty() && has_length) {
+        const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
+        widen(static_cast<int>(std::bit_width(length)) - first_bits);
+    }
     const std::int64_t begin_time = has_length ? begin : end;
     const std::int64_t last_time = has_length ? end - 1 : end;
     cover(begin_time, last_time);
@@ -75,13 +82,15 @@ void TimeBins::add(const TimeBins& other) {
 
 void TimeBins::limit(std::size_t capacity) {
     m_capacity = capacity;
-    while (m_values.size() > m_capacity)
-        merge_pairs();
+    int steps = 0;
+    while (!m_values.empty() && num_bins(m_first >> steps, (last() - 1) >> steps) > m_capacity)
+        ++steps;
+    merge(steps);
 }
 
 void TimeBins::widen(int shift) {
-    while (m_shift < shift)
-        merge_pairs();
+    if (m_shift < shift)
+        merge(shift - m_shift);
 }
 
 // Makes the bins of both times, wider ones where there are too many. Room is made in steps that grow with the
@@ -95,11 +104,12 @@ void TimeBins::cover(std::int64_t begin, std::int64_t end) {
         low = std::min(low, m_first);
         high = std::max(high, last() - 1);
     }
-    while (num_bins(low, high) - 1 >= m_capacity) {
-        merge_pairs();
-        low >>= 1;
-        high >>= 1;
-    }
+    int steps = 0;
+    while (num_bins(low >> steps, high >> steps) - 1 >= m_capacity)
+        ++steps;
+    merge(steps);
+    low >>= steps;
+    high >>= steps;
     if (m_values.empty())
         m_first = low;
     const std::size_t spare = m_capacity - static_cast<std::size_t>(num_bins(low, high));
@@ -115,20 +125,26 @@ void TimeBins::cover(std::int64_t begin, std::int64_t end) {
         m_values.resize(static_cast<std::size_t>(high - m_first) + 1);
 }
 
-void TimeBins::merge_pairs() {
-    ++m_shift;
-    if (m_values.empty())
+// Makes the bins 2^steps times as wide.
+void TimeBins::merge(int steps) {
+    m_shift += steps;
+    if (m_values.empty() || steps == 0)
         return;
-    const std::int64_t first = m_first >> 1;
-    const std::int64_t last_bin = (last() - 1) >> 1;
-    std::size_t from = 0;
-    for (std::int64_t number = first; number <= last_bin; ++number) {
-        double sum = 0.0;
-        for (; from < m_values.size() && (m_first + static_cast<std::int64_t>(from)) >> 1 == number; ++from)
-            sum += m_values[from];
-        m_values[static_cast<std::size_t>(number - first)] = sum;
+    const std::int64_t first = m_first >> steps;
+    std::int64_t number = first;
+    std::size_t num_merged = 0;
+    double sum = 0.0;
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        const std::int64_t next = (m_first + static_cast<std::int64_t>(i)) >> steps;
+        if (next != number) {
+            m_values[num_merged++] = sum;
+            sum = 0.0;
+            number = next;
+        }
+        sum += m_values[i];
     }
-    m_values.resize(static_cast<std::size_t>(last_bin - first) + 1);
+    m_values[num_merged++] = sum;
+    m_values.resize(num_merged);
     m_first = first;
 }
 

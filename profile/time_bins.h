@@ -17,9 +17,10 @@ std::size_t bins_for_each(std::size_t budget, std::size_t num_series);
 // The length of time from `begin` to `end`; 0 if it is none. Neither overflows.
 double time_between(std::int64_t begin, std::int64_t end);
 
-// Adds amounts to bins of one width, a power of two of the unit of time. Widths begin at 1 and double as the
-// covered time grows. Bin number n covers the times from n·width to (n + 1)·width, so bins of different
-// series line up, and times may come in any order. Amounts that were exact stay exact while the width is 1.
+// Adds amounts to bins of one width, a power of two of the unit of time. The width begins at 1, or with a
+// long first amount at what splits that into some hundred bins, and doubles as the covered time grows. Bin
+// number n covers the times from n·width to (n + 1)·width, so bins of different series line up, and times may
+// come in any order. Amounts that were exact stay exact while the width is 1.
 class TimeBins {
   public:
     explicit TimeBins(std::size_t capacity = max_time_bins) : m_capacity(capacity) {}
@@ -46,7 +47,7 @@ class TimeBins {
 
   private:
     void cover(std::int64_t begin, std::int64_t end);
-    void merge_pairs();
+    void merge(int steps);
 
     std::vector<double> m_values;
     std::int64_t m_first = 0;

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "default_signals.h"
+
 namespace {
 
 constexpr unsigned time_limit_seconds = 60;
@@ -27,13 +29,14 @@ bool redirect(int descriptor, const std::string& path, int flags) {
 } // namespace
 
 pid_t start_child(const std::string& folder, const std::string& out, const std::string& err,
-                  const std::function<int()>& work) {
+                  const std::function<int()>& work, ChildMemory memory) {
     std::fflush(nullptr);
-    const pid_t process = ::fork();
+    const pid_t process = memory == ChildMemory::copied ? ::fork() : ::vfork();
     if (process < 0)
         throw std::runtime_error("can't start a process");
     if (process != 0)
         return process;
+    use_default_signals();
     constexpr rlimit no_core_file = {0, 0};
     ::setrlimit(RLIMIT_CORE, &no_core_file);
     ::alarm(time_limit_seconds);
@@ -41,7 +44,8 @@ pid_t start_child(const std::string& folder, const std::string& out, const std::
         !redirect(STDERR_FILENO, err, O_WRONLY | O_CREAT | O_APPEND) || ::chdir(folder.c_str()) != 0)
         ::_exit(status_not_started);
     const int status = work();
-    std::fflush(nullptr);
+    if (memory == ChildMemory::copied)
+        std::fflush(nullptr);
     ::_exit(status);
 }
 

@@ -1,7 +1,5 @@
 // The commands of zanl-profile where system calls fail: each ends with all done, or with one message and
 // nothing done.
-#include <regex>
-
 #include "fault_fixture.h"
 #include "make_package.h"
 #include "traced_fixture.h"
@@ -150,9 +148,10 @@ TEST_P(ToolboxFaults, AFullDiskLeavesAllAsItWas) {
     expect_all_or_nothing(Calls::writes, ENOSPC, true, "nothing");
 }
 
+// Where a folder can't have files without a name, which is asked for by opening the folder, a file has one.
 TEST_P(ToolboxFaults, AFileThatCannotBeOpenedLeavesAllAsItWas) {
     expect_all_or_nothing(Calls::opens, EMFILE, false,
-                          "openat \\(temporary\\)|openat there/\\.unfinished-.*");
+                          "openat \\(temporary\\)|openat there/\\.unfinished-.*|openat (\\.|.*/)");
 }
 
 // Files that were only read lose nothing; nor does one that has another descriptor open.

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <climits>
 #include <filesystem>
-#include <regex>
 
 namespace {
 
@@ -40,6 +39,7 @@ constexpr KnownCall known_calls[] = {
     {SYS_statx, "statx", Calls::others, none, 1, none},
     {SYS_mkdirat, "mkdirat", Calls::others, none, 1, none},
     {SYS_renameat2, "renameat2", Calls::others, none, 1, none},
+    {SYS_linkat, "linkat", Calls::others, none, 1, none},
     {SYS_readlinkat, "readlinkat", Calls::others, none, 1, none},
     {SYS_fchmodat, "fchmodat", Calls::others, none, 1, none},
 #ifdef __x86_64__ // newer processors have the calls above alone
@@ -54,10 +54,22 @@ constexpr KnownCall known_calls[] = {
 #endif
 };
 
+bool is_letter_or_digit(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+}
+
 // The name with X for each random letter of mkstemp().
 std::string without_random_letters(const std::string& name) {
-    static const std::regex random_letters("(unfinished-)[A-Za-z0-9]{6}");
-    return std::regex_replace(name, random_letters, "$1XXXXXX");
+    constexpr std::string_view mark = "unfinished-";
+    constexpr std::size_t num_letters = 6;
+    std::string result = name;
+    for (std::size_t at = result.find(mark); at != result.npos; at = result.find(mark, at)) {
+        at += mark.size();
+        const std::string_view letters = std::string_view(result).substr(at, num_letters);
+        if (letters.size() == num_letters && std::ranges::all_of(letters, is_letter_or_digit))
+            result.replace(at, num_letters, num_letters, 'X');
+    }
+    return result;
 }
 
 } // namespace
@@ -80,6 +92,10 @@ std::string CurrentCall::descriptor_path(std::uint64_t argument) const {
 
 std::string CurrentCall::path_argument() const {
     const std::string text = text_at(m_arguments[static_cast<std::size_t>(m_known.path)]);
+    // A file without a name has only this one.
+    constexpr std::string_view own_files = "/proc/self/fd/";
+    if (text.starts_with(own_files))
+        return descriptor_path(std::stoul(text.substr(own_files.size())));
     // The calls with "at" in their names have a folder before the path.
     const bool has_folder = m_known.path == 1 && static_cast<int>(m_arguments[0]) != AT_FDCWD;
     if (!has_folder || text.starts_with('/'))
@@ -112,9 +128,14 @@ std::string CurrentCall::file(const std::string& folder, const std::string& outp
                                  : path_argument();
     if (path == output)
         return "standard output";
+    const bool has_no_name = path.ends_with(" (deleted)");
+    if (path.starts_with(folder + "/") && has_no_name)
+        return "(unfinished)";
+    if (path == folder + "/")
+        return "./";
     if (path.starts_with(folder + "/"))
         return without_random_letters(path.substr(folder.size() + 1));
-    if (path.ends_with(" (deleted)") || path == "/tmp")
+    if (has_no_name || path == "/tmp")
         return "(temporary)";
     return path.empty() || path.find('/') == 0 || path.find(':') != path.npos ? ""
                                                                               : without_random_letters(path);

@@ -33,8 +33,8 @@ class CurrentCall {
     CurrentCall(pid_t process, const KnownCall& known, const std::array<std::uint64_t, 6>& arguments)
         : m_process(process), m_known(known), m_arguments(arguments) {}
 
-    // The file as tests name it: relative to `folder`, "standard output", "(temporary)"; empty for files that
-    // are not the process's own.
+    // The file as tests name it: relative to `folder`, "standard output", "(temporary)", "(unfinished)" for
+    // one in the folder without a name; empty for files that are not the process's own.
     std::string file(const std::string& folder, const std::string& output) const;
 
   private:

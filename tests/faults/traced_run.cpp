@@ -26,9 +26,11 @@ namespace {
 
 constexpr int status_not_traced = 126;
 
+using Filter = std::vector<sock_filter>;
+
 // Makes each of these calls stop for the tracer, and no others: to stop at all of them would be slow.
-bool report_calls(Calls calls) {
-    std::vector<sock_filter> filter = {
+Filter filter_of(Calls calls) {
+    Filter filter = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
     };
     for (const KnownCall& call : all_calls()) {
@@ -38,14 +40,61 @@ bool report_calls(Calls calls) {
         filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
     }
     filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    return filter;
+}
+
+bool report_calls(Filter& filter) {
     const sock_fprog program = {static_cast<unsigned short>(filter.size()), filter.data()};
     return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
            ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-// Lets the parent trace this process, and waits until it does.
-bool become_traced(Calls calls) {
-    return ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0 && ::raise(SIGSTOP) == 0 && report_calls(calls);
+bool let_parent_trace() {
+    return ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0;
+}
+
+struct ProgramBody {
+    std::string program;
+    std::vector<std::string> arguments;
+
+    // The arguments of execv, as pointers into this body.
+    std::vector<char*> pointers() {
+        std::vector<char*> result;
+        for (std::string& text : arguments)
+            result.push_back(text.data());
+        result.push_back(nullptr);
+        return result;
+    }
+    int operator()() {
+        ::execv(program.c_str(), pointers().data());
+        return status_not_started;
+    }
+};
+
+// Where a process runs, and where its output goes.
+struct Place {
+    const std::string& folder;
+    const std::string& out;
+    const std::string& err;
+};
+
+// A process that waits for its tracer before it does anything.
+pid_t start_function(const std::function<int()>& body, Filter& filter, const Place& place) {
+    return start_child(place.folder, place.out, place.err, [&] {
+        return let_parent_trace() && ::raise(SIGSTOP) == 0 && report_calls(filter) ? body()
+                                                                                   : status_not_traced;
+    });
+}
+
+// A process that becomes a program, and waits for its tracer then, as all traced processes do.
+pid_t start_program(ProgramBody body, Filter& filter, const Place& place) {
+    const std::vector<char*> pointers = body.pointers();
+    const auto work = [&] {
+        if (let_parent_trace() && report_calls(filter))
+            ::execv(body.program.c_str(), pointers.data());
+        return status_not_traced;
+    };
+    return start_child(place.folder, place.out, place.err, work, ChildMemory::shared);
 }
 
 #ifdef __x86_64__
@@ -187,26 +236,22 @@ std::string tracing_fault() {
 TracedRun run_traced(const std::function<int()>& body, const std::string& folder, const Fault& fault) {
     const TempDir output;
     const std::string output_path = output.path("out");
-    const pid_t process = start_child(folder, output_path, output.path("err"), [&] {
-        return become_traced(fault.calls) ? body() : status_not_traced;
-    });
+    const std::string error_path = output.path("err");
+    const Place place = {folder, output_path, error_path};
+    Filter filter = filter_of(fault.calls);
+    const auto* const program = body.target<ProgramBody>();
+    const pid_t process =
+        program ? start_program(*program, filter, place) : start_function(body, filter, place);
     int status = wait_for_child(process);
     Tracer tracer(process, folder, output_path, fault);
     if (WIFSTOPPED(status))
         status = tracer.follow();
-    tracer.run.outcome = {read_file(output_path), read_file(output.path("err")), status_text(status)};
+    tracer.run.outcome = {read_file(output_path), read_file(error_path), status_text(status)};
     return tracer.run;
 }
 
 std::function<int()> program_body(const std::string& program, const std::vector<std::string>& arguments) {
-    return [=] {
-        std::vector<std::string> texts = arguments;
-        texts.insert(texts.begin(), std::filesystem::path(program).filename());
-        std::vector<char*> pointers;
-        for (std::string& text : texts)
-            pointers.push_back(text.data());
-        pointers.push_back(nullptr);
-        ::execv(program.c_str(), pointers.data());
-        return status_not_started;
-    };
+    ProgramBody body{program, arguments};
+    body.arguments.insert(body.arguments.begin(), std::filesystem::path(program).filename());
+    return body;
 }

@@ -31,7 +31,8 @@ TEST(BlockFacts, FreeIsWhatTheBusierOfMemoryAndPortLeaves) {
     EXPECT_EQ(facts[Fact::free], 0.0);
     EXPECT_EQ(facts[Fact::free_memory], 0.0);
     summary.kernels[0].blocks[0].metrics[Metric::port_use].reset();
-    EXPECT_EQ(facts_of_first(summary)[Fact::free], Value());
+    summary.kernels[0].blocks[0].metrics[Metric::memory_use] = 15;
+    EXPECT_EQ(facts_of_first(summary)[Fact::free], 85.0);
     summary.memories[0].lower_bound = true;
     EXPECT_EQ(facts_of_first(summary)[Fact::free_memory], Value());
 }
@@ -43,6 +44,18 @@ TEST(BlockFacts, TheClockReachesAPartOfTheMemorysPeak) {
     EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], Value());
     summary.memories.clear();
     EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], Value());
+}
+
+TEST(BlockFacts, APortThatCarriedMoreThanItCanIsWiderThanSeen) {
+    ProfileSummary summary = made::run({made::kernel("k", {made::global_read()})});
+    Value& use = summary.kernels[0].blocks[0].metrics[Metric::port_use];
+    use = 160;
+    EXPECT_EQ(facts_of_first(summary)[Metric::port_use], Value());
+    EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], Value());
+    EXPECT_EQ(facts_of_first(summary)[Fact::free], 70.0);
+    use = 100.4; // by rounding alone
+    EXPECT_EQ(facts_of_first(summary)[Metric::port_use], 100.0);
+    EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], 80.0);
 }
 
 TEST(BlockFacts, BanksAreComparedByTheirBytes) {
@@ -82,6 +95,11 @@ TEST(BlockFacts, AStageIsFreeIfItWorksAndItsChannelsHardlyStall) {
     facts = facts_of_first(summary);
     EXPECT_EQ(facts[Fact::free_stages], 1.0);
     EXPECT_EQ(facts[FactText::stage], "a");
+    // A started kernel is named before one that runs by itself.
+    summary.kernels[3].blocks[0].metrics[Metric::valid] = 50;
+    summary.kernels[3].autorun = true;
+    EXPECT_EQ(facts_of_first(summary)[FactText::stage], "a");
+    summary.kernels[3].blocks[0].metrics[Metric::valid] = 0;
     // On another device it is another kernel.
     summary.kernels[1].device = 1;
     EXPECT_EQ(facts_of_first(summary)[Fact::free_stages], 0.0);

@@ -6,6 +6,9 @@
 
 #include <system_error>
 
+#include "temp_dir.h"
+#include "whole_file.h"
+
 using namespace zan::profile;
 
 namespace {
@@ -37,6 +40,14 @@ TEST(ByteSource, APipeComesUpToItsEnd) {
     DescriptorSource source(ends[0]);
     EXPECT_EQ(read_all(source, 2), "hello");
     close(ends[0]);
+}
+
+TEST(ByteSource, AFileComesFromItsStart) {
+    const TempDir dir;
+    write_file(dir.path("file"), "hello");
+    FileSource source(dir.path("file"));
+    EXPECT_EQ(read_all(source, 2), "hello");
+    EXPECT_THROW(FileSource(dir.path("none")), std::system_error);
 }
 
 TEST(ByteSource, AFolderCantBeRead) {

@@ -166,10 +166,10 @@ TEST(ReportReader, WhatNoReportHasIsRefusedAtItsFirstByte) {
 
 TEST(ReportReader, WhatIsNoReportIsRefused) {
     for (const char* text :
-         {"", " \n", "{}", "[]", "\"json_type\"", "hello", "<xml/>", "1", R"({"schema": "x"})",
-          R"({"json_type": "other"})", R"({"a": "1", "json_type": "Corvane Profiler JSON"})",
-          R"({"json_type": 1})", R"({"json_type": {}})", R"({"json_type": ["Corvane Profiler JSON"]})",
-          R"({"json_type": null})",
+         {"", " \n", "{}", "[]", "\"json_type\"", "\"Corvane Profiler JSON\"", "hello", "<xml/>", "1",
+          R"({"schema": "x"})", R"({"json_type": "other"})",
+          R"({"a": "1", "json_type": "Corvane Profiler JSON"})", R"({"json_type": 1})",
+          R"({"json_type": {}})", R"({"json_type": ["Corvane Profiler JSON"]})", R"({"json_type": null})",
           "\x7F"
           "ELF",
           "\x1F\x8B\x08"})

@@ -15,7 +15,7 @@ namespace {
 
 // A table with one rule of this text and these conditions.
 std::string table(const std::string& text, const std::string& when = "[]") {
-    return R"({"schema": "zanl-profile rules", "schema_version": 1, "thresholds": {"worth": 10},
+    return R"({"schema": "zanl-profile/rules", "schema_version": 1, "thresholds": {"worth": 10},
                "formats": {"stall": "percent"},
                "words": [{"name": "much", "when": [["stall", ">", 50]], "then": "much", "else": "little"}],
                "rules": [{"name": "r", "kind": "all", "when": )" +
@@ -66,8 +66,8 @@ TEST(RulesReader, FaultsOfATableAreNamed) {
     EXPECT_EQ(fault(""), "byte 0: The document is empty.");
     EXPECT_EQ(fault("[]"), "the key 'schema' is missing");
     EXPECT_EQ(fault(R"({"schema": "other"})"), "the schema is another one");
-    EXPECT_EQ(fault(R"({"schema": "zanl-profile rules"})"), "the key 'thresholds' is missing");
-    EXPECT_EQ(fault(R"({"schema": "zanl-profile rules", "thresholds": {"a": "b"}})"), "a number is missing");
+    EXPECT_EQ(fault(R"({"schema": "zanl-profile/rules"})"), "the key 'thresholds' is missing");
+    EXPECT_EQ(fault(R"({"schema": "zanl-profile/rules", "thresholds": {"a": "b"}})"), "a number is missing");
     EXPECT_EQ(fault(table("x", R"([["stal", ">", 1]])")), "'stal' is no metric or fact");
     EXPECT_EQ(fault(table("x", R"([["stall", "!=", 1]])")), "'!=' is no comparison");
     EXPECT_EQ(fault(table("x", R"([["stall", ">", "worthy"]])")), "'worthy' is no threshold");

@@ -298,6 +298,16 @@ TEST(Rules, PartsInBracketsAreLeftOutWithoutTheirValues) {
     EXPECT_EQ(sentence_of(summary).text, "Waits for DDR: 61% of accesses unaligned");
 }
 
+TEST(Rules, AChannelThatIsHalfFullIsNotMostlyEmpty) {
+    ProfileSummary summary = write_run();
+    metric(summary, Metric::fill_share) = 50;
+    metric(summary, Metric::fill) = 8;
+    metric(summary, Metric::max_fill) = 16;
+    EXPECT_EQ(sentence_of(summary).text,
+              "Stalls though its channel is not full (8 of 16 words): the reader stops at "
+              "times; a deeper channel may do");
+}
+
 TEST(Rules, CacheHitsMakeTheRequestedPartAnUpperLimit) {
     ProfileSummary summary = global_run();
     metric(summary, Metric::efficiency) = 25;

@@ -1,7 +1,10 @@
 #include "diagnostics.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace {
 
@@ -101,6 +104,13 @@ static_assert(std::ranges::find(texts, nullptr) == texts.end());
 thread_local MessageReceiver* current_receiver = nullptr;
 
 } // namespace
+
+void write_formatted(std::FILE* stream, fmt::string_view format, fmt::format_args args) {
+    fmt::memory_buffer text;
+    fmt::vformat_to(std::back_inserter(text), format, args);
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fflush(stream);
+}
 
 std::string text_of(Message message, const MessageDetails& details) {
     return fmt::format(fmt::runtime(texts[static_cast<std::size_t>(message)]), details.line, details.subject,

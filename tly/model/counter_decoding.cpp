@@ -54,10 +54,10 @@ void TlyModuleInst::mark_invalid(std::string_view text, int line_number) {
         {.line = line_number, .subject = m_invalid_values.back(), .kernel = m_function, .block = m_name});
 }
 
-int TlyModuleInst::updateCounters(std::span<const MonField> fields, int comp_unit, bool push,
-                                  SharedCounterTypes type, int line_number) {
+int TlyModuleInst::updateCounters(const MonFields& fields, int comp_unit, bool push, SharedCounterTypes type,
+                                  int line_number) {
     constexpr int all_units = -1;
-    static const MonField missing;
+    MonField room;
     int result = 0;
     if (push)
         partialReset();
@@ -65,7 +65,7 @@ int TlyModuleInst::updateCounters(std::span<const MonField> fields, int comp_uni
         if (comp_unit != all_units && port.comp_unit != comp_unit)
             continue;
         const auto index = static_cast<std::size_t>(port.offset); // a negative offset is beyond every line
-        const MonField& field = index < fields.size() ? fields[index] : missing;
+        const MonField& field = fields.get(index, room);
         long long value = field.value;
         if (!field.is_number) {
             mark_invalid(field.text, line_number);
@@ -93,7 +93,7 @@ int TlyModuleInst::updateCounters(std::vector<std::string> tokens, int comp_unit
     fields.reserve(tokens.size());
     for (const std::string& token : tokens)
         fields.push_back(read_mon_field(token));
-    return updateCounters(fields, comp_unit, push, type, line_number);
+    return updateCounters(MonFields(fields), comp_unit, push, type, line_number);
 }
 
 void TlyModuleInst::updateSingleCounter(const std::string& tag, long long value, bool push) {

@@ -13,10 +13,10 @@
 class LineBlock {
   public:
     static constexpr std::size_t max_lines = 64;
+    static constexpr std::size_t most_values = 32'768; // what fits a cache along with the lists
 
     // Empties the block and sets the number of counters of each line.
     void reset(std::size_t num_counters) {
-        constexpr std::size_t most_values = 32'768; // what fits a cache along with the lists
         m_num_counters = num_counters;
         m_room = std::clamp(most_values / std::max<std::size_t>(num_counters, 1), std::size_t{1}, max_lines);
         m_values.resize(m_room * num_counters);

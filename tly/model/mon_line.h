@@ -47,6 +47,46 @@ class PlainFields {
     const char* m_end;
 };
 
+// A field of a long line, from which the fields after it are found.
+struct MonFieldMark {
+    std::size_t index = 0; // of the field on the line
+    MonField field;
+};
+
+// The fields of a line by their indices, as views of what a MonLine or its caller holds. Of a line with very
+// many fields only the first ones and a mark here and there are held: to hold all of them would take 32 bytes
+// for each byte of a line of commas.
+class MonFields {
+  public:
+    // Fields that are all held.
+    explicit MonFields(std::span<const MonField> fields) : m_first(fields), m_size(fields.size()) {}
+    // The first fields, marks of those after them up to the line's end at `end`, and the number of all.
+    MonFields(std::span<const MonField> first, std::span<const MonFieldMark> marks, const char* end,
+              std::size_t size)
+        : m_first(first), m_marks(marks), m_end(end), m_size(size) {}
+
+    std::size_t size() const { return m_size; }
+    // The field at an index below the size.
+    MonField operator[](std::size_t index) const {
+        return index < m_first.size() ? m_first[index] : far_field(index);
+    }
+    // The same without a copy, if it is held; else it is put into `room`. Beyond the size it is a field
+    // without text.
+    const MonField& get(std::size_t index, MonField& room) const {
+        if (index < m_first.size())
+            return m_first[index];
+        return room = index < m_size ? far_field(index) : MonField();
+    }
+
+  private:
+    MonField far_field(std::size_t index) const;
+
+    std::span<const MonField> m_first;
+    std::span<const MonFieldMark> m_marks; // by growing indices, the first one of the field after m_first
+    const char* m_end = nullptr;
+    std::size_t m_size;
+};
+
 // The fields of the line that was split last. The texts are views into that line.
 class MonLine {
   public:
@@ -54,9 +94,14 @@ class MonLine {
     // length, and nothing is allocated once a line with as many fields has been seen.
     void split(std::string_view line);
 
-    std::span<const MonField> fields() const { return m_fields; }
-    std::size_t num_commas() const { return m_fields.size() - 1; }
+    MonFields fields() const { return {m_fields, m_marks, m_end, m_size}; }
+    std::size_t num_commas() const { return m_size - 1; }
 
   private:
-    std::vector<MonField> m_fields;
+    void mark_rest(const char* position);
+
+    std::vector<MonField> m_fields; // the first ones
+    std::vector<MonFieldMark> m_marks;
+    const char* m_end = nullptr;
+    std::size_t m_size = 0;
 };

@@ -83,7 +83,7 @@ class TlyModuleInst {
     // With `push` the values make a sample of their own. `type` is what a run with shared counters measured.
     // A value that is no number, or a field that the line doesn't have, is reported on standard error,
     // remembered in getInvalidValues() and counted as -1. Returns -1 if there was one, else 0.
-    int updateCounters(std::span<const MonField> fields, int comp_unit, bool push, SharedCounterTypes type,
+    int updateCounters(const MonFields& fields, int comp_unit, bool push, SharedCounterTypes type,
                        int line_number);
     // The same, with `push`, for a block of lines, whose counters start at the field `first_counter`. The
     // instance must be able to take the block, and `type` be the same on all lines.

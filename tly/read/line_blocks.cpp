@@ -87,6 +87,9 @@ void LineBlocks::find_shared_functions() {
 
 // Asked after the first line of the kernel, when the functions that count cycles have their lists.
 bool LineBlocks::can_decode_together(const LineTarget& target, std::size_t num_counters) {
+    // Not one such line fits a block, which would take several times the line's memory.
+    if (num_counters > LineBlock::most_values)
+        return false;
     if (!m_functions_known)
         find_shared_functions();
     const auto& insts = *target.insts;

@@ -92,7 +92,7 @@ bool read_plain_fields(PlainFields& fields, std::string_view& name, LineHead& he
 }
 
 bool read_split_field(const HeadField& field, const MonLine& line, int line_number, LineHead& head) {
-    const MonField& text = line.fields()[field.index];
+    const MonField text = line.fields()[field.index];
     if (text.is_number && field.set(head, text.value))
         return true;
     diagnose(Message::bad_number, {.line = line_number, .subject = field.name});

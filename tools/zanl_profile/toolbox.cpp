@@ -1,7 +1,12 @@
 #include "toolbox.h"
 
+#include "check_command.h"
 #include "command_line.h"
+#include "diff_command.h"
 #include "package_commands.h"
+#include "run_command.h"
+#include "signals.h"
+#include "summary_command.h"
 
 namespace zan::tool {
 
@@ -9,6 +14,10 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
+    &run_command,
+    &check_command,
+    &summary_command,
+    &diff_command,
     &package_command,
 };
 
@@ -21,6 +30,7 @@ constexpr Command toolbox = {
 } // namespace
 
 int run_toolbox(int argc, const char* const* argv) {
+    prepare_signals();
     return run_command_line(toolbox, argc, argv);
 }
 

@@ -11,8 +11,8 @@ namespace {
 
 std::vector<std::string> texts_of(const MonLine& line) {
     std::vector<std::string> texts;
-    for (const MonField& field : line.fields())
-        texts.emplace_back(field.text);
+    for (std::size_t i = 0; i < line.fields().size(); ++i)
+        texts.emplace_back(line.fields()[i].text);
     return texts;
 }
 
@@ -140,11 +140,74 @@ TEST(MonLine, EachNumberIsThatOfItsText) {
             c = alphabet[random() % letters];
         line.split(text);
         std::string joined;
-        for (const MonField& field : line.fields()) {
+        for (std::size_t k = 0; k < line.fields().size(); ++k) {
+            const MonField field = line.fields()[k];
             ASSERT_EQ(field.number(), parse_long_long(field.text)) << text;
             joined += std::string(field.text) + ",";
         }
         ASSERT_EQ(joined, text + ",");
+    }
+}
+
+// Fields of no, few or many letters, so that lines have marks at every distance.
+std::vector<std::string> random_texts(std::mt19937& random, std::size_t count) {
+    std::vector<std::string> texts(count);
+    for (std::string& text : texts) {
+        const std::size_t size = random() % 50 == 0 ? random() % 400 : random() % 3;
+        for (std::size_t i = 0; i < size; ++i)
+            text += "0123456789-x"[random() % 12];
+    }
+    return texts;
+}
+
+// 4096 fields are held, and those after them are found from marks.
+TEST(MonLine, TheFieldsOfALongLineAreThoseOfItsText) {
+    std::mt19937 random(3);
+    MonLine line;
+    for (const std::size_t count : {4095u, 4096u, 4097u, 4098u, 5000u, 20000u, 4096u}) {
+        const std::vector<std::string> texts = random_texts(random, count);
+        std::string joined = texts[0];
+        for (std::size_t i = 1; i < count; ++i)
+            joined += "," + texts[i];
+        line.split(joined);
+        ASSERT_EQ(line.fields().size(), count);
+        ASSERT_EQ(line.num_commas(), count - 1);
+        MonField room;
+        for (std::size_t i = 0; i < count; ++i) {
+            const MonField field = line.fields()[i];
+            ASSERT_EQ(field.text, texts[i]) << i << " of " << count;
+            ASSERT_EQ(field.number(), parse_long_long(texts[i])) << i << " of " << count;
+            ASSERT_EQ(line.fields().get(i, room).text, texts[i]) << i << " of " << count;
+        }
+    }
+}
+
+TEST(MonLine, AFieldBeyondTheEndHasNoText) {
+    MonLine line;
+    MonField room{"left", 1, true};
+    for (const std::string& text : {std::string("1,2"), std::string(6000, ',')}) {
+        line.split(text);
+        for (const std::size_t beyond : {line.fields().size(), static_cast<std::size_t>(-1)}) {
+            const MonField& field = line.fields().get(beyond, room);
+            EXPECT_EQ(field.text, "");
+            EXPECT_EQ(field.number(), std::nullopt);
+        }
+    }
+}
+
+// These bytes are digits plus 160, and would be digits if only their lower bits counted.
+TEST(MonLine, BytesThatResembleDigitsAreNoNumber) {
+    MonLine line;
+    for (int digit = 0; digit < 10; ++digit) {
+        const std::string text(1, static_cast<char>(0xD0 + digit));
+        line.split(text + ",1" + text + "," + text + "1");
+        EXPECT_EQ(line.fields()[0].number(), std::nullopt) << digit;
+        EXPECT_EQ(line.fields()[1].number(), 1) << digit; // std::stoll reads the digits in front
+        EXPECT_EQ(line.fields()[2].number(), std::nullopt) << digit;
+        long long value = 0;
+        EXPECT_FALSE(PlainFields(text + ",").number(value)) << digit;
+        EXPECT_FALSE(PlainFields(text + ",1234567").number(value)) << digit; // eight bytes are read at once
+        EXPECT_FALSE(PlainFields("1" + text + ",123456").number(value)) << digit;
     }
 }
 

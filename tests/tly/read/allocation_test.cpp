@@ -1,7 +1,8 @@
-// What the reader costs in allocations.
+// What the reader and the nodes that it makes cost in allocations and memory.
 #include <gtest/gtest.h>
 
 #include "counting_new.h"
+#include "folded_nodes.h"
 #include "run_fixture.h"
 
 namespace {
@@ -95,6 +96,40 @@ TEST_F(Allocation, ANodeCopiesNoSamples) {
         kernel.add_sample_timestamp(i);
     EXPECT_LE(allocations_of_node(),
               with_one + 1); // the text of the last time may be too long for a small string
+}
+
+// The most memory that is held while a line with this many counters is read, for each of its bytes. All
+// counters but three have the text `rest`.
+double bytes_of_each_byte(int num_counters, const std::string& rest) {
+    RunFixture run;
+    add_instances(run, 1);
+    std::string line =
+        "0,1," + std::string(kernel_name) + ",1000,1,-1," + std::to_string(num_counters) + ",5,6,7";
+    for (int counter = 3; counter < num_counters; ++counter)
+        line += "," + rest;
+    const std::string path = run.file(line);
+    restart_most_bytes();
+    EXPECT_EQ(run.read_file(path), 0);
+    EXPECT_EQ(run.values("kernels", "num_samples"), std::vector<std::string>{"1"}) << "the line was left out";
+    return static_cast<double>(most_bytes()) / static_cast<double>(line.size());
+}
+
+// The reader's buffer grows by doubling, and while it grows there are two of them: three bytes for each byte.
+TEST_F(Allocation, ALineOfVeryManyShortFieldsTakesAFewTimesItsSize) {
+    EXPECT_LT(bytes_of_each_byte(1'060'000, ""), 6);
+    EXPECT_LT(bytes_of_each_byte(530'000, "1"), 6);
+}
+
+TEST_F(Allocation, AFewSmallNodesTakeAFewKilobytes) {
+    restart_most_bytes();
+    FoldedNodes nodes;
+    for (const char* name : {"first", "second"}) {
+        nodes.open({}, Form::object);
+        nodes.text("name", name);
+        nodes.close();
+    }
+    // The first block is of 4 KiB; the keys and their table come to less than that.
+    EXPECT_LT(most_bytes(), 8192u);
 }
 
 } // namespace

@@ -34,7 +34,7 @@ class RandomNodes {
 
     template <class T>
     void write_array(ReportSink& sink, std::string_view key, int shift) {
-        std::vector<T> values(below(200));
+        std::vector<T> values(below(100)); // more than 64 are held in another way
         for (T& value : values)
             value = below(3) == 0 ? T{0} : static_cast<T>(static_cast<long long>(m_random()) >> shift);
         if (below(2) == 0)

@@ -79,13 +79,14 @@ void replace_all(std::string& text, const std::string& old_part, const std::stri
         text.replace(at, old_part.size(), new_part);
 }
 
-// The parser has two blank lines before a group of options, and a title of its own for commands.
+// In place of what the parser's labels don't reach.
 std::string help_page(const CLI::App& command) {
     // App::help() would print the page of the command that was parsed.
     std::string page =
         command.get_formatter()->make_help(&command, full_name(command), CLI::AppFormatMode::Normal);
     replace_all(page, "\n\n\n", "\n\n");
     replace_all(page, "\nSubcommands:\n", "\nCommands:\n");
+    replace_all(page, "  ...", "...  "); // after the name of an argument
     return page.substr(0, page.find_last_not_of('\n') + 1) + "\n";
 }
 
@@ -119,7 +120,7 @@ void add_common_options(CLI::App& app, Console& console) {
     app.add_flag("-q,--quiet", console.quiet, "print no notes and no progress")->group(group);
     app.add_option_function<std::string>(
            "--color", [&console](const std::string& choice) { set_color(console, choice); },
-           "use colors: auto, always or never; auto is for terminals, if NO_COLOR isn't set")
+           "auto, always or never; auto: on terminals, unless NO_COLOR is set")
         ->type_name("WHEN")
         ->group(group);
 }
@@ -193,6 +194,8 @@ int run_command_line(const Command& program, int argc, const char* const* argv) 
         return parse_and_run(program, arguments);
     } catch (const Failure& failure) {
         return fail(program, failure.what(), failure.status());
+    } catch (const QuietEnd& end) {
+        return end.status;
     } catch (const std::bad_alloc&) {
         return fail(program, "there is not enough memory");
     } catch (const std::exception& error) {

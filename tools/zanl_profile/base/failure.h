@@ -23,6 +23,11 @@ class Failure : public std::runtime_error {
     int m_status;
 };
 
+// Ends the command with a status and without a message: what it has printed says why.
+struct QuietEnd {
+    int status = status_no;
+};
+
 // A failure of a system call, with errno's reason: "can't open 'design.zanx': No such file or directory".
 Failure system_failure(const std::string& what);
 

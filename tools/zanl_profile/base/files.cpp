@@ -17,9 +17,6 @@ namespace zan::tool {
 
 namespace {
 
-constexpr mode_t default_permissions = 0666;
-constexpr mode_t all_permissions = 07777;
-
 // read(), repeated while signals interrupt it. 0 at the end of the file.
 std::size_t checked_read(int fd, void* target, std::size_t size, const std::string& name) {
     for (;;) {
@@ -156,46 +153,6 @@ void copy_range(int from, std::uint64_t offset, std::uint64_t size, int to, cons
             return copy_piecewise(from, static_cast<std::uint64_t>(position), size, to, from_name, to_name);
         size -= static_cast<std::uint64_t>(copied);
     }
-}
-
-UnfinishedFile::UnfinishedFile(const std::string& target) : m_name(target), m_target(target) {
-    struct stat status;
-    const bool exists = ::stat(target.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode))
-        throw Failure("can't write " + in_quotes(target) + ": it is not a file");
-    char* const real = exists ? ::realpath(target.c_str(), nullptr) : nullptr;
-    // If it isn't known what is there, a link would be replaced, or permissions lost.
-    if (exists ? !real : errno != ENOENT)
-        throw system_failure("can't write " + in_quotes(target));
-    if (real)
-        m_target = real;
-    std::free(real);
-    // In the same folder, as rename() works only within a file system.
-    m_path = m_target + unfinished_suffix;
-    m_file = Descriptor(::mkostemp(m_path.data(), O_CLOEXEC));
-    if (m_file.get() < 0) {
-        m_path.clear();
-        throw system_failure("can't write " + in_quotes(target));
-    }
-    ::fchmod(m_file.get(),
-             exists ? status.st_mode & all_permissions : masked_permissions(default_permissions));
-}
-
-UnfinishedFile::~UnfinishedFile() {
-    if (!m_path.empty())
-        ::unlink(m_path.c_str());
-}
-
-void UnfinishedFile::sync() {
-    if (::fsync(m_file.get()) != 0)
-        throw system_failure("can't write " + in_quotes(m_name));
-}
-
-// Some file systems report a failed write only when the file is closed, so that comes first.
-void UnfinishedFile::commit() {
-    if (!m_file.close() || ::rename(m_path.c_str(), m_target.c_str()) != 0)
-        throw system_failure("can't write " + in_quotes(m_name));
-    m_path.clear();
 }
 
 } // namespace zan::tool

@@ -16,9 +16,6 @@ constexpr const char* standard_stream = "-";
 constexpr const char* standard_input = "standard input";
 constexpr const char* standard_output = "standard output";
 
-// The end of the name of what isn't whole yet, as mkstemp() takes it.
-constexpr const char* unfinished_suffix = ".unfinished-XXXXXX";
-
 // How many bytes are in memory at once where a file is copied or packed.
 constexpr std::size_t io_piece = 1 << 18;
 
@@ -92,31 +89,5 @@ void write_all(int fd, const void* data, std::size_t size, const std::string& na
 // do that. Throws Failure, naming the files as `from_name` and `to_name`.
 void copy_range(int from, std::uint64_t offset, std::uint64_t size, int to, const std::string& from_name,
                 const std::string& to_name);
-
-// A file that appears under its name only when it is whole. Until then its bytes are in a file beside it,
-// which is removed with the object if there was no commit().
-class UnfinishedFile {
-  public:
-    // `target` is the name to come; a symbolic link is followed, and permissions of a file in its place are
-    // kept. Throws Failure if `target` is something else than a file.
-    explicit UnfinishedFile(const std::string& target);
-    UnfinishedFile(const UnfinishedFile&) = delete;
-    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-    ~UnfinishedFile();
-
-    const std::string& path() const { return m_path; }
-    int fd() const { return m_file.get(); }
-    // Waits until what was written is on the disk.
-    void sync();
-    // Puts the file in place of the target. Throws Failure, also if an earlier write turns out to have
-    // failed.
-    void commit();
-
-  private:
-    std::string m_name;   // as the user gave it
-    std::string m_target; // the file itself where the name is a symbolic link
-    std::string m_path;   // empty once it has its name
-    Descriptor m_file;
-};
 
 } // namespace zan::tool

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "failure.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -94,10 +95,12 @@ StagedFolder::StagedFolder(const std::string& target) : m_target(target) {
         fs::create_directories(parent, error);
     // Beside the target, or inside it if it exists, so that no rename() crosses the border of a file system.
     m_stage = m_target + (m_target_exists ? "/" : "") + unfinished_suffix;
+    const SignalsHeld held;
     if (error || !::mkdtemp(m_stage.data())) {
         m_stage.clear();
         throw system_failure("can't write to the folder " + in_quotes(target));
     }
+    m_removed.emplace(m_stage);
 }
 
 StagedFolder::~StagedFolder() {
@@ -134,6 +137,7 @@ Descriptor StagedFolder::add_file(const std::string& name, std::uint32_t mode) {
 }
 
 void StagedFolder::commit() {
+    const SignalsHeld held; // all entries are there, or none
     if (m_target_exists)
         return move_into_target();
     // A new target appears in one step. mkdtemp() has made it for its owner alone.

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
 #include "files.h"
+#include "signals.h"
 
 namespace zan::tool {
 
@@ -58,7 +60,8 @@ class StagedFolder {
     std::string m_target;
     bool m_target_exists;
     std::string m_stage;
-    std::vector<Entry> m_entries; // in the order of adding, folders that lead to them among them
+    std::optional<RemovedBySignal> m_removed; // of the stage
+    std::vector<Entry> m_entries;             // in the order of adding, folders that lead to them among them
     std::unordered_set<std::string> m_folders;
 };
 

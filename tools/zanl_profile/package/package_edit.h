@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "package_file.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 

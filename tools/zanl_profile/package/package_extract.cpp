@@ -7,6 +7,7 @@
 #include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 

@@ -15,6 +15,7 @@
 #include "package_edit.h"
 #include "pkg_stream.h"
 #include "stream_plan.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
@@ -150,9 +151,7 @@ void pack_stream(const PackOptions& options) {
 
 void define_pack(CLI::App& app, Console&) {
     const auto options = std::make_shared<PackOptions>();
-    app.add_option("OUT", options->output,
-                   "the stream to make: a file, PACKAGE:SECTION, or '-' for standard output")
-        ->required();
+    app.add_option("OUT", options->output, "a file, PACKAGE:SECTION, or '-' for standard output")->required();
     app.add_option("DIR", options->paths, "the folders, or files, to pack")->required();
     app.add_option("-C,--directory", options->directory, "take DIR from this folder")->type_name("DIR");
     app.callback([options] { pack_stream(*options); });

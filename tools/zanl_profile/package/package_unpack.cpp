@@ -13,6 +13,7 @@
 #include "package_commands.h"
 #include "staged_folder.h"
 #include "stream_entries.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 

@@ -49,6 +49,20 @@ TEST(NearestWord, ASwapIsOneStep) {
     EXPECT_EQ(nearest_word("xabdcy", {"abcd"}), "");
 }
 
+// Two letters that are a pair's but for one of them are no swap: "xa" is two steps from "ab", and with the
+// last letter that makes three.
+TEST(NearestWord, HalfASwapIsNone) {
+    EXPECT_EQ(nearest_word("xacdez", {"abcdef"}), "");
+    EXPECT_EQ(nearest_word("bxcdez", {"abcdef"}), "");
+    EXPECT_EQ(nearest_word("bacdez", {"abcdef"}), "abcdef");
+}
+
+TEST(NearestWord, TwoLettersTooManyOrTooFewAreNear) {
+    EXPECT_EQ(nearest_word("updatexy", {"update"}), "update");
+    EXPECT_EQ(nearest_word("xyupdate", {"update"}), "update");
+    EXPECT_EQ(nearest_word("upda", {"update"}), "update");
+}
+
 TEST(NearestWord, LongWordsTakeLittleTime) {
     const std::string a(1 << 20, 'a'), b = std::string(1 << 19, 'a') + "b" + std::string((1 << 19) - 1, 'a');
     EXPECT_EQ(nearest_word(a, std::vector<std::string>(20, b)), b);

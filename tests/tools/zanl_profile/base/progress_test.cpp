@@ -4,6 +4,7 @@
 #include <pty.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "capture.h"
@@ -67,9 +68,21 @@ TEST(ProgressTest, LongWorkShowsABarThatIsRemoved) {
                   Progress progress({}, "reading", 100);
                   wait_a_second();
                   progress.at(50);
-                  progress.at(51); // too early to draw again
               }),
               "\rreading [############............]  50%\x1b[K\r\x1b[K");
+}
+
+TEST(ProgressTest, TheBarIsDrawnTenTimesASecondAtMost) {
+    const auto begin = std::chrono::steady_clock::now();
+    const std::string text = on_terminal([] {
+        Progress progress({}, "reading", 100);
+        wait_a_second();
+        for (int i = 0; i < 1000; ++i)
+            progress.at(50);
+    });
+    const auto most = (std::chrono::steady_clock::now() - begin) / std::chrono::milliseconds(100) + 1;
+    EXPECT_LE(std::ranges::count(text, '%'), most);
+    EXPECT_GE(std::ranges::count(text, '%'), 1);
 }
 
 TEST(ProgressTest, ANoteTakesThePlaceOfTheBar) {
