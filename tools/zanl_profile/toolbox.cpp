@@ -14,11 +14,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command,
-    &check_command,
-    &summary_command,
-    &diff_command,
-    &package_command,
+    &run_command, &check_command, &summary_command, &diff_command, &package_command,
 };
 
 constexpr Command toolbox = {
