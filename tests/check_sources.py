@@ -29,6 +29,7 @@ TOOLBOX = [
     "tools/zanl_profile/package",
     "tools/zanl_profile/run",
     "tools/zanl_profile/summary",
+    "tools/zanl_profile/view",
 ]
 EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile", "profile/columns", *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
 ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
@@ -47,11 +48,16 @@ LAYERS = [
     ("tly/run", ["lib/contract", "tly/base", "tly/model", "tly/report", "tly/read"], []),
     ("profile", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY], []),
     ("profile/columns", ["lib/contract", *TLY, "profile"], ["zlib"]),
-    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY], []),
+    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile"], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/check", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/diff", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/run", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    (
+        "tools/zanl_profile/view",
+        ["lib/contract", "profile", "profile/columns", *TLY, "tools/zanl_profile/base"],
+        ["zlib"],
+    ),
     ("tools/zanl_profile/summary", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile", TOOLBOX, []),
     ("tests/**", EVERYTHING, ALL_LIBRARIES),

@@ -172,6 +172,7 @@ void Columns::add_counts(Column& column, const SampleList<long long>& list) {
         column.series.add(std::int64_t{value});
         const auto number = static_cast<double>(value);
         column.pyramid.add(value > 0 ? number : missing_value, number, 1.0);
+        column.sums.products += value > 0 ? number : 0.0;
     }
 }
 
