@@ -133,7 +133,7 @@ void BlockTotals::add(const SampleTimes& times, const SampleBlock& samples, Cycl
     for (std::size_t i = 0; i < times.size; ++i) {
         add_greatest(sums.max_fill, samples.max_fill[i]);
         if (samples.stall[i] > 0.0)
-            stalls.add(times.begin[i], times.end[i], samples.stall[i]);
+            stalls.add_sample(times.begin[i], times.end[i], samples.stall[i]);
     }
 }
 

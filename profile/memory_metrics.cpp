@@ -11,7 +11,6 @@ namespace {
 constexpr double full_share = 0.7;      // of a memory's peak
 constexpr double port_full = 70.0;      // percent
 constexpr double most_port_use = 105.0; // percent; bandwidths are rounded up
-constexpr double half_of_bytes = 50.0;  // percent
 
 // Whether bytes may be missing: a kernel that the design has several times, or accesses that name no memory
 // in a kernel without ports.
@@ -225,106 +224,6 @@ void set_port_use(const SummaryContext& context, KernelSummary& kernel) {
         if (candidates.size() == 1)
             block.port = candidates.front()->port;
         block.metrics[Metric::port_use] = use_of(candidates, *block.port_limit);
-    }
-}
-
-namespace {
-
-// What kernels moved from and to a memory while one of them ran: MB/s · cycles.
-struct SharedTraffic {
-    std::map<std::string, double> by_kernel; // by name
-    double all = 0.0;
-    double own = 0.0;
-    double reads = 0.0;
-    double writes = 0.0;
-    bool knows_directions = true;
-};
-
-// The part of the amounts of `of` that falls into `common`, a part of the time `ran`.
-double part_in(const TimeBins& amounts, std::span<const TimeSpan> ran, std::span<const TimeSpan> common) {
-    TimeBins all = amounts;
-    TimeBins ran_bins = covered_bins(ran, all.shift());
-    TimeBins common_bins = covered_bins(common, all.shift());
-    align(all, ran_bins);
-    align(all, common_bins);
-    align(all, ran_bins);
-    double sum = 0.0;
-    for (std::int64_t i = all.first(); i < all.last(); ++i) {
-        if (ran_bins.at(i) > 0.0)
-            sum += all.at(i) * common_bins.at(i) / ran_bins.at(i);
-    }
-    return sum;
-}
-
-void add_traffic_beside(SharedTraffic& sums, const KernelPart& kernel, const KernelTraffic& other) {
-    SummaryRun& run = *kernel.run;
-    const std::vector<TimeSpan>& ran = run.times.kernels[other.kernel].ran;
-    sums.knows_directions &= other.all.empty() || !other.reads.empty() || !other.writes.empty();
-    if (other.kernel == kernel.place) {
-        sums.own += other.all.total();
-        sums.all += other.all.total();
-        sums.reads += other.reads.total();
-        sums.writes += other.writes.total();
-        return;
-    }
-    const std::vector<TimeSpan> common = intersection_of(ran, kernel.times().ran);
-    if (common.empty())
-        return;
-    const double moved = part_in(other.all, ran, common);
-    sums.all += moved;
-    sums.by_kernel[run.totals.kernels()[other.kernel].key.name] += moved;
-    sums.reads += part_in(other.reads, ran, common);
-    sums.writes += part_in(other.writes, ran, common);
-}
-
-std::vector<std::string> rivals_of(const SharedTraffic& sums) {
-    std::vector<std::pair<double, std::string>> others;
-    for (const auto& [name, moved] : sums.by_kernel)
-        others.emplace_back(-moved, name);
-    std::ranges::sort(others);
-    std::vector<std::string> rivals;
-    double moved = 0.0;
-    for (const auto& [negative, name] : others) {
-        if (moved > sums.all / 2.0)
-            break;
-        moved -= negative;
-        rivals.push_back(name);
-    }
-    return rivals;
-}
-
-} // namespace
-
-void set_memory_shares(const SummaryContext& context, std::span<const JoinedKernel> joined,
-                       std::span<const MemorySummary> memories, std::vector<KernelSummary>& kernels) {
-    for (std::size_t i = 0; i < kernels.size(); ++i) {
-        for (const MemorySummary& memory : memories) {
-            const auto is_of_memory = [&](const BlockSummary& block) {
-                return block.kind == BlockKind::global && block.memory == memory.name;
-            };
-            if (memory.lower_bound || std::ranges::none_of(kernels[i].blocks, is_of_memory))
-                continue;
-            SharedTraffic sums;
-            for (const KernelPart& part : joined[i]) {
-                for (const KernelTraffic& other : part.run->memory(memory.name).kernels())
-                    add_traffic_beside(sums, part, other);
-            }
-            const Value own_share = percent_of(sums.own, sums.all);
-            for (BlockSummary& block : kernels[i].blocks) {
-                if (!is_of_memory(block))
-                    continue;
-                block.own_share = own_share;
-                if (block.metrics[Metric::moved] && context.clock_mhz)
-                    block.block_share =
-                        percent_of(*block.metrics[Metric::moved] * *context.clock_mhz, sums.all);
-                if (sums.knows_directions) {
-                    block.read_share = percent_of(sums.reads, sums.reads + sums.writes);
-                    block.write_share = percent_of(sums.writes, sums.reads + sums.writes);
-                }
-                if (own_share && *own_share < half_of_bytes)
-                    block.rivals = rivals_of(sums);
-            }
-        }
     }
 }
 

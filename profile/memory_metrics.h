@@ -17,8 +17,4 @@ std::vector<PortSummary> summarize_ports(const SummaryContext& context, const Jo
 // Sets what blocks of global memory know of their port: its name, its limit and its use.
 void set_port_use(const SummaryContext& context, KernelSummary& kernel);
 
-// Sets the shares of its memory's bytes for each block, while its kernel ran.
-void set_memory_shares(const SummaryContext& context, std::span<const JoinedKernel> joined,
-                       std::span<const MemorySummary> memories, std::vector<KernelSummary>& kernels);
-
 } // namespace zan::profile

@@ -5,6 +5,7 @@
 #include "block_metrics.h"
 #include "kernel_metrics.h"
 #include "memory_metrics.h"
+#include "memory_shares.h"
 #include "order_statistics.h"
 #include "profile_notes.h"
 

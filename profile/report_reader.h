@@ -36,7 +36,7 @@ inline constexpr std::string_view report_type_key = "json_type";
 inline constexpr std::string_view report_type = "Corvane Profiler JSON";
 
 // How deep nodes may be nested, and how long a text with the blanks before it may be, in bytes. No report of
-// a package gets near: a call chain in a description ends at 500 levels.
+// a package gets near: a description has 100 levels at most.
 inline constexpr std::size_t max_report_depth = 10'000;
 inline constexpr std::size_t max_report_text = std::size_t{1} << 24;
 

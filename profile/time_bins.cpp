@@ -16,7 +16,7 @@ std::uint64_t num_bins(std::int64_t first, std::int64_t last) {
     return static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first) + 1;
 }
 
-// The first amount takes up to 2^first_bits bins. Narrower ones would soon be merged.
+// The first sample takes up to 2^first_bits bins. Narrower ones would soon be merged.
 constexpr int first_bits = 9;
 
 } // namespace
@@ -49,10 +49,6 @@ double TimeBins::total() const {
 
 void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
     const bool has_length = begin < end;
-    if (m_values.empty() && has_length) {
-        const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
-        widen(static_cast<int>(std::bit_width(length)) - first_bits);
-    }
     const std::int64_t begin_time = has_length ? begin : end;
     const std::int64_t last_time = has_length ? end - 1 : end;
     cover(begin_time, last_time);
@@ -69,6 +65,14 @@ void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
     for (std::size_t i = from + 1; i < to; ++i)
         m_values[i] += each;
     m_values[to] += rate * (static_cast<double>(static_cast<std::uint64_t>(last_time) & in_bin) + 1.0);
+}
+
+void TimeBins::add_sample(std::int64_t begin, std::int64_t end, double amount) {
+    if (m_values.empty() && begin < end) {
+        const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
+        widen(static_cast<int>(std::bit_width(length)) - first_bits);
+    }
+    add(begin, end, amount);
 }
 
 void TimeBins::add(const TimeBins& other) {

@@ -17,16 +17,18 @@ std::size_t bins_for_each(std::size_t budget, std::size_t num_series);
 // The length of time from `begin` to `end`; 0 if it is none. Neither overflows.
 double time_between(std::int64_t begin, std::int64_t end);
 
-// Adds amounts to bins of one width, a power of two of the unit of time. The width begins at 1, or with a
-// long first amount at what splits that into some hundred bins, and doubles as the covered time grows. Bin
-// number n covers the times from n·width to (n + 1)·width, so bins of different series line up, and times may
-// come in any order. Amounts that were exact stay exact while the width is 1.
+// Adds amounts to bins of one width, a power of two of the unit of time, which begins at 1 and doubles as the
+// covered time grows. Bin number n covers the times from n·width to (n + 1)·width, so bins of different
+// series line up, and times may come in any order. Amounts that were exact stay exact while the width is 1.
 class TimeBins {
   public:
     explicit TimeBins(std::size_t capacity = max_time_bins) : m_capacity(capacity) {}
 
     // Spreads `amount` evenly from `begin` to `end`. If that is no time, all of it is at `end`.
     void add(std::int64_t begin, std::int64_t end, double amount);
+    // The same. The first one makes the bins as wide as splits it into some hundred of them, as more of its
+    // length will follow.
+    void add_sample(std::int64_t begin, std::int64_t end, double amount);
     // Adds another series, bin by bin; the greater width is that of the sum.
     void add(const TimeBins& other);
     // From now on at most `capacity` bins, which is at least 2.

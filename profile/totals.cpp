@@ -16,9 +16,6 @@ namespace {
 constexpr std::size_t block_bin_budget = std::size_t{2} << 20;
 constexpr std::size_t access_bin_budget = std::size_t{2} << 20;
 
-// Values of an autorun kernel's blocks that wait, 4 bytes or 8 each.
-constexpr std::size_t most_held_values = std::size_t{16} << 20;
-
 // An autorun kernel works in the samples in which one of its blocks is valid in at least 1% of the cycles.
 constexpr double least_activity = 0.01;
 
@@ -133,7 +130,7 @@ void Totals::block(const BlockNode& node) {
     }
     m_held.push_back(node);
     m_held_values += num_values(node.arrays);
-    if (m_held_values > most_held_values) {
+    if (m_held_values > m_most_held) {
         m_kernel->activity_in_part = true;
         add_held();
         m_holds = false;
@@ -201,7 +198,7 @@ void Totals::add_block(const BlockNode& node, std::size_t place) {
             block.add_unnamed(times, samples);
         for (std::size_t i = 0; traffic != nullptr && i < times.size; ++i) {
             if (samples.bandwidth[i] > 0.0 && times.begin[i] < times.end[i])
-                traffic->add(times.begin[i], times.end[i], samples.bandwidth[i] * times.cycles[i]);
+                traffic->add_sample(times.begin[i], times.end[i], samples.bandwidth[i] * times.cycles[i]);
         }
     }
     block.add_burst_entries(node.arrays[Rates::burst]);
@@ -228,7 +225,7 @@ void Totals::port(const PortNode& node) {
         port.add(times, bandwidth, read_burst, write_burst, m_kernel->cycle_classes);
         for (std::size_t i = 0; i < times.size; ++i) {
             if (bandwidth[i] > 0.0 && times.begin[i] < times.end[i])
-                access.by_ports.add(times.begin[i], times.end[i], bandwidth[i] * times.cycles[i]);
+                access.by_ports.add_sample(times.begin[i], times.end[i], bandwidth[i] * times.cycles[i]);
         }
     }
 }

@@ -25,7 +25,11 @@ using TransferKey = std::pair<std::string, int>;
 // count only if one of its blocks worked.
 class Totals final : public NodeTaker {
   public:
-    Totals() : m_reader(*this) {}
+    // Values of an autorun kernel's blocks that may wait for the end of its node, 4 bytes or 8 each.
+    static constexpr std::size_t default_held_values = std::size_t{16} << 20;
+
+    explicit Totals(std::size_t most_held_values = default_held_values)
+        : m_reader(*this), m_most_held(most_held_values) {}
     Totals(const Totals&) = delete;
     Totals& operator=(const Totals&) = delete;
 
@@ -83,6 +87,7 @@ class Totals final : public NodeTaker {
     std::size_t m_num_blocks = 0;
     std::vector<BlockNode> m_held; // of an autorun kernel
     std::size_t m_held_values = 0;
+    std::size_t m_most_held;
     bool m_holds = false;
     bool m_knows_activity = false;
     std::vector<unsigned char> m_active; // for each sample

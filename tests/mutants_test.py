@@ -56,6 +56,31 @@ class Mutants(unittest.TestCase):
         for file in mutate.read_sources(mutate.TOP):
             self.assertTrue(mutate.programs_of(file), file)
 
+    def test_programs_are_tried_without_the_mutant_and_with_it_until_one_fails(self):
+        calls = []
+
+        class FakeBench(mutate.Bench):
+            def make(self, program):
+                calls.append((program, "a - 1" in (self.sources / "tly/run/a.cpp").read_text()))
+                return True
+
+            def passes(self, program):
+                return calls[-1][1] or program != "end_to_end_test"
+
+        with tempfile.TemporaryDirectory() as folder:
+            bench = FakeBench(pathlib.Path(folder))
+            source = bench.sources / "tly" / "run" / "a.cpp"
+            source.parent.mkdir(parents=True)
+            source.write_text(SOURCE)
+            mutant = next(m for m in mutate.mutants_of("tly/run/a.cpp", SOURCE) if m.kind == "arithmetic")
+            self.assertEqual(bench.outcome(mutant), "killed by end_to_end_test")
+            self.assertEqual(source.read_text(), SOURCE)
+        whole, changed = True, False
+        self.assertEqual(
+            calls,
+            [("tly_read_test", whole), ("tly_read_test", changed), ("end_to_end_test", whole), ("end_to_end_test", changed)],
+        )
+
     def test_what_is_known_isnt_tried_again(self):
         mutants = mutate.mutants_of("a.cpp", SOURCE)
         with tempfile.TemporaryDirectory() as folder:

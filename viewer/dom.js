@@ -117,6 +117,15 @@ export function forget_colours() {
     colours.clear();
 }
 
+/** A function that does the work once it hasn't been called for a moment: while one zooms, only charts are drawn. @param {() => void} work */
+export function after_rest(work) {
+    let timer = 0;
+    return () => {
+        clearTimeout(timer);
+        timer = window.setTimeout(work, 70);
+    };
+}
+
 /** Says something to a screen reader, and for a while on the page. @param {string} text */
 export function announce(text) {
     const place = document.getElementById("status");

@@ -69,11 +69,10 @@ function bank_facts(memory) {
     return { interfaces: memory.interfaces.length, bank_share: percent_of(bytes, all), bank_use: use };
 }
 
-/** What is left of memory and port. @param {Facts} facts @returns {Facts} */
+/** What is left of memory and port, of the one that is used more. @param {Facts} facts @returns {Facts} */
 function free_facts({ memory_use, port_use, lower_bound }) {
     if (lower_bound === true || !is_known(memory_use)) return {};
-    const free_memory = Math.max(0, 100 - memory_use);
-    return is_known(port_use) ? { free_memory, free: Math.max(0, 100 - Math.max(memory_use, port_use)) } : { free_memory };
+    return { free_memory: Math.max(0, 100 - memory_use), free: Math.max(0, 100 - Math.max(memory_use, is_known(port_use) ? port_use : 0)) };
 }
 
 /**

@@ -130,7 +130,7 @@ export function round_places(from, to, wanted) {
     const step = factor * power;
     const places = [];
     const first = Math.ceil(from / step - 1e-9);
-    for (let k = first; k * step <= to + step * 1e-9 && places.length < 1000; ++k) places.push(k * step);
+    for (let k = first; k * step <= to + step * 1e-9 && places.length < 1000; ++k) places.push(k * step || 0);
     return { step, places };
 }
 

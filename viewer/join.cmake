@@ -33,7 +33,7 @@ string(REGEX REPLACE "\n *\\*[^\n]*" "" script "${script}")
 string(REGEX REPLACE "\n *//[^\n]*" "" script "${script}")
 string(REGEX REPLACE "\n[ \n]+" "\n" script "${script}")
 # Blanks around operators and inside of braces; a test looks for texts that this would change.
-string(REGEX REPLACE " (=>|===|!==|&&|[|][|]|[?][?]|>=|<=|=) " "\\1" script "${script}")
+string(REGEX REPLACE " (=>|===|!==|&&|[|][|]|[?][?]|>=|<=|=|[+*?:<>]) " "\\1" script "${script}")
 string(REPLACE "{ " "{" script "${script}")
 string(REPLACE " }" "}" script "${script}")
 string(REPLACE ") {" "){" script "${script}")

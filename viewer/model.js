@@ -79,8 +79,10 @@ export class Model {
             const worked = other.blocks.some((b) => b.block.kind === "channel" && Number(b.facts.valid) > 0);
             return is_known(stall) && stall < this.rules.thresholds.stall_free && worked;
         });
+        // Stages that were started come first.
+        free.sort((a, b) => Number(a.kernel.autorun) - Number(b.kernel.autorun));
         const stage = free.reduce((/** @type {ModelKernel | null} */ best, other) =>
-            !best || Number(time_at_work(other)) > Number(time_at_work(best)) ? other : best, null);
+            !best || (best.kernel.autorun === other.kernel.autorun && time_at_work(other) > time_at_work(best)) ? other : best, null);
         for (const block of kernel.blocks.filter((b) => b.block.kind === "channel")) {
             block.facts.free_stages = free.length;
             block.facts.stage = stage?.name ?? "";
@@ -107,13 +109,11 @@ export class Model {
             ?? ranked.find((block) => block.sentence.rule === "loop-interval") ?? ranked[0] ?? null;
     }
 
-    /** The stage that the others wait for: the longest, less what its channels stall. @returns {ModelKernel | null} */
+    /** The stage that the others wait for: the longest, less what its channels stall. Autorun kernels lead if no other ran. @returns {ModelKernel | null} */
     leader() {
-        const started_first = [...this.kernels].sort((a, b) => Number(a.kernel.autorun) - Number(b.kernel.autorun));
-        return started_first.reduce((/** @type {ModelKernel | null} */ best, kernel) => {
-            const time = time_at_work(kernel);
-            return time !== null && (!best || time > Number(time_at_work(best))) ? kernel : best;
-        }, null);
+        const started = this.kernels.filter((k) => !k.kernel.autorun);
+        return (started.length > 0 ? started : this.kernels).reduce((/** @type {ModelKernel | null} */ best, kernel) =>
+            !best || time_at_work(kernel) > time_at_work(best) ? kernel : best, null);
     }
 
     /** @param {ModelKernel} leader */
@@ -162,7 +162,7 @@ export class Model {
             gaps_share: kernel && is_known(kernel.gaps) && kernel.total > 0 ? 100 * kernel.gaps / kernel.total : null,
             has_culprit: culprit !== null,
             culprit: culprit ? `${culprit.kernel.name}/${culprit.block.name}` : "",
-            unknown_blocks: leader ? unknown_blocks(this.team_of(leader)) : 0,
+            unknown_blocks: leader ? unknown_blocks(this.team_of(leader), this.rules.thresholds.stall_worth) : 0,
             place: chains.length > 0 ? whole_place(chains[0][0]) : "",
             caller: chains.length > 0 && chains[0].length > 1 ? whole_place(chains[0][chains[0].length - 1]) : "",
             more_places: chains.length > 1 ? chains.length - 1 : null,
@@ -193,17 +193,17 @@ function channel_stall(kernel) {
     return stalls.length > 0 && stalls.every(is_known) ? Math.max(...stalls) : null;
 }
 
-/** Autorun kernels with channels can lead; what others do can't be known. @param {ModelKernel} kernel @returns {number | null} */
+/** @param {ModelKernel} kernel */
 function time_at_work(kernel) {
-    const stall = channel_stall(kernel);
-    return kernel.kernel.autorun && stall === null ? null : kernel.kernel.union * (1 - (stall ?? 0) / 100);
+    return kernel.kernel.union * (1 - (channel_stall(kernel) ?? 0) / 100);
 }
 
-/** Blocks whose stalls aren't known; nothing counts those of a kernel of loops alone. @param {ModelKernel[]} team */
-function unknown_blocks(team) {
+/** Blocks that may stall unseen; those of a kernel of loops alone count, too. @param {ModelKernel[]} team @param {number} stall_worth */
+function unknown_blocks(team, stall_worth) {
     return team.reduce((sum, kernel) => {
         const only_loops = kernel.blocks.every((b) => b.block.kind === "loop");
-        return sum + kernel.blocks.filter((b) => (only_loops || b.block.kind !== "loop") && !is_known(b.facts.stall)).length;
+        return sum + kernel.blocks.filter((b) => (only_loops || b.block.kind !== "loop") && !is_known(b.facts.stall)
+            && (is_known(b.facts.valid) ? b.facts.valid : 0) < 100 - stall_worth).length;
     }, 0);
 }
 

@@ -48,7 +48,7 @@ export class App {
     }
 
     start() {
-        this.theme = start_theme(() => this.redraw("data"));
+        this.theme = start_theme(() => this.redraw("data"), () => this.view?.draw(new Set(["data"])));
         this.search = make_search(this);
         this.main = element("main", { id: "view", tabindex: "-1" });
         this.tabs = element("nav", { class: "tabs", "aria-label": "Views" });
@@ -86,6 +86,8 @@ export class App {
     /** Shows what an address names. @param {string} fragment */
     show(fragment) {
         const place = parse_address(fragment);
+        // The number of an invocation is its kernel's.
+        if (place.view === "block" && this.place.names[0] !== place.names[0]) this.stretch.invocation = null;
         const same = this.view && place.view === this.place.view && place.names.join("/") === this.place.names.join("/");
         this.place = place;
         const { stretch } = this;
@@ -107,6 +109,8 @@ export class App {
         const main = /** @type {HTMLElement} */ (this.main);
         fill(main, this.view.root);
         if (view !== "source") scrollTo(0, 0);
+        // What had the focus may be gone.
+        if (document.activeElement === document.body) main.focus({ preventScroll: true });
         const tabs = views.filter(([name]) => name !== "compare" || this.base);
         if (this.tabs) fill(this.tabs, tabs.map(([name, text]) => element("a", { href: this.address(name), "aria-current": name === view ? "page" : null }, text)));
     }

@@ -97,7 +97,8 @@ export function put_hands_on(surface, stretch, plot) {
     /** @type {{time: number, x: number, pans: boolean} | null} */
     let drag = null;
     surface.addEventListener("pointerdown", (event) => {
-        if (event.button !== 0) return;
+        // Buttons and links on the surface keep their clicks.
+        if (event.button !== 0 || (event.target instanceof Element && event.target.closest("button, a"))) return;
         drag = { time: time_at(event), x: event.clientX, pans: event.shiftKey };
         surface.setPointerCapture(event.pointerId);
     });

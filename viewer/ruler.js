@@ -64,8 +64,9 @@ export function make_plot(stretch, unit, plot, label, step_cursor) {
     const selection = box("selection hidden");
     const length = box("length hidden");
     const cursor = box("cursor hidden");
+    const at_cursor = box("length at hidden");
     const surface = element("div", { class: "plot", tabindex: "0", role: "group", "aria-label": label });
-    const overlay = element("div", { class: "overlay", "aria-hidden": "true" }, selection, cursor, length);
+    const overlay = element("div", { class: "overlay", "aria-hidden": "true" }, selection, cursor, length, at_cursor);
     put_hands_on(surface, stretch, plot);
     surface.addEventListener("keydown", (event) => {
         const direction = event.key === "ArrowLeft" ? -1 : event.key === "ArrowRight" ? 1 : 0;
@@ -93,7 +94,11 @@ export function make_plot(stretch, unit, plot, label, step_cursor) {
         const at = stretch.cursor;
         const seen = at !== null && at >= stretch.from && at <= stretch.to;
         cursor.classList.toggle("hidden", !seen);
-        if (seen) cursor.style.transform = `translateX(${place(at)}px)`;
+        at_cursor.classList.toggle("hidden", !seen);
+        if (!seen) return;
+        cursor.style.transform = `translateX(${place(at)}px)`;
+        at_cursor.style.left = `${place(at)}px`;
+        fill(at_cursor, time_text(at, unit));
     };
     return { surface, overlay, update };
 }

@@ -43,6 +43,8 @@ export function name_column(name, value, cell) {
     return { name, look: "name", value, cell };
 }
 
+const quote = "\x22";
+
 /** @param {unknown} value */
 function plain_text(value) {
     if (value === null || value === undefined || (typeof value === "number" && Number.isNaN(value))) return "";
@@ -65,7 +67,7 @@ export function comma_separated(columns, rows) {
     const cell = (/** @type {unknown} */ value) => {
         let text = plain_text(value);
         if (typeof value === "string" && /^[=+\-@\t]/.test(text)) text = "'" + text;
-        return /[",\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text;
+        return /[\x22,\r\n]/.test(text) ? quote + text.replaceAll(quote, quote + quote) + quote : text;
     };
     const line = (/** @type {unknown[]} */ cells) => cells.map(cell).join(",") + "\r\n";
     return line(columns.map(head_text)) + rows.map((row) => line(columns.map((c) => c.value(row)))).join("");

@@ -17,8 +17,11 @@ function is_dark() {
     return chosen_theme === "dark" || (chosen_theme === "auto" && matchMedia("(prefers-color-scheme: dark)").matches);
 }
 
-/** Shows the theme, now and when the system changes. @param {() => void} changed */
-export function start_theme(changed) {
+/**
+ * Shows the theme, now and when the system changes; paper is white.
+ * @param {() => void} changed @param {() => void} draw_now charts, before the page is printed
+ */
+export function start_theme(changed, draw_now) {
     const show = () => {
         document.documentElement.classList.toggle("dark", is_dark());
         forget_colours();
@@ -26,6 +29,12 @@ export function start_theme(changed) {
     };
     chosen_theme = themes.includes(stored_theme()) ? stored_theme() : "auto";
     matchMedia("(prefers-color-scheme: dark)").addEventListener("change", show);
+    addEventListener("beforeprint", () => {
+        document.documentElement.classList.remove("dark");
+        forget_colours();
+        draw_now();
+    });
+    addEventListener("afterprint", show);
     show();
     return {
         name: () => chosen_theme[0].toUpperCase() + chosen_theme.slice(1),

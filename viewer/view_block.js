@@ -4,7 +4,7 @@ import { block_address } from "./address.js";
 import { block_link, place_link, shares_bar } from "./bars.js";
 import { axis_top, axis_width, draw_chart, right_margin } from "./chart.js";
 import { place_after, Track } from "./columns.js";
-import { bold, box, button, element, fill, kernel_mark, mark, safe_name, second, view_link } from "./dom.js";
+import { after_rest, bold, box, button, element, fill, kernel_mark, mark, safe_name, second, view_link } from "./dom.js";
 import { bandwidth_text, count_text, is_known, percent_text, time_text } from "./format.js";
 import { same_kernel } from "./pairs.js";
 import { pixels_of } from "./pixels.js";
@@ -29,6 +29,7 @@ import { stretch_facts } from "./stretch_facts.js";
 
 const stats_width = 150;
 const few_samples = 10;
+const most_listed = 400;
 
 /** The charts that a block can have, in their order. @param {ModelBlock} block @returns {Plotted[]} */
 function charts_of(block) {
@@ -36,7 +37,7 @@ function charts_of(block) {
     /** @type {Plotted[]} */
     const all = [
         { title: "Share of cycles", note: "dots: most stalled sample of the pixel; numbers: stalled", metrics: ["stall", "valid", "idle"], looks: ["stalled", "valid", "idle"], height: 118, text: percent_text, top: 100 },
-        { title: "Bandwidth", note: memory ? `of ${safe_name(memory)}` : "of its channel", metrics: ["bandwidth"], looks: ["memory"], height: 96, text: bandwidth_text },
+        { title: "Bandwidth", note: memory ? `of ${safe_name(memory)}` : block.block.kind === "channel" ? "of its channel" : "of global memory", metrics: ["bandwidth"], looks: ["memory"], height: 96, text: bandwidth_text },
         { title: "Requested, of what moved", note: "", metrics: ["efficiency"], looks: ["valid"], height: 76, text: percent_text },
         { title: "Words in its channel", note: "mean of a sample", metrics: ["fill"], looks: ["memory"], height: 76, text: count_text },
         { title: "Most words in its channel", note: "", metrics: ["max_fill"], looks: ["memory"], height: 64, text: count_text },
@@ -71,13 +72,14 @@ export function view_block(app, [kernel_name = "", block_name = ""]) {
 function block_list({ model }, shown) {
     const list = element("div", null);
     const show = (/** @type {string} */ wanted) => {
-        const blocks = model.ranking.filter((b) => `${b.block.name} ${b.kernel.name}`.toLowerCase().includes(wanted.toLowerCase()));
+        const found = model.ranking.filter((b) => `${b.block.name} ${b.kernel.name}`.toLowerCase().includes(wanted.toLowerCase()));
+        const blocks = found.filter((b, i) => i < most_listed || b === shown);
         const kernels = [...new Set(blocks.map((b) => b.kernel))];
         fill(list, kernels.flatMap((kernel) => [
-            element("h3", null, kernel_mark(kernel.number), safe_name(kernel.name)),
+            element("h2", null, kernel_mark(kernel.number), safe_name(kernel.name)),
             ...blocks.filter((b) => b.kernel === kernel).map((b) => element("a", { href: block_address(kernel.name, b.block.name), "aria-current": b === shown ? "page" : null },
                 element("span", null, safe_name(b.block.name)), shares_bar(b.facts))),
-        ]));
+        ]), found.length > blocks.length && second(`${found.length - blocks.length} more: filter to see them`));
     };
     show("");
     const filter = element("input", { type: "search", placeholder: "Filter blocks", "aria-label": "Filter blocks", oninput: () => show(filter.value) });
@@ -127,10 +129,15 @@ class BlockPage {
         surface.append(box("ruler-row", this.ruler, element("span", null)), ...this.plots.map(({ place }) => place), overlay);
         this.root = element("article", { class: "block" },
             box("view-head", element("h1", null, kernel_mark(block.kernel.number), second(safe_name(block.kernel.name) + " / "), bold(safe_name(block.block.name))),
-                chain_links(block), this.stepper),
+                chain_links(block), app.base && second("dashed: base"), this.stepper),
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
         this.base = this.base_block();
+        this.update_rest = after_rest(() => {
+            this.update_words();
+            this.update_stats(false);
+            this.update_stepper();
+        });
         this.update_words();
     }
 
@@ -149,7 +156,7 @@ class BlockPage {
         const legend = chart.looks.length > 1 && element("span", { class: "legend" }, chart.looks.map((look) => element("span", null, mark(look), look)));
         const table = button({ "aria-label": `${chart.title} as table`, onclick: () => show_samples(app, block, chart.title, tracks, chart.metrics) }, "as table");
         const place = box("chart",
-            box("chart-head", element("h3", null, chart.title), second(chart.note), box("tools", legend, table)),
+            box("chart-head", element("h2", null, chart.title), second(chart.note), box("tools", legend, table)),
             box("chart-body", canvas, stats));
         return { chart, canvas, stats, tracks, place };
     }
@@ -162,14 +169,11 @@ class BlockPage {
 
     /** @param {Set<string>} what */
     draw(what) {
-        const { stretch } = this.app;
         const redraws = what.has("stretch") || what.has("data");
         if (redraws) this.draw_charts();
         this.update_overlay();
-        if (redraws || what.has("selection")) this.update_words();
-        if (redraws || what.has("selection") || what.has("cursor")) this.update_stats(!redraws && !what.has("selection"));
-        if (redraws) this.update_stepper();
-        if (stretch.cursor === null && what.has("cursor")) this.update_stats(true);
+        if (redraws || what.has("selection")) this.update_rest();
+        else if (what.has("cursor")) this.update_stats(true);
     }
 
     draw_charts() {
@@ -220,7 +224,8 @@ class BlockPage {
         const turn = ++this.turn;
         const [from, to] = this.judged();
         if (!stretch.selection && stretch.is_whole()) {
-            this.show_words(this.block.facts, this.block.sentence, "", this.block.kernel.kernel.n);
+            const { autorun, n } = this.block.kernel.kernel;
+            this.show_words(this.block.facts, this.block.sentence, autorun ? "While its kernel had work" : "", n);
             return;
         }
         stretch_facts(model, this.app.tracks, this.block.kernel, this.block.number, [from, to]).then((facts) => {

@@ -61,7 +61,7 @@ export function view_source(app, [name = "", line_text = ""]) {
     const culprit_file = model.answers.culprit?.block.src[0]?.[0]?.[0];
     const shown = by_loss.find(({ file }) => file === name) ?? (name === "" ? by_loss.find(({ file }) => file === culprit_file) ?? by_loss[0] : undefined);
     const here = Number(line_text) || (name === "" && shown?.file === culprit_file ? Number(model.answers.culprit?.block.src[0]?.[0]?.[1]) : 0);
-    const side = element("nav", { class: "card side", "aria-label": "Files" }, element("h3", null, "Files"),
+    const side = element("nav", { class: "card side", "aria-label": "Files" }, element("h2", null, "Files"),
         by_loss.map(({ file, lost }) => element("a", { href: source_address(file, 0), "aria-current": file === shown?.file ? "page" : null, title: safe_name(file) },
             element("span", { class: "code" }, safe_name(file)), second(lost > 0 ? time_text(lost, model.fact_unit) : ""))));
     const listing = element("div", { class: "card listing", role: "region", "aria-label": "Source", tabindex: "0" });

@@ -2,7 +2,7 @@
 
 import { block_link, kernel_name } from "./bars.js";
 import { place_after } from "./columns.js";
-import { bold, box, button, element, fill, kernel_mark, mark, safe_name, second } from "./dom.js";
+import { after_rest, bold, box, button, element, fill, kernel_mark, mark, safe_name, second } from "./dom.js";
 import { is_known, percent_text, time_text } from "./format.js";
 import { draw_area, draw_invocations, draw_memory, draw_transfers, stack_transfers } from "./lanes.js";
 import { draw_ruler, make_plot, picture, ruler_height } from "./ruler.js";
@@ -12,7 +12,7 @@ import { busiest_block } from "./view_overview.js";
 
 /** @typedef {import("./page.js").App} App */
 /** @typedef {import("./model.js").ModelKernel} ModelKernel */
-/** @typedef {{name: import("./dom.js").Child[], detail: string, height: number, label: string, draw: (canvas: HTMLCanvasElement) => void}} Lane */
+/** @typedef {{kernel?: ModelKernel, name: import("./dom.js").Child[], detail: string, height: number, label: string, draw: (canvas: HTMLCanvasElement) => void}} Lane */
 /** @typedef {{start: number, end: number, level: number, name: string, queue: number}} Transfer */
 /** @typedef {{mark: import("./dom.js").Child, name: string, count: number, time: number, stall: import("./dom.js").Child[], stall_text: string}} Row */
 
@@ -47,8 +47,16 @@ export function view_timeline(app) {
             hidden > 0 && button({ onclick: () => { shows_all = true; build(); app.changed(); } }, `Show all: ${hidden} more kernels`));
     };
     build();
+    // A double click selects the invocation.
+    surface.addEventListener("dblclick", (event) => {
+        const under = document.elementFromPoint(event.clientX, event.clientY);
+        const clock = drawn.find(({ canvas }) => canvas === under)?.lane.kernel?.clock;
+        const k = clock && stretch.cursor !== null ? place_after(clock.start, stretch.cursor) - 1 : -1;
+        if (clock && k >= 0 && Number(stretch.cursor) <= clock.end[k]) stretch.select(clock.start[k], clock.end[k]);
+    });
     surface.append(place, overlay);
     const below = new StretchTable(app, queues);
+    const update_below = after_rest(() => below.update());
     const root = [
         box("view-head", element("h1", null, bold("Timeline")), selected,
             box("tools hint", keys_hint("W", "S"), "zoom", keys_hint("A", "D"), "pan", keys_hint("F"), "fit", keys_hint("R"), "zoom to selection")),
@@ -67,7 +75,7 @@ export function view_timeline(app) {
             const chosen = stretch.selection;
             fill(selected, chosen ? `Selected: ${time_text(chosen[1] - chosen[0], model.unit)}, from ${time_text(chosen[0], model.unit)}`
                 : stretch.is_whole() ? "The whole run" : `${time_text(stretch.to - stretch.from, model.unit)}, from ${time_text(stretch.from, model.unit)}`);
-            if (what.has("stretch") || what.has("selection") || what.has("data")) below.update();
+            if (what.has("stretch") || what.has("selection") || what.has("data")) update_below();
         },
     };
 }
@@ -136,7 +144,7 @@ function invocation_lane({ model, stretch, tracks }, kernel) {
     const stalls = worst ? tracks.of_block(kernel, worst.number, "stall") : undefined;
     const name = safe_name(kernel.name);
     const detail = `${kernel.kernel.invocations.n} × ${time_text(kernel.kernel.median, model.unit)}`;
-    return { name: [kernel_name(kernel, true)[1]], detail, height: 35, label: `${name}: ${detail}`,
+    return { kernel, name: [kernel_name(kernel, true)[1]], detail, height: 35, label: `${name}: ${detail}`,
         draw: (canvas) => draw_invocations(canvas, 35, stretch, kernel.clock, stalls, { look: `k${kernel.number % 8}`, name, unit: model.unit }) };
 }
 
@@ -171,7 +179,7 @@ class StretchTable {
         this.app = app;
         this.queues = queues;
         this.body = element("tbody", null);
-        this.title = element("h2", null);
+        this.title = element("h2", null, "In the stretch shown");
         this.turn = 0;
         this.root = element("section", { class: "card" }, box("card-head", this.title),
             element("div", { class: "scroll", tabindex: "0", role: "region", "aria-label": "What ran in this stretch" }, element("table", null, element("thead", null, element("tr", null,

@@ -23,9 +23,11 @@ const std::vector<Case> cases = {
     {"CreateFromSample", {"create", "new.zanx", "--from", "sample"}},
     {"List", {"list", "p.zanx"}},
     {"Show", {"show", "p.zanx", "a"}},
-    {"Extract", {"extract", "p.zanx", "-o", "to"}, true},
+    {"Extract", {"extract", "p.zanx", "-o", "to"}},
+    {"ExtractIntoAFolder", {"extract", "p.zanx", "-o", "there"}, true},
     {"Add", {"add", "p.zanx", "c=f"}},
     {"Update", {"update", "p.zanx", "a=f"}},
+    {"Remove", {"remove", "p.zanx", "a"}},
     {"Copy", {"copy", "q.zanx", "p.zanx", "x"}},
     {"Pack", {"pack", "new.stream", "d"}},
     {"PackInPlaceOfAFile", {"pack", "old.stream", "d"}},
@@ -50,8 +52,8 @@ class ToolboxFaults : public Traced<FaultTest>, public testing::WithParamInterfa
         write("sample/sections/version", "1.0\n");
         write("there/d/f", "old");
         write("there/other", "other");
-        write("old.stream", "old");
         run_whole(toolbox({"pack", "s.stream", "d"}));
+        run_whole(toolbox({"pack", "old.stream", "f"}));
         make_package(dir.path("r.zanx"), {{"s", read("s.stream")}});
         before = tree();
         whole = run_whole(body());

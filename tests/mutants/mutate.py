@@ -148,17 +148,16 @@ class Bench:
             subprocess.run(["cmake", "-G", "Ninja", "-S", self.sources, "-B", self.build, *options], check=True,
                            stdout=subprocess.DEVNULL)
 
-    def try_without_mutant(self, programs):
-        """Sees that these programs can be built and pass, and how long they take."""
-        for program in programs:
-            if program in self.limits:
-                continue
-            if not self.make(program):
-                raise SystemExit(f"{program} can't be built")
-            begin = time.monotonic()
-            if not self.passes(program):
-                raise SystemExit(f"{program} fails without a mutant")
-            self.limits[program] = 20 + 8 * (time.monotonic() - begin)
+    def try_without_mutant(self, program):
+        """Sees that the program can be built and passes, and how long it takes."""
+        if program in self.limits:
+            return
+        if not self.make(program):
+            raise SystemExit(f"{program} can't be built")
+        begin = time.monotonic()
+        if not self.passes(program):
+            raise SystemExit(f"{program} fails without a mutant")
+        self.limits[program] = 20 + 8 * (time.monotonic() - begin)
 
     def make(self, program):
         result = subprocess.run(["ninja", "-C", self.build, "-j2", program], stdout=subprocess.PIPE,
@@ -184,19 +183,20 @@ class Bench:
 
     def outcome(self, mutant):
         """'killed by PROGRAM', 'not compiled' or 'survived'."""
-        self.try_without_mutant(programs_of(mutant.file))
         path = self.sources / mutant.file
         text = path.read_text()
-        path.write_text(with_mutant(text, mutant))
-        try:
-            for program in programs_of(mutant.file):
+        for program in programs_of(mutant.file):
+            self.try_without_mutant(program)
+            # Written anew for each program, which takes no longer where a compiler's results are kept.
+            path.write_text(with_mutant(text, mutant))
+            try:
                 if not self.make(program):
                     return "not compiled"
                 if not self.passes(program):
                     return "killed by " + program
-            return "survived"
-        finally:
-            path.write_text(text)
+            finally:
+                path.write_text(text)
+        return "survived"
 
 
 def key_of(mutant):

@@ -158,25 +158,6 @@ TEST(MemoryMetrics, APortThatCarriesMoreThanItsAccessesCanIsWider) {
     EXPECT_NEAR(known(with_port_use(16500.0f, 1).kernels[0].blocks[0].metrics[Metric::port_use]), 103.1, 0.1);
 }
 
-// While a runs (0 to 100), it moves 200 · 100, b 600 · 50 and c 100 · 100: 60,000 in all.
-TEST(MemoryMetrics, SharesAreOfTheTimeInWhichTheKernelRan) {
-    StreamKernel a = with_port("a", 0, 100, 200.0f);
-    a.blocks = {access("read", 150.0f), access("write", 50.0f)};
-    StreamKernel b = with_port("b", 50, 150, 600.0f);
-    b.blocks = {access("read", 600.0f)};
-    StreamKernel c = with_port("c", 0, 200, 100.0f);
-    c.blocks = {access("write", 100.0f)};
-    const ProfileSummary summary = summary_of({.kernels = {a, b, c}, .memories = {{}}});
-    const BlockSummary& read = summary.kernels[0].blocks[0];
-    EXPECT_NEAR(known(read.own_share), 100.0 * 20'000 / 60'000, 1e-9);
-    EXPECT_NEAR(known(read.block_share), 100.0 * 15'000 / 60'000, 1e-9);
-    EXPECT_NEAR(known(read.read_share), 100.0 * 45'000 / 60'000, 1e-9);
-    EXPECT_NEAR(known(read.write_share), 100.0 * 15'000 / 60'000, 1e-9);
-    EXPECT_THAT(read.rivals, ElementsAre("b", "c")); // b alone has half, not more
-    EXPECT_NEAR(known(summary.kernels[1].blocks[0].own_share), 100.0 * 60'000 / 80'000, 1e-9);
-    EXPECT_THAT(summary.kernels[1].blocks[0].rivals, IsEmpty());
-}
-
 TEST(MemoryMetrics, WithoutAKnownUnitOfTimeThereAreNoBandwidthsOfMemories) {
     StreamKernel kernel = with_port("k", 0, 150, 400.0f); // 100 cycles don't last 150 ns, nor 15 or 1500
     kernel.cycles = {100};

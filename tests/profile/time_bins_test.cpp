@@ -55,6 +55,17 @@ TEST(TimeBins, TakeTimesThatGoBackwardsAndBelowZero) {
     EXPECT_EQ(bins.shift(), 0);
 }
 
+// 20,000 units of time need 15 bits, 6 more than the 9 of the first sample's bins.
+TEST(TimeBins, BeginAtAWidthThatFitsTheFirstSample) {
+    TimeBins bins;
+    bins.add_sample(0, 20'000, 1.0);
+    EXPECT_EQ(bins.shift(), 6);
+    EXPECT_NEAR(bins.total(), 1.0, 1e-12);
+    TimeBins narrow;
+    narrow.add_sample(0, 500, 1.0);
+    EXPECT_EQ(narrow.shift(), 0);
+}
+
 TEST(TimeBins, PutAnAmountWithoutLengthWhereItIs) {
     TimeBins bins;
     bins.add(7, 7, 3.0);

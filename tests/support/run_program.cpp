@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,7 +42,9 @@ struct Start {
     if (redirect(STDIN_FILENO, "/dev/null", O_RDONLY) &&
         redirect(STDOUT_FILENO, start.out, O_WRONLY | O_CREAT) &&
         redirect(STDERR_FILENO, start.err, O_WRONLY | O_CREAT) && ::chdir(start.folder) == 0)
-        ::execv(start.program, start.arguments);
+        // Not execv: where runs are counted, the compiler puts a function in its place that writes the counts
+        // of the test, which the test could not do again.
+        ::syscall(SYS_execve, start.program, start.arguments, environ);
     ::_exit(status_not_started);
 }
 

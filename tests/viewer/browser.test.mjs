@@ -57,6 +57,39 @@ describe("the page in a browser", { skip: !chromium_path || !has_packages ? "nee
         }
     }
 
+    test("windows, tables of charts and the list of the search are accessible", async () => {
+        const file = folder.write("windows", sample_report("image_pipeline"));
+        await on_page(file, { address: "#/block" }, async (page) => {
+            await page.evaluate(axe_source());
+            const faults_of = async () => (await page.evaluate(() => axe.run(document, { resultTypes: ["violations"] }))).violations.map((v) => [v.id, v.nodes[0].html.slice(0, 160)]);
+            await page.keyboard.press("?");
+            await settle(page);
+            assert.deepEqual(await faults_of(), [], "keys");
+            await page.keyboard.press("Escape");
+            await page.getByRole("button", { name: /as table/ }).first().click();
+            await settle(page);
+            assert.match(await page.locator("dialog tbody tr").first().textContent(), /\d/);
+            assert.deepEqual(await faults_of(), [], "table of a chart");
+            await page.keyboard.press("Escape");
+            await page.keyboard.press("/");
+            await page.keyboard.type("e");
+            await settle(page);
+            assert.deepEqual(await faults_of(), [], "search");
+        });
+    });
+
+    test("a double click on an invocation selects it", async () => {
+        const file = folder.write("double", long_report(300, 3));
+        await on_page(file, { address: "#/timeline" }, async (page) => {
+            await settle(page, 300);
+            const lane = await page.getByRole("img", { name: /^long: 3 × / }).boundingBox();
+            await page.mouse.dblclick(lane.x + 20, lane.y + 12);
+            await settle(page, 400);
+            // The first one of three begins at 100 after the first transfer, with 100 samples of 500.
+            assert.match(await hash_of(page), /s=100-50100/);
+        });
+    });
+
     test("hostile names are shown as what they are, in each view", async () => {
         for (const [i, name] of hostile_names.entries()) {
             const file = folder.write(`hostile${i}`, hostile_report(name), { report_name: `${name}.json` });
@@ -232,7 +265,7 @@ describe("the page in a browser", { skip: !chromium_path || !has_packages ? "nee
         await on_page(file, { address }, async (page) => {
             await settle(page, 300);
             assert.equal(await hash_of(page), address);
-            assert.match(await page.locator(".sentence").textContent(), /Selected: 100 µs, from 300 µs/);
+            assert.match(await page.locator(".sentence").textContent(), /Selected: 100\u202fµs, from 300\u202fµs/);
         });
     });
 
@@ -271,7 +304,9 @@ describe("the page in a browser", { skip: !chromium_path || !has_packages ? "nee
             await settle(page, 500);
             const inked = () => page.evaluate(() => {
                 const canvas = document.querySelector(".chart canvas");
-                const data = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
+                const copy = new OffscreenCanvas(canvas.width, canvas.height).getContext("2d", { willReadFrequently: true });
+                copy.drawImage(canvas, 0, 0);
+                const { data } = copy.getImageData(0, 0, canvas.width, canvas.height);
                 let count = 0;
                 for (let i = 0; i < data.length; i += 4) if (data[i] === 0xd5 && data[i + 1] === 0x5e && data[i + 2] === 0) ++count;
                 return count;

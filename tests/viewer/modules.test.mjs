@@ -72,7 +72,7 @@ test("no text has an operator between blanks, or blanks inside of braces, which 
     for (const name of order) {
         const code = text_of(name).replace(/\/\*\*[^*]*\*\/|^ *\/\/.*$|^ *\*.*$/gm, "").replaceAll("\\\"", "");
         for (const line of code.split("\n")) {
-            for (const [text] of line.matchAll(/"[^"]*"/g)) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=) |\{ | \}|\) \{/, `${name}: ${line}`);
+            for (const [text] of line.matchAll(/"[^"]*"/g)) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*?:<>]) |\{ | \}|\) \{/, `${name}: ${line}`);
         }
     }
 });

@@ -77,6 +77,9 @@ bool make_section(zan_pkg_file* pkg, const char* name, const void* bytes, std::s
     }
     describe_bytes(data, bytes_of(bytes, size), size);
     pkg->dirty = true; // also if a later step fails, since the section stays
+    // Without this, if the table of headers stays where it was in the file, the library writes that of the
+    // new section from after the end of its own table.
+    elf_flagelf(pkg->elf, ELF_C_SET, ELF_F_DIRTY);
 
     Elf32_Shdr* shdr = elf32_getshdr(section);
     if (!shdr)

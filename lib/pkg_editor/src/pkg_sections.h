@@ -11,16 +11,30 @@
 
 namespace zan::pkg {
 
+enum class Contents {
+    in_file, // all bytes are there
+    none,    // it has a size but no bytes, as memory that a program finds empty
+    missing, // some or all of its bytes are beyond the end of the file
+};
+
 struct SectionInfo {
     std::string name;
     std::uint64_t offset; // of its bytes in the file
     std::size_t size;     // in bytes
-    bool in_file;         // whether all its bytes are there
+    Contents contents;
+    std::size_t index;  // as in the file's table of sections, which begins with 0
+    std::uint32_t type; // SHT_PROGBITS and so on
 };
 
 // Whether the file is an ELF file of the 32-bit class with a table of section names. Others can be opened for
 // reading, but nothing is found in them, and they must not be opened for writing.
 bool is_package(const zan_pkg_file* pkg);
+
+// Whether it is an ELF file of the 64-bit class, which is none of a package's.
+bool is_of_64_bits(const zan_pkg_file* pkg);
+// Whether it has program headers: a program or a library. Its parts have to lie where these say, and an edit
+// would move them.
+bool is_program(const zan_pkg_file* pkg);
 
 // Opens the package for editing; nothing is printed. Null on failure, with errno if the system has a reason:
 // also for a file without a table of section names, or with one that can't be read.

@@ -286,4 +286,20 @@ TEST_F(EditTest, AFileShorterThanItsSizeIsReported) {
               "Error reading " + short_file + ". Read only " + std::to_string(size) + " out of 4096 bytes\n");
 }
 
+// The header of "b" says that it has a size but no bytes, so its place, the last in the file, is free for the
+// new section. With that the table of headers stays where it was.
+TEST_F(EditTest, ASectionMayBeAddedWhereTheTableOfHeadersStays) {
+    make({{"a", "1"}, {"b", "2"}});
+    change_header(first_index + 1, [](Elf32_Shdr& header) { header.sh_type = SHT_NOBITS; });
+    const auto offset = get<Elf32_Ehdr>(read_file(path), 0).e_shoff;
+    {
+        const Package pkg = open(ZAN_PKG_READ_WRITE);
+        EXPECT_EQ(zan_pkg_add_data_section(pkg.get(), "c", "3", 1), 1);
+    }
+    EXPECT_EQ(get<Elf32_Ehdr>(read_file(path), 0).e_shoff, offset);
+    EXPECT_EQ(section("a"), "1");
+    EXPECT_EQ(section("c"), "3");
+    EXPECT_EQ(names(), "a\nb\nc");
+}
+
 } // namespace

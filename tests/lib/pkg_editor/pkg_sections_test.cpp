@@ -40,6 +40,30 @@ TEST_F(PackageSectionsTest, APackageHasATableOfNames) {
     EXPECT_FALSE(is_package(wide));
 }
 
+TEST_F(PackageSectionsTest, FilesOfOtherKindsAreKnown) {
+    const auto is = [&](bool (*kind)(const zan_pkg_file*), const Bytes& content) {
+        write_file(dir.path("other"), content);
+        const Package pkg(zan_pkg_open_file(dir.path("other").c_str(), ZAN_PKG_READ));
+        return kind(pkg.get());
+    };
+    const Bytes package = read_file(path);
+    Bytes wide = package;
+    wide[EI_CLASS] = ELFCLASS64;
+    EXPECT_TRUE(is(is_of_64_bits, wide));
+    EXPECT_TRUE(is(is_of_64_bits, read_file("/proc/self/exe")));
+    EXPECT_FALSE(is(is_of_64_bits, package));
+    EXPECT_FALSE(is(is_of_64_bits, "text"));
+    Bytes program = package;
+    Elf32_Ehdr header = get<Elf32_Ehdr>(program, 0);
+    header.e_phoff = sizeof header;
+    header.e_phentsize = sizeof(Elf32_Phdr);
+    header.e_phnum = 1;
+    put(program, 0, header);
+    EXPECT_TRUE(is(is_program, program));
+    EXPECT_FALSE(is(is_program, package));
+    EXPECT_FALSE(is(is_program, "text"));
+}
+
 TEST_F(PackageSectionsTest, SectionsComeInOrderWithTheirPlaces) {
     const Package pkg = open(ZAN_PKG_READ);
     const std::vector<SectionInfo> sections = list_sections(pkg.get());
@@ -49,26 +73,33 @@ TEST_F(PackageSectionsTest, SectionsComeInOrderWithTheirPlaces) {
     for (std::size_t i = 0; i < sections.size(); ++i) {
         EXPECT_EQ(sections[i].name, expected[i].first);
         EXPECT_EQ(file.substr(sections[i].offset, sections[i].size), expected[i].second);
-        EXPECT_TRUE(sections[i].in_file);
+        EXPECT_EQ(sections[i].contents, Contents::in_file);
+        EXPECT_EQ(sections[i].index, first_index + i);
+        EXPECT_EQ(sections[i].type, SHT_PROGBITS);
     }
 }
 
-TEST_F(PackageSectionsTest, ASectionOutsideTheFileIsListedAsSuch) {
+TEST_F(PackageSectionsTest, ASectionThatEndsAfterTheFileIsMissing) {
     const auto size = static_cast<Elf32_Word>(std::filesystem::file_size(path));
-    const auto is_in_file = [&](Elf32_Word offset, Elf32_Word section_size, Elf32_Word type) {
+    const auto contents = [&](Elf32_Word offset, Elf32_Word section_size, Elf32_Word type) {
         change_header(first_index, [&](Elf32_Shdr& header) {
             header.sh_offset = offset;
             header.sh_size = section_size;
             header.sh_type = type;
         });
-        return list_sections(open(ZAN_PKG_READ).get())[0].in_file;
+        return list_sections(open(ZAN_PKG_READ).get())[0].contents;
     };
-    EXPECT_TRUE(is_in_file(size - 5, 5, SHT_PROGBITS));
-    EXPECT_FALSE(is_in_file(size - 5, 6, SHT_PROGBITS));
-    EXPECT_TRUE(is_in_file(size, 0, SHT_PROGBITS));
-    EXPECT_FALSE(is_in_file(size + 1, 0, SHT_PROGBITS));
-    EXPECT_FALSE(is_in_file(0xFFFFFFFF, 0xFFFFFFFF, SHT_PROGBITS));
-    EXPECT_FALSE(is_in_file(0, 5, SHT_NOBITS));
+    EXPECT_EQ(contents(size - 5, 5, SHT_PROGBITS), Contents::in_file); // its last byte is the file's
+    EXPECT_EQ(contents(size - 5, 6, SHT_PROGBITS), Contents::missing); // one byte more
+    EXPECT_EQ(contents(size - 4, 5, SHT_PROGBITS), Contents::missing);
+    EXPECT_EQ(contents(0, size, SHT_PROGBITS), Contents::in_file);
+    EXPECT_EQ(contents(0, size + 1, SHT_PROGBITS), Contents::missing);
+    EXPECT_EQ(contents(size, 0, SHT_PROGBITS), Contents::in_file);
+    EXPECT_EQ(contents(size, 1, SHT_PROGBITS), Contents::missing);
+    EXPECT_EQ(contents(size + 1, 0, SHT_PROGBITS), Contents::missing);
+    EXPECT_EQ(contents(0xFFFFFFFF, 0xFFFFFFFF, SHT_PROGBITS), Contents::missing);
+    EXPECT_EQ(contents(0, 5, SHT_NOBITS), Contents::none);
+    EXPECT_EQ(contents(size, 5, SHT_NOBITS), Contents::none);
 }
 
 TEST_F(PackageSectionsTest, EditsReachTheFileInSilence) {

@@ -120,6 +120,7 @@ TEST_F(ToolboxCommandLine, MissingAndSurplusArgumentsAreReported) {
                                                       {"package", "extract", "a"},
                                                       {"package", "add", "a"},
                                                       {"package", "update", "a"},
+                                                      {"package", "remove", "a"},
                                                       {"package", "copy", "a", "b"},
                                                       {"package", "pack", "a"},
                                                       {"package", "unpack", "a"},

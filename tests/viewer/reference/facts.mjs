@@ -16,6 +16,11 @@ function active_facts(run, kernel, block, active) {
     for (const name of ["valid", "stall", "idle"]) {
         if (block.values[name]) facts[name] = 100 * total(kernel.n, (i) => active[i] && weight_of(kernel, block, name, i) > 0 ? block.values[name][i] : 0) / cycles;
     }
+    if (block.kind === "loop" && facts.valid > 0) {
+        const stalls = kernel.blocks.reduce((sum, b) => sum + total(kernel.n, (i) => active[i] && b.values.stall ? b.values.stall[i] : 0), 0);
+        const iterations = facts.valid / 100 * cycles;
+        Object.assign(facts, { iteration: cycles / iterations, net: Math.max(1, (cycles - stalls) / iterations) });
+    }
     if (facts.stall !== undefined && run.clock && run.unit) facts.lost = facts.stall / 100 * cycles / run.clock * 1000;
     return facts;
 }
@@ -98,27 +103,28 @@ function sharing_facts(run, kernel, block, memory) {
     return [facts, all];
 }
 
-/** Where half of the stalls are: the share of the cycles without those samples, and the stretch they lie in. */
+/** The shortest stretch with at least half of the stalls, by the time that the kernel ran in it. */
 function phase_facts(run, kernel, block) {
     if (!block.values.stall) return {};
-    const good = [...kernel.times.keys()].filter((i) => weight_of(kernel, block, "stall", i) > 0);
-    const all = good.reduce((sum, i) => sum + block.values.stall[i], 0);
-    const cycles = good.reduce((sum, i) => sum + kernel.c[i], 0);
-    if (!(all > 0)) return {};
-    good.sort((a, b) => block.values.stall[b] / kernel.c[b] - block.values.stall[a] / kernel.c[a]);
+    const length = kernel.times.map((time, i) => time - kernel.begins[i]);
+    const stall = kernel.times.map((_, i) => weight_of(kernel, block, "stall", i) > 0 ? block.values.stall[i] : 0);
+    const all = total(kernel.n, (i) => stall[i]);
+    const ran = total(kernel.n, (i) => length[i]);
+    if (!(all > 0) || !(ran > 0)) return {};
+    let best = { part: Infinity, from: 0, to: 0 };
     let stalls = 0;
-    let used = 0;
-    let from = Infinity;
-    let to = -Infinity;
-    for (const i of good) {
-        if (stalls >= all / 2) break;
-        stalls += block.values.stall[i];
-        used += kernel.c[i];
-        from = Math.min(from, kernel.begins[i]);
-        to = Math.max(to, kernel.times[i]);
+    let part = 0;
+    for (let from = 0, to = 0; to < kernel.n; ++to) {
+        stalls += stall[to];
+        part += length[to];
+        for (; stalls - stall[from] >= all / 2; ++from) {
+            stalls -= stall[from];
+            part -= length[from];
+        }
+        if (stalls >= all / 2 && part < best.part) best = { part, from: kernel.begins[from], to: kernel.times[to] };
     }
     const ns = run.unit ? run.ns : 1;
-    return { calm_part: 100 * (1 - used / cycles), from: from * ns, to: to * ns };
+    return { calm_part: 100 * (1 - best.part / ran), from: best.from * ns, to: best.to * ns };
 }
 
 function burst_of(kernel, block) {

@@ -102,7 +102,7 @@ function block_head(run, series, kernel, block) {
         add_block_pyramid(series, kernel, block, metric, ids[metric], series.table.digits[ids[metric]]);
     }
     const entries = block.parts.flatMap((part) => part.texts.burst ?? []).map(number).filter((v) => v > 0);
-    const burst = entries.length ? [entries.length, entries.reduce((a, b) => a + b) / entries.length, Math.min(...entries), Math.max(...entries)] : undefined;
+    const burst = entries.length ? [entries.length, entries.reduce((a, b) => a + b) / entries.length, entries.reduce((a, b) => Math.min(a, b)), entries.reduce((a, b) => Math.max(a, b))] : undefined;
     return { name: block.name, kind: block.kind, rw: block.rw, mem: block.mem, coalesced: block.coalesced, src: block.src,
         series: ids, sums, ...(burst ? { burst } : {}), facts: other_facts(run, kernel, block) };
 }

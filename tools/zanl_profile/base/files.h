@@ -43,6 +43,8 @@ class Descriptor {
     }
     ~Descriptor();
     int get() const { return m_fd; }
+    // Leaves it open, for others to close.
+    int release() { return std::exchange(m_fd, -1); }
     // Closes it now; false, with errno set, if what was written may be lost.
     bool close();
 

@@ -4,7 +4,6 @@
 #include "signals.h"
 
 #include <cerrno>
-#include <utility>
 
 #include "progress_line.h"
 #include "remove_tree.h"
@@ -65,7 +64,7 @@ SignalsHeld::~SignalsHeld() {
     errno = error;
 }
 
-RemovedBySignal::RemovedBySignal(std::string path) : m_path(std::move(path)), m_previous(last_registered) {
+RemovedBySignal::RemovedBySignal(const std::string& path) : m_path(path), m_previous(last_registered) {
     const SignalsHeld held;
     if (m_previous)
         m_previous->m_next = this;

@@ -27,7 +27,10 @@ class SignalsHeld {
 // SignalsHeld under which the file or folder is made. The process must not change its folder meanwhile.
 class RemovedBySignal {
   public:
-    explicit RemovedBySignal(std::string path);
+    // `path` belongs to the caller, and outlives the object: nothing is allocated here, so nothing can fail
+    // after the file was made.
+    explicit RemovedBySignal(const std::string& path);
+    explicit RemovedBySignal(std::string&& path) = delete;
     RemovedBySignal(const RemovedBySignal&) = delete;
     RemovedBySignal& operator=(const RemovedBySignal&) = delete;
     // From now on it stays.
@@ -36,7 +39,7 @@ class RemovedBySignal {
   private:
     friend void remove_unfinished();
 
-    const std::string m_path;
+    const std::string& m_path;
     RemovedBySignal* m_previous;
     RemovedBySignal* m_next = nullptr;
 };

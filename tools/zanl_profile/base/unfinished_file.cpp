@@ -77,7 +77,7 @@ bool UnfinishedFile::open_named() {
     m_file = Descriptor(::mkostemp(m_path.data(), O_CLOEXEC));
     if (m_file.get() < 0)
         return false;
-    m_named = std::make_unique<RemovedBySignal>(m_path);
+    m_named.emplace(m_path);
     return true;
 }
 

@@ -1,7 +1,7 @@
 // Files that appear whole or not at all.
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "files.h"
@@ -44,7 +44,7 @@ class UnfinishedFile {
     bool m_replaces;      // there is a file
     std::string m_path;
     Descriptor m_file;
-    std::unique_ptr<RemovedBySignal> m_named; // null if the file has no name, or that of its target
+    std::optional<RemovedBySignal> m_named; // none if the file has no name, or that of its target
 };
 
 } // namespace zan::tool

@@ -76,7 +76,10 @@ ProfileSummary read_input(const Input& input, const Console& console) {
     auto summary = summarize_inputs(std::span(&input, 1), options);
     if (const auto* const fault = std::get_if<InputFault>(&summary))
         throw Failure(printable(fault->text));
-    return std::get<ProfileSummary>(std::move(summary));
+    auto& read = std::get<ProfileSummary>(summary);
+    // A saved summary names what it was made of.
+    read.input = input.capture.empty() ? input.name : input.name + " " + input.capture;
+    return std::move(read);
 }
 
 // Throws Failure if a kernel or a block that is asked for is in neither run.

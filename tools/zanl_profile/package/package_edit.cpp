@@ -4,18 +4,14 @@
 
 #include "failure.h"
 #include "pkg_names.h"
+#include "pkg_write.h"
 
 namespace zan::tool {
 
 namespace {
 
-// Offsets in a package have 32 bits.
-constexpr std::uint64_t max_package_size = 0xFFFFFFFF;
 // What a section takes beside its bytes and its name: its header, and the gap before it.
 constexpr std::uint64_t section_overhead = 40 + 128;
-// How far gaps between sections may let the package grow. Each section's header asks for an alignment of its
-// own, of up to 2 GiB: without a limit, a package of 186 bytes made `add` write 4 GiB for half a minute.
-constexpr std::uint64_t max_new_gaps = 16 << 20;
 // No new package is larger before it has sections.
 constexpr std::uint64_t new_package_size = 8192;
 
@@ -31,6 +27,9 @@ PackageEdit::PackageEdit(const std::string& path)
 }
 
 PackageEdit PackageEdit::create(const std::string& path) {
+    if (path == standard_stream)
+        throw Failure(
+            "a package can't be written to standard output, as it isn't written in one go; name a file");
     PackageEdit edit(path);
     edit.m_file_size = new_package_size;
     edit.take(zan_pkg_open_file(edit.m_file->path().c_str(), ZAN_PKG_READ_WRITE | ZAN_PKG_CREATE));
@@ -41,9 +40,12 @@ PackageEdit PackageEdit::create(const std::string& path) {
 // named section.
 PackageEdit PackageEdit::change(const std::string& path) {
     const PackageFile original(path);
+    original.check_editable();
     PackageEdit edit(path);
-    for (const SectionInfo& section : original.sections())
+    for (const SectionInfo& section : original.sections()) {
         edit.m_sizes.try_emplace(section.name, section.size);
+        edit.m_contents_size += section.contents == Contents::none ? 0 : section.size;
+    }
     edit.m_file_size = original.copy_file(edit.m_file->fd(), path);
     edit.take(zan::pkg::open_to_edit(edit.m_file->path().c_str()));
     return edit;
@@ -63,7 +65,8 @@ void PackageEdit::add(const std::string& name, FileBytes bytes) {
     check_name(name);
     if (has(name))
         throw Failure(in_quotes(m_path) + " has a section " + in_quotes(name) + " already");
-    count(name, 0, bytes.size() + name.size() + section_overhead);
+    m_file_size += name.size() + section_overhead;
+    count(name, 0, bytes.size());
     errno = 0;
     if (!zan_pkg_add_data_section(m_handle.get(), name.c_str(), bytes.data(), bytes.size()))
         throw edit_failure("can't add " + quoted_section(name, m_path));
@@ -108,11 +111,14 @@ void PackageEdit::check_name(const std::string& name) const {
                       " bytes, not " + std::to_string(name.size()) + ": " + in_quotes(name));
 }
 
+// What is too large by its contents alone needs not be read any further; the whole size is known when the
+// package is written.
 void PackageEdit::count(const std::string& name, std::size_t old_size, std::size_t new_size) {
+    m_contents_size = m_contents_size - old_size + new_size;
     m_file_size = m_file_size - old_size + new_size;
-    if (m_file_size > max_package_size)
-        throw Failure("can't write " + quoted_section(name, m_path) +
-                      ": the package would be larger than 4 GiB");
+    const std::string fault = zan::pkg::size_fault(m_contents_size, zan::pkg::max_package_size);
+    if (!fault.empty())
+        throw Failure("can't write " + quoted_section(name, m_path) + ": " + fault);
 }
 
 // The last look before the old package is gone: that no call has failed doesn't prove that every section is

@@ -37,7 +37,8 @@ class PackageEdit {
     PackageHandle m_handle;
     std::unordered_map<std::string, std::size_t> m_sizes; // of all sections, as they are to be
     std::vector<FileBytes> m_bytes;                       // live until the package is written
-    std::uint64_t m_file_size = 0;                        // an upper limit of what the file will have
+    std::uint64_t m_contents_size = 0;                    // of all sections
+    std::uint64_t m_file_size = 0; // an upper limit of what the file will have, without new gaps
 };
 
 } // namespace zan::tool

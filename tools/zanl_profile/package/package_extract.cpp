@@ -1,17 +1,20 @@
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 
-#include "failure.h"
 #include "file_names.h"
 #include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
-#include "unfinished_file.h"
+#include "staged_folder.h"
+#include "target_folder.h"
 
 namespace zan::tool {
 
 namespace {
+
+constexpr mode_t all_permissions = 07777;
 
 struct ExtractOptions {
     std::string package;
@@ -19,21 +22,30 @@ struct ExtractOptions {
     std::vector<std::string> sections; // all of them if it is empty
 };
 
+// The permissions of the file that is to be replaced, so that a private one stays private.
+void keep_permissions(const std::string& path, int file) {
+    struct stat status;
+    if (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        ::fchmod(file, status.st_mode & all_permissions);
+}
+
 void extract_sections(const ExtractOptions& options) {
     const PackageFile package(options.package);
     const auto sections = package.sections_named(options.sections);
-    std::error_code error;
-    std::filesystem::create_directories(options.folder, error);
-    if (error)
-        throw Failure("can't make the folder " + in_quotes(options.folder) + ": " + error.message());
-    // Each file is whole or not there; a failure leaves those that came before it.
+    // Nothing is written through a link in the folder: it may be another's who expects that.
+    TargetFolder target(options.folder);
+    StagedFolder staged(options.folder);
     FileNames names;
     for (const SectionInfo* section : sections) {
-        const std::string path = options.folder + "/" + names.next(section->name);
-        UnfinishedFile file(path);
-        package.copy(*section, file.fd(), path);
-        file.commit();
+        const std::string name = names.next(section->name);
+        const std::string path = options.folder + "/" + name;
+        target.check(name, false);
+        Descriptor file = staged.add_file(name, 0);
+        keep_permissions(path, file.get());
+        package.copy(*section, file.get(), path);
+        staged.end_file(std::move(file), name);
     }
+    staged.commit();
 }
 
 void define_extract(CLI::App& app, Console&) {

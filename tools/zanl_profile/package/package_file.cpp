@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "failure.h"
+#include "pkg_remove.h"
 
 namespace zan::tool {
 
@@ -15,6 +16,8 @@ std::string quoted_section(const std::string& section, const std::string& packag
 
 PackageFile::PackageFile(std::string path, std::string name)
     : m_path(std::move(path)), m_name(std::move(name)) {
+    if (m_path == standard_stream)
+        throw Failure("a package can't be read from standard input, as it isn't read in one go; name a file");
     // The library leaves errno as it was where the file itself is at fault, which is another message.
     errno = 0;
     m_handle.reset(zan_pkg_open_file(m_path.c_str(), ZAN_PKG_READ));
@@ -23,8 +26,10 @@ PackageFile::PackageFile(std::string path, std::string name)
     if (!zan::pkg::is_package(m_handle.get())) {
         if (errno != 0)
             throw system_failure("can't read " + in_quotes(m_name));
-        throw Failure(in_quotes(m_name) +
-                      " is no package: it is no ELF file of the 32-bit class with named sections");
+        throw Failure(in_quotes(m_name) + " is no package: " +
+                      (zan::pkg::is_of_64_bits(m_handle.get())
+                           ? "it is an ELF file of the 64-bit class, and packages are of the 32-bit class"
+                           : "it is no ELF file of the 32-bit class with named sections"));
     }
     m_sections = zan::pkg::list_sections(m_handle.get());
     for (const SectionInfo& section : m_sections)
@@ -43,8 +48,12 @@ std::vector<const SectionInfo*> PackageFile::sections_named(const std::vector<st
     found.reserve(names.size());
     for (const std::string& name : names)
         found.push_back(&section(name));
-    if (names.empty())
-        std::ranges::transform(m_sections, std::back_inserter(found), [](const auto& each) { return &each; });
+    if (names.empty()) {
+        for (const SectionInfo& each : m_sections) {
+            if (each.contents != Contents::none)
+                found.push_back(&each);
+        }
+    }
     for (const SectionInfo* each : found)
         check_in_file(*each);
     return found;
@@ -57,7 +66,7 @@ FileBytes PackageFile::bytes(const SectionInfo& section) const {
 }
 
 FileBytes PackageFile::first_bytes(const SectionInfo& section, std::size_t size) const {
-    if (!section.in_file)
+    if (section.contents != Contents::in_file)
         return {};
     return read_range(zan::pkg::file_descriptor(m_handle.get()), section.offset, std::min(size, section.size),
                       m_name);
@@ -66,6 +75,12 @@ FileBytes PackageFile::first_bytes(const SectionInfo& section, std::size_t size)
 void PackageFile::copy(const SectionInfo& section, int to, const std::string& to_name) const {
     check_in_file(section);
     copy_range(zan::pkg::file_descriptor(m_handle.get()), section.offset, section.size, to, m_name, to_name);
+}
+
+void PackageFile::check_editable() const {
+    if (zan::pkg::is_program(m_handle.get()))
+        throw Failure("can't change " + in_quotes(m_name) +
+                      ": it has program headers, and would no longer run");
 }
 
 std::uint64_t PackageFile::copy_file(int to, const std::string& to_name) const {
@@ -78,8 +93,18 @@ std::uint64_t PackageFile::copy_file(int to, const std::string& to_name) const {
     return size;
 }
 
+std::string PackageFile::write_without(const std::unordered_set<std::string_view>& names, int to) const {
+    struct stat status;
+    if (::fstat(zan::pkg::file_descriptor(m_handle.get()), &status) != 0)
+        throw system_failure("can't read " + in_quotes(m_name));
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    return zan::pkg::write_without(m_handle.get(), names, to, size + max_new_gaps);
+}
+
 void PackageFile::check_in_file(const SectionInfo& section) const {
-    if (!section.in_file)
+    if (section.contents == Contents::none)
+        throw Failure(quoted_section(section.name, m_name) + " has a size but no contents");
+    if (section.contents == Contents::missing)
         throw Failure("can't read " + quoted_section(section.name, m_name) +
                       ": its bytes are not in the file");
 }

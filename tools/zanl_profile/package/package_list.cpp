@@ -6,6 +6,7 @@
 #include "package_commands.h"
 #include "package_file.h"
 #include "section_kinds.h"
+#include "section_types.h"
 
 namespace zan::tool {
 
@@ -13,13 +14,15 @@ namespace {
 
 struct ListOptions {
     std::string package;
+    bool is_long = false;
 };
 
 constexpr SectionKind damaged_kind = {"damaged", "damaged: its bytes are not in the file"};
+constexpr SectionKind nobits_kind = {"nobits", "no contents"};
 
 SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
-    if (!section.in_file)
-        return damaged_kind;
+    if (section.contents != Contents::in_file)
+        return section.contents == Contents::none ? nobits_kind : damaged_kind;
     const SectionKind kind = kind_of_name(section.name);
     if (!kind.meaning.empty())
         return kind;
@@ -28,14 +31,41 @@ SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
     return begins_stream(beginning.data(), beginning.size()) ? stream_kind : kind;
 }
 
+// In the order of the table.
+struct Column {
+    const char* key;
+    bool is_long; // only of the long list
+    Cell (*cell)(const SectionInfo& section, const SectionKind& kind);
+};
+
+constexpr Column columns[] = {
+    {"index", true, [](const SectionInfo& s, const SectionKind&) -> Cell { return std::uint64_t{s.index}; }},
+    {"name", false, [](const SectionInfo& s, const SectionKind&) -> Cell { return s.name; }},
+    {"type", true,
+     [](const SectionInfo& s, const SectionKind&) -> Cell { return section_type_name(s.type); }},
+    {"offset", true, [](const SectionInfo& s, const SectionKind&) -> Cell { return s.offset; }},
+    {"size", false, [](const SectionInfo& s, const SectionKind&) -> Cell { return std::uint64_t{s.size}; }},
+    {"kind", false,
+     [](const SectionInfo&, const SectionKind& kind) -> Cell { return std::string(kind.key); }},
+    {"meaning", false,
+     [](const SectionInfo&, const SectionKind& kind) -> Cell { return std::string(kind.meaning); }},
+};
+
 void list_package(const ListOptions& options, const Console& console) {
     const PackageFile package(options.package);
-    Listing listing{"zanl-profile/package-list",         1,  "package", options.package, "sections",
-                    {"name", "size", "kind", "meaning"}, {}, {"kind"}};
+    Listing listing{"zanl-profile/package-list", 1, "package", options.package, "sections", {}, {}, {"kind"}};
+    std::vector<const Column*> shown;
+    for (const Column& column : columns) {
+        if (options.is_long || !column.is_long) {
+            shown.push_back(&column);
+            listing.columns.emplace_back(column.key);
+        }
+    }
     for (const SectionInfo& section : package.sections()) {
         const SectionKind kind = kind_of(package, section);
-        listing.rows.push_back(
-            {section.name, std::uint64_t{section.size}, std::string(kind.key), std::string(kind.meaning)});
+        auto& row = listing.rows.emplace_back();
+        for (const Column* column : shown)
+            row.push_back(column->cell(section, kind));
     }
     print(listing, console.json);
 }
@@ -44,6 +74,7 @@ void define_list(CLI::App& app, Console& console) {
     const auto options = std::make_shared<ListOptions>();
     add_package_argument(app, options->package);
     add_json_option(app, console);
+    app.add_flag("-l,--long", options->is_long, "also list index, type and offset, as ELF tools do");
     app.callback([options, &console] { list_package(*options, console); });
 }
 

@@ -14,6 +14,7 @@
 #include "package_commands.h"
 #include "package_edit.h"
 #include "pkg_stream.h"
+#include "replaced_file.h"
 #include "stream_plan.h"
 #include "unfinished_file.h"
 
@@ -27,6 +28,7 @@ struct PackOptions {
     std::string output; // a file, "-", or PACKAGE:SECTION
     std::vector<std::string> paths;
     std::string directory; // that the paths are relative to; may be empty
+    bool force = false;
 };
 
 // Writes the planned entries as a stream to `output`, which messages call `name`.
@@ -133,6 +135,8 @@ void pack_into_file(const std::string& name, const std::vector<PlannedEntry>& pl
 void pack_stream(const PackOptions& options) {
     const auto place = parse_section_place(options.output);
     const bool is_stdout = options.output == standard_stream;
+    if (!place && !is_stdout && !options.force)
+        check_replaceable(options.output, FileKind::stream);
     const auto plan = plan_stream(options.paths, options.directory,
                                   is_stdout ? ""
                                   : place   ? place->package
@@ -154,6 +158,7 @@ void define_pack(CLI::App& app, Console&) {
     app.add_option("OUT", options->output, "a file, PACKAGE:SECTION, or '-' for standard output")->required();
     app.add_option("DIR", options->paths, "the folders, or files, to pack")->required();
     app.add_option("-C,--directory", options->directory, "take DIR from this folder")->type_name("DIR");
+    app.add_flag("-f,--force", options->force, "replace a file that is no stream, too");
     app.callback([options] { pack_stream(*options); });
 }
 

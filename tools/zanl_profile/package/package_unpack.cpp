@@ -7,12 +7,13 @@
 #include <memory>
 #include <optional>
 
+#include "entry_list.h"
 #include "failure.h"
 #include "files.h"
-#include "listing.h"
 #include "package_commands.h"
 #include "staged_folder.h"
 #include "stream_entries.h"
+#include "target_folder.h"
 #include "unfinished_file.h"
 
 namespace zan::tool {
@@ -38,17 +39,15 @@ void check_name(TargetFolder& target, const StreamEntries& entries) {
 
 void list_entries(StreamEntries& entries, const UnpackOptions& options, bool as_json) {
     TargetFolder target(options.folder);
-    Listing listing{"zanl-profile/package-unpack", 1, "stream", options.stream, "entries",
-                    {"type", "size", "path"},      {}};
+    EntryList list(options.stream, as_json);
     while (entries.next()) {
         if (!options.trust_names)
             check_name(target, entries);
         entries.read_data([](const char*, std::size_t) {}); // a dry run finds damaged streams, too
-        listing.rows.push_back({std::string(entries.is_folder() ? "folder" : "file"),
-                                std::uint64_t{entries.is_folder() ? 0 : entries.size()},
-                                options.folder + "/" + entries.name()});
+        list.add(options.folder + "/" + entries.name(), entries.is_folder(),
+                 entries.is_folder() ? 0 : entries.size());
     }
-    print(listing, as_json);
+    list.finish();
 }
 
 void unpack_entries(StreamEntries& entries, const std::string& folder) {
@@ -66,8 +65,7 @@ void unpack_entries(StreamEntries& entries, const std::string& folder) {
         const std::string path = folder + "/" + entries.name();
         entries.read_data(
             [&](const char* bytes, std::size_t size) { write_all(file.get(), bytes, size, path); });
-        if (!file.close())
-            throw system_failure("can't write to " + in_quotes(path));
+        staged.end_file(std::move(file), entries.name());
     }
     staged.commit();
 }
@@ -91,10 +89,12 @@ class TrustedTarget {
         write_all(m_file ? m_file->fd() : m_special.get(), bytes, size, m_path);
     }
     void commit() {
-        if (m_file)
+        if (m_file) {
+            m_file->sync();
             m_file->commit();
-        else if (!m_special.close())
+        } else if (!m_special.close()) {
             throw system_failure("can't write to " + in_quotes(m_path));
+        }
     }
 
   private:

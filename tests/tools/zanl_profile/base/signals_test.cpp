@@ -42,8 +42,9 @@ TEST_F(SignalsTest, AnEndingSignalRemovesWhatIsRegisteredAndEndsTheProcess) {
         make("d/e/f");
         make("kept");
         EXPECT_EXIT(in_process([&] {
-                        const RemovedBySignal file(dir.path("f")), folder(dir.path("d"));
-                        { const RemovedBySignal over(dir.path("kept")); }
+                        const std::string f = dir.path("f"), d = dir.path("d"), kept = dir.path("kept");
+                        const RemovedBySignal file(f), folder(d);
+                        { const RemovedBySignal over(kept); }
                         ::raise(signal);
                     }),
                     testing::KilledBySignal(signal), "");
@@ -59,7 +60,11 @@ TEST_F(SignalsTest, WhatIsNotRegisteredAnyMoreStays) {
     make("b");
     make("c");
     EXPECT_EXIT(in_process([&] {
-                    std::optional<RemovedBySignal> a(dir.path("a")), b(dir.path("b")), c(dir.path("c"));
+                    const std::string paths[] = {dir.path("a"), dir.path("b"), dir.path("c")};
+                    std::optional<RemovedBySignal> a, b, c;
+                    a.emplace(paths[0]);
+                    b.emplace(paths[1]);
+                    c.emplace(paths[2]);
                     b.reset();
                     c.reset();
                     ::raise(SIGTERM);
@@ -73,7 +78,8 @@ TEST_F(SignalsTest, WhatIsNotRegisteredAnyMoreStays) {
 TEST_F(SignalsTest, AHeldSignalComesAtTheEnd) {
     make("f");
     EXPECT_EXIT(in_process([&] {
-                    const RemovedBySignal file(dir.path("f"));
+                    const std::string path = dir.path("f");
+                    const RemovedBySignal file(path);
                     {
                         const SignalsHeld held;
                         ::raise(SIGTERM);

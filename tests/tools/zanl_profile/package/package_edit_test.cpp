@@ -11,7 +11,20 @@ using testing::StartsWith;
 
 namespace fs = std::filesystem;
 
-using PackageEdit = Toolbox;
+class PackageEdit : public Toolbox {
+  protected:
+    // Gives the package a program header.
+    void make_program(const std::string& name) const {
+        std::string file = read(name);
+        Elf32_Ehdr header;
+        std::memcpy(&header, file.data(), sizeof header);
+        header.e_phoff = sizeof header;
+        header.e_phentsize = sizeof(Elf32_Phdr);
+        header.e_phnum = 1;
+        std::memcpy(file.data(), &header, sizeof header);
+        write(name, file);
+    }
+};
 
 TEST_F(PackageEdit, CreateMakesAPackageOfFiles) {
     write("v", "1\n");
@@ -52,11 +65,54 @@ TEST_F(PackageEdit, AFolderThatIsNoSampleIsReported) {
     EXPECT_FALSE(exists("p.zanx"));
 }
 
-TEST_F(PackageEdit, CreateReplacesAFile) {
-    write("p.zanx", std::string(100000, 'x'));
+TEST_F(PackageEdit, CreateReplacesAPackage) {
+    make("p.zanx", {{"a", std::string(100000, 'x')}});
+    write("empty.zanx", "");
     write("v", "2\n");
-    EXPECT_EQ(run({"package", "create", "p.zanx", "v=v"}), silent_success);
-    EXPECT_EQ(sections("p.zanx"), (PackageSections{{"v", "2\n"}}));
+    for (const char* package : {"p.zanx", "empty.zanx"}) {
+        EXPECT_EQ(run({"package", "create", package, "v=v"}), silent_success);
+        EXPECT_EQ(sections(package), (PackageSections{{"v", "2\n"}}));
+    }
+}
+
+TEST_F(PackageEdit, CreateReplacesAFileOfAnotherKindByForce) {
+    write("v", "2\n");
+    write("notes.txt", "notes");
+    make("program", {{"a", "1"}});
+    make_program("program");
+    for (const char* file : {"notes.txt", "program"}) {
+        const std::string before = read(file);
+        EXPECT_EQ(run({"package", "create", file, "v=v"}),
+                  trouble(std::string("'") + file + "' is no package; --force replaces it"));
+        EXPECT_TRUE(read(file) == before);
+        EXPECT_EQ(run({"package", "create", "--force", file, "v=v"}), silent_success);
+        EXPECT_EQ(sections(file), (PackageSections{{"v", "2\n"}}));
+    }
+}
+
+TEST_F(PackageEdit, CreateTakesTheFolderOfSectionsItself) {
+    write("s/sections/version", "1\n");
+    for (const char* folder : {"s", "s/sections", "s/sections/", "s/./sections"}) {
+        EXPECT_EQ(run({"package", "create", "p.zanx", "--from", folder}), silent_success) << folder;
+        EXPECT_EQ(sections("p.zanx"), (PackageSections{{".zan.version", "1\n"}}));
+    }
+    EXPECT_EQ(shell("cd s/sections && $T package create ../../q.zanx --from ."), silent_success);
+    EXPECT_EQ(sections("q.zanx").size(), 1u);
+    write("other/version", "1\n"); // any folder could be meant
+    EXPECT_EQ(run({"package", "create", "p.zanx", "--from", "other"}),
+              trouble("can't read the folder 'other/sections': No such file or directory"));
+}
+
+TEST_F(PackageEdit, ANamedSectionReplacesThatOfTheSample) {
+    write("s/sections/profiler.xml", "<profiler/>");
+    write("s/sections/version", "1\n");
+    write("v", "2\n");
+    EXPECT_EQ(run({"package", "create", "p.zanx", "--from", "s", "a=v", ".zan.profiler.xml=v"}),
+              silent_success);
+    EXPECT_EQ(sections("p.zanx"),
+              (PackageSections{{".zan.profiler.xml", "2\n"}, {".zan.version", "1\n"}, {"a", "2\n"}}));
+    EXPECT_EQ(run({"package", "create", "q.zanx", "--from", "s", ".zan.version=v", ".zan.version=v"}),
+              trouble("'q.zanx' has a section '.zan.version' already"));
 }
 
 TEST_F(PackageEdit, BytesMayComeFromStandardInputOrAPipe) {
@@ -108,6 +164,64 @@ TEST_F(PackageEdit, CopyAddsOrReplacesSections) {
     EXPECT_EQ(sections("b.zanx").size(), 3u);
     EXPECT_EQ(run({"package", "copy", "b.zanx", "b.zanx", "two"}), silent_success); // onto itself
     EXPECT_EQ(sections("b.zanx"), (PackageSections{{"two", "22"}, {"four", "4444"}, {"three", "333"}}));
+}
+
+TEST_F(PackageEdit, RemoveTakesSectionsOut) {
+    make("p.zanx", {{"a", "1"}, {"b", "22"}, {"c", "333"}});
+    make("expected.zanx", {{"b", "22"}});
+    fs::permissions(dir.path("p.zanx"), fs::perms(0640));
+    EXPECT_EQ(run({"package", "remove", "p.zanx", "c", "a"}), silent_success);
+    EXPECT_TRUE(read("p.zanx") == read("expected.zanx"));
+    EXPECT_EQ(fs::status(dir.path("p.zanx")).permissions(), fs::perms(0640));
+    EXPECT_EQ(run({"package", "remove", "p.zanx", "b", "b"}), silent_success);
+    EXPECT_EQ(sections("p.zanx"), PackageSections());
+    EXPECT_EQ(tree().size(), 2u);
+}
+
+TEST_F(PackageEdit, WhatCannotBeRemovedIsReported) {
+    make("p.zanx", {{"a", "1"}, {"b", "22"}});
+    const std::string before = read("p.zanx");
+    EXPECT_EQ(run({"package", "remove", "p.zanx", "a", "c"}), not_found("'p.zanx' has no section 'c'"));
+    EXPECT_EQ(run({"package", "remove", "p.zanx", ".shstrtab"}),
+              trouble("section '.shstrtab' holds the names of all sections; it can't be removed"));
+    EXPECT_EQ(run({"package", "remove", "none", "a"}),
+              trouble("can't open 'none': No such file or directory"));
+    EXPECT_TRUE(read("p.zanx") == before);
+    change_header("p.zanx", 1, [](Elf32_Shdr& header) { header.sh_link = 2; });
+    EXPECT_EQ(run({"package", "remove", "p.zanx", "a"}),
+              trouble("can't write 'p.zanx': section 'b' refers to other sections by their numbers"));
+    EXPECT_EQ(run({"package", "remove", "p.zanx", "b"}), silent_success);
+    EXPECT_EQ(sections("p.zanx"), (PackageSections{{"a", "1"}}));
+}
+
+TEST_F(PackageEdit, AProgramIsNotChanged) {
+    make("p.zanx", {{"a", "1"}});
+    make("q.zanx", {{"b", "1"}});
+    make_program("p.zanx");
+    const std::string before = read("p.zanx");
+    const Outcome refused = trouble("can't change 'p.zanx': it has program headers, and would no longer run");
+    for (const std::string command : {"add p.zanx c=/dev/null", "update p.zanx a=/dev/null",
+                                      "copy q.zanx p.zanx b", "remove p.zanx a", "pack p.zanx:s q.zanx"})
+        EXPECT_EQ(shell("$T package " + command), refused) << command;
+    EXPECT_TRUE(read("p.zanx") == before);
+    EXPECT_EQ(run({"package", "show", "p.zanx", "a"}), (Outcome{"1", "", "0"}));
+    EXPECT_EQ(run({"package", "copy", "p.zanx", "q.zanx", "a"}), silent_success);
+}
+
+TEST_F(PackageEdit, NoPackageIsReadFromOrWrittenToAPipe) {
+    make("p.zanx", {{"a", "1"}});
+    const Outcome no_input =
+        trouble("a package can't be read from standard input, as it isn't read in one go; name a file");
+    for (const std::string command :
+         {"list -", "show - a", "extract - -o d", "add - b=p.zanx", "update - a=p.zanx", "remove - a",
+          "copy - p.zanx a", "copy p.zanx - a"})
+        EXPECT_EQ(shell("$T package " + command + " <p.zanx"), no_input) << command;
+    EXPECT_EQ(
+        run({"package", "create", "-", "a=p.zanx"}),
+        trouble("a package can't be written to standard output, as it isn't written in one go; name a file"));
+    EXPECT_EQ(tree().size(), 1u);
+    EXPECT_EQ(run({"package", "create", "./-", "a=p.zanx"}), silent_success);
+    EXPECT_EQ(run({"package", "remove", "./-", "a"}), silent_success);
 }
 
 TEST_F(PackageEdit, WrongNamesAreReported) {

@@ -92,7 +92,7 @@ TEST_F(PackageRead, ASectionWithoutItsBytesIsDamaged) {
     EXPECT_EQ(run({"package", "list", "p.zanx"}).out,
               "NAME       SIZE  MEANING\n"
               "beyond  1048576  damaged: its bytes are not in the file\n"
-              "nobits        1  damaged: its bytes are not in the file\n"
+              "nobits        1  no contents\n"
               "good          1\n");
     const Outcome damaged = trouble("can't read section 'beyond' of 'p.zanx': its bytes are not in the file");
     EXPECT_EQ(run({"package", "show", "p.zanx", "beyond"}), damaged);
@@ -102,6 +102,48 @@ TEST_F(PackageRead, ASectionWithoutItsBytesIsDamaged) {
     EXPECT_FALSE(exists("d"));
     EXPECT_EQ(run({"package", "extract", "p.zanx", "good", "-o", "d"}), silent_success);
     EXPECT_EQ(tree("d"), (Tree{{"good", "1"}}));
+}
+
+// As .bss of programs: it asks for memory, and has no bytes in the file.
+TEST_F(PackageRead, ASectionWithoutContentsIsNoDamage) {
+    make("p.zanx", {{".bss", "1"}, {"good", "1"}});
+    change_header("p.zanx", 0, [](Elf32_Shdr& header) {
+        header.sh_type = SHT_NOBITS;
+        header.sh_size = 1 << 20;
+    });
+    EXPECT_THAT(run({"package", "list", "p.zanx", "--json"}).out, HasSubstr("\"kind\": \"nobits\""));
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}), silent_success);
+    EXPECT_EQ(tree("d"), (Tree{{"good", "1"}}));
+    const Outcome none = trouble("section '.bss' of 'p.zanx' has a size but no contents");
+    EXPECT_EQ(run({"package", "show", "p.zanx", ".bss"}), none);
+    EXPECT_EQ(run({"package", "extract", "p.zanx", ".bss", "-o", "e"}), none);
+    EXPECT_EQ(run({"package", "copy", "p.zanx", "p.zanx", ".bss"}), none);
+    write("f", "22");
+    EXPECT_EQ(run({"package", "add", "p.zanx", "f=f"}), silent_success);
+    EXPECT_THAT(run({"package", "list", "p.zanx"}).out, HasSubstr(".bss  1048576  no contents\n"));
+    EXPECT_EQ(run({"package", "remove", "p.zanx", ".bss"}), silent_success);
+    EXPECT_EQ(run({"package", "list", "p.zanx"}).out, "NAME  SIZE  MEANING\ngood     1\nf        2\n");
+}
+
+// The sections of a new package begin at 0x1100, at multiples of 128, and with number 3.
+TEST_F(PackageRead, ALongListHasWhatElfToolsShow) {
+    make("p.zanx", {{".zan.version", "1\n"}, {"b", std::string(200, 'b')}, {"c", ""}});
+    change_header("p.zanx", 1, [](Elf32_Shdr& header) { header.sh_type = SHT_NOTE; });
+    change_header("p.zanx", 2, [](Elf32_Shdr& header) { header.sh_type = 0x70000001; });
+    for (const char* option : {"--long", "-l"}) {
+        EXPECT_EQ(run({"package", "list", "p.zanx", option}).out,
+                  "INDEX  NAME          TYPE        OFFSET  SIZE  MEANING\n"
+                  "    3  .zan.version  PROGBITS      4352     2  version\n"
+                  "    4  b             NOTE          4480   200\n"
+                  "    5  c             0x70000001    4736     0\n");
+    }
+    EXPECT_THAT(run({"package", "list", "p.zanx", "--long", "--json"}).out,
+                HasSubstr("            \"index\": 3,\n"
+                          "            \"name\": \".zan.version\",\n"
+                          "            \"type\": \"PROGBITS\",\n"
+                          "            \"offset\": 4352,\n"
+                          "            \"size\": 2,\n"
+                          "            \"kind\": \"version\",\n"));
 }
 
 TEST_F(PackageRead, WhatIsNoPackageIsReported) {
@@ -120,7 +162,10 @@ TEST_F(PackageRead, WhatIsNoPackageIsReported) {
         arguments[2] = ".";
         EXPECT_EQ(run(arguments), trouble("can't open '.': Is a directory"));
     }
-    EXPECT_EQ(run({"package", "list", ZAN_TOOLBOX}), trouble(std::string("'") + ZAN_TOOLBOX + "'" + reason));
+    EXPECT_EQ(
+        run({"package", "list", ZAN_TOOLBOX}),
+        trouble(std::string("'") + ZAN_TOOLBOX + "' is no package: it is an ELF file of the 64-bit class, " +
+                "and packages are of the 32-bit class"));
 }
 
 TEST_F(PackageRead, ShowWritesTheBytesAsTheyAre) {
@@ -197,9 +242,43 @@ TEST_F(PackageRead, ExtractLeavesNoPartOfAFile) {
     const Outcome outcome = shell("trap '' XFSZ; ulimit -f 2; $T package extract p.zanx -o d");
     EXPECT_EQ(outcome.status, "2");
     EXPECT_THAT(outcome.err, HasSubstr("File too large"));
-    EXPECT_EQ(tree("d"), (Tree{{"a", "1"}}));
+    EXPECT_FALSE(exists("d"));
+    write("there/a", "old");
+    EXPECT_EQ(shell("trap '' XFSZ; ulimit -f 2; $T package extract p.zanx -o there").status, "2");
+    EXPECT_EQ(tree("there"), (Tree{{"a", "old"}}));
     EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "p.zanx/d"}),
-              trouble("can't make the folder 'p.zanx/d': Not a directory"));
+              trouble("can't write to the folder 'p.zanx/d': Not a directory"));
+}
+
+TEST_F(PackageRead, ExtractWritesThroughNoLink) {
+    namespace fs = std::filesystem;
+    make("p.zanx", {{"a", "1"}, {"b", "2"}});
+    write("outside", "old");
+    fs::create_directory(dir.path("d"));
+    for (const char* target : {"../outside", "../new", "."}) {
+        fs::create_symlink(target, dir.path("d/b"));
+        EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}),
+                  trouble("refused the name 'b': 'd/b' is a symbolic link"));
+        EXPECT_FALSE(exists("d/a"));
+        EXPECT_EQ(run({"package", "extract", "p.zanx", "a", "-o", "d"}), silent_success);
+        fs::remove(dir.path("d/b"));
+        fs::remove(dir.path("d/a"));
+    }
+    EXPECT_EQ(read("outside"), "old");
+    EXPECT_FALSE(exists("new"));
+    fs::create_directory_symlink("d", dir.path("link")); // the folder that the user names may be one
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "link"}), silent_success);
+    EXPECT_EQ(tree("d"), (Tree{{"a", "1"}, {"b", "2"}}));
+}
+
+TEST_F(PackageRead, ExtractKeepsPermissionsOfTheFilesThatItReplaces) {
+    namespace fs = std::filesystem;
+    make("p.zanx", {{"a", "1"}});
+    write("d/a", "old");
+    fs::permissions(dir.path("d/a"), fs::perms(0600));
+    EXPECT_EQ(run({"package", "extract", "p.zanx", "-o", "d"}), silent_success);
+    EXPECT_EQ(fs::status(dir.path("d/a")).permissions(), fs::perms(0600));
+    EXPECT_EQ(read("d/a"), "1");
 }
 
 } // namespace

@@ -141,35 +141,4 @@ TEST_F(RunCommand, TextsOfFilesAreShownWithoutEffectOnTheTerminal) {
                                     "    0,0,⟨U+001B⟩[2J\\xFF,0,10,-1,1,5\n"));
 }
 
-TEST_F(RunCommand, TheHelpHasWhatPeopleNeed) {
-    EXPECT_EQ(
-        run({"help", "run"}),
-        (Outcome{"write the report of a run, and say what is wrong with its files\n"
-                 "Usage: zanl-profile run [OPTIONS] DESIGN PROFILE REPORT\n"
-                 "\n"
-                 "Arguments:\n"
-                 "  DESIGN                      package of the design, or - for standard input\n"
-                 "  PROFILE                     capture of a run, or - for standard input\n"
-                 "  REPORT                      report to be written, or - for standard output\n"
-                 "\n"
-                 "Options:\n"
-                 "  -h,--help                   print this help\n"
-                 "  --strict                    write no report if a line of the capture is left out\n"
-                 "  --json                      print the numbers of lines and faults as JSON\n"
-                 "\n"
-                 "Options of all commands:\n"
-                 "  -q,--quiet                  print no notes and no progress\n"
-                 "  --color WHEN                use colors: auto, always or never; auto is for terminals, "
-                 "if NO_COLOR isn't set\n"
-                 "\n"
-                 "Example:\n"
-                 "  zanl-profile run design.zanx profile.mon report.json\n"
-                 "\n"
-                 "Exit status:\n"
-                 "  0  all went well\n"
-                 "  1  with --strict: lines of the capture were left out\n"
-                 "  2  wrong use, or something can't be read or written\n",
-                 "", "0"}));
-}
-
 } // namespace
