@@ -21,6 +21,18 @@ SOURCE_SUFFIXES = {".h", ".cpp"}
 # file that lies in none of these folders is a fault, so that a new folder gets a row.
 DESCRIPTIONS = ["src/board", "src/board/xml", "src/profiler", "src/xml", "zan_profiler"]
 TLY = ["tly/base", "tly/model", "tly/report", "tly/read", "tly/run"]
+PROFILE = [
+    "profile/base",
+    "profile/check",
+    "profile/columns",
+    "profile/compare",
+    "profile/metrics",
+    "profile/model",
+    "profile/read",
+    "profile/rules",
+    "profile/summary",
+    "profile/totals",
+]
 TOOLBOX = [
     "tools/zanl_profile",
     "tools/zanl_profile/base",
@@ -31,7 +43,7 @@ TOOLBOX = [
     "tools/zanl_profile/summary",
     "tools/zanl_profile/view",
 ]
-EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile", "profile/columns", *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
+EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, *PROFILE, *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
 ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
 LAYERS = [
     ("lib/contract", [], []),
@@ -46,19 +58,27 @@ LAYERS = [
     ("tly/report", ["lib/contract", "tly/base", "tly/model"], ["property tree"]),
     ("tly/read", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, "tly/base", "tly/model", "tly/report"], []),
     ("tly/run", ["lib/contract", "tly/base", "tly/model", "tly/report", "tly/read"], []),
-    ("profile", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY], []),
-    ("profile/columns", ["lib/contract", *TLY, "profile"], ["zlib"]),
-    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile"], []),
-    ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/check", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/diff", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/run", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("profile/base", [], []),
+    ("profile/model", ["tly/model", "profile/base"], []),
+    ("profile/read", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile/base", "profile/model"], []),
+    ("profile/totals", ["tly/base", "tly/model", "tly/report", "profile/base", "profile/model", "profile/read"], []),
+    ("profile/metrics", ["profile/base", "profile/model", "profile/totals"], []),
+    ("profile/rules", ["lib/contract", "tly/base", "profile/base", "profile/model"], []),
     (
-        "tools/zanl_profile/view",
-        ["lib/contract", "profile", "profile/columns", *TLY, "tools/zanl_profile/base"],
+        "profile/columns",
+        ["lib/contract", *TLY, *[folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")]],
         ["zlib"],
     ),
-    ("tools/zanl_profile/summary", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("profile/compare", ["profile/base", "profile/model"], []),
+    ("profile/check", ["lib/contract", *DESCRIPTIONS, *TLY, "profile/base", "profile/model", "profile/read"], []),
+    ("profile/summary", [folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")], []),
+    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile/model"], []),
+    ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/check", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/diff", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/summary", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/view", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], ["zlib"]),
     ("tools/zanl_profile", TOOLBOX, []),
     ("tests/**", EVERYTHING, ALL_LIBRARIES),
     ("bench/**", EVERYTHING, ALL_LIBRARIES),

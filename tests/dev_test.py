@@ -118,11 +118,9 @@ class Dev(unittest.TestCase):
         """A copy of the script, with the sample that the demo uses, where a build makes programs that do nothing."""
         self.lint_runs_on_stand_ins()
         (self.script.parent / "samples").mkdir()
-        self.stand_in("describe_report", "echo the report")
-        shutil.copy(self.programs / "describe_report", self.script.parent / "samples")
         commands = """
 for file in build/demo/zanl-profile-tly build/demo/tools/zanl_profile/zanl-profile; do
-    mkdir -p ${file%/*} && echo '#!/bin/sh' >$file && chmod +x $file
+    mkdir -p ${file%/*} && printf '#!/bin/sh\n[ "$1" != summary ] || echo the summary of $2\n' >$file && chmod +x $file
 done
 case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; esac
 """
@@ -134,11 +132,12 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertEqual((status, err), (0, ""))
         progress = [f"    {n} of 30 files built" for n in range(3, 31, 3)]
         self.assertEqual(out.splitlines()[:11], ["building both programs in build/demo", *progress])
-        self.assertIn("\nthe report\n", out)
+        summary = "$ zanl-profile summary build/demo/report.json\nthe summary of build/demo/report.json\n"
+        self.assertTrue(out.endswith(summary), out)
         self.assertNotIn("\r", out)
         programs = ["    build/demo/zanl-profile-tly", "    build/demo/tools/zanl_profile/zanl-profile"]
         self.assertEqual(out.split("The programs:\n")[1].splitlines()[:2], programs)
-        self.assertEqual(len(out.split("To try next:\n")[1].splitlines()), 2)
+        self.assertEqual(len(out.split("To try next:\n")[1].split("\n\n")[0].splitlines()), 2)
 
     def test_a_demo_that_does_not_build_shows_why(self):
         self.builds_on_stand_ins()

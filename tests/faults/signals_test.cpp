@@ -140,7 +140,7 @@ TEST_F(Signals, TheToolboxReportsAPipeWithoutReaderAndAFileThatIsTooLong) {
     EXPECT_EQ(shell("exec 3> >(exec true); wait $!; $T help >&3"),
               (Outcome{"", program + "can't write to standard output: Broken pipe\n", "2"}));
     // 100 blocks of 1 KiB.
-    EXPECT_EQ(shell("ulimit -f 100; $T package extract large.zanx -o to; rmdir to"),
+    EXPECT_EQ(shell("ulimit -f 100; $T package extract large.zanx -o to; [ ! -e to ]"),
               (Outcome{"", program + "can't write to 'to/x': File too large\n", "0"}));
     EXPECT_EQ(shell("ulimit -f 100; $T package create new.zanx x=large.zanx").status, "2");
     EXPECT_EQ(shell("ulimit -f 100; $T package copy large.zanx design.zanx x").status, "2");

@@ -95,7 +95,9 @@ class ToolboxFaults : public Traced<FaultTest>, public testing::WithParamInterfa
         const auto& [out, err, status] = run.outcome;
         EXPECT_EQ(status, "2");
         EXPECT_THAT(err, StartsWith("zanl-profile: can't "));
-        EXPECT_THAT(err, EndsWith(std::string(": ") + std::strerror(error) + "\n"));
+        // libelf has a text of its own for what it can't read.
+        EXPECT_THAT(err, testing::AnyOf(EndsWith(std::string(": ") + std::strerror(error) + "\n"),
+                                        EndsWith(": cannot read data from file\n")));
         EXPECT_EQ(std::ranges::count(err, '\n'), 1) << err;
         EXPECT_THAT(err, testing::Not(HasSubstr("unfinished-"))) << "a name that the user doesn't know";
         EXPECT_TRUE(whole.outcome.out.starts_with(out)) << out;
@@ -150,10 +152,12 @@ TEST_P(ToolboxFaults, AFullDiskLeavesAllAsItWas) {
     expect_all_or_nothing(Calls::writes, ENOSPC, true, "nothing");
 }
 
-// Where a folder can't have files without a name, which is asked for by opening the folder, a file has one.
+// Where a folder can't have files without a name, which is asked for by opening the folder, a file has one. A
+// folder of the stage that can't be opened in one step is opened in several.
 TEST_P(ToolboxFaults, AFileThatCannotBeOpenedLeavesAllAsItWas) {
-    expect_all_or_nothing(Calls::opens, EMFILE, false,
-                          "openat \\(temporary\\)|openat there/\\.unfinished-.*|openat (\\.|.*/)");
+    expect_all_or_nothing(
+        Calls::opens, EMFILE, false,
+        "openat \\(temporary\\)|openat there/\\.unfinished-.*|openat to\\.unfinished-.*|openat (\\.|.*/)");
 }
 
 // Files that were only read lose nothing; nor does one that has another descriptor open.
@@ -163,7 +167,7 @@ TEST_P(ToolboxFaults, AFailedCloseLeavesAllAsItWasOrDone) {
 
 // Permissions are kept where that is possible.
 TEST_P(ToolboxFaults, AnyOtherFailureLeavesAllAsItWas) {
-    expect_all_or_nothing(Calls::others, EIO, false, "f?chmod .*|newfstatat .*");
+    expect_all_or_nothing(Calls::others, EIO, false, "f?chmod .*|newfstatat .*|lseek .*");
 }
 
 TEST_P(ToolboxFaults, AnInterruptedCallIsMadeAgainOrReported) {

@@ -20,6 +20,8 @@ namespace {
 
 // Reports the faults that a tag has on each of its values; true if the value can be recorded.
 bool warn_of_faults(const ExtMemTag& tag, const TlyModuleInst& inst) {
+    if (tag.names_op && tag.fault == ExtMemTag::Fault::none)
+        return true;
     const MessageDetails details{
         .subject = tag.fault_text, .kernel = inst.getFunction(), .block = inst.getName()};
     if (!tag.names_op)

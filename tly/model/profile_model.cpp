@@ -7,6 +7,8 @@ ProfileModel::~ProfileModel() {
 
 void delete_kernels(const ProfileModel::Kernels& kernels) {
     for (const auto& [name, kernel] : kernels) {
+        if (!kernel)
+            continue; // there was no memory to make it
         for (const TlyModuleInst* inst : kernel->get_module_insts())
             delete inst;
         delete kernel;

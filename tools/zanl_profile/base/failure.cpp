@@ -5,8 +5,8 @@
 
 namespace zan::tool {
 
-Failure system_failure(const std::string& what) {
-    return Failure(what + ": " + std::strerror(errno));
+SystemFailure system_failure(const std::string& what) {
+    return SystemFailure(what + ": " + std::strerror(errno));
 }
 
 } // namespace zan::tool

@@ -28,7 +28,13 @@ struct QuietEnd {
     int status = status_no;
 };
 
+// A failure that the system reported, and no fault of a file as such.
+class SystemFailure : public Failure {
+  public:
+    using Failure::Failure;
+};
+
 // A failure of a system call, with errno's reason: "can't open 'design.zanx': No such file or directory".
-Failure system_failure(const std::string& what);
+SystemFailure system_failure(const std::string& what);
 
 } // namespace zan::tool

@@ -14,7 +14,7 @@ namespace zan::tool {
 
 namespace {
 
-constexpr int folder_flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr int tree_flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 // The beginning of an entry as getdents64() writes it; the name follows.
 struct EntryHead {
@@ -50,7 +50,7 @@ class Remover {
 
   private:
     void move_to(const char* name) {
-        const int next = ::openat(m_folder, name, folder_flags);
+        const int next = ::openat(m_folder, name, tree_flags);
         ::close(m_folder);
         m_folder = next;
     }
@@ -81,7 +81,7 @@ class Remover {
             ++m_removed;
             return false;
         }
-        const int folder = ::openat(m_folder, name, folder_flags);
+        const int folder = ::openat(m_folder, name, tree_flags);
         if (folder < 0)
             return false;
         ::close(m_folder);
@@ -100,7 +100,7 @@ class Remover {
 void remove_tree(const char* path) {
     if (::unlink(path) == 0)
         return;
-    const int folder = ::open(path, folder_flags);
+    const int folder = ::open(path, tree_flags);
     if (folder < 0)
         return;
     Remover(folder).run();

@@ -64,21 +64,32 @@ StagedFolder::StagedFolder(const std::string& target) : m_target(target) {
         m_target.pop_back();
     std::error_code error;
     m_target_exists = fs::exists(m_target, error);
-    if (!m_target_exists)
+    if (!error && !m_target_exists)
         fs::create_directories(parent_of(m_target), error);
     // Beside the target, or inside it if it exists, so that no rename() crosses the border of a file system.
     m_stage = m_target + (m_target_exists ? "/" : "") + unfinished_suffix;
-    const SignalsHeld held;
-    if (error || !::mkdtemp(m_stage.data())) {
+    const auto failure = [&] {
         m_stage.clear();
-        throw system_failure("can't write to the folder " + in_quotes(target));
+        return system_failure("can't write to the folder " + in_quotes(target));
+    };
+    if (error) {
+        errno = error.value();
+        throw failure();
     }
+    const SignalsHeld held;
+    if (!::mkdtemp(m_stage.data()))
+        throw failure();
     m_removed.emplace(m_stage);
     try {
         m_place.emplace(open_root(m_stage));
     } catch (const Failure&) {
+        const int reason = errno;
         ::rmdir(m_stage.c_str());
-        throw system_failure("can't write to the folder " + in_quotes(target));
+        errno = reason;
+        throw failure();
+    } catch (...) {
+        ::rmdir(m_stage.c_str());
+        throw;
     }
 }
 
@@ -213,9 +224,11 @@ std::vector<std::string> StagedFolder::move_entries(int target, const std::strin
         const char* const name = entry.name.c_str();
         struct stat status;
         // A folder would take the place of an empty one, and with it its permissions.
-        if (entry.is_folder && ::fstatat(target, name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+        const bool is_there = entry.is_folder && ::fstatat(target, name, &status, AT_SYMLINK_NOFOLLOW) == 0;
+        const bool is_unknown = entry.is_folder && !is_there && errno != ENOENT;
+        if (is_there)
             folders.push_back(entry.name);
-        else if (::renameat(stage, name, target, name) != 0)
+        else if (is_unknown || ::renameat(stage, name, target, name) != 0)
             throw system_failure("can't write " + in_quotes(target_name + "/" + entry.name));
     }
     // A folder may be one that can be written to but not read.

@@ -173,16 +173,14 @@ void diff(DiffOptions options, const Console& console) {
 
 void define_diff(CLI::App& app, Console& console) {
     const auto options = std::make_shared<DiffOptions>();
-    app.add_option(
-           "INPUT", options->inputs,
-           "BASE and NEW: a report, a saved summary, or a package and its capture; '-' is standard input")
+    app.add_option("INPUT", options->inputs,
+                   "BASE and NEW: a report, a saved summary, or a package and its capture")
         ->required();
     app.add_option("--match", options->match, "match blocks by name, or by source where names are generated")
         ->type_name("HOW");
     app.add_option("--format", options->format, "text, markdown or json")->type_name("FORMAT");
-    app.add_option(
-           "--fail-on", options->rules,
-           "exit with 1 if a metric rises (+) or falls (-) by more: kernel_time:+3%, stall:+5 (points)")
+    app.add_option("--fail-on", options->rules,
+                   "exit with 1 if a metric changes by more: kernel_time:+3%, stall:+5")
         ->type_name("RULE");
     app.add_option("--kernel", options->kernels, "only this kernel and its blocks")->type_name("NAME");
     app.add_option("--block", options->blocks, "of blocks only those of this name, or KERNEL/NAME")

@@ -82,15 +82,15 @@ class ViewMaker {
             return;
         }
         if (subject.has_moved())
-            m_view.moved.push_back(label_of(subject) + ": " + place_text(subject.old_place) + ", now " +
-                                   place_text(subject.new_place));
+            m_view.moved.push_back(label_of(subject) + ": " + source_place_text(subject.old_place) +
+                                   ", now " + source_place_text(subject.new_place));
         for (const MetricChange& change : subject.changes)
             add_change(label_of(subject), row_of(change.metric), change);
     }
 
     void add_to_one_run(bool is_new, const std::string& what, const SourcePlace& place) {
         auto& list = is_new ? m_view.appeared : m_view.disappeared;
-        list.push_back(place.file.empty() ? what : what + " (" + place_text(place) + ")");
+        list.push_back(place.file.empty() ? what : what + " (" + source_place_text(place) + ")");
     }
 
     void add_change(const std::string& subject, const MetricRow& row, const MetricChange& change) {

@@ -96,9 +96,8 @@ void define_create(CLI::App& app, Console&) {
     app.add_option("OUT", options->package, "the package to make; a package of its name is replaced")
         ->required();
     add_named_files(app, options->sections);
-    app.add_option(
-           "--from", options->from,
-           "take the files in DIR/sections, or in DIR if that is its name: 'version' becomes '.zan.version'")
+    app.add_option("--from", options->from,
+                   "take the files in DIR/sections, or in DIR: 'version' is '.zan.version'")
         ->type_name("DIR");
     app.add_flag("-f,--force", options->force, "replace a file that is no package, too");
     app.callback([options] { create_package(*options); });

@@ -20,6 +20,8 @@ bool is_package(const std::string& path) {
         const PackageFile package(path);
         package.check_editable(); // a program is none
         return true;
+    } catch (const SystemFailure&) {
+        throw; // a file that can't be read may be one
     } catch (const Failure&) {
         return false;
     }

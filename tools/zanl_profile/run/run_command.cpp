@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
 #include <optional>
 
@@ -16,6 +15,7 @@
 #include "json_output.h"
 #include "json_writer.h"
 #include "progress.h"
+#include "run_input.h"
 #include "run_reader.h"
 #include "unfinished_file.h"
 #include "value_text.h"
@@ -153,13 +153,13 @@ class DescriptorTarget final : public ByteTarget {
 // The report until it is whole.
 class UnfinishedReport {
   public:
-    explicit UnfinishedReport(const std::string& name) : m_name(name) {
+    explicit UnfinishedReport(const std::string& name) {
         if (name != standard_stream)
             m_file.emplace(name);
-        else if (m_copy.reset(std::tmpfile()); !m_copy)
+        else if (m_copy = Descriptor(profile::open_temporary()); m_copy.get() < 0)
             throw system_failure("can't make a temporary file");
     }
-    int fd() const { return m_file ? m_file->fd() : ::fileno(m_copy.get()); }
+    int fd() const { return m_file ? m_file->fd() : m_copy.get(); }
     void commit() {
         if (m_file) {
             m_file->commit();
@@ -172,9 +172,8 @@ class UnfinishedReport {
     }
 
   private:
-    const std::string& m_name;
     std::optional<UnfinishedFile> m_file;
-    FileStream m_copy;
+    Descriptor m_copy;
 };
 
 std::uint64_t size_of(const std::string& name) {

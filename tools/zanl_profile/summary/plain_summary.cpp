@@ -1,7 +1,5 @@
 #include "plain_summary.h"
 
-#include <array>
-#include <charconv>
 #include <initializer_list>
 #include <optional>
 #include <string_view>
@@ -10,6 +8,7 @@
 #include "printable.h"
 #include "summary_fields.h"
 #include "summary_rows.h"
+#include "value_text.h"
 
 namespace zan::tool {
 
@@ -18,11 +17,7 @@ using namespace profile;
 namespace {
 
 std::string plain_number(const Value& value) {
-    if (!value)
-        return "-";
-    std::array<char, 32> digits;
-    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), *value);
-    return {digits.data(), written.ptr};
+    return value ? exact_text(*value) : "-";
 }
 
 // Lines of fields. Tabs in texts are made visible, as all control characters are.

@@ -124,10 +124,8 @@ void summarize_run(const SummaryOptionTexts& options, const Console& console) {
 
 void define_summary(CLI::App& app, Console& console) {
     const auto options = std::make_shared<SummaryOptionTexts>();
-    app.add_option(
-           "INPUT", options->inputs,
-           "a report, a saved summary, or a package (*zanx) and its capture; '-' is standard input; several "
-           "runs of one design are merged")
+    app.add_option("INPUT", options->inputs,
+                   "a report, a saved summary, or a package (*zanx) and its capture")
         ->required();
     app.add_option("--kernel", options->kernel, "show this kernel alone")->type_name("NAME");
     app.add_option("--sort", options->sort, "sort blocks by this metric, greatest first")

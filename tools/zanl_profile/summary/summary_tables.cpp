@@ -57,9 +57,12 @@ std::string answers_text(const ProfileSummary& summary, const SummaryView& view)
         {"On which line?               ", &summary.answers.source},
         {"Is memory the reason?        ", &summary.answers.memory}};
     std::string text;
-    for (const auto& [question, answer] : answers)
+    for (const auto& [question, answer] : answers) {
+        const std::string_view name = question;
+        const std::string lines = wrapped(printable(*answer), view.width, name.size());
         text += styled(question, Style::faint, view.colors) +
-                styled(printable(*answer), Style::strong, view.colors) + "\n";
+                styled(lines.substr(std::min(name.size(), lines.size())), Style::strong, view.colors) + "\n";
+    }
     return text;
 }
 
@@ -73,41 +76,52 @@ std::string span_text(const ProfileSummary& summary) {
            "\n";
 }
 
+// Those that took most of the time first, and autorun kernels last.
+std::vector<const KernelSummary*> shown_kernels(const ProfileSummary& summary, const SummaryView& view,
+                                                const std::optional<int>& device) {
+    std::vector<const KernelSummary*> kernels;
+    for (const KernelSummary& kernel : summary.kernels) {
+        if (is_shown(kernel, view, device))
+            kernels.push_back(&kernel);
+    }
+    std::ranges::stable_sort(kernels, {}, [](const KernelSummary* kernel) {
+        return std::pair(kernel->autorun,
+                         kernel->autorun ? 0.0 : -kernel->metrics[Metric::kernel_total].value_or(0));
+    });
+    return kernels;
+}
+
 // Times of autorun kernels say nothing, so these have the part of it in which they had no work.
 SummaryPart kernels_part(const ProfileSummary& summary, const SummaryView& view,
                          const std::optional<int>& device) {
-    SummaryPart part({{"KERNEL", Align::left, 16},
-                      {"TIMES", Align::right},
-                      {"MEDIAN", Align::right},
-                      {"P95", Align::right},
-                      {"TOTAL", Align::right},
-                      {"BUSY", Align::right},
-                      {"ALONE", Align::right},
-                      {"WAITING", Align::right},
-                      {"SOURCE"}});
-    std::size_t num_rows = 0;
-    for (const KernelSummary& kernel : summary.kernels) {
-        if (!is_shown(kernel, view, device))
-            continue;
-        if (!view.top && num_rows++ >= usual_rows.kernels) {
-            part.num_hidden++;
-            continue;
-        }
+    const auto kernels = shown_kernels(summary, view, device);
+    const bool any_autorun = !kernels.empty() && kernels.back()->autorun;
+    std::vector<TableColumn> columns = {
+        {"KERNEL", Align::left, 16}, {"TIMES", Align::right}, {"MEDIAN", Align::right}, {"P95", Align::right},
+        {"TOTAL", Align::right},     {"BUSY", Align::right},  {"ALONE", Align::right}};
+    if (any_autorun)
+        columns.push_back({"WAITING", Align::right});
+    columns.push_back({"SOURCE"});
+    SummaryPart part(std::move(columns));
+    const std::size_t num_shown = view.top ? kernels.size() : std::min(kernels.size(), usual_rows.kernels);
+    for (std::size_t i = 0; i < num_shown; i++) {
+        const KernelSummary& kernel = *kernels[i];
         const auto time = [&](Metric metric) {
             return TableCell{kernel.autorun ? "-" : time_cell(summary, kernel.metrics[metric])};
         };
         const Value alone = kernel.autorun ? Value() : kernel.metrics[Metric::alone];
-        part.table.add_row({{kernel_cell(kernel)},
-                            {kernel.autorun ? "autorun" : std::to_string(kernel.num_invocations)},
-                            time(Metric::kernel_time),
-                            time(Metric::kernel_p95),
-                            time(Metric::kernel_total),
-                            {percent_cell(kernel.metrics[Metric::busy])},
-                            {percent_cell(alone)},
-                            {percent_cell(kernel.metrics[Metric::waiting])},
-                            {place_cell(kernel.source, view.short_sources)}});
+        std::vector<TableCell> cells = {
+            {kernel_cell(kernel)},      {kernel.autorun ? "autorun" : std::to_string(kernel.num_invocations)},
+            time(Metric::kernel_time),  time(Metric::kernel_p95),
+            time(Metric::kernel_total), {percent_cell(kernel.metrics[Metric::busy])},
+            {percent_cell(alone)}};
+        if (any_autorun)
+            cells.push_back({percent_cell(kernel.metrics[Metric::waiting])});
+        cells.push_back({place_cell(kernel.source, view.short_sources)});
+        part.table.add_row(std::move(cells));
     }
-    part.hidden_words = "more kernels";
+    part.num_hidden = kernels.size() - num_shown;
+    part.hidden_words = "more kernels; --top shows them";
     return part;
 }
 
@@ -216,7 +230,7 @@ SummaryPart loops_part(const ProfileSummary& summary, const SummaryView& view,
                             cycles(Metric::net),
                             {source_cell(*loop.block, view.short_sources)}});
     }
-    part.hidden_words = "more loops";
+    part.hidden_words = "more loops; --top shows them";
     return part;
 }
 
@@ -253,7 +267,7 @@ SummaryPart memories_part(const ProfileSummary& summary, const SummaryView& view
                             share(Metric::memory_max),
                             bounded(percent_cell(memory.metrics[Metric::memory_full]))});
     }
-    part.hidden_words = "more memories";
+    part.hidden_words = "more memories; --top shows them";
     return part;
 }
 
@@ -277,7 +291,7 @@ SummaryPart transfers_part(const ProfileSummary& summary, const SummaryView& vie
                             {time_cell(summary, transfer.median)},
                             {percent_cell(transfer.busy)}});
     }
-    part.hidden_words = "more kinds of transfers";
+    part.hidden_words = "more kinds of transfers; --top shows them";
     return part;
 }
 

@@ -21,11 +21,11 @@ struct SummaryView {
 // How many rows a table has at most if nothing else is asked for: together with headings and empty lines 45
 // lines, sentences and notes aside.
 struct TableRows {
-    std::size_t kernels = 8;
-    std::size_t blocks = 9;
-    std::size_t memories = 4;
-    std::size_t loops = 4;
-    std::size_t transfers = 4;
+    std::size_t kernels = 7;
+    std::size_t blocks = 8;
+    std::size_t memories = 3;
+    std::size_t loops = 3;
+    std::size_t transfers = 3;
 };
 
 // The answers and tables. What isn't known is "-". Each device has its own tables of kernels, blocks and

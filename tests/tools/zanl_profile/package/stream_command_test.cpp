@@ -1,6 +1,7 @@
 // Directory streams by the toolbox: pack and unpack.
 #include <sys/stat.h>
 
+#include "address_sanitized.h"
 #include "stream_records.h"
 #include "toolbox_fixture.h"
 
@@ -303,7 +304,7 @@ TEST_F(StreamCommand, ADryRunListsWhatWouldBeWritten) {
     EXPECT_TRUE(tree() == before);
 }
 
-#ifndef __SANITIZE_ADDRESS__ // which keeps memory that was freed
+#ifndef ZAN_ADDRESS_SANITIZED // the sanitizer keeps memory that was freed
 // A list that is printed at its end took 330 MB for a million of them.
 TEST_F(StreamCommand, ADryRunOfVeryManyEntriesTakesLittleMemory) {
     std::vector<Record> records;
