@@ -116,7 +116,7 @@ PortColumns::PortColumns(const PortNode& node, ChunkStore& store)
 std::int64_t Columns::relative(std::int64_t time) {
     if (!m_base)
         m_base = time;
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time) - static_cast<std::uint64_t>(*m_base));
+    return wrapped_difference(time, *m_base);
 }
 
 void Columns::begin_kernel(const KernelNode& node, std::size_t kernel) {
@@ -204,19 +204,21 @@ Column* Columns::column_of(BlockColumns& block, BlockSeries which, const NodeArr
 }
 
 // The exact values of some hundred samples.
-void Columns::add_values(Column& column, BlockSeries which, const NodeArrays& arrays, std::size_t begin,
-                         std::size_t count) {
+void Columns::add_values(Column& column, BlockSeries which, const NodeArrays& arrays,
+                         const SampleTimes& times, std::size_t begin, std::size_t count) {
     const SeriesRowOf& row = row_of_series(which);
     if (row.counts != Counts::count) {
         std::array<long long, samples_in_block> numbers;
         arrays[row.counts].read(begin, count, numbers.data());
         for (std::size_t i = 0; i < count; ++i)
             column.series.add(std::int64_t{numbers[i]});
+        count_left_out(column.sums, numbers.data(), times, count);
     } else {
         std::array<float, samples_in_block> numbers;
         arrays[row.rates].read(begin, count, numbers.data());
         for (std::size_t i = 0; i < count; ++i)
             column.series.add(numbers[i]);
+        count_left_out(column.sums, numbers.data(), times, count);
     }
 }
 
@@ -240,7 +242,7 @@ void Columns::block(const BlockNode& node) {
             const std::size_t size =
                 row.counts == Counts::count ? node.arrays[row.rates].size() : node.arrays[row.counts].size();
             const std::size_t count = std::min(times.size, size - std::min(size, begin));
-            add_values(*columns[k], which, node.arrays, begin, count);
+            add_values(*columns[k], which, node.arrays, times, begin, count);
             for (std::size_t i = 0; i < count; ++i)
                 add_sample(*columns[k], which, times, samples, i);
         }

@@ -137,8 +137,8 @@ class Columns {
     BlockColumns& block_named(const std::string& name);
     PortColumns& port_of(const PortNode& node);
     Column* column_of(BlockColumns& block, BlockSeries which, const NodeArrays& arrays);
-    void add_values(Column& column, BlockSeries which, const NodeArrays& arrays, std::size_t begin,
-                    std::size_t count);
+    void add_values(Column& column, BlockSeries which, const NodeArrays& arrays, const SampleTimes& times,
+                    std::size_t begin, std::size_t count);
 
     ChunkStore& m_store;
     std::vector<std::unique_ptr<KernelColumns>> m_kernels;

@@ -19,6 +19,14 @@ inline constexpr int max_decimals = 9;
 // 9 · 10^18, with its sign.
 Decimal decimal_of(float value);
 
+// Modulo 2^64: times of a hostile report may be as far apart as numbers can be.
+inline std::int64_t wrapped_sum(std::int64_t a, std::int64_t b) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
+}
+inline std::int64_t wrapped_difference(std::int64_t a, std::int64_t b) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) - static_cast<std::uint64_t>(b));
+}
+
 // 10^exponent for 0 to 18.
 std::int64_t power_of_ten(int exponent);
 

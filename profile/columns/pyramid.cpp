@@ -29,6 +29,13 @@ void Pyramid::finish() {
         close();
 }
 
+void Pyramid::shift(double offset) {
+    for (std::size_t i = 0; i < m_least.size(); ++i) {
+        m_least[i] += offset;
+        m_sums[i] += offset * m_weights[i];
+    }
+}
+
 void Pyramid::close() {
     const double before = m_least.empty() ? 0.0 : m_least.back();
     m_least.push_back(m_has_shown ? m_low : before);

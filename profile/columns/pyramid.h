@@ -20,6 +20,8 @@ class Pyramid {
     void fill_up_to(std::uint64_t length);
     // Closes the last entry.
     void finish();
+    // As if `offset` had been added to each value, of weight 1. After finish().
+    void shift(double offset);
 
     std::uint64_t size() const { return m_size; }
     bool all_count() const { return m_all_count; }

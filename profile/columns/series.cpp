@@ -22,9 +22,13 @@ bool fits(std::int64_t units, int by) {
     return units <= limit && units >= -limit;
 }
 
-std::int64_t rounded_off(std::int64_t units, int by) {
-    const std::int64_t divisor = power_of_ten(by);
-    return (units + (units < 0 ? -divisor : divisor) / 2) / divisor;
+// With that many decimals more, which must fit, or fewer, which are rounded off.
+std::int64_t rescaled(std::int64_t units, int by) {
+    if (by >= 0)
+        return scaled(units, by);
+    const std::int64_t divisor = power_of_ten(-by);
+    const std::int64_t rest = units % divisor;
+    return units / divisor + (rest >= divisor - rest ? 1 : -rest >= divisor + rest ? -1 : 0);
 }
 
 Mark mark_of(float value) {
@@ -110,14 +114,12 @@ void Series::fill_up_to(std::uint64_t length) {
 void Series::add_decimal(const Decimal& decimal) {
     if (decimal.digits > m_digits)
         raise_digits(decimal.digits);
-    const int more = m_digits - decimal.digits;
-    std::int64_t units = decimal.units;
-    if (more < 0)
-        units = rounded_off(units, -more);
-    else if (fits(units, more))
-        units = scaled(units, more);
-    else
-        units = units < 0 ? -most_units : most_units; // shown as rounded, as all numbers above 2^53
+    int more = m_digits - decimal.digits;
+    while (more > 0 && !fits(decimal.units, more))
+        --more;
+    if (decimal.digits + more < m_digits)
+        change_digits(std::max(decimal.digits + more, 0));
+    const std::int64_t units = rescaled(decimal.units, m_digits - decimal.digits);
     m_least = m_has_numbers ? std::min(m_least, units) : units;
     m_greatest = m_has_numbers ? std::max(m_greatest, units) : units;
     m_has_numbers = true;
@@ -129,14 +131,19 @@ void Series::add_decimal(const Decimal& decimal) {
 void Series::raise_digits(int digits) {
     while (digits > m_digits && !(fits(m_least, digits - m_digits) && fits(m_greatest, digits - m_digits)))
         --digits;
+    change_digits(digits);
+}
+
+// Those in the store change when they are read again.
+void Series::change_digits(int digits) {
     const int more = digits - m_digits;
     if (more == 0)
         return;
     for (std::int64_t& units : m_open)
-        units = scaled(units, more);
-    m_last = scaled(m_last, more);
-    m_least = scaled(m_least, more);
-    m_greatest = scaled(m_greatest, more);
+        units = rescaled(units, more);
+    m_last = rescaled(m_last, more);
+    m_least = rescaled(m_least, more);
+    m_greatest = rescaled(m_greatest, more);
     m_digits = digits;
 }
 
@@ -180,7 +187,7 @@ std::vector<std::int64_t> Series::all_open() {
         const auto part = std::span(values).subspan(place, extent.values);
         m_store->get_plain(extent.offset, part);
         for (std::int64_t& units : part)
-            units = scaled(units, m_digits - extent.digits);
+            units = rescaled(units, m_digits - extent.digits);
         place += extent.values;
     }
     values.insert(values.end(), m_open.begin(), m_open.end());
@@ -197,8 +204,8 @@ void Series::finish(std::int64_t offset) {
     m_held = 0;
     m_open = {};
     change_chunks(offset);
-    m_least += offset;
-    m_greatest += offset;
+    m_least = wrapped_sum(m_least, offset);
+    m_greatest = wrapped_sum(m_greatest, offset);
 }
 
 void Series::change_chunks(std::int64_t offset) {
@@ -210,7 +217,7 @@ void Series::change_chunks(std::int64_t offset) {
         values.resize(chunk.values);
         m_store->get(chunk, values);
         for (std::int64_t& units : values)
-            units = scaled(units, more) + offset;
+            units = wrapped_sum(rescaled(units, more), offset);
         chunk = m_store->put(values, m_digits);
     }
 }

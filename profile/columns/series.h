@@ -30,8 +30,9 @@ struct SeriesDigest {
 };
 
 // Takes values one after the other, and packs each chunk as it fills. Values have the most decimals that one
-// of them needs; chunks that were packed with fewer are packed again at the end. Memory: 8 bytes for each
-// value that isn't packed, and where the store is full, none.
+// of them needs, but fewer where the largest one would pass 9 · 10^18 units; chunks that were packed with
+// others are packed again at the end. Memory: 8 bytes for each value that isn't packed, and where the store
+// is full, none.
 class Series {
   public:
     // The store must live as long as the series.
@@ -65,6 +66,7 @@ class Series {
   private:
     void add_decimal(const Decimal& decimal);
     void raise_digits(int digits);
+    void change_digits(int digits);
     void push(std::int64_t units);
     void pack();
     void move_to_store();

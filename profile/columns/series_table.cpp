@@ -46,6 +46,7 @@ int SeriesTable::add(Series series, Pyramid& pyramid, int shown_digits, std::int
         m_rows.push_back(std::move(copy));
     }
     pyramid.finish();
+    pyramid.shift(static_cast<double>(offset));
     const int digits = m_rows[static_cast<std::size_t>(number)].digits;
     std::vector<int> levels{add_level(pyramid.least(), shown_digits),
                             add_level(pyramid.range(), shown_digits), add_level(pyramid.sums(), digits)};

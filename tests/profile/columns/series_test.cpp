@@ -103,10 +103,17 @@ TEST_F(SeriesTest, AddsAnOffsetToEachValue) {
 TEST_F(SeriesTest, LargeNumbersKeepFewerDecimals) {
     Series series(store);
     series.add(0.5f);
-    series.add(1e18f); // 10^18 has room for no decimals: 0.5 becomes 5 tenths, and it 9 · 10^18 tenths
+    series.add(-0.25f);
+    series.add(1e18f); // 10^18 has room for no decimals: 0.5 is rounded to 1, -0.25 to 0
     series.finish();
-    EXPECT_EQ(series.digits(), 1);
-    EXPECT_EQ(values_of(series), (std::vector<std::int64_t>{5, 9'000'000'000'000'000'000}));
+    EXPECT_EQ(series.digits(), 0);
+    EXPECT_EQ(values_of(series), (std::vector<std::int64_t>{1, 0, 1'000'000'000'000'000'000}));
+    Series some(store);
+    some.add(0.000000125f);
+    some.add(1e10f); // 10^19 units of 10^-9 are too many, 10^18 of 10^-8 aren't
+    some.finish();
+    EXPECT_EQ(some.digits(), 8);
+    EXPECT_EQ(values_of(some), (std::vector<std::int64_t>{13, 1'000'000'000'000'000'000}));
     Series other(store);
     other.add(1e18f);
     other.add(0.5f); // rounded to a whole number

@@ -103,7 +103,7 @@ void define_view(CLI::App& app, Console& console) {
         ->required();
     app.add_option("-o,--output", arguments->output, "the page to be written")->type_name("FILE")->required();
     app.add_option("--base", arguments->base,
-                   "a run to compare with: a report; of a package and its capture each has its own --base")
+                   "a run to compare with; a package and its capture have a --base each")
         ->type_name("INPUT");
     app.add_option("--source", arguments->source, "show the source files that are below this folder")
         ->type_name("FOLDER");

@@ -11,6 +11,7 @@
 
 #include "block_facts.h"
 #include "rules_reader.h"
+#include "series_json.h"
 
 namespace zan::tool {
 
@@ -44,7 +45,7 @@ class HeadWriter {
           m_profile(profile),
           m_summary(profile.summary),
           m_table(table),
-          m_offset(profile.columns.base() - start_of(profile.summary)) {}
+          m_offset(profile::wrapped_difference(profile.columns.base(), start_of(profile.summary))) {}
 
     void write(std::span<const std::string> sources);
 
@@ -69,7 +70,6 @@ class HeadWriter {
     void write_facts(const KernelSummary& kernel, const BlockSummary& block);
     void write_ports(const KernelSummary& kernel, KernelColumns& columns);
     void write_transfers();
-    void write_series();
 
     int add(Column& column, std::uint64_t length, int shown_digits, std::int64_t offset = 0);
     int add_integers(std::span<const std::int64_t> values);
@@ -113,7 +113,8 @@ void HeadWriter::write(std::span<const std::string> sources) {
     m_json.end_array();
     write_transfers();
     write_run();
-    write_series();
+    m_json.key("series");
+    write_series_table(m_json, m_table);
     m_json.key("sources").begin_object();
     std::size_t chunk = m_table.chunks().size();
     for (const std::string& file : sources)
@@ -129,7 +130,7 @@ void HeadWriter::write(std::span<const std::string> sources) {
 // After all series, whose values it counts.
 void HeadWriter::write_run() {
     m_json.key("run").begin_object();
-    m_json.key("report").text(m_summary.input.substr(m_summary.input.rfind('/') + 1));
+    m_json.key("report").text(shown_name(m_summary.input));
     m_json.key("version").text(m_summary.program_version);
     m_json.key("zanx").text(m_summary.zanx_version);
     m_json.key("fmax").text(m_summary.clock_text);
@@ -236,8 +237,8 @@ void HeadWriter::write_invocations(KernelColumns& columns) {
     const std::vector<profile::InvocationColumn>& invocations = columns.invocations;
     std::array<std::vector<std::int64_t>, 4> values;
     for (const profile::InvocationColumn& invocation : invocations) {
-        values[0].push_back(invocation.start + m_offset);
-        values[1].push_back(invocation.end + m_offset);
+        values[0].push_back(profile::wrapped_sum(invocation.start, m_offset));
+        values[1].push_back(profile::wrapped_sum(invocation.end, m_offset));
         values[2].push_back(static_cast<std::int64_t>(invocation.first));
         values[3].push_back(static_cast<std::int64_t>(invocation.shared));
     }
@@ -419,62 +420,11 @@ void HeadWriter::write_transfers() {
     m_json.end_object();
 }
 
-// Columns of the table, each an array of one entry a series.
-void HeadWriter::write_series() {
-    const std::vector<profile::SeriesRow>& rows = m_table.rows();
-    const auto column = [&](std::string_view name, auto&& write_one) {
-        m_json.key(name).begin_array();
-        for (const profile::SeriesRow& row : rows)
-            write_one(row);
-        m_json.end_array();
-    };
-    m_json.key("series").begin_object();
-    column("n", [&](const auto& row) { m_json.count(row.size); });
-    column("chunk", [&](const auto& row) { m_json.integer(row.first_chunk); });
-    column("digits", [&](const auto& row) { m_json.integer(row.digits); });
-    column("enc", [&](const auto& row) {
-        m_json.begin_array();
-        for (const int encoding : row.encodings)
-            m_json.integer(encoding);
-        m_json.end_array();
-    });
-    const auto bound = [&](const auto& row, std::int64_t units) {
-        if (row.has_numbers)
-            m_json.decimal(units, row.digits);
-        else
-            m_json.number(Value());
-    };
-    column("min", [&](const auto& row) { bound(row, row.least); });
-    column("max", [&](const auto& row) { bound(row, row.greatest); });
-    m_json.key("marks").begin_object();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        if (rows[i].marks.empty())
-            continue;
-        m_json.key(std::to_string(i)).begin_array();
-        for (const profile::MarkRun& run : rows[i].marks) {
-            m_json.begin_array();
-            m_json.count(run.from);
-            m_json.count(run.count);
-            m_json.integer(static_cast<int>(run.mark));
-            m_json.end_array();
-        }
-        m_json.end_array();
-    }
-    m_json.end_object();
-    m_json.key("pyramid").begin_object();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        if (rows[i].pyramid.empty())
-            continue;
-        m_json.key(std::to_string(i)).begin_array();
-        for (const int level : rows[i].pyramid)
-            m_json.integer(level);
-        m_json.end_array();
-    }
-    m_json.end_object();
-    m_json.end_object();
-}
-
 } // namespace
+
+std::string shown_name(const std::string& input) {
+    return input == "-" ? "standard input" : input.substr(input.rfind('/') + 1);
+}
 
 void write_head(PageJson& json, ProfileColumns& profile, SeriesTable& table,
                 std::span<const std::string> sources) {

@@ -10,6 +10,9 @@
 
 namespace zan::tool {
 
+// What a page calls its input: the file's name without its folder.
+std::string shown_name(const std::string& input);
+
 // Writes the head of a page as a JSON object: the run, its memories, kernels and transfers, and the table of
 // all series, which move from the profile into `table`. `sources`: the names of the files whose texts are the
 // chunks after those of the series. docs/viewer.md has each key.

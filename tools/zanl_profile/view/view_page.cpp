@@ -2,6 +2,8 @@
 // store until it is written.
 #include "view_page.h"
 
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
 #include <zlib.h>
 
 #include <charconv>
@@ -45,31 +47,30 @@ std::string packed_text(const std::string& text) {
     return bytes;
 }
 
-// JSON in which no text can end its element.
+// JSON as a page holds it: without blanks, and no text of it can end its element.
 std::string safe_json(std::string_view json) {
     PageJsonText text;
-    for (const char c : json)
-        text.Put(c);
+    rapidjson::Writer<PageJsonText> writer(text);
+    rapidjson::MemoryStream stream(json.data(), json.size());
+    const rapidjson::ParseResult result = rapidjson::Reader().Parse(stream, writer);
+    ZAN_CONTRACT(!result.IsError(), "the rules are JSON");
     return text.text();
 }
 
+// {"stall": ["percent", "less"], ...}: unit and direction by name.
 std::string metrics_json() {
-    constexpr std::string_view scopes[] = {"block", "kernel", "memory", "run"};
     constexpr std::string_view units[] = {"percent", "time", "cycles", "megabytes_per_second",
                                           "bytes",   "words"};
     constexpr std::string_view directions[] = {"more", "less", "neither"};
     PageJson json;
-    json.begin_array();
+    json.begin_object();
     for (const profile::MetricRow& row : profile::metric_table()) {
-        json.begin_object();
-        json.key("name").text(row.name);
-        json.key("scope").text(scopes[static_cast<std::size_t>(row.scope)]);
-        json.key("unit").text(units[static_cast<std::size_t>(row.unit)]);
-        json.key("better").text(directions[static_cast<std::size_t>(row.better)]);
-        json.key("meaning").text(row.meaning);
-        json.end_object();
+        json.key(row.name).begin_array();
+        json.text(units[static_cast<std::size_t>(row.unit)]);
+        json.text(directions[static_cast<std::size_t>(row.better)]);
+        json.end_array();
     }
-    json.end_array();
+    json.end_object();
     return json.result();
 }
 
@@ -140,8 +141,7 @@ void write_page(PageOutput& out, ProfileColumns& profile, std::span<const PageSo
         base_part.emplace(*base, std::span<const PageSource>());
     const auto fill = [&](std::string_view place) {
         if (place == "title") {
-            const std::string& input = profile.summary.input;
-            out.write(html_text(input.substr(input.rfind('/') + 1)));
+            out.write(html_text(shown_name(profile.summary.input)));
         } else if (place == "head") {
             out.write(part.head());
         } else if (place == "base") {

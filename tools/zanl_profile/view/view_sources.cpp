@@ -40,7 +40,9 @@ bool is_below(const fs::path& path, const fs::path& folder) {
 
 // Empty if the file can be shown; `text` then has its bytes.
 std::string read_source(const fs::path& folder, const std::string& name, std::string& text) {
-    if (fs::path(name).is_absolute() || name.find('\0') != std::string::npos)
+    if (name.find('\0') != std::string::npos)
+        return "no file can have its name";
+    if (fs::path(name).is_absolute())
         return "its name is absolute";
     std::error_code error;
     const fs::path path = fs::canonical(folder / name, error);
