@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # A text file of the sources as a constant of a program, so that the program needs no file when it runs.
 #
 # As a script: cmake -DINPUT=... -DOUTPUT=... -DNAME=... -P embed_text.cmake writes the C++ source.

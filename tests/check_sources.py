@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Checks what a compiler doesn't: who includes whom, cycles, the language of pages and comments, and the layout.
+# SPDX-License-Identifier: Apache-2.0
+"""Checks what a compiler doesn't: who includes whom, cycles, the language of pages and comments, the layout, and
+licence lines.
 
 usage: check_sources.py [FOLDER]      FOLDER is the top of the sources; by default the one this file is in.
 
@@ -13,6 +15,8 @@ import re
 import shutil
 import subprocess
 import sys
+
+import licence_lines
 
 SOURCE_SUFFIXES = {".h", ".cpp"}
 
@@ -287,6 +291,13 @@ def unplain_words(top):
     return faults if len(faults) > MOST_LINES else []
 
 
+def missing_licences(top):
+    """Files that lack a licence line, in a tree that has a licence."""
+    if (top / "LICENSE").is_file():
+        for path in licence_lines.files_without(top):
+            yield Fault(path, 1, f"has no line '{licence_lines.LINE}'; run ./dev format")
+
+
 def all_includes(includes):
     return ((path, include) for path, list_ in includes.items() for include in list_)
 
@@ -300,6 +311,7 @@ def check(top):
         faults += rule(includes)
     faults += wrong_layout(top, files)
     faults += unplain_words(top)
+    faults += missing_licences(top)
     return sorted(set(faults))
 
 

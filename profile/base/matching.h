@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which items of two lists stand for the same thing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantiles, and how sure a median is.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A float has 24 bits, and 10^12 is 5^12 · 2^12 with 28: their product is exact in a double, and is rounded
 // as the text is, halves to even.
 #include "seven_digits.h"

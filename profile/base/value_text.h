@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers as people read them: in sentences of the diagnosis, and in tables. Page and program write them by
 // the same rules, so that the same profile has the same sentences in both.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the lines of a capture show before they are read.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How many counters the lines of a design's kernels have.
 #pragma once
 

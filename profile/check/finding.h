@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a check of a package and its capture finds.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A check of a package, or of a package and its capture.
 #pragma once
 

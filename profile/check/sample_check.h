@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the samples of a run show: cycles that can't be, and cycles that nothing counts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two runs side by side: what changed, for better or worse, and what is in one of them alone.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rules that a new run must keep: "kernel_time:+3%" fails if a kernel's time has grown by more than that.
 #pragma once
 

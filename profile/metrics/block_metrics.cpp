@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // docs/metrics.md has the formulas. A value is set where all it is made of was measured, and left missing
 // everywhere else.
 #include "block_metrics.h"

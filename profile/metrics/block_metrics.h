@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The metrics of the blocks of a kernel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The metrics of kernels, and how they ran beside each other.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The metrics of memories and ports, and which kernel moved what.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which kernel moved how much of a memory's bytes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What readers should know before they trust the numbers of a summary.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What all parts of a summary need: the runs, their clock, their unit of time and the board.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What can be asked of a profile: one table of metrics for every command and page.
 #pragma once
 

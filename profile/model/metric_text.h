@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values of metrics, and what they changed by, as people read them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The nodes of a report as records, one at a time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a run looked like, in numbers: the result that summary, diff and history show. It comes from a report,
 // from a package with its capture, or from a saved summary, and holds no samples: its size depends on the
 // design alone.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which unit the times of a report have.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes in the order in which they come: from a file, a pipe, or memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The faults of a run, kept for people: the first ones of each kind, and how many there are.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Characters of a JSON text, eight at a time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the messages of a run mean as faults.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What must hold: the head of a kernel's node stands before its children, as in each report. Children are
 // handed on one by one, so that a node of many blocks is never held as a whole.
 #include "node_reader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A report's stream to its nodes as records.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nearly all bytes of a report are elements of arrays of numbers, so add_elements() is what counts here: it
 // compares what stands between two numbers eight bytes at a time with what stood there before, and reads
 // eight digits at a time.

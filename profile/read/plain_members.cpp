@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A member is taken whole or not at all. An array that turns out not to be plain was read in vain, so the
 // size of plain ones is limited: a longer one costs little in comparison.
 #include "plain_members.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Members of an object of a report, right from its text.
 #pragma once
 

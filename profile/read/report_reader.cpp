@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // RapidJSON reads the structure, iteratively, so that depth takes no stack. Two things are read right from
 // the piece of text where RapidJSON has just read the value before them: more numbers of an array, by
 // PackedNumbers, and more members of an object, by PlainMembers. At the end of the piece, or at anything that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A report's text, read to its nodes.
 #pragma once
 

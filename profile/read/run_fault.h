@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is wrong with the inputs of a run, as values.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The files of a run: what is wrong with a file as such, and standard input in place of one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stages of a run, as zanl-profile-tly has them, with two differences: the nodes of kernels go to the
 // sink when they are made, and what is wrong becomes a fault.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A package and its capture as the stream of nodes of their report, without a report between.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A text in pieces, as RapidJSON's readers take it.
 #pragma once
 

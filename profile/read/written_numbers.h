@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Floats as a reader of the report's text finds them.
 #pragma once
 

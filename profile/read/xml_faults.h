@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The messages of the loaders of descriptions, as faults.
 #pragma once
 

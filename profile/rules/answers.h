@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The four answers: which kernel took the time, which block holds it up, on which line, and whether memory is
 // the reason.
 #pragma once

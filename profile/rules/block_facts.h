@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the summary of a run to the facts that rules look at.
 #pragma once
 

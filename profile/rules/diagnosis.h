@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a summary says in words: a sentence for each block, the culprit of each kernel, and the four answers.
 #pragma once
 

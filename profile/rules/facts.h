@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What rules look at: named numbers and texts of one block, and of the run around it.
 #pragma once
 

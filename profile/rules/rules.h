@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The table of rules: conditions on facts, and the sentence that follows from them. It is data,
 // profile/rules.json, which the page reads too, so both say the same of the same profile.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What commands take for a profile: a report, a saved summary, or a package with its capture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Summaries with as many digits as they are good for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The members of a summary as its JSON names them: one list for writing and for reading. A key carries the
 // unit of its value; the unit of times depends on the run, so the archive adds it.
 //

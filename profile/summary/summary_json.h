@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A summary as a JSON document, which `summary --json` prints and which can be kept and read again: the
 // baseline of a comparison is a few kilobytes in place of a report of gigabytes.
 #pragma once

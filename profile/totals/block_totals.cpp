@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Comparisons with a missing value are false, and sums leave it out.
 #include "block_totals.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sums over the samples of a block, and over those of a port.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The invocations of a kernel, by the nodes that hold their samples.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a memory carried during a run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Autorun kernels run all the time, so they count neither as something that runs nor as company.
 #include "run_times.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // When the kernels and transfers of one run ran.
 #pragma once
 

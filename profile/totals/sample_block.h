@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The samples of a node, some hundred at a time, with what wasn't measured left out.
 #pragma once
 

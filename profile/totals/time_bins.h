@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Amounts over time in a bounded number of bins.
 #pragma once
 

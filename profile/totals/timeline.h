@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which of several series of time spans ran when.
 #pragma once
 

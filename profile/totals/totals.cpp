@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What must hold: the clock, the peaks of memories and which samples of an autorun kernel count are known
 // only after the samples. So sums keep MB/s · cycles in place of bytes, and the blocks of an autorun kernel
 // wait for the end of its node.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A run's report to sums, as its nodes go by.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The profile model of a description, as a run has it.
 #pragma once
 

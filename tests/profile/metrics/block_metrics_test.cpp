@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each formula of docs/metrics.md for a block, with values worked out by hand. A cycle is a nanosecond unless
 // a test has another clock.
 #include "block_metrics.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memories and ports, with values worked out by hand. A cycle is a nanosecond: at B MB/s a sample of c cycles
 // moves B · c / 1000 bytes.
 #include "memory_metrics.h"

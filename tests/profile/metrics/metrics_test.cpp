@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The samples, whose READMEs work out what is counted, and a pipeline: from their reports, and from their
 // packages with their captures.
 #include "metrics.h"

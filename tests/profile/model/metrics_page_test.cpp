@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // docs/metrics.md has the names and units of the table of metrics.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The nodes of a run against the reports of zanl-profile-tly, and faults in place of what ends that.
 #include "run_reader.h"
 

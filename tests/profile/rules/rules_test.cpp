@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each rule with a case where it holds, and one as near as possible where it must not.
 #include "rules.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What is said of the samples and of runs as real ones are: nothing that their pages or their design call
 // wrong.
 #include <gtest/gtest.h>
