@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The modules of the viewer's page: their unit tests in node, and their types. Both need what a build of the programs doesn't, so they are skipped where it is missing."""
 
 import pathlib

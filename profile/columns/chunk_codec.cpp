@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "chunk_codec.h"
 
 #include <algorithm>

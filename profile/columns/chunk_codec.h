@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values of a series, packed as a page holds them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What all series of a page share: packed chunks, and room for values that aren't packed yet.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What must hold: a column has an entry for each sample of its kernel. What a node lacks is filled in when
 // the next value comes, or at the end, so that blocks that a node doesn't have cost nothing.
 #include "columns.h"

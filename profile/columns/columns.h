@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nodes of a report to columns: one series for each kernel, block and metric, over all invocations.
 #pragma once
 

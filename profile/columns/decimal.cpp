@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The report writes seven digits at most, so that its texts fit with room to spare, but for large exponents.
 #include "decimal.h"
 

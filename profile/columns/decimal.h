@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers of the report in whole units of a power of ten, without any loss.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A profile with all its samples, as a page needs it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The level of 256 values of a long series: what a chart shows of them without reading them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Room on the disk for what needn't be held in memory.
 #pragma once
 

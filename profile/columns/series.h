@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The values of one metric of one block over all invocations, on their way to a page.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // All series of a page by number, and their chunks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a memory carried in any stretch of time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The page in Chromium: every view of every sample, hands and keys, hostile names, odd values.
 
 import assert from "node:assert/strict";

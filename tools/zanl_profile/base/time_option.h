@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The option of commands that says what the times of a report are.
 #pragma once
 

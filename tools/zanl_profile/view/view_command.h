@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `zanl-profile view`: a page that shows where the time of a run went.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers of the whole run are those of the summary, so that page and program show the same; what the page
 // works out itself, for a stretch of the run, it works out of the series and their sums.
 #include "view_head.h"

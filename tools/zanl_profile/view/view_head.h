@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a page knows of a profile besides its samples.
 #pragma once
 

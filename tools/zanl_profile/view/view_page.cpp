@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The head comes first in a page and needs the numbers of all series, so the samples wait in the profile's
 // store until it is written.
 #include "view_page.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The page of a profile: one HTML file that needs nothing else.
 #pragma once
 

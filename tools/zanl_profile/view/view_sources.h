@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Source files that a page shows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A page, read as its script reads it, in other words: elements by their names, and the numbers of chunks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every value of a report is in its page, digit for digit.
 #include <cmath>
 #include <fstream>

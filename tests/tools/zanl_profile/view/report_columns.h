@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The values of a report, one list for each kernel, block and metric, as texts: slow, and plain.
 #pragma once
 

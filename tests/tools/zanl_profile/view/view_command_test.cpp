@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `zanl-profile view` as users run it.
 #include <sys/stat.h>
 
