@@ -51,7 +51,7 @@ set(policy "default-src 'none'; script-src 'sha256-@sha256:${script_digest}@'; s
 string(APPEND policy "img-src data:; base-uri 'none'; form-action 'none'")
 
 file(READ "${folder}/page.html" page)
-string(REGEX REPLACE "^<!--[^\n]*-->\n" "" page "${page}")
+string(REGEX REPLACE "\n<!--[^\n]*-->\n" "\n" page "${page}")
 string(REPLACE "@policy@" "${policy}" page "${page}")
 string(REPLACE "@style@" "${style}" page "${page}")
 string(REPLACE "@script@" "${script}" page "${page}")
