@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """`zanl-profile summary` and `diff` against `jq -c` that sums the stalls of all blocks, on reports of the workloads.
 
 Each row is a shape: the size of its report, and megabytes of report a second of processor time, medians over the rounds,

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs zanl-profile-tly and the floor program in turn on the shapes of bench/workload.h, and compares them.
 
 usage: compare_with_floor.py [--build FOLDER] [--runs N] [--growth | --instructions] [SHAPE...]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loading profiler descriptions: the time has to grow as the description does.
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Designs made by code, and monitor text that fits them.
 #pragma once
 

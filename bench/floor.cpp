@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // floor MONITOR OUTPUT LINES BYTES: the least that any program has to do for a report. It reads the monitor
 // file in blocks, converts every field, and writes LINES lines with a converted value each: BYTES bytes in
 // all or a little more or less, the blanks in front of a value being as many as that takes.

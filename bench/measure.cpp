@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // measure COMMAND ARGUMENT...: runs a command and prints its wall time and its processor time in seconds and
 // the most memory that it held in KiB. Small itself, because a process starts with the memory of the one that
 // made it.

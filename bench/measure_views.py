@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """What `zanl-profile view` takes to make a page, and a browser to show it: samples, workloads, and runs of many values.
 
 Each row is a run: its values, the size of its page and bytes a value; the time that the program took, megabytes of report

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values are worked out from a row for each block: how much of 1,000 cycles it is valid and stalled, and what
 // its requests are like. They vary by a few parts in 100.
 #include "pipeline.h"

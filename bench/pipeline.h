@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A run as real ones are: a pipeline of seven kernels that stabilizes a video, frame by frame.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading a monitor file and the stages of it.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // stages PACKAGE MONITOR REPORT: does what a run does, and prints how many milliseconds each stage took.
 #include <chrono>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Designs and monitor files of known sizes, the same bytes on every machine.
 #pragma once
 

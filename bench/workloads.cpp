@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // workloads SHAPE FOLDER [NAME=NUMBER...]: makes FOLDER/design.zanx and FOLDER/profile.mon of a shape.
 // workloads pipeline|pipeline_aligned FOLDER [frames=NUMBER]: the same of a pipeline, in one of two versions.
 #include <charconv>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Building report nodes and writing the report.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

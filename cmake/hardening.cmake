@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The programs read files of unknown origin. A fault of memory in them shall end the process before an attacker gains from
 # it. Sanitizers see more, and don't get on with the checked functions of the C library.
 set(ZAN_HARDENS OFF)

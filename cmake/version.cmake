@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The build's version, a text of four parts: the project's version and the commit's 40 hexadecimal digits.
 # It is composed at build time, so that a new commit needs no new configuration; the file is rewritten only
 # when the text changes.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # cmake -DSOURCE_DIR=... -DVERSION=... -DOUTPUT=... -P write_version.cmake
 #
 # The commit is taken from git when SOURCE_DIR is the top of a work tree, else from commit.txt, which

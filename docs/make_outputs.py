@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Puts what commands print into the pages that show it.
 
 usage: make_outputs.py [--check] --toolbox PROGRAM --program PROGRAM --workloads PROGRAM
 
 A page shows a command and its output in an indented block after a line `<!-- output -->`. The block begins with the
-command, after a dollar sign. Commands run in a folder with two runs of a pipeline of seven kernels, which `workloads`
-makes: base and new, each with design.zanx, profile.mon, report.json and summary.json. With --check nothing is written,
-and the exit status is 1 if a page shows something else than what its commands print.
+command, after a dollar sign. Commands run in a folder with each sample as NAME.zanx, NAME.mon and NAME.json, and with two
+runs of a pipeline of seven kernels, which `workloads` makes: base and new, each with design.zanx, profile.mon, report.json
+and summary.json. With --check nothing is written, and the exit status is 1 if a page shows something else than what its
+commands print.
 """
 
 import argparse
@@ -14,12 +16,14 @@ import difflib
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
 import textwrap
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
+PAGES = [TOP / "README.md", *sorted((TOP / "docs").glob("*.md"))]
 # A block ends at the first line that is neither indented nor empty before an indented one.
 BLOCK = re.compile(r"(<!-- output -->\n\n)((?:    .*\n|\n(?=    ))+)")
 
@@ -27,6 +31,16 @@ BLOCK = re.compile(r"(<!-- output -->\n\n)((?:    .*\n|\n(?=    ))+)")
 def run(command, folder, environment):
     return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, text=True, check=False).stdout
+
+
+def make_samples(folder, environment):
+    for sample in sorted((TOP / "samples").glob("*/profile.mon")):
+        name = sample.parent.name
+        shutil.copy(sample, folder / f"{name}.mon")
+        run(f"zanl-profile package create {name}.zanx --from {sample.parent} && "
+            f"zanl-profile-tly {name}.zanx {name}.mon {name}.json", folder, environment)
+        if not (folder / f"{name}.json").exists():
+            sys.exit(f"make_outputs.py: there is no report of the sample '{name}'")
 
 
 def make_runs(folder, environment):
@@ -67,8 +81,9 @@ def main():
         link_programs(arguments, folder / "programs")
         environment = {"PATH": f"{folder / 'programs'}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"}
         (folder / "examples").symlink_to(TOP / "examples")
+        make_samples(folder, environment)
         make_runs(folder, environment)
-        for page in sorted((TOP / "docs").glob("*.md")):
+        for page in PAGES:
             text = page.read_text()
             new_text = renewed(text, folder, environment)
             if new_text == text:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes the pictures of docs/viewer.md from pages of the pipeline workload and its next version.
 //
 //   node make_pictures.mjs BUILD [--reference]      BUILD is a folder with built programs; --reference: pages by the small

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any text as a board description.
 #include <cstdint>
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any bytes as a directory stream, in memory and in a file. Nothing reaches the disk: files go to /dev/null.
 #include <fcntl.h>
 #include <sys/stat.h>

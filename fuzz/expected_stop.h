@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Ends that input may bring about on purpose, as something that a fuzz target can go on from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Documents that fuzz targets make of their input.
 #pragma once
 

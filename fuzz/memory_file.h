@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Input as a file that is in no folder.
 #pragma once
 

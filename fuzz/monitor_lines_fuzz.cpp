@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any lines as the monitor file of a design with blocks of every kind. The design is loaded once, and what an
 // input has left in it is removed before the next one.
 #include <cstdint>

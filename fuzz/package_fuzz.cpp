@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any bytes as a package, in memory and in a file, read in every way; and edited, if they can be.
 #include <fcntl.h>
 #include <sys/mman.h>

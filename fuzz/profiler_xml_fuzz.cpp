@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any text as a profiler description. Debug output must not change the result.
 #include <cstdint>
 #include <memory>

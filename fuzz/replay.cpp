@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // replay FILE...: hands each file to the fuzz target that this is linked with, as the fuzzer would.
 #include <cstdint>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any text as a report. How it is cut into pieces makes no difference, and what was read is written so that
 // it is read again as the same.
 #include <cstdlib>

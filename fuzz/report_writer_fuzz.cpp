@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any document, written as a report and read back: it is JSON, and every text is read back.
 #include <boost/property_tree/json_parser.hpp>
 #include <cstdlib>

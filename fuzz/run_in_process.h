@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole runs of the post-processor inside a fuzz target.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any entries unpacked into any folder. Whatever they are called, nothing outside of it changes and nothing
 // temporary stays; if all went well, each file is there with what was written last.
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Any names as entries of any folder: TargetFolder must say of each what a look at each step on its way says.
 #include <sys/stat.h>
 

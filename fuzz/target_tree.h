@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Folders on the disk that fuzzers make of their input, with something beside them that must stay as it is.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A whole run, of which each byte comes from the input: lines "--- NAME" begin the sections ".zan.NAME" of
 // the package; those after the line "--- profile.mon" are the monitor file. An input that begins otherwise
 // is the package itself.

@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Checks what a compiler doesn't: who includes whom, cycles, the language of pages and comments, and the layout.
+# SPDX-License-Identifier: Apache-2.0
+"""Checks what a compiler doesn't: who includes whom, cycles, the language of pages and comments, the layout, and
+licence lines.
 
 usage: check_sources.py [FOLDER]      FOLDER is the top of the sources; by default the one this file is in.
 
@@ -14,6 +16,8 @@ import shutil
 import subprocess
 import sys
 
+import licence_lines
+
 SOURCE_SUFFIXES = {".h", ".cpp"}
 
 # Folders are layers. Each row: a folder, the folders whose headers its files may include besides their own, and the
@@ -21,6 +25,18 @@ SOURCE_SUFFIXES = {".h", ".cpp"}
 # file that lies in none of these folders is a fault, so that a new folder gets a row.
 DESCRIPTIONS = ["src/board", "src/board/xml", "src/profiler", "src/xml", "zan_profiler"]
 TLY = ["tly/base", "tly/model", "tly/report", "tly/read", "tly/run"]
+PROFILE = [
+    "profile/base",
+    "profile/check",
+    "profile/columns",
+    "profile/compare",
+    "profile/metrics",
+    "profile/model",
+    "profile/read",
+    "profile/rules",
+    "profile/summary",
+    "profile/totals",
+]
 TOOLBOX = [
     "tools/zanl_profile",
     "tools/zanl_profile/base",
@@ -29,8 +45,9 @@ TOOLBOX = [
     "tools/zanl_profile/package",
     "tools/zanl_profile/run",
     "tools/zanl_profile/summary",
+    "tools/zanl_profile/view",
 ]
-EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile", *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
+EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, *PROFILE, *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
 ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
 LAYERS = [
     ("lib/contract", [], []),
@@ -45,13 +62,27 @@ LAYERS = [
     ("tly/report", ["lib/contract", "tly/base", "tly/model"], ["property tree"]),
     ("tly/read", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, "tly/base", "tly/model", "tly/report"], []),
     ("tly/run", ["lib/contract", "tly/base", "tly/model", "tly/report", "tly/read"], []),
-    ("profile", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY], []),
-    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY], []),
+    ("profile/base", [], []),
+    ("profile/model", ["tly/model", "profile/base"], []),
+    ("profile/read", ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, "profile/base", "profile/model"], []),
+    ("profile/totals", ["tly/base", "tly/model", "tly/report", "profile/base", "profile/model", "profile/read"], []),
+    ("profile/metrics", ["profile/base", "profile/model", "profile/totals"], []),
+    ("profile/rules", ["lib/contract", "tly/base", "profile/base", "profile/model"], []),
+    (
+        "profile/columns",
+        ["lib/contract", *TLY, *[folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")]],
+        ["zlib"],
+    ),
+    ("profile/compare", ["profile/base", "profile/model"], []),
+    ("profile/check", ["lib/contract", *DESCRIPTIONS, *TLY, "profile/base", "profile/model", "profile/read"], []),
+    ("profile/summary", [folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")], []),
+    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile/model"], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/check", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/diff", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/run", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
-    ("tools/zanl_profile/summary", ["lib/contract", "profile", *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/check", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/diff", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/summary", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/view", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], ["zlib"]),
     ("tools/zanl_profile", TOOLBOX, []),
     ("tests/**", EVERYTHING, ALL_LIBRARIES),
     ("bench/**", EVERYTHING, ALL_LIBRARIES),
@@ -260,6 +291,13 @@ def unplain_words(top):
     return faults if len(faults) > MOST_LINES else []
 
 
+def missing_licences(top):
+    """Files that lack a licence line, in a tree that has a licence."""
+    if (top / "LICENSE").is_file():
+        for path in licence_lines.files_without(top):
+            yield Fault(path, 1, f"has no line '{licence_lines.LINE}'; run ./dev format")
+
+
 def all_includes(includes):
     return ((path, include) for path, list_ in includes.items() for include in list_)
 
@@ -273,6 +311,7 @@ def check(top):
         faults += rule(includes)
     faults += wrong_layout(top, files)
     faults += unplain_words(top)
+    faults += missing_licences(top)
     return sorted(set(faults))
 
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Proves that check_sources.py reports each kind of fault, and nothing where there is none."""
 
 import pathlib
@@ -75,6 +76,25 @@ class CheckSources(unittest.TestCase):
                 "zan_profiler/ProfilerConfig.h:2: zan_profiler must not include pkg_editor.h of lib/pkg_editor/src",
             ],
         )
+
+    def test_a_file_without_a_licence_line(self):
+        line = "SPDX-License-Identifier: Apache-2.0"
+        self.assertEqual(
+            self.faults({
+                "LICENSE": "",
+                ".clang-format": f"# {line}\n" + (TOP / ".clang-format").read_text(),
+                "src/xml/a.h": "// A header.\n",
+                "src/xml/b.h": f"// {line}\n",
+                "docs/page.md": "# A page\n",
+            }),
+            [
+                f"docs/page.md:1: has no line '{line}'; run ./dev format",
+                f"src/xml/a.h:1: has no line '{line}'; run ./dev format",
+            ],
+        )
+
+    def test_the_tree_has_a_licence(self):
+        self.assertTrue((TOP / "LICENSE").read_text().lstrip().startswith("Apache License"))
 
     def test_nothing_includes_tests(self):
         self.assertEqual(

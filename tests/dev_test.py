@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What ./dev says and does where it can't go on. The commands that install and build run on stand-ins."""
 
 import os

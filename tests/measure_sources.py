@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Prints what the sources come to: lengths of files and functions, the share of comments, and of tests.
 
 usage: measure_sources.py [FOLDER]      FOLDER is the top of the sources; by default the one this file is in.
@@ -13,6 +14,7 @@ import statistics
 import sys
 
 import check_sources
+import licence_lines
 
 TEST_FOLDERS = ("tests/", "bench/", "fuzz/")
 LONG_FUNCTION = 50  # lines
@@ -47,8 +49,8 @@ def function_lengths(code):
 
 
 def comment_lines(code):
-    """How many lines hold a comment alone, and how many hold anything."""
-    lines = [line.strip() for line in code.splitlines()]
+    """How many lines hold a comment alone, and how many hold anything; the licence line counts for neither."""
+    lines = [line.strip() for line in code.splitlines() if licence_lines.LINE not in line]
     return sum(line.startswith("//") for line in lines), sum(line != "" for line in lines)
 
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The figures that measure_sources.py prints are those that counting by hand has."""
 
 import pathlib

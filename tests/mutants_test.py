@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The faults that tests/mutants/mutate.py makes are those of code, and are the same each time."""
 
 import pathlib

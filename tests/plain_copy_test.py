@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A plain copy of the sources, without git's data, builds and runs; its version has zeros in place of a commit.
 
 The copy and its build are kept under build/plain_copy, so that a second run builds only what has changed.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The shell function of docs/scripts.md against a stand-in for the program, which ends in each way that the README lists.
 
 tests/end_to_end/scripts_page_test.cpp runs the function with the program itself.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The version text of a build: where its commit comes from, in a clone, in a plain copy, and in an archive."""
 
 import os

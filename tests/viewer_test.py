@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What is said of the viewer's tests where a part of what they need is missing. They run on stand-ins here."""
 
 import os

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The address of what is shown: `#/block/KERNEL/BLOCK?r=A-B&s=A-B&i=N`. A copied link shows the same.
 
 /**

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bars and links that several views show of a block or kernel.
 
 import { block_address, source_address } from "./address.js";

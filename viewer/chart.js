@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Charts over time: shares of cycles stacked, and lines with the band between least and greatest of each pixel.
 
 import { Track } from "./columns.js";

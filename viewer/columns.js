@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A kernel's columns: when its samples ended, and what charts show of them, at the step that the zoom asks for.
 
 import { is_known } from "./format.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Elements without markup. A name from a report becomes a text node and nothing else, with control and
 // bidirectional characters made visible.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The facts that rules look at: the metrics of a block, and what stands around it in its kernel and its memory. The
 // sums of the whole run don't hold all of them, so the head has the others (`facts` of a block).
 

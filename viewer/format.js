@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers as people read them. Missing is "–", never 0. A number and its unit stay on one line.
 
 const narrow_blank = "\u202f";

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Joins the page's modules, style and frame to one template, without any tool but CMake.
 #
 #   cmake -DOUTPUT=view_template.html -P viewer/join.cmake
@@ -51,6 +52,7 @@ set(policy "default-src 'none'; script-src 'sha256-@sha256:${script_digest}@'; s
 string(APPEND policy "img-src data:; base-uri 'none'; form-action 'none'")
 
 file(READ "${folder}/page.html" page)
+string(REGEX REPLACE "\n<!--[^\n]*-->\n" "\n" page "${page}")
 string(REPLACE "@policy@" "${policy}" page "${page}")
 string(REPLACE "@style@" "${style}" page "${page}")
 string(REPLACE "@script@" "${script}" page "${page}")

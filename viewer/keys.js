@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Keys: they do nothing while a text field has the focus, or with Ctrl, Alt or Meta.
 
 import { box, element } from "./dom.js";

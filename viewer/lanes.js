@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lanes of the timeline: invocations as bars, shares as areas, transfers stacked, memories against their peak.
 
 import { bins_on_pixels, pixel_values } from "./chart.js";

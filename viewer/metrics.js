@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From sums to metrics. docs/metrics.md has the formulas. What was not measured is missing, never 0.
 
 import { is_known, nanoseconds } from "./format.js";

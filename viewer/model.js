@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The run as the views show it: kernels and blocks with their facts and sentences, the ranking, culprits, teams and
 // the four answers. docs/metrics.md has the rules.
 

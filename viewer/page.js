@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The frame: reads the data of the page, shows a view for each address, and lets all views share one stretch.
 
 import { address_of, parse_address } from "./address.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two runs side by side: kernels and memories by name, blocks by kernel and name. What only one run has is listed too.
 
 import { is_known, nanoseconds } from "./format.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // For each device pixel its samples, worked out once for all charts of a kernel.
 
 import { place_after, Clock } from "./columns.js";

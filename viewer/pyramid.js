@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pyramids: least, greatest and sum of any stretch of a series without reading all of its values. Below 2^16 values
 // the levels are built here; above, the page has the level of 256 values, and those above it are built of that.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The ruler of time above charts and lanes; selection and cursor, which lie over all of them; and canvases.
 
 import { box, colour, element, fill } from "./dom.js";

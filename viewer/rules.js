@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From facts to a sentence, by the table of rules that the program reads too. The numbers in a sentence are written
 // as the program writes them, in plain ASCII.
 

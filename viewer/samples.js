@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The numbers of a chart as a table, a page at a time.
 
 import { box, button, element, fill, safe_name } from "./dom.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Search over kernels, blocks, files and memories.
 
 import { address_of, block_address, source_address } from "./address.js";

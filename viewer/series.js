@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Series: the values of one metric of one block, over all invocations. They lie in the page as chunks of text,
 // which are decoded when a view asks for them; the last 64 MiB of numbers are kept.
 

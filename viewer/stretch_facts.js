@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Facts of a kernel's blocks over a selected stretch: the sums of its samples, and what follows from them. What only
 // the program can know of the whole run is left out, so a sentence of a stretch says less rather than too much.
 

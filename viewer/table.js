@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tables that sort by their heads, filter, copy as tab-separated text and save as CSV. What is copied are plain numbers
 // with the unit in the head, not the rounded texts that are shown.
 

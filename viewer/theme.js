@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Light, dark, or as the system is.
 
 import { forget_colours } from "./dom.js";

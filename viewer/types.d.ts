@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The data contract of the page, for the type checker. docs/viewer.md has the meaning of each key.
 import type { SeriesTable } from "./series.js";
 

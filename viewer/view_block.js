@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A block: its sentence and facts, and all that was measured of it on one axis of time.
 
 import { block_address } from "./address.js";

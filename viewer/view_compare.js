@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two runs beside each other: what became shorter, what became longer, and what holds it up now.
 
 import { block_link, culprit_text, kernel_name, sentence_text } from "./bars.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memories: bandwidth over time against the peak, who uses their ports, and how.
 
 import { block_link, kernel_name } from "./bars.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The overview: the four answers, and the tables by which they can be checked.
 
 import { address_of } from "./address.js";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sources: lines with the time that was lost there, and the blocks under them.
 
 import { source_address } from "./address.js";

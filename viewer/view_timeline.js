@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The timeline: what ran when, in lanes; below it what ran in the selected stretch.
 
 import { block_link, kernel_name } from "./bars.js";

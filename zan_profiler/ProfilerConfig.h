@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The profiler description of a design: functions, kinds of blocks, their counter ports, their instances, and
 // how instances connect to counters.
 #pragma once

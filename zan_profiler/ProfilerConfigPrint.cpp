@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of a profiler description. Odd as some of it is, tools compare it.
 #include <concepts>
 

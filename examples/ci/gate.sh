@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # gate.sh BASELINE INPUT...: fails if a run is worse than the baseline. For a step of CI.
 #
 # BASELINE is a saved summary of a run that was good enough:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Contracts: conditions that only a fault of the program itself can break. They are checked in every build
 // type, whatever NDEBUG says, because stopping with the stated text is part of the behaviour.
 #pragma once

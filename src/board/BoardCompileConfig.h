@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a design for a board is compiled.
 #pragma once
 

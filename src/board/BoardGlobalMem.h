@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A global memory of a board.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interfaces of a board's interconnect, and their ports.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The description of a board: its device, its memories and interfaces, and how designs for it are compiled.
 #pragma once
 

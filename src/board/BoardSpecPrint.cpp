@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of a board's description, for people who debug one.
 #include <iomanip>
 #include <ios>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The resources of an FPGA device, and a model of a device that designs are built for.
 #pragma once
 

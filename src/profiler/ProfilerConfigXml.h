@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loading profiler descriptions from XML, and the visitors that do it. The format is in docs/profiler.md.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitor of the list of module instances, with their source locations and signals.
 #pragma once
 

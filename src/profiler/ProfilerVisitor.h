@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The outermost visitor of a profiler description, which hands each list to a visitor of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Attributes of an element as a table: their names, in the order of reading, and where their values go.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The base of every element walker: a stack of open elements, counts by path, typed attributes, diagnostics.
 #pragma once
 

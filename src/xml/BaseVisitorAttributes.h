@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The types an attribute's text can be read as, and their conversion rules.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a visitor knows of the loader it works for.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The messages of BaseVisitor. People and tools search for their words, so each stands here exactly once.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts that stand for a value, as tables.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The base of the loaders of description files: parses XML text and collects the messages of the walk over
 // it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The base of the visitors of descriptions, which know the elements of their subtree as a table.
 #pragma once
 

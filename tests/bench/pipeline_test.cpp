@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Other tests take the pipeline for a real run, so its counts have to fit each other and the clock.
 #include "pipeline.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The workloads of the benchmarks are the same everywhere, and make whole reports.
 #include "workload.h"
 

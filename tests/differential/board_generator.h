@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random board descriptions. Most can be loaded; the others break a rule that the slow model knows.
 #pragma once
 

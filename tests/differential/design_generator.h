@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random designs: profiler descriptions of every kind of counter and instance, sometimes broken.
 #pragma once
 

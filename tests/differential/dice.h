@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chance that is the same everywhere: the numbers of a standard engine and nothing of the standard library's
 // distributions, whose results are each library's own.
 #pragma once

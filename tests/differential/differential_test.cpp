@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs the program and the slow model on random inputs. Both have to write the same bytes.
 #include <gtest/gtest.h>
 

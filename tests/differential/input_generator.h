@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random whole inputs of the program.
 #pragma once
 

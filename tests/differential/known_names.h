@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names with a meaning of their own in a monitor file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Random monitor files: samples of a design's kernels, transfers, and everything that may be wrong with
 // them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "slow_board.h"
 
 #include <tinyxml2.h>

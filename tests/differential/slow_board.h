@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The board description, as far as the report needs it. Of its many rules only those are known that the
 // design generator breaks.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counters of a monitor line: which value belongs to which sample list of an instance.
 #pragma once
 

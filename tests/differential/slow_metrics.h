@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The computed samples of instances and of memory ports. What is odd about the input is said in the run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a run holds, in plain containers: the second, slow model of the program, which shares no code with it.
 // Tests hold the program against it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Numbers from texts and texts from numbers, each rule on its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One end-to-end test as readable text. README.md in this folder describes the format.
 #pragma once
 

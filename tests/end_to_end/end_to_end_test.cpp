@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs zanl-profile-tly on the cases of the folder `cases` and compares every byte it writes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Input that is larger than any block the program may read or write at once.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A check that never fails would be worth nothing: what the properties of reports find, and what they let
 // pass.
 #include "report_properties.h"

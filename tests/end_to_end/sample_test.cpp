@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The samples as a user runs them: make the package, run the program, look at the report.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The shell function of docs/scripts.md with the program itself, in each situation that the README lists.
 // tests/scripts_page_test.py has more of the function, with a stand-in for the program.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Processes that a test starts to see how they end.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Memory that runs out on demand, for programs that link failing_memory.cpp: in the process itself, since
 // tracing doesn't show what is allocated.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A folder for runs that meet faults, whose contents can be restored before each run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A function in a process of its own, in which memory runs out.
 #pragma once
 

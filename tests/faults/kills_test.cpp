@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Commands of the toolbox that are ended by a signal at random moments: all of their work is done, or none.
 #include <signal.h>
 #include <unistd.h>

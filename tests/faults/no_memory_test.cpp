@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs of both programs, and of the package functions, in which memory runs out: each allocation of a small
 // run fails in turn.
 #include <algorithm>

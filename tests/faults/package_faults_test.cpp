@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The package functions where system calls fail: nothing stays open after a caller has closed what it opened.
 #include <map>
 

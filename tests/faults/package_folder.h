@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The folder that the uses of package_use.h expect.
 #pragma once
 

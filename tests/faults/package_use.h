@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Uses of the package functions by callers that close what they open.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs of zanl-profile-tly in which system calls fail.
 #include "sample_runs.h"
 #include "tly_constants.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs of zanl-profile-tly over a sample design, and the outcomes that a fault may have.
 #pragma once
 

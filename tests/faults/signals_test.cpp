@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Signals, standard streams that are closed or full, and folders that can't be written to.
 #include <fcntl.h>
 #include <signal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The commands of zanl-profile where system calls fail: each ends with all done, or with one message and
 // nothing done.
 #include "fault_fixture.h"

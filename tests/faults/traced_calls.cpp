@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "traced_calls.h"
 
 #include <fcntl.h>

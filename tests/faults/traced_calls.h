@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The system calls that a traced process makes on its files.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs in which one system call after the other fails.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs of a process in which system calls fail on demand, whichever library makes them: the process is traced
 // as by a debugger.
 #pragma once

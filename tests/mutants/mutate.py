@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Makes small faults in the sources, one at a time, and runs the tests that have to notice.
 
 usage: mutate.py [--count N] [--seed N] [--build FOLDER] [--again MUTANT] [--summary]

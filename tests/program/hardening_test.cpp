@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the programs were built, as their own ELF files show it.
 #include <fcntl.h>
 #include <gelf.h>

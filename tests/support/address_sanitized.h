@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ZAN_ADDRESS_SANITIZED is defined under the address sanitizer, which g++ and clang++ say in different ways.
 #pragma once
 

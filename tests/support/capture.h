@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Catching what a test makes the program say.
 #pragma once
 

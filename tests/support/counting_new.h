@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An operator new that counts, for the programs that link counting_new.cpp.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Part of each program of the coverage build. What a program ran through is written when it exits; here it is
 // written also where the program ends by a signal on purpose, or a process of a test without ado.
 #include <csignal>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Signals as a program finds them that was started from a terminal.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Profiler descriptions, written element by element.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Documents with one fault each, at every element in turn.
 #pragma once
 

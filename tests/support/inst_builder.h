@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Module instances with the attributes that a test is about.
 #pragma once
 

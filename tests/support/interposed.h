@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Failures that a test can't bring about by files: calls that go wrong on demand.
 #pragma once
 

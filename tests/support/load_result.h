@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The result of loading a description from memory, and what its messages look like.
 #pragma once
 

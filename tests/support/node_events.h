@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a sink of the report gets, as lines for comparison.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A report node on one line, for tests to compare: key=value for texts, {...} for objects, [...] for arrays.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What holds for every report, whatever the input: tests apply it to each report that they make anyway.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A report's text, read and written again.
 #pragma once
 

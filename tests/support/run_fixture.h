@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A profile model and a report tree made by hand, as the stages of a run hand them to the monitor reader.
 #pragma once
 

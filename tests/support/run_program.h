@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs a program as a shell would, and returns all that it wrote.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text form of a report once more, written for being right and nothing else: one rule after the other,
 // recursion, and strings. Tests hold the real writer against it.
 #pragma once

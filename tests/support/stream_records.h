@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Directory streams as a test sees them: made and read with zlib alone.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Small profiles as records, and the stream of nodes of their report.
 #pragma once
 

@@ -1,1 +1,2 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the headers that are compiled before the tests belong to.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Summaries made by hand, for tests of what compares two of them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A visitor and callbacks for tests of the visitor framework.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 import assert from "node:assert/strict";
 import test from "node:test";
 import { address_of, block_address, parse_address, source_address } from "../../viewer/address.js";

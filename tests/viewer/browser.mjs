@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chromium for the tests: offline, from the file system, with every message, request and policy report recorded.
 
 import { existsSync } from "node:fs";

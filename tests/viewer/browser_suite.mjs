@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tests in a browser share: one browser and one folder of pages for a file of tests.
 
 import assert from "node:assert/strict";

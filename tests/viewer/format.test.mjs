@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 import assert from "node:assert/strict";
 import test from "node:test";
 import { bandwidth_text, bytes_text, change_text, count_text, fixed_text, number_text, percent_text, round_places, ruler_texts, time_text, trimmed_text, whole_text } from "../../viewer/format.js";

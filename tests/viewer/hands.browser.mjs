@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Hands on the page in Chromium: keys, mouse, addresses, search, tables.
 
 import assert from "node:assert/strict";

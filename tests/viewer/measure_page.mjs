@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Measures a page in headless Chromium: first paint, parsed, the first charts of a block, and frames of zooming and panning.
 //
 //   node measure_page.mjs PAGE [RUNS]      prints medians over the runs as JSON; times are milliseconds

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values worked out by hand, from the cases of docs/metrics.md where it has some.
 
 import assert from "node:assert/strict";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Heads made by the reference writer, read by the page's own modules: exact values, sums, ranking, the four answers.
 
 import assert from "node:assert/strict";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The convention by which the page's modules are joined without a bundler.
 
 import assert from "node:assert/strict";

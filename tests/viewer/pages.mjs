@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pages that the browser tests look at: all samples, and reports with hostile names and odd values.
 
 import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from "node:fs";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Page and program say the same of each sample: the four answers, and each block's sentence. The page has other code for
 // it, in another language; the program is named by the environment, as ZAN_PROFILE=build/.../zanl-profile.
 

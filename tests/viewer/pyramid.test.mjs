@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 import assert from "node:assert/strict";
 import test from "node:test";
 import { level_of_values, levels_from, range_of, step_for, stretch_of } from "../../viewer/pyramid.js";

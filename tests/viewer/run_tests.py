@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Runs the tests of the viewer: its modules in node, their types, and the page in Chromium.
 
 usage: run_tests.py [--program PATH]      PATH is a built zanl-profile; it makes the pages and is compared with them.

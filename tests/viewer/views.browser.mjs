@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The page in Chromium: every view of every sample, hostile names, odd values, pages that are damaged.
 
 import assert from "node:assert/strict";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The object model of ProfilerConfig: what is found by which name, and the effect of each addition.
 #include "ProfilerConfig.h"
 #include "contract_death.h"

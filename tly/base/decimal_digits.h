@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Eight decimal digits at a time, in one 64-bit register.
 //
 // Nearly all bytes of a monitor file and of a report are digits. Read and written one by one, each of them

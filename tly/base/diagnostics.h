@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Messages to the user of a run: as text on standard error, or as values for callers that show them in their
 // own way.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a run finds in its inputs by name or place. Unlike tly_constants.h this is for the project's own
 // sources.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decimal numbers in text, read as std::stoll and std::stoi read them.
 #pragma once
 

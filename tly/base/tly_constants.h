@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The constant texts and enumerations that the post-processor's units share.
 #pragma once
 

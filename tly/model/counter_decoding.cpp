@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The part of TlyModuleInst that takes the numbers of monitor lines into its counters: of one line, whose
 // every fault is reported, and of a block of lines.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "counter_samples.h"
 
 void CounterSamples::activate(Counter counter) {

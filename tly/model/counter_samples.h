@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The counters of a module instance: a sum for the line in progress and a list of samples for each family.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The counter tags: texts by which ports of the profiler description say what their counter counts. One
 // table has all that the program knows about each of them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ext_mem_tag.h"
 
 #include "number_text.h"

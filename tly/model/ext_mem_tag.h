@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tags of external memory ports. Such a tag carries the memory's name, the bank, the port and the operation:
 // "profile_extmem_KERNEL_function_MEMORY_bank1_port2_read_data_inc_en_REST".
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "function_cycles.h"
 
 FunctionCycles::Samples* FunctionCycles::find(const std::string& function) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What all module instances of a function have in common: the cycles and the times of its samples.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Monitor lines of one kernel that are decoded together.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One line of a monitor file as a list of fields.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The profile model of a run.
 #pragma once
 

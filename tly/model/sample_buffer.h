@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Growing storage of numbers, each as narrow as all of them allow.
 #pragma once
 

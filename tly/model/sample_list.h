@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The samples of one counter: one value for each monitor line of an invocation.
 #pragma once
 

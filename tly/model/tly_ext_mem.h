@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // External memories: the design's memories as its board has them, and what was measured on their ports.
 #pragma once
 

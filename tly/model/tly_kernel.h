@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A kernel and what one invocation of it has produced so far.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A profiled hardware block of a kernel and its samples.
 #pragma once
 

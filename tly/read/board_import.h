@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the board description to external memories and the board's node.
 #pragma once
 

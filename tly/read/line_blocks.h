@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernel lines that wait to be decoded together.
 //
 // What must hold: decoding lines together leaves in the profile model exactly what decoding one after the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The head of a monitor line: the fields before the counters, and the name among them.
 //
 // A line is read in one of two ways. Nearly all lines are plain, which means that each field but the name is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "line_target.h"
 
 void LineTarget::add_head(const LineHead& head) const {

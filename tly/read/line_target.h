@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a kernel's line adds to the profile model.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a monitor file to samples in the profile model, and to nodes of the report.
 //
 // What must hold: a line costs time in proportion to its length, however many instances the design has, and

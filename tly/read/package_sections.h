@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A package that is open while a run reads its sections, and the stages that read a section of plain text.
 #pragma once
 

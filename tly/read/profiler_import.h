@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the profiler description to kernels, module instances, and the places of their counters on a line.
 #pragma once
 

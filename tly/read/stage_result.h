@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How a stage of a run ends.
 #pragma once
 

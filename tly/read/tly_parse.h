@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stages of a run for callers that have a path and the profile model's containers: package sections and
 // the monitor file go into the profile model and the report.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A board without memories has `children` as well, as an empty text.
 #include "board_node.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file is written through its descriptor, without the buffer of a stream: the text comes in large blocks.
 #include "byte_target.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where the bytes of a report go: a file or a stream.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values that are worked out for the report.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Viewers read the keys by their paths, so a list is there even if it gets no nodes; that of channels never
 // gets any.
 #include "document.h"

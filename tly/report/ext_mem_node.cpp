@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A port that was only written, or only read, has samples of one kind: the other list is empty and counts as
 // zeros.
 #include "ext_mem_node.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The node of one port of an external memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nodes are folded once and written once, so an entry is only appended, and read from front to back.
 //
 // What must hold:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finished nodes in as few bytes as they can be restored from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nearly all bytes of a report are numbers in arrays, so write_numbers() is what counts here: it makes room
 // for many numbers at once, and copies what stands between two of them as a block of a fixed size.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A kernel's node holds one compute unit only, as the reader keeps no counters of others.
 #include "kernel_node.h"
 

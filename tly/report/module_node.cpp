@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which keys a node has depends on what the instance is: docs/report.md lists them.
 //
 // What must hold: the lists of one instance may differ in length. A metric has as many values as the shortest

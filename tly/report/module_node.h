@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The node of a module instance.
 #pragma once
 

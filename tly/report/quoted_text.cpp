@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nearly all texts are keys and names with nothing to escape. So a text is copied and checked in blocks of
 // eight bytes first, and only one that has something to escape is written byte by byte.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts inside quotes, as the report has them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The numbers of an array of the report, for those who take them.
 #pragma once
 

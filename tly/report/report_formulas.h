@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formulas of the report. Which steps are done in float and which in double is part of them: rounded values
 // reach the report.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of a float: what a stream's default format makes of it with 7 significant digits.
 //
 // What must hold: every float has the text that std::to_chars has for the same number of digits; the tests

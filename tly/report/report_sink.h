@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The one way to write nodes of the report: piece by piece to whatever takes them, such as a tree, a text, or
 // folded nodes.
 #pragma once

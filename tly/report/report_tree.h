@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The report document: a property tree of texts and packed sample arrays, and its text form.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text form of a report tree. Measured (bench/README.md): integers take as long as std::to_chars into one
 // buffer, floats a quarter of that. The writer holds one buffer, however large the report. A tree is verified
 // as a whole before the first byte, as a writer that stopped half-way would leave half a report.

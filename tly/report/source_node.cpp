@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "source_node.h"
 
 #include "tree_sink.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One large buffer before a target, so that a report of many small pieces takes few system calls.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Builders of the report's nodes as trees, for callers outside the program. Each returns a fresh node; what
 // it holds is described at the write function of its kind, and the shapes in docs/report.md.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "transfer_node.h"
 
 void write_mem_transfer(ReportSink& node, std::string_view name, int device_id, int command_queue_id,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The node of a transfer between host and device.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Trees with call chains can be deeper than the stack, so open nodes stand on a list.
 #include "tree_nodes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The nodes of a report tree, for any sink.
 #pragma once
 

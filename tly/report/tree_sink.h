@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Report nodes as a tree.
 #pragma once
 

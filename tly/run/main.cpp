@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tly_exe.h"
 
 // NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the process, as callers expect

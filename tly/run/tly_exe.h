@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line and the fixed order of a run's stages.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "toolbox.h"
 
 #include "check_command.h"
@@ -7,6 +8,7 @@
 #include "run_command.h"
 #include "signals.h"
 #include "summary_command.h"
+#include "view_command.h"
 
 namespace zan::tool {
 
@@ -14,7 +16,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command, &check_command, &summary_command, &diff_command, &package_command,
+    &run_command, &check_command, &summary_command, &diff_command, &view_command, &package_command,
 };
 
 constexpr Command toolbox = {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How much two patches of a frame differ.
 
 // The sum over a row: both rows are read from global memory again for each shift.

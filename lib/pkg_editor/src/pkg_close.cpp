@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writing edits to the file, and the end of a handle.
 #include <unistd.h>
 

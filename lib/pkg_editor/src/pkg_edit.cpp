@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Adding sections and replacing their contents.
 #include <cstdio>
 #include <cstdlib>

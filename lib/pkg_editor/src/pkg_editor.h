@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Design packages: ELF files of the 32-bit class, used as stores of named sections; and directory streams.
  *
  * Open a package, read and edit it any number of times, close it. Edits reach the file when it is closed.

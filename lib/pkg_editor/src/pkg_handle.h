@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the package functions share: the handle, its messages, and checked access to a package's parts.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sections by their names, for packages that are edited.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names that packages have for themselves.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Opening packages: checks of the mode, the file, and what a new or writable package needs.
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packing files and folders into a directory stream.
 #include <dirent.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading sections and listing them.
 #include <cstdio>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packages without some of their sections, for C++ callers. libelf can't take a section out of a file, so the
 // package is written anew.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // All sections of a package at once, and edits that report whether they reached the disk: for C++ callers who
 // need more than the plain functions offer.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Directory streams, record by record: what packing and unpacking share, for C++ callers who name, check or
 // store the entries in their own way. docs/stream.md describes the format.
 #pragma once

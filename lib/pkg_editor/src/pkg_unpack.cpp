@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Unpacking a directory stream into files and folders.
 #include <sys/stat.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writing an ELF file so that it is certain to be on the disk.
 #pragma once
 

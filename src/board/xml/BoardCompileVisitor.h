@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitor of a board's compile configuration. What the element must hold depends on the document's
 // version.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitor of the device on a board and of the resources that the board's own logic takes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitor of how a board's host configures kernels.
 #pragma once
 

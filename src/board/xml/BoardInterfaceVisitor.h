@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitor of an interface, wherever in a board description it stands.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitor of a board's interfaces that belong to no memory and no channel, and of the kernels' clocks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The visitors of an interface's ports and of their attributes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loading board descriptions from XML, and the visitors that do it. The format is in docs/board.md.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The outermost visitor of a board description, which hands each section to a visitor of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Adding and updating sections.
 #include <fcntl.h>
 #include <gmock/gmock.h>

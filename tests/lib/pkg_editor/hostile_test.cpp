@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Damaged packages: whatever they say, nothing is read outside them and every call comes back.
 #include "package_fixture.h"
 

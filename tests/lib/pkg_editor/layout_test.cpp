@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bytes of packages that this library makes, and packages of many sections or many edits.
 #include <fcntl.h>
 #include <libelf.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Opening and closing packages.
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packing into directory streams. The streams are read with zlib alone.
 #include <dirent.h>
 #include <sys/un.h>

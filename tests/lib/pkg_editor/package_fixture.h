@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packages and files of a test's own.
 #pragma once
 

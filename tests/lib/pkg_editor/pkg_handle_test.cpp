@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Checked access to the parts of a package, and messages under the show flags.
 #include "pkg_handle.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What C++ callers have beside the plain functions: sections as a list, and edits that are certain.
 #include "pkg_sections.h"
 

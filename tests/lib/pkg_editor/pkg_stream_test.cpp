@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records of directory streams; what packing and unpacking make of them is in tests of their own.
 #include "pkg_stream.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A folder to pack from and to unpack into.
 #pragma once
 

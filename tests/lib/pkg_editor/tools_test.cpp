@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packages and the usual ELF tools read each other's work.
 #include <cstdio>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Unpacking directory streams, good ones and any others. The streams are made with zlib alone.
 #include <fcntl.h>
 #include <sys/resource.h>

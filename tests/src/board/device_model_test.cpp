@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Devices and their resources.
 #include "DeviceModel.h"
 

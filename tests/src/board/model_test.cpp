@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The records of a board: what they derive, and their contracts.
 #include "BoardSpec.h"
 #include "contract_death.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each attribute of each element: missing, of the wrong type, unknown.
 #include "whole_document.h"
 

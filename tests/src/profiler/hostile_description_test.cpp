@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Descriptions made to break the loader: each ends in a model or in an error, never in a crash.
 #include "capture.h"
 #include "faulty_elements.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What valid documents give: every field of the model.
 #include "whole_document.h"
 

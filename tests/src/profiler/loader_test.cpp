@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The loader around the visitors: files, several loads, debug text, contracts.
 #include "ProfilerConfigXml.h"
 #include "capture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An element with so many attributes that the parser, which compares each with all before it, takes long: the
 // time grows with the square of their number, so there are just more than 16 bits can count.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which element may stand where, and how often.
 #include "whole_document.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Additions on the records themselves. Instances, connections and ports that are added this way stand in
 // their parent's own list and belong to the caller.
 #include <memory>

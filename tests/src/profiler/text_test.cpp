@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of each record, byte for byte.
 #include <gtest/gtest.h>
 

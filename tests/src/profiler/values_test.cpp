@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each check of a value, what is checked before what, and what is allowed next to what is refused.
 #include "whole_document.h"
 

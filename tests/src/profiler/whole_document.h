@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A whole profiler description whose line numbers are known, and loading with all messages compared.
 #pragma once
 

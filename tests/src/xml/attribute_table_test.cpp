@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tables of attributes: what is read to where, what is reported, and what ends the reading.
 #include "BaseAttributeTable.h"
 

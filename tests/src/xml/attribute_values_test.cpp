@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each attribute type makes of a text, and what is reported when it can't make anything of it.
 #include <cmath>
 #include <limits>

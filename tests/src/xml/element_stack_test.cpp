@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The walk: open elements, counts by path, the sticky error flag, child visitors, debug lines.
 #include "BaseVisitor.h"
 #include "contract_death.h"

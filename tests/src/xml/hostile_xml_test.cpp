@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Documents made to break the readers: each ends in a model or in an error, never in a crash. A small schema
 // with a child visitor and all attribute types stands for the real ones.
 #include <gmock/gmock.h>

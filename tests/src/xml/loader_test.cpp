@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parsing, the lists of messages, printing, and a load by a concrete loader.
 #include "BaseXmlLoader.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each message of the framework: its exact text, its line, its result.
 #include "BaseVisitor.h"
 #include "contract_death.h"

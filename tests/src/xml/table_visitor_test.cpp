@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Visitors with a table of their elements: who is called, what is unexpected, and what leaving an element may
 // refuse.
 #include "TableVisitor.h"

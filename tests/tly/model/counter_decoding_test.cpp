@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the fields of a line reach the counters.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How values reach the ports of external memories.
 #include <gtest/gtest.h>
 

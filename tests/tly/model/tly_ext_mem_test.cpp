@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tly_ext_mem.h"
 
 #include <gtest/gtest.h>

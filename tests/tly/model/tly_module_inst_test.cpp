@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The module instance as a record: attributes, source locations, tags, the life of its samples.
 #include "tly_module_inst.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the reader and the nodes that it makes cost in allocations and memory.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a board description to memories and the board's node.
 #include "board_import.h"
 

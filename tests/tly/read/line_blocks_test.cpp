@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines that are decoded together leave what the same lines leave when they are decoded one after the other:
 // nodes, messages, and the state of the kernels.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The head of a line, read in both ways: from the front, and out of a split line.
 #include "line_head.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Autorun kernels and shared counters in a monitor file.
 #include <gtest/gtest.h>
 

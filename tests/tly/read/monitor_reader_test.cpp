@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Samples, invocations and faults of a monitor file, with kernels made by hand.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fields of a monitor line in which the counters of a description stand. The first counter is field 7.
 #include "import_fixture.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a profiler description becomes: kernels, instances, and their attributes and locations.
 #include <gmock/gmock.h>
 

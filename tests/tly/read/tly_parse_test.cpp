@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stages of a run for callers that have a path, a tree and containers of their own.
 #include "tly_parse.h"
 

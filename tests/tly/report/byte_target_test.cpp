@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files and streams that take the bytes of a report, or refuse them.
 #include "byte_target.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values that are worked out one after the other, as an array.
 #include "derived_samples.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A report tree as a plain tree of texts.
 #include <gtest/gtest.h>
 

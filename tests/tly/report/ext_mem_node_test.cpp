@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nodes of external memory ports.
 #include <gtest/gtest.h>
 

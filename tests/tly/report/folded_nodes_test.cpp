@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Folded nodes stand for the nodes of a tree that got the same calls.
 #include "folded_nodes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text of nodes that a writer takes one after the other.
 #include "json_writer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Channel depths and source locations of module instance nodes.
 #include <gtest/gtest.h>
 

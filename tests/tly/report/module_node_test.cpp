@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nodes of module instances: which keys they have, and their samples.
 #include <gtest/gtest.h>
 

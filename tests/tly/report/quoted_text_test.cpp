@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Texts in quotes, against the slow way of the tests.
 #include "quoted_text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The formulas, at values where another precision would show in the report.
 #include "report_formulas.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The quick ways of writing numbers produce the same text as the general one.
 #include "report_numbers.h"
 

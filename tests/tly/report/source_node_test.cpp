@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Source locations.
 #include "source_node.h"
 

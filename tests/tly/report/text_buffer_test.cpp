@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pieces that a buffer joins.
 #include "text_buffer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The nodes of a tree, as a sink gets them.
 #include "tree_nodes.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Nodes that are written to a tree.
 #include "tree_sink.h"
 

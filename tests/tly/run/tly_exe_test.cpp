@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The command line, and what a run leaves to its caller to free. Whole runs are in tests/end_to_end.
 #include "tly_exe.h"
 

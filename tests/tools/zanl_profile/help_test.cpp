@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every help page, compared byte for byte with a file in the folder help, which renew_help_pages writes.
 #include <fstream>
 #include <sstream>

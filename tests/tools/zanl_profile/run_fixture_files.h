@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A package and a capture for the commands that read both.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The toolbox as a user runs it, in a folder of the test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Help, versions and wrong use of the toolbox.
 #include "package_commands.h"
 #include "tly_constants.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Series and chunks of the page, written plainly: texts of the report to integers, planes, deflate-raw and base64.
 
 import { deflateRawSync } from "node:zlib";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Facts of a block that sums don't hold: how busy its memory was while it stalled, who else used that, and so on.
 
 import { common_length, length_of, union_of } from "./times.mjs";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The head of a page, by the contract of docs/viewer.md, worked out plainly from a report.
 
 import { column_texts, list, utf8 } from "./report.mjs";

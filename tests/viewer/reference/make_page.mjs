@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Makes a page of the viewer from reports: small and plain, what the program's writer is held against.
 //
 //   node make_page.mjs REPORT -o PAGE [--base REPORT] [--source DIR] [--time-unit UNIT] [--template FILE]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What each memory carried when, as steps at the borders of all samples.
 
 export class Steps {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A report as kernels, blocks and samples: nodes of one kernel put together, names put together of their bytes.
 
 /** The text whose characters are bytes of UTF-8. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sets of intervals, and quantiles by nearest rank.
 
 /** The union of intervals, sorted and apart. */

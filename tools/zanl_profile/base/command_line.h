@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Command lines: programs and commands as rows, their help, and what wrong use is answered with.
 #pragma once
 

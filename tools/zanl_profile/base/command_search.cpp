@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "command_search.h"
 
 #include <CLI/CLI.hpp>
@@ -40,6 +41,7 @@ Failure unknown_command(const CLI::App& level, const std::string& word) {
     collect_commands(level, commands);
     collect_commands(program_of(level), commands);
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const CLI::App* command : commands)
         names.push_back(command->get_name());
     const auto found = std::ranges::find(names, nearest_word(word, names));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which command the words of a command line mean.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What people ask of any command: JSON, silence, colors.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A line of a file, or the part of it that matters.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names of files for the sections of a package.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files as the commands use them: every call is checked, and a failure names the file and the reason.
 #pragma once
 

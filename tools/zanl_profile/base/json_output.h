@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JSON that commands print: one object with its schema's name and version first.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where commands read from and write to: a file, a pipe, or "-".
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Suggestions for unknown words: commands, options, sections, kernels, metrics.
 #pragma once
 

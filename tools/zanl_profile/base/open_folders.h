@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Walks through trees of folders, by descriptors of open folders.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two questions are answered here: what must not reach a terminal, and how wide the rest is.
 //
 // The first is a short table. Control characters never change, and Unicode has twelve characters that control

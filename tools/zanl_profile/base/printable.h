@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Text of users and files, as people see it on a terminal.
 #pragma once
 

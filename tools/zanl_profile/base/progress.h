@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A bar that shows how far long work is.
 #pragma once
 

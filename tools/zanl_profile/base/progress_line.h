@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The line of a terminal that shows progress. It is there once for the process.
 #pragma once
 

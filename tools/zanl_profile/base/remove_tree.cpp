@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // std::filesystem::remove_all() and nftw() allocate, so a handler can't call them: the signal may have come
 // while the heap was locked. Entries are read by the system call itself, as readdir() allocates too.
 #include "remove_tree.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Removes folders from within a signal handler.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The handler removes by itself, in place of a flag that the work looks at: a read of a pipe or of a slow
 // disk would not look for as long as it waits. A thread that waits for signals was rejected too: the work
 // would go on making files while they are removed.

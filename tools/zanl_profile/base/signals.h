@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Signals that end the process leave nothing unfinished.
 #pragma once
 

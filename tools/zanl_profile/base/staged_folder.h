@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Folders that are filled with entries all at once.
 #pragma once
 

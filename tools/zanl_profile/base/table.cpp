@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // libsmartcols was tried and isn't used. It has no lines below a row, which the sentences of a summary are.
 // In the locale "C", which most CI systems have, it shows each byte of a UTF-8 name as "\xNN"; in a UTF-8
 // locale it prints the characters that change the direction of writing. And it breaks lines inside of "\xNN".

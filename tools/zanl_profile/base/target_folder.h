@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Folders that entries are to be written into.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A file without a name leaves nothing even if the process is killed. Where the target exists it needs a name
 // for a moment, as link() replaces nothing: only a process that is killed between link() and rename() leaves
 // that name.

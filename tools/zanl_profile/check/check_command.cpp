@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "check_command.h"
 
 #include <sys/stat.h>
@@ -92,6 +93,7 @@ void print_finding(const Finding& finding, std::size_t width, bool colors) {
 // The worst findings come first, else those of the package before those of the capture.
 std::vector<const Finding*> sorted(const std::vector<Finding>& findings) {
     std::vector<const Finding*> result;
+    result.reserve(findings.size());
     for (const Finding& finding : findings)
         result.push_back(&finding);
     std::ranges::stable_sort(result, std::ranges::greater(),

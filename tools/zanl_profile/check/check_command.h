@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zanl-profile check: what is wrong with a package and its capture, and what to do about it.
 #pragma once
 

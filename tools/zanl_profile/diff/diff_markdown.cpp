@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names come from files of unknown origin, so nothing in them may be taken for markup: they stand in code
 // spans, and what a code span or a table can't hold is replaced.
 #include "diff_markdown.h"

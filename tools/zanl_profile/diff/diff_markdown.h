@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `diff` for pages that show Markdown, such as the summary of a job of CI.
 #pragma once
 

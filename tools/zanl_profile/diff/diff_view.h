@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A comparison as people read it: rows of texts, which each output lays out in its own way.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lists of the entries of a stream, of which there may be any number.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "package_arguments.h"
 
 #include <CLI/CLI.hpp>

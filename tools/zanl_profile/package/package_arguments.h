@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the package commands take from the command line alike.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files in whose place new ones are written.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the sections of a package are.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "section_types.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The types of ELF sections, as ELF tools call them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Directory streams that are read entry by entry.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Plans: which entries a new directory stream will have.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // zanl-profile run: the report of zanl-profile-tly, with all that is wrong with its inputs.
 #pragma once
 

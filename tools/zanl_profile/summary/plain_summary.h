@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A summary for scripts that don't read JSON.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `zanl-profile summary`: what held a run up.
 #pragma once
 

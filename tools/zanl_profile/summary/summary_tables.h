@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A summary as people read it: the four answers, then tables.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Board descriptions to be changed and loaded, and the messages of a load.
 #pragma once
 

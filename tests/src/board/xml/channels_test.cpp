@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Channels: their interfaces and identifiers.
 #include "board_document.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Compile configurations, whose rules depend on the version of the document.
 #include "BoardCompileVisitor.h"
 #include "board_document.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The device and the resources that the board's own logic takes.
 #include "board_document.h"
 #include "contract_death.h"

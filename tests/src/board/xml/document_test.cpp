@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The document, and the checks that take all of it.
 #include <limits>
 

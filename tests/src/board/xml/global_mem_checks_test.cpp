@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Several global memories: overlaps, secondaries and their primaries, and which memories are accessible.
 #include "board_document.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Global memories: their attributes and interfaces.
 #include "board_document.h"
 #include "contract_death.h"

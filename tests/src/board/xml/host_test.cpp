@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host and where it configures kernels.
 #include "board_document.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Board descriptions made to break the reader: each ends in a board, in an error, or in a contract, never in
 // a crash.
 #include "board_document.h"

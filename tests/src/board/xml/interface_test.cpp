@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interfaces and their ports, as they stand in a document.
 #include <functional>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Interfaces of no memory and no channel, and the kernels' clocks.
 #include "board_document.h"
 

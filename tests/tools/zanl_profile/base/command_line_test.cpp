@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Programs of a test's own; the toolbox's commands are in toolbox_test.cpp.
 #include "command_line.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `zanl-profile check`: every finding as it is printed, and its level by the exit status.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

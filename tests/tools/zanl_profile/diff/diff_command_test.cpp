@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // `zanl-profile diff` as users run it.
 #include "diff_result.h"
 #include "summary_json.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A comparison of two runs made by hand, and the texts that it has.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The gate for CI, as it stands in the examples.
 #include "diff_result.h"
 #include "summary_json.h"

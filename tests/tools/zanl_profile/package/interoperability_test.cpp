@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Other programs read packages of the toolbox, and the toolbox reads theirs.
 #include <fmt/format.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Making and changing packages: create, add, update, copy. After any failure the package is as it was.
 #include <sys/stat.h>
 

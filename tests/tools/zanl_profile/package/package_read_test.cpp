@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Looking into packages: list, show, extract.
 #include "toolbox_fixture.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """read_package.py FILE: prints each section of a package as a line with its name and its bytes in hexadecimal.
 
 Reads the file by the layout of docs/package.md alone.

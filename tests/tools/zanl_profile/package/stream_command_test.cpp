@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Directory streams by the toolbox: pack and unpack.
 #include <sys/stat.h>
 

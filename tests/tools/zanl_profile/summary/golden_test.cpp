@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the command prints, held against files in golden/. The first line of a file is the command; after it
 // stand standard output, standard error, and "(status N)" if N isn't 0. NAME.json is the report of the sample
 // NAME, NAME.zanx and NAME.mon are its package and its capture.

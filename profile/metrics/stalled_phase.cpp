@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "stalled_phase.h"
+
+#include <algorithm>
+
+#include "timeline.h"
+
+namespace zan::profile {
+
+std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span<const TimeSpan> ran) {
+    TimeBins stalled = stalls;
+    TimeBins covered = covered_bins(ran, stalls.shift());
+    align(stalled, covered);
+    const double whole = covered.total();
+    const double half = stalled.total() / 2.0;
+    if (!(half > 0.0) || !(whole > 0.0))
+        return std::nullopt;
+    std::optional<StalledPhase> best;
+    double held = 0.0;
+    double length = 0.0;
+    std::int64_t begin = stalled.first();
+    for (std::int64_t end = begin; end < stalled.last(); ++end) {
+        held += stalled.at(end);
+        length += covered.at(end);
+        while (begin < end && held - stalled.at(begin) >= half) {
+            held -= stalled.at(begin);
+            length -= covered.at(begin);
+            ++begin;
+        }
+        if (held >= half && (!best || length / whole < best->part)) {
+            const int shift = stalled.shift();
+            const std::int64_t last_time = (end << shift) | ((std::int64_t{1} << shift) - 1);
+            best = {length / whole, {begin << shift, std::min(last_time, ran.back().end - 1) + 1}};
+        }
+    }
+    best->time.begin = std::max(best->time.begin, ran.front().begin);
+    return best;
+}
+
+} // namespace zan::profile

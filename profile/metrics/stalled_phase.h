@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+// When a block stalled most.
+#pragma once
+
+#include <optional>
+#include <span>
+
+#include "invocations.h"
+#include "time_bins.h"
+
+namespace zan::profile {
+
+struct StalledPhase {
+    double part = 0.0; // of the time that the kernel ran: 0.2 is a fifth
+    TimeSpan time;
+};
+
+// The shortest stretch that holds at least half of the stalls, measured by the time in it that the kernel
+// ran. So "most of it between here and there" is true. Nothing without stalls.
+std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span<const TimeSpan> ran);
+
+} // namespace zan::profile

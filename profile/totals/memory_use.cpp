@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "memory_use.h"
+
+#include <algorithm>
+
+namespace zan::profile {
+
+MemoryUse::MemoryUse(const Totals& totals, const RunTimes& times, const std::string& memory) {
+    std::vector<TimeSpan> used;
+    for (std::size_t i = 0; i < totals.kernels().size(); ++i) {
+        const KernelTotals& kernel = totals.kernels()[i];
+        const auto access = std::ranges::find(kernel.accesses, memory, &AccessTotals::memory);
+        if (access == kernel.accesses.end())
+            continue;
+        KernelTraffic& traffic = m_kernels.emplace_back();
+        traffic.kernel = i;
+        traffic.reads = access->reads;
+        traffic.writes = access->writes;
+        if (!access->by_ports.empty()) {
+            m_from_ports = true;
+            traffic.all = access->by_ports;
+        } else {
+            traffic.all.add(access->reads);
+            traffic.all.add(access->writes);
+        }
+        used.insert(used.end(), times.kernels[i].ran.begin(), times.kernels[i].ran.end());
+    }
+    for (const KernelTraffic& traffic : m_kernels)
+        m_traffic.add(traffic.all);
+    m_covered = covered_bins(union_of(std::move(used)), m_traffic.shift());
+    align(m_traffic, m_covered);
+}
+
+double MemoryUse::rate_of(double traffic, double covered, double width) {
+    // A sliver of a bin says nothing: its traffic is what rounding has left.
+    return covered > 1e-9 * width ? traffic / covered : 0.0;
+}
+
+const MemoryUse::Coarse& MemoryUse::coarse(int shift) {
+    const auto [place, is_new] = m_coarse.try_emplace(shift);
+    if (is_new) {
+        place->second = {m_traffic, m_covered};
+        place->second.traffic.widen(shift);
+        place->second.covered.widen(shift);
+    }
+    return place->second;
+}
+
+double MemoryUse::rate(int shift, std::int64_t number) {
+    const Coarse& bins = coarse(std::max(shift, m_traffic.shift()));
+    return rate_of(bins.traffic.at(number), bins.covered.at(number), bins.traffic.width());
+}
+
+Value MemoryUse::mean_rate(const TimeBins& weights) {
+    TimeBins wide = weights;
+    wide.widen(m_traffic.shift());
+    double sum = 0.0;
+    double total = 0.0;
+    for (std::int64_t i = wide.first(); i < wide.last(); ++i) {
+        const double weight = wide.at(i);
+        if (weight <= 0.0)
+            continue;
+        sum += weight * rate(wide.shift(), i);
+        total += weight;
+    }
+    return total > 0.0 ? Value(sum / total) : std::nullopt;
+}
+
+} // namespace zan::profile

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "time_bins.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace zan::profile {
+
+namespace {
+
+// From the first bin to the last, both included. There are never 2^64 of them, as bins of width 1 are widened
+// before they get that many.
+std::uint64_t num_bins(std::int64_t first, std::int64_t last) {
+    return static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first) + 1;
+}
+
+// The first sample takes up to 2^first_bits bins. Narrower ones would soon be merged.
+constexpr int first_bits = 9;
+
+} // namespace
+
+std::size_t bins_for_each(std::size_t budget, std::size_t num_series) {
+    constexpr std::size_t fewest = 64;
+    const std::size_t share = budget / std::max<std::size_t>(num_series, 1);
+    return std::clamp(std::bit_floor(share), fewest, max_time_bins);
+}
+
+double time_between(std::int64_t begin, std::int64_t end) {
+    return end <= begin
+               ? 0.0
+               : static_cast<double>(static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin));
+}
+
+double TimeBins::width() const {
+    return std::ldexp(1.0, m_shift);
+}
+
+double TimeBins::at(std::int64_t number) const {
+    if (number < m_first || number >= last())
+        return 0.0;
+    return m_values[static_cast<std::size_t>(number - m_first)];
+}
+
+double TimeBins::total() const {
+    return std::accumulate(m_values.begin(), m_values.end(), 0.0);
+}
+
+void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
+    const bool has_length = begin < end;
+    const std::int64_t begin_time = has_length ? begin : end;
+    const std::int64_t last_time = has_length ? end - 1 : end;
+    cover(begin_time, last_time);
+    const auto from = static_cast<std::size_t>((begin_time >> m_shift) - m_first);
+    const auto to = static_cast<std::size_t>((last_time >> m_shift) - m_first);
+    if (from == to) {
+        m_values[from] += amount;
+        return;
+    }
+    const std::uint64_t in_bin = (std::uint64_t{1} << m_shift) - 1;
+    const double rate = amount / time_between(begin, end);
+    const double each = rate * width();
+    m_values[from] += rate * (width() - static_cast<double>(static_cast<std::uint64_t>(begin_time) & in_bin));
+    for (std::size_t i = from + 1; i < to; ++i)
+        m_values[i] += each;
+    m_values[to] += rate * (static_cast<double>(static_cast<std::uint64_t>(last_time) & in_bin) + 1.0);
+}
+
+void TimeBins::add_sample(std::int64_t begin, std::int64_t end, double amount) {
+    if (m_values.empty() && begin < end) {
+        const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
+        widen(static_cast<int>(std::bit_width(length)) - first_bits);
+    }
+    add(begin, end, amount);
+}
+
+void TimeBins::add(const TimeBins& other) {
+    widen(other.m_shift);
+    for (std::int64_t number = other.m_first; number < other.last(); ++number) {
+        const std::int64_t time = number << other.m_shift;
+        if (const double amount = other.at(number); amount != 0.0)
+            add(time, time, amount);
+    }
+}
+
+void TimeBins::limit(std::size_t capacity) {
+    m_capacity = capacity;
+    int steps = 0;
+    while (!m_values.empty() && num_bins(m_first >> steps, (last() - 1) >> steps) > m_capacity)
+        ++steps;
+    merge(steps);
+}
+
+void TimeBins::widen(int shift) {
+    if (m_shift < shift)
+        merge(shift - m_shift);
+}
+
+// Makes the bins of both times, wider ones where there are too many. Room is made in steps that grow with the
+// bins, so that times which go backwards don't move all bins each time.
+void TimeBins::cover(std::int64_t begin, std::int64_t end) {
+    std::int64_t low = begin >> m_shift;
+    std::int64_t high = end >> m_shift;
+    if (!m_values.empty()) {
+        if (low >= m_first && high < last())
+            return;
+        low = std::min(low, m_first);
+        high = std::max(high, last() - 1);
+    }
+    int steps = 0;
+    while (num_bins(low >> steps, high >> steps) - 1 >= m_capacity)
+        ++steps;
+    merge(steps);
+    low >>= steps;
+    high >>= steps;
+    if (m_values.empty())
+        m_first = low;
+    const std::size_t spare = m_capacity - static_cast<std::size_t>(num_bins(low, high));
+    const std::size_t step = std::min(spare, m_values.size());
+    if (low < m_first) {
+        const std::int64_t lowest = std::numeric_limits<std::int64_t>::min() >> m_shift;
+        const std::uint64_t room = num_bins(lowest, low) - 1;
+        const auto more = static_cast<std::size_t>(std::min<std::uint64_t>(room, step));
+        m_values.insert(m_values.begin(), static_cast<std::size_t>(m_first - low) + more, 0.0);
+        m_first = low - static_cast<std::int64_t>(more);
+    }
+    if (high >= last())
+        m_values.resize(static_cast<std::size_t>(high - m_first) + 1);
+}
+
+// Makes the bins 2^steps times as wide.
+void TimeBins::merge(int steps) {
+    m_shift += steps;
+    if (m_values.empty() || steps == 0)
+        return;
+    const std::int64_t first = m_first >> steps;
+    std::int64_t number = first;
+    std::size_t num_merged = 0;
+    double sum = 0.0;
+    for (std::size_t i = 0; i < m_values.size(); ++i) {
+        const std::int64_t next = (m_first + static_cast<std::int64_t>(i)) >> steps;
+        if (next != number) {
+            m_values[num_merged++] = sum;
+            sum = 0.0;
+            number = next;
+        }
+        sum += m_values[i];
+    }
+    m_values[num_merged++] = sum;
+    m_values.resize(num_merged);
+    m_first = first;
+}
+
+void align(TimeBins& a, TimeBins& b) {
+    a.widen(b.shift());
+    b.widen(a.shift());
+}
+
+} // namespace zan::profile

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+// Amounts over time in a bounded number of bins.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace zan::profile {
+
+// The most bins of one series.
+inline constexpr std::size_t max_time_bins = 65'536;
+
+// How many bins each of `num_series` may have, so that all of them have about `budget` at most.
+std::size_t bins_for_each(std::size_t budget, std::size_t num_series);
+
+// The length of time from `begin` to `end`; 0 if it is none. Neither overflows.
+double time_between(std::int64_t begin, std::int64_t end);
+
+// Adds amounts to bins of one width, a power of two of the unit of time, which begins at 1 and doubles as the
+// covered time grows. Bin number n covers the times from n·width to (n + 1)·width, so bins of different
+// series line up, and times may come in any order. Amounts that were exact stay exact while the width is 1.
+class TimeBins {
+  public:
+    explicit TimeBins(std::size_t capacity = max_time_bins) : m_capacity(capacity) {}
+
+    // Spreads `amount` evenly from `begin` to `end`. If that is no time, all of it is at `end`.
+    void add(std::int64_t begin, std::int64_t end, double amount);
+    // The same. The first one makes the bins as wide as splits it into some hundred of them, as more of its
+    // length will follow.
+    void add_sample(std::int64_t begin, std::int64_t end, double amount);
+    // Adds another series, bin by bin; the greater width is that of the sum.
+    void add(const TimeBins& other);
+    // From now on at most `capacity` bins, which is at least 2.
+    void limit(std::size_t capacity);
+    // Doubles the width until it is 2^shift; a width that is greater stays.
+    void widen(int shift);
+
+    bool empty() const { return m_values.empty(); }
+    int shift() const { return m_shift; } // the width is 2^shift
+    double width() const;
+    // The number of the first bin, and one past the last; both 0 if it is empty.
+    std::int64_t first() const { return m_first; }
+    std::int64_t last() const { return m_first + static_cast<std::int64_t>(m_values.size()); }
+    // The amount in bin `number`; 0 outside of what is covered.
+    double at(std::int64_t number) const;
+    std::span<const double> values() const { return m_values; }
+    double total() const;
+
+  private:
+    void cover(std::int64_t begin, std::int64_t end);
+    void merge(int steps);
+
+    std::vector<double> m_values;
+    std::int64_t m_first = 0;
+    int m_shift = 0;
+    std::size_t m_capacity;
+};
+
+// Widens two series to the greater of their widths.
+void align(TimeBins& a, TimeBins& b);
+
+} // namespace zan::profile

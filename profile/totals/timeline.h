@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which of several series of time spans ran when.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "invocations.h"
+#include "time_bins.h"
+
+namespace zan::profile {
+
+// The same time as spans that are in order and don't touch. Spans without length are no time. Times between
+// spans that are shorter than `shortest_gap` are filled.
+std::vector<TimeSpan> union_of(std::vector<TimeSpan> spans, double shortest_gap = 0.0);
+
+// The time in both. Each is in order, and its spans don't touch.
+std::vector<TimeSpan> intersection_of(std::span<const TimeSpan> a, std::span<const TimeSpan> b);
+
+// How much of each bin of width 2^shift the spans cover.
+TimeBins covered_bins(std::span<const TimeSpan> spans, int shift);
+
+// The length of all of them together, if they don't overlap.
+double total_time(std::span<const TimeSpan> spans);
+
+// A stretch in which the same series ran.
+struct TimelinePiece {
+    TimeSpan time;
+    std::size_t num_running; // at least 1
+    std::size_t only;        // if one ran: which of the series
+};
+
+// Calls `visit` for the pieces in order, leaving out the times in which nothing ran. Each series is in order
+// and its spans don't touch.
+void walk_timeline(std::span<const std::vector<TimeSpan>> series,
+                   const std::function<void(const TimelinePiece&)>& visit);
+
+// The length of the idle times between pieces, up to any time.
+class IdleTimes {
+  public:
+    // Spans must be in order and not touch.
+    explicit IdleTimes(std::span<const TimeSpan> busy);
+    // Idle time from `begin` to `end`. Before the first span and after the last one nothing counts as idle.
+    double between(std::int64_t begin, std::int64_t end) const;
+
+  private:
+    double up_to(std::int64_t time) const;
+
+    std::span<const TimeSpan> m_busy;
+    std::vector<double> m_before; // idle time before each span
+};
+
+} // namespace zan::profile

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "node_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "stream_report.h"
+
+using namespace zan::profile;
+
+namespace {
+
+// Keeps copies of what it takes.
+class TakenNodes final : public NodeTaker {
+  public:
+    void begin_kernel(const KernelNode& kernel) override { kernels.push_back(kernel); }
+    bool needs_sources(std::string_view) override { return needs; }
+    void block(const BlockNode& block) override { blocks.push_back(block); }
+    void port(const PortNode& port) override { ports.push_back(port); }
+    void end_kernel() override { ++num_ended; }
+    void transfer(const TransferNode& transfer) override { transfers.push_back(transfer); }
+    void board(const std::string& type) override { board_type = type; }
+    void board_memory(const BoardMemoryNode& memory) override { memories.push_back(memory); }
+    void clock(const std::string& text) override { clock_text = text; }
+    void versions(const std::string& program, const std::string&) override { version = program; }
+
+    bool needs = true;
+    std::vector<KernelNode> kernels;
+    std::vector<BlockNode> blocks;
+    std::vector<PortNode> ports;
+    int num_ended = 0;
+    std::vector<TransferNode> transfers;
+    std::string board_type;
+    std::vector<BoardMemoryNode> memories;
+    std::string clock_text;
+    std::string version;
+};
+
+TakenNodes nodes_of(const StreamReport& report) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    write_stream(reader, report);
+    return nodes;
+}
+
+TEST(NodeReader, ReadsAKernelWithItsChildren) {
+    StreamKernel kernel{.name = "k",
+                        .start = -7,
+                        .stamps = {1, 2},
+                        .cycles = {3, 4},
+                        .shared = 2,
+                        .autorun = true,
+                        .device = 5};
+    kernel.blocks = {{.valid = {8, 9}, .efficiency = {0.5f, 1.0f}}};
+    kernel.ports = {{.only = "write_only", .bandwidth = {2.5f}}};
+    const TakenNodes nodes = nodes_of({.kernels = {kernel, {.name = "empty"}}});
+    ASSERT_EQ(nodes.kernels.size(), 2U);
+    EXPECT_EQ(nodes.num_ended, 2);
+    EXPECT_EQ(nodes.kernels[0].name, "k");
+    EXPECT_EQ(nodes.kernels[0].start, -7);
+    EXPECT_EQ(nodes.kernels[0].shared, SharedType::idle);
+    EXPECT_TRUE(nodes.kernels[0].autorun);
+    EXPECT_EQ(nodes.kernels[0].source, (SourcePlace{"k.cl", 1, 0}));
+    EXPECT_EQ(nodes.kernels[0].arrays[Counts::timestamps], (SampleList<long long>{1, 2}));
+    EXPECT_EQ(nodes.kernels[0].arrays[Counts::devices], (SampleList<long long>{5, 5})); // ints in the stream
+    EXPECT_EQ(nodes.blocks.at(0).arrays[Counts::valid], (SampleList<long long>{8, 9}));
+    EXPECT_EQ(nodes.blocks[0].arrays[Rates::efficiency], (SampleList<float>{0.5f, 1.0f}));
+    EXPECT_TRUE(nodes.ports.at(0).write_only);
+    EXPECT_EQ(nodes.ports[0].memory, "DDR");
+    EXPECT_EQ(nodes.ports[0].arrays[Rates::bandwidth], (SampleList<float>{2.5f}));
+    EXPECT_EQ(nodes.kernels[1].name, "empty");
+    EXPECT_TRUE(nodes.kernels[1].arrays[Counts::timestamps].empty());
+    EXPECT_EQ(nodes.kernels[1].shared, SharedType::none);
+}
+
+void open_details(ReportSink& sink) {
+    sink.open("kernels", Form::object);
+    sink.open("nodes", Form::array);
+    sink.open({}, Form::object);
+    sink.open("children", Form::array);
+    sink.open({}, Form::object);
+    sink.text("type", "moduleinst");
+    sink.open("module_inst_details", Form::object);
+}
+
+void close_details(ReportSink& sink) {
+    for (int i = 0; i < 6; ++i)
+        sink.close();
+}
+
+// As a reader of texts may hand on an array that isn't all numbers.
+TEST(NodeReader, ReadsArraysTextByText) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    open_details(reader);
+    reader.open("stall_samples", Form::array);
+    for (const char* text : {"12", "", "x", "-3"})
+        reader.text({}, text);
+    reader.close();
+    reader.open("bandwidth_samples", Form::array);
+    for (const char* text : {"1.5", "inf", "1.5 MB"})
+        reader.text({}, text);
+    reader.close();
+    close_details(reader);
+    const NodeArrays& arrays = nodes.blocks.at(0).arrays;
+    EXPECT_EQ(arrays[Counts::stall], (SampleList<long long>{12, -1, -1, -3}));
+    EXPECT_EQ(arrays[Rates::bandwidth][0], 1.5f);
+    EXPECT_TRUE(std::isinf(arrays[Rates::bandwidth][1]));
+    EXPECT_TRUE(std::isnan(arrays[Rates::bandwidth][2]));
+}
+
+// A reader of texts can't know the type of "1".
+TEST(NodeReader, TakesNumbersOfAnyType) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    open_details(reader);
+    write_array(reader, "stall_samples", std::vector<float>{2.0f, NAN, 1e30f});
+    write_array(reader, "bandwidth_samples", std::vector<int>{3});
+    reader.array("idle_samples", SampleList<int>{4});
+    close_details(reader);
+    const NodeArrays& arrays = nodes.blocks.at(0).arrays;
+    EXPECT_EQ(arrays[Counts::stall], (SampleList<long long>{2, -1, -1}));
+    EXPECT_EQ(arrays[Rates::bandwidth], (SampleList<float>{3.0f}));
+    EXPECT_EQ(arrays[Counts::idle], (SampleList<long long>{4}));
+}
+
+TEST(NodeReader, SkipsWhatItDoesntKnow) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    open_details(reader);
+    reader.open("new_in_this", Form::object);
+    reader.open("stall_samples", Form::array);
+    reader.text({}, "5");
+    reader.close();
+    reader.array("idle_samples", SampleList<int>{4});
+    reader.text("mem_type", "__loop");
+    reader.close();
+    reader.array("stall_counts", SampleList<int>{4});
+    close_details(reader);
+    reader.close(); // one too many
+    EXPECT_TRUE(nodes.blocks.at(0).arrays[Counts::stall].empty());
+    EXPECT_TRUE(nodes.blocks[0].arrays[Counts::idle].empty());
+    EXPECT_EQ(nodes.blocks[0].memory_type, "");
+}
+
+TEST(NodeReader, ReadsSourcesOnlyIfTheyAreNeeded) {
+    TakenNodes nodes;
+    nodes.needs = false;
+    NodeReader reader(nodes);
+    StreamKernel kernel{.blocks = {{}}};
+    write_stream(reader, {.kernels = {kernel}});
+    EXPECT_TRUE(nodes.blocks.at(0).sources.empty());
+    nodes.needs = true;
+    write_stream(reader, {.kernels = {kernel}});
+    EXPECT_EQ(nodes.blocks.at(1).sources.at(0), (CallChain{{"load.cl", 7, 3}}));
+}
+
+TEST(NodeReader, ReadsWhatStandsAroundTheKernels) {
+    StreamReport report{.memories = {{.name = "DDR", .peak = 5.5f, .max_burst = 0}}, .clock = " 7 "};
+    report.transfers = {{.type = ".reprogram", .queue = 4, .start = 10, .end = 20}};
+    const TakenNodes nodes = nodes_of(report);
+    EXPECT_EQ(nodes.board_type, "a_board");
+    EXPECT_EQ(nodes.memories.at(0).peak, 5.5);
+    EXPECT_EQ(nodes.memories[0].max_burst, std::nullopt);
+    EXPECT_EQ(nodes.clock_text, " 7 ");
+    EXPECT_EQ(nodes.version, "2026.1.0");
+    EXPECT_EQ(nodes.transfers.at(0).type, ".reprogram");
+    EXPECT_EQ(nodes.transfers[0].queue, 4);
+    EXPECT_EQ(nodes.transfers[0].end, 20);
+}
+
+} // namespace
