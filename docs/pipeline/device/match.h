@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // How much two patches of a frame differ.
-
 // The sum over a row: both rows are read from global memory again for each shift.
 inline uint row_distance(global const uchar* now, global const uchar* before) {
     uint sum = abs_diff(vload16(0, now), vload16(0, before));
