@@ -14,11 +14,19 @@ if(ZAN_BUILD_TOOLS)
 endif()
 
 install(FILES README.md CHANGELOG.md LICENSE SECURITY.md DESTINATION ${pages_folder})
-install(DIRECTORY docs DESTINATION ${pages_folder} FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY docs DESTINATION ${pages_folder} FILES_MATCHING PATTERN "*.md"
+        PATTERN "man" EXCLUDE)
 install(DIRECTORY samples DESTINATION ${pages_folder} PATTERN "describe_report" EXCLUDE)
 install(PROGRAMS samples/describe_report DESTINATION ${pages_folder}/samples)
 
 # ---- Manual pages, from docs/man. Without scdoc all but them is installed.
+
+# The pages have a date: that of the commit, so that it doesn't depend on the day of the build.
+execute_process(COMMAND git -C ${PROJECT_SOURCE_DIR} log -1 --format=%ct
+                OUTPUT_VARIABLE ZAN_EPOCH OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+if(NOT ZAN_EPOCH MATCHES "^[0-9]+$")
+    file(TIMESTAMP cmake/commit.txt ZAN_EPOCH "%s" UTC)
+endif()
 
 find_program(SCDOC scdoc)
 file(GLOB man_sources CONFIGURE_DEPENDS docs/man/*.scd)
@@ -28,7 +36,7 @@ if(SCDOC)
         get_filename_component(page ${source} NAME_WLE)
         add_custom_command(OUTPUT ${generated}/man/${page}
             COMMAND ${CMAKE_COMMAND} -E make_directory ${generated}/man
-            COMMAND ${SCDOC} < ${source} > ${generated}/man/${page}
+            COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=${ZAN_EPOCH} ${SCDOC} < ${source} > ${generated}/man/${page}
             DEPENDS ${source}
             COMMENT "Making the manual page ${page}"
             VERBATIM)

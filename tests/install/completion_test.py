@@ -134,6 +134,12 @@ class Completion(unittest.TestCase):
     def test_fish(self):
         self.check_shell("fish")
 
+    def test_a_name_of_a_section_is_quoted(self):
+        # zsh and fish quote what they put on a line themselves.
+        self.run_command(toolbox, "package", "create", "odd.zanx", "odd$(touch done)=dump.txt", "o'd=dump.txt")
+        printed = self.offers_of_bash("zanl-profile package show odd.zanx o")
+        self.assertEqual(printed.splitlines(), [r"odd\$\(touch\ done\)", r"o\'d"])
+
     def test_a_shell_knows_what_each_value_is(self):
         table = (self.folder / "script.bash").read_text().split("\n'\n")[0]
         unknown = [line for line in table.splitlines() if line.split("|")[3:4] == ["unknown"]]

@@ -42,10 +42,13 @@ _zanl_profile_names() {
     done <<<"$_zanl_profile_table"
 }
 
-# The names of the sections of the package on the line.
+# The names of the sections of the package on the line, quoted: a name that is put on a command line must not do anything.
 _zanl_profile_sections() {
+    local name
     [[ $zanl_package ]] || return
-    "$zanl_program" package list --names "${zanl_package/#\~\//$HOME/}" 2>/dev/null
+    while IFS= read -r name; do
+        printf '%q\n' "$name"
+    done < <("$zanl_program" package list --names "${zanl_package/#\~\//$HOME/}" 2>/dev/null)
 }
 
 # _zanl_profile_files WORD [ENDING,...]: files with these endings, or all, and folders.

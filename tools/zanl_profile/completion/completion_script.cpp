@@ -55,7 +55,7 @@ std::string quoted_for_shell(std::string_view shell, std::string_view text) {
 }
 
 std::string completion_script(std::string_view shell, const std::vector<CompletionRow>& table) {
-    const auto found = std::ranges::find(shells, shell, &Shell::name);
+    const Shell* const found = std::ranges::find(shells, shell, &Shell::name);
     if (found == std::end(shells))
         return "";
     std::string script(found->begin);
