@@ -9,6 +9,7 @@
 #include "run_command.h"
 #include "signals.h"
 #include "summary_command.h"
+#include "view_command.h"
 
 namespace zan::tool {
 
@@ -16,7 +17,8 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command, &check_command, &summary_command, &diff_command, &package_command, &completion_command,
+    &run_command,  &check_command,   &summary_command,    &diff_command,
+    &view_command, &package_command, &completion_command,
 };
 
 constexpr Command toolbox = {
