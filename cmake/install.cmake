@@ -14,8 +14,8 @@ if(ZAN_BUILD_TOOLS)
 endif()
 
 install(FILES README.md CHANGELOG.md LICENSE SECURITY.md DESTINATION ${pages_folder})
-install(DIRECTORY docs DESTINATION ${pages_folder} FILES_MATCHING PATTERN "*.md"
-        PATTERN "man" EXCLUDE)
+install(DIRECTORY docs DESTINATION ${pages_folder} FILES_MATCHING PATTERN "*.md" PATTERN "*.png"
+        PATTERN "man" EXCLUDE PATTERN "pipeline" EXCLUDE)
 install(DIRECTORY samples DESTINATION ${pages_folder} PATTERN "describe_report" EXCLUDE)
 install(PROGRAMS samples/describe_report DESTINATION ${pages_folder}/samples)
 

@@ -6,7 +6,8 @@ import re
 import unittest
 
 DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
-CHAPTERS = ["Getting started", "Formats", "Metrics", "Toolbox", "Scripts and CI", "Troubleshooting", "Performance", "Security"]
+CHAPTERS = ["Getting started", "Formats", "Metrics", "Toolbox", "Viewer", "Scripts and CI", "Troubleshooting",
+            "Performance", "Security"]
 
 
 class Book(unittest.TestCase):
