@@ -23,9 +23,12 @@ add_library(tinyxml2::tinyxml2 ALIAS tinyxml2)
 
 find_library(UTF8PROC_LIBRARY libutf8proc.a REQUIRED)
 
-find_path(ZLIB_INCLUDE_DIR zlib.h REQUIRED)
-add_library(ZLIB::ZLIB INTERFACE IMPORTED)
-target_link_libraries(ZLIB::ZLIB INTERFACE z)
+# zan_library_by_name(<target> <library>...): the target is these libraries, as the linker finds them. Modules of CMake leave
+# a target alone that is there already.
+function(zan_library_by_name target)
+    add_library(${target} INTERFACE IMPORTED GLOBAL)
+    target_link_libraries(${target} INTERFACE ${ARGN})
+endfunction()
+zan_library_by_name(ZLIB::ZLIB z)
+zan_library_by_name(SQLite::SQLite3 sqlite3 m)
 set(LIBELF_LIBRARY elf CACHE STRING "")
-set(SQLITE3_LIBRARY sqlite3 CACHE STRING "")
-set(XXHASH_LIBRARY xxhash CACHE STRING "")
