@@ -2,6 +2,9 @@
 # The files that are handed out: an archive of the sources, one of programs that need nothing else, and a Debian package.
 # The target `archives` makes the first two, and cpack the third one.
 find_program(PYTHON3 python3 REQUIRED)
+if(NOT SCDOC)
+    message(FATAL_ERROR "manual pages are part of what is handed out, and scdoc is not installed: apt-get install scdoc")
+endif()
 set(dist_folder ${PROJECT_BINARY_DIR}/files)
 
 # zan_portable(<program>): the program once more, with all libraries in itself. It still runs at an address that differs from

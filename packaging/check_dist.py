@@ -113,6 +113,7 @@ class Dist(unittest.TestCase):
         self.assertTrue(alone[0].endswith(b"}\n"))
 
     def test_the_package_has_what_debian_asks_for(self):
+        self.assertTrue(shutil.which("lintian"), "lintian is not installed: apt-get install lintian")
         lint = subprocess.run(["lintian", "--fail-on", "error", "--allow-root", self.only("*.deb")], text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         self.assertEqual(lint.returncode, 0, lint.stdout)

@@ -114,7 +114,7 @@ class Completion(unittest.TestCase):
 
     def check_shell(self, shell):
         if not shutil.which(shell):
-            self.skipTest(f"{shell} is not installed")
+            self.skipTest(f"{shell} is not installed: apt-get install {shell}")
         expected = {f"zanl-profile {arguments}": words for arguments, words in OFFERS.items()}
         for command, names in commands_of_help().items():
             expected[" ".join(f"zanl-profile {command}".split()) + " "] = set(names)

@@ -99,7 +99,7 @@ class ManPages(unittest.TestCase):
                 with self.subTest(page=page.name, name=name):
                     self.assertTrue((PAGES / f"{name}.1.scd").is_file())
 
-    @unittest.skipUnless(shutil.which("scdoc") and shutil.which("mandoc"), "scdoc or mandoc is not installed")
+    @unittest.skipUnless(shutil.which("scdoc") and shutil.which("mandoc"), "not installed: apt-get install scdoc mandoc")
     def test_the_pages_can_be_formatted_and_have_no_errors(self):
         for page in sorted(PAGES.iterdir()):
             with self.subTest(page.name):
