@@ -51,7 +51,7 @@ function add_sources(page, folder) {
 }
 
 function rows_of_metrics() {
-    const text = readFileSync(join(top, "profile/metric_table.cpp"), "utf8");
+    const text = readFileSync(join(top, "profile/model/metric_table.cpp"), "utf8");
     const row = /\{Metric::\w+,\s*"(\w+)",\s*MetricScope::(\w+),\s*MetricUnit::(\w+),\s*Better::(\w+),\s*"[^"]*"\}/g;
     return Object.fromEntries([...text.matchAll(row)].map(([, name, , unit, better]) => [name, [unit, better]]));
 }
