@@ -172,6 +172,45 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertIn(" --label-exclude thorough", self.calls_of("ctest")[0])
         self.assertEqual([call.split()[1] for call in self.calls_of("python3")], ["tests/check_sources.py"])
 
+    def viewer_runs_on_stand_ins(self, lines):
+        """A copy of the script, with tests of the viewer that print these lines, and nothing of what they need."""
+        self.builds_on_stand_ins()
+        self.stand_in("python3", "echo Ran 5 tests")
+        self.stand_in("ctest", "folder=build/$2/Testing/Temporary; mkdir -p $folder && echo '[  PASSED  ] 7 tests.' >$folder/LastTest.log")
+        for name in ("node", "npm", "chromium", "chromium-browser", "google-chrome"):
+            self.stand_in(name, "exit 1")
+        tests = self.script.parent / "tests" / "viewer"
+        tests.mkdir(parents=True)
+        (tests / "package-lock.json").write_text("{}")
+        (tests / "run_tests.py").write_text("#!/bin/sh\ncat <<END\n" + "\n".join(lines) + "\nEND\n")
+        (tests / "run_tests.py").chmod(0o755)
+
+    def test_what_the_viewers_tests_leave_out_is_named_at_the_end_and_run_again(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed", "not run: the page (Chromium is missing)"])
+        status, out, _ = self.dev("test")
+        self.assertEqual(status, 0)
+        self.assertIn("viewer          3 tests passed\n", out)
+        self.assertEqual(out.splitlines()[-1], "not tested: the page (Chromium is missing)")
+        again = self.dev("test")[1]
+        self.assertIn("viewer          3 tests passed\n", again)
+        self.assertIn("asan            unchanged since it passed\n", again)
+        self.assertEqual(again.splitlines()[-1], "not tested: the page (Chromium is missing)")
+
+    def test_with_all_of_the_viewers_tests_nothing_is_named(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed"])
+        status, out, _ = self.dev("test")
+        self.assertEqual((status, out.splitlines()[-1]), (0, "asan            building, testing: 7 tests passed"))
+        self.assertIn("viewer          unchanged since it passed\n", self.dev("test")[1])
+
+    def test_what_the_viewers_tests_need_is_installed(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed"])
+        self.stand_in("dpkg-query", 'case "$*" in *nodejs|*npm|*chromium) exit 1 ;; esac; echo "install ok installed"')
+        self.stand_in("id", "echo 0")
+        self.stand_in("apt-get", "")
+        self.assertEqual(self.dev("test")[0], 0)
+        self.assertEqual(self.calls_of("apt-get")[-1].split()[-3:], ["nodejs", "npm", "chromium"])
+        self.assertEqual(self.calls_of("npm")[-1], "npm ci")
+
     # What it says has passed, or not, is then said of a folder without sources.
     def lint_runs_on_stand_ins(self):
         self.script = self.programs / "sources" / "dev"

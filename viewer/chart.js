@@ -201,18 +201,21 @@ function draw_filled(pen, plot, values, look, y_of) {
 function draw_limit(pen, plot, limit, y_of) {
     const y = Math.round(y_of(limit.value)) + 0.5;
     const width = pen.measureText(limit.name).width;
+    const x = plot.left + plot.width - width - 12;
+    pen.fillStyle = colour("paper");
+    pen.fillRect(x - 4, y - 7, width + 8, 14);
     pen.strokeStyle = pen.fillStyle = colour("peak");
     pen.textAlign = "left";
     pen.textBaseline = "middle";
     pen.setLineDash([4, 3]);
     pen.beginPath();
     pen.moveTo(plot.left, y);
-    pen.lineTo(plot.left + plot.width - width - 16, y);
+    pen.lineTo(x - 4, y);
     pen.moveTo(plot.left + plot.width - 8, y);
     pen.lineTo(plot.left + plot.width, y);
     pen.stroke();
     pen.setLineDash([]);
-    pen.fillText(limit.name, plot.left + plot.width - width - 12, Math.max(y, 8));
+    pen.fillText(limit.name, x, Math.max(y, 8));
     pen.textBaseline = "alphabetic";
 }
 

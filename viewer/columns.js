@@ -129,7 +129,7 @@ export class Clock {
             ? { offset: 0, ends: this.ends(1) } : { offset: rough_from, ends: await this.store.values(this.kernel.time, rough_from, rough_to) };
         let first = place_after(ends, from) + offset;
         let last = place_after(ends, to) + offset;
-        if (first === last && first < this.n) last = first + 1;
+        if (first === last && first < this.n && this.start[this.invocation_of(first)] < to) last = first + 1;
         if (to <= from) last = first;
         return [Math.min(first, this.n), Math.min(last, this.n)];
     }

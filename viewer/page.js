@@ -2,6 +2,7 @@
 // The frame: reads the data of the page, shows a view for each address, and lets all views share one stretch.
 
 import { address_of, parse_address } from "./address.js";
+import { place_after } from "./columns.js";
 import { announce, bold, box, button, element, fill, safe_name, second } from "./dom.js";
 import { time_text } from "./format.js";
 import { show_keys, start_keys } from "./keys.js";
@@ -40,6 +41,7 @@ export class App {
         this.tracks = new Tracks();
         this.base_tracks = this.base && new Tracks();
         this.stretch = new Stretch(head.run.span);
+        this.fragment = "";
         this.place = parse_address("");
         /** @type {View | null} */
         this.view = null;
@@ -58,6 +60,7 @@ export class App {
             reduced > 1 && box("banner", `Each point stands for ${reduced} samples; every peak is kept.`), this.main);
         document.getElementById("wait")?.remove();
         this.stretch.listeners.add((what) => {
+            if (what === "stretch") this.forget_invocation();
             this.redraw(what);
             if (what !== "cursor") this.follow_address();
         });
@@ -87,6 +90,7 @@ export class App {
     /** Shows what an address names. @param {string} fragment */
     show(fragment) {
         const place = parse_address(fragment);
+        this.fragment = fragment;
         // The number of an invocation is its kernel's.
         if (place.view === "block" && this.place.names[0] !== place.names[0]) this.stretch.invocation = null;
         const same = this.view && place.view === this.place.view && place.names.join("/") === this.place.names.join("/");
@@ -131,7 +135,10 @@ export class App {
     follow_address() {
         clearTimeout(this.address_timer);
         this.address_timer = setTimeout(() => {
+            // A link that was followed just now is shown first.
+            if (location.hash !== this.fragment) return;
             history.replaceState(null, "", this.address(this.place.view, this.place.names));
+            this.fragment = location.hash;
             for (const tab of this.tabs?.querySelectorAll("a") ?? []) {
                 const [name] = views.find(([, title]) => title === tab.textContent) ?? ["overview"];
                 tab.setAttribute("href", this.address(name));
@@ -161,16 +168,31 @@ export class App {
         return new TextDecoder().decode(await inflate_in_browser(await this.model.store.packed_chunk(chunk)));
     }
 
-    /** @param {number} steps */
-    step_invocation(steps) {
-        this.show_invocation(this.stretch.invocation === null ? 1 : this.stretch.invocation + steps);
+    /** The times of the kernel whose invocations one steps through. */
+    stepped_clock() {
+        const block = this.model.find_block(this.place.names[0] ?? "", this.place.names[1] ?? "") ?? this.model.answers.culprit;
+        return (block?.kernel ?? this.model.answers.leader)?.clock;
+    }
+
+    /** From the invocation that is shown, or the one in the middle. @param {number} steps */
+    async step_invocation(steps) {
+        const { stretch } = this;
+        const clock = await this.stepped_clock()?.load();
+        const near = clock ? place_after(clock.start, (stretch.from + stretch.to) / 2) : 0;
+        this.show_invocation(stretch.is_whole() ? 1 : (stretch.invocation ?? near) + steps);
+    }
+
+    /** What one has moved away from isn't shown any more. */
+    forget_invocation() {
+        const { stretch } = this;
+        const k = Number(stretch.invocation) - 1;
+        const clock = this.stepped_clock();
+        if (stretch.is_whole() || (clock?.is_ready && (clock.start[k] >= stretch.to || clock.end[k] <= stretch.from))) stretch.invocation = null;
     }
 
     /** Shows an invocation of the block's kernel. @param {number} number counted from 1 */
     async show_invocation(number) {
-        const block = this.model.find_block(this.place.names[0] ?? "", this.place.names[1] ?? "") ?? this.model.answers.culprit;
-        const kernel = block?.kernel ?? this.model.answers.leader;
-        const clock = await kernel?.clock.load();
+        const clock = await this.stepped_clock()?.load();
         if (!clock || clock.start.length === 0) return;
         const { stretch } = this;
         const k = Math.min(clock.start.length, Math.max(1, number)) - 1;

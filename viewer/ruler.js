@@ -37,6 +37,11 @@ export function time_places(stretch, width) {
     return round_places(stretch.from, stretch.to, Math.max(2, width / 130));
 }
 
+/** The middle of what is seen of a selection. @param {[number, number]} selection @param {Stretch} stretch */
+function middle_of([from, to], stretch) {
+    return (Math.max(from, stretch.from) + Math.min(to, stretch.to)) / 2;
+}
+
 /** @param {HTMLCanvasElement} canvas @param {Stretch} stretch @param {string} unit @param {{left: number, width: number}} plot */
 export function draw_ruler(canvas, stretch, unit, plot) {
     const { pen, width } = canvas_pen(canvas, ruler_height);
@@ -45,10 +50,13 @@ export function draw_ruler(canvas, stretch, unit, plot) {
     pen.fillStyle = colour("second");
     pen.strokeStyle = colour("strong");
     pen.textAlign = "center";
+    const chosen = stretch.selection;
+    // The length of the selection stands in their line.
+    const taken = chosen ? plot.left + (middle_of(chosen, stretch) - stretch.from) / (stretch.to - stretch.from) * plot.width : -Infinity;
     ruler_texts(places, step, unit).forEach((text, i) => {
         const x = plot.left + (places[i] - stretch.from) / (stretch.to - stretch.from) * plot.width;
         const half = pen.measureText(text).width / 2;
-        if (x + half < width && x - half > 0) pen.fillText(text, x, 16);
+        if (x + half < width && x - half > 0 && Math.abs(x - taken) > half + 32) pen.fillText(text, x, 16);
         pen.beginPath();
         pen.moveTo(x, 21);
         pen.lineTo(x, ruler_height);
@@ -89,7 +97,7 @@ export function make_plot(stretch, unit, plot, label, step_cursor) {
         if (chosen && b >= a) {
             selection.style.transform = `translateX(${a}px)`;
             selection.style.width = `${Math.max(1, b - a)}px`;
-            length.style.left = `${(a + b) / 2}px`;
+            length.style.left = `${place(middle_of(chosen, stretch))}px`;
             fill(length, time_text(chosen[1] - chosen[0], unit));
         }
         const at = stretch.cursor;

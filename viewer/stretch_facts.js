@@ -4,6 +4,7 @@
 
 import { block_column, Track } from "./columns.js";
 import { kernel_facts } from "./facts.js";
+import { is_known } from "./format.js";
 
 /** @typedef {import("./types.d.ts").Facts} Facts */
 /** @typedef {import("./types.d.ts").Sums} Sums */
@@ -80,6 +81,17 @@ async function memory_use(model, tracks, kernel, number, stretch) {
     return Number.isFinite(mean) ? 100 * mean / memory.peak : null;
 }
 
+/** The use of the port that all of the block's traffic takes, of what it can carry at the clock. @param {Model} model @param {Tracks} tracks @param {ModelKernel} kernel @param {number} number @param {[number, number]} samples */
+async function port_use(model, tracks, kernel, number, samples) {
+    const { mem } = kernel.kernel.blocks[number];
+    const { port, clock_reach } = kernel.blocks[number].facts;
+    const found = kernel.kernel.ports.findIndex((p) => p.mem === mem && p.port === port);
+    const limit = Number(clock_reach) / 100 * Number(model.head.memories.find((m) => m.name === mem)?.peak);
+    if (found < 0 || !(limit > 0)) return null;
+    const { mean } = await tracks.of_port(kernel, found).summary(...samples);
+    return is_known(mean) ? Math.min(100, 100 * mean / limit) : null;
+}
+
 /**
  * The facts of one block over a stretch.
  * @param {Model} model @param {Tracks} tracks @param {ModelKernel} kernel @param {number} number of the block
@@ -92,13 +104,14 @@ export async function stretch_facts(model, tracks, kernel, number, stretch) {
     const sums = await Promise.all(blocks.map((_, i) => all || i === number ? block_sums(model, tracks, kernel, i, samples) : Promise.resolve({})));
     const cycles = await tracks.make(kernel, { id: kernel.kernel.cycles, weights: [], metric: "cycles", shared: false }).sums(...samples);
     const use = await memory_use(model, tracks, kernel, number, stretch);
+    const busy = await port_use(model, tracks, kernel, number, samples);
     const greatest = await tracks.of_block(kernel, number, "valid")?.summary(...samples);
     const { clock } = kernel;
     const invocations = Math.max(1, clock.invocation_of(samples[1] - 1) - clock.invocation_of(samples[0]) + 1);
     const whole = kernel.blocks[number].facts;
     const facts = kernel_facts(model.head, model.clock, kernel.kernel, {
         sums, cycles: cycles.sum, samples: samples[1] - samples[0], invocations,
-        others: blocks.map((_, i) => i === number ? { memory_use: use, port: whole.port, port_use: null,
+        others: blocks.map((_, i) => i === number ? { memory_use: use, port: whole.port, clock_reach: whole.clock_reach, port_use: busy,
             max_valid: greatest && Number.isFinite(greatest.greatest) ? greatest.greatest : null } : {}),
     })[number];
     return { ...facts, time_unit_known: whole.time_unit_known, free_stages: whole.free_stages, stage: whole.stage };

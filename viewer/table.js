@@ -24,7 +24,6 @@ import { is_known } from "./format.js";
  * @property {R[]} rows
  * @property {number} [sort] the column that it is sorted by at first, greatest first; none: as the rows come
  * @property {number} [limit] rows that are shown before "show all"
- * @property {(row: R) => string} [search] what the filter looks at; without it there is no filter
  * @property {Child[]} [tools] more controls in the head
  */
 
@@ -124,7 +123,7 @@ export function copy_tools(title, columns, rows) {
  * @template R
  * @param {TableOptions<R>} options
  */
-export function make_table({ title, columns, rows, sort, limit = Infinity, search, tools = [] }) {
+export function make_table({ title, columns, rows, sort, limit = Infinity, tools = [] }) {
     let by = sort ?? -1;
     let up = false;
     let shows_all = false;
@@ -133,7 +132,7 @@ export function make_table({ title, columns, rows, sort, limit = Infinity, searc
     const body = element("tbody", null);
     const more = box("more");
     const chosen = () => {
-        const found = search && wanted ? rows.filter((row) => search(row).toLowerCase().includes(wanted)) : [...rows];
+        const found = rows.filter((row) => columns.some((column) => plain_text(column.value(row)).toLowerCase().includes(wanted)));
         return by >= 0 ? found.sort(row_order(columns[by], up)) : found;
     };
     const show = () => {
@@ -147,7 +146,7 @@ export function make_table({ title, columns, rows, sort, limit = Infinity, searc
         fill(body, shown.map((row) => table_row(columns, row)));
         fill(more, all.length > shown.length && button({ onclick: () => { shows_all = true; show(); } }, `Show all ${all.length}`));
     };
-    const filter = search && rows.length > 8 && element("input", { type: "search", placeholder: "Filter", "aria-label": `Filter ${title}`,
+    const filter = rows.length > 8 && element("input", { type: "search", placeholder: "Filter", "aria-label": `Filter ${title}`,
         oninput: (/** @type {Event} */ event) => { wanted = /** @type {HTMLInputElement} */ (event.target).value.toLowerCase(); show(); } });
     show();
     return element("section", { class: "card" },

@@ -129,7 +129,7 @@ class BlockPage {
         this.update_overlay = update;
         surface.append(box("ruler-row", this.ruler, element("span", null)), ...this.plots.map(({ place }) => place), overlay);
         this.root = element("article", { class: "block" },
-            box("view-head", element("h1", null, kernel_mark(block.kernel.number), second(safe_name(block.kernel.name) + " / "), bold(safe_name(block.block.name))),
+            box("view-head", element("h1", null, kernel_mark(block.kernel.number), second(safe_name(block.kernel.name) + " /", " "), bold(safe_name(block.block.name))),
                 chain_links(block), app.base && second("dashed: base"), this.stepper),
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
@@ -164,14 +164,18 @@ class BlockPage {
 
     /** The stretch that numbers and sentence are of. @returns {[number, number]} */
     judged() {
-        const { stretch } = this.app;
-        return stretch.selection ?? [stretch.from, stretch.to];
+        const { selection, from, to, invocation } = this.app.stretch;
+        const { clock } = this.block.kernel;
+        const k = Number(invocation) - 1;
+        if (selection) return selection;
+        return clock.is_ready && from <= clock.start[k] && clock.end[k] <= to ? [clock.start[k], clock.end[k]] : [from, to];
     }
 
     /** @param {Set<string>} what */
     draw(what) {
         const redraws = what.has("stretch") || what.has("data");
         if (redraws) this.draw_charts();
+        else if (what.has("selection")) draw_ruler(this.ruler, this.app.stretch, this.app.model.unit, this.plot());
         this.update_overlay();
         if (redraws || what.has("selection")) this.update_rest();
         else if (what.has("cursor")) this.update_stats(true);
@@ -213,9 +217,10 @@ class BlockPage {
         const theirs = /** @type {ModelBlock} */ (this.base).kernel.clock;
         if (!theirs.is_ready) theirs.load().catch(() => {});
         if (!ours.is_ready || !theirs.is_ready) return null;
-        const number = stretch.invocation ?? Math.max(1, place_after(ours.start, stretch.from));
-        if (number > theirs.start.length || number > ours.start.length) return null;
-        const move = stretch.invocation ? theirs.start[number - 1] - ours.start[number - 1] : 0;
+        // Where several invocations are shown, each is where it was.
+        const number = place_after(ours.start, stretch.to);
+        if (number > theirs.start.length) return null;
+        const move = number > 0 && number - place_after(ours.start, stretch.from) <= 1 ? theirs.start[number - 1] - ours.start[number - 1] : 0;
         return [stretch.from + move, stretch.to + move];
     }
 
@@ -232,7 +237,8 @@ class BlockPage {
         stretch_facts(model, this.app.tracks, this.block.kernel, this.block.number, [from, to]).then((facts) => {
             if (turn !== this.turn) return;
             const sentence = judge(model.rules, model.rules.rules, facts, this.block.kind);
-            const time = `${stretch.selection ? "Selected" : stretch.invocation ? `Invocation ${stretch.invocation}` : "Shown"}: ${time_text(to - from, model.unit)}, from ${time_text(from, model.unit)}`;
+            const shown = stretch.selection ? "Selected" : from !== stretch.from ? `Invocation ${stretch.invocation}` : "Shown";
+            const time = `${shown}: ${time_text(to - from, model.unit)}, from ${time_text(from, model.unit)}`;
             const samples = Number(facts.samples ?? 0);
             this.show_words(facts, samples > 0 && is_known(facts.valid) ? sentence : { rule: "", tone: "none", text: "Nothing was measured in this stretch" }, time, samples);
         }, () => {});

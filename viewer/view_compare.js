@@ -36,16 +36,17 @@ function span_card(base, model, less, more) {
     const [was, now] = [base.head.run.span, model.head.run.span];
     const change = percent_of(now - was, was);
     const look = !is_known(change) || change === 0 ? "" : change < 0 ? "good" : "cause";
-    return element("section", { class: "card" }, box("view-head", element("p", { class: "card-head" },
+    return element("section", { class: "card" }, element("p", { class: "change" },
         element("span", { class: "arrow" }, `${time_text(was, base.unit)} → ${time_text(now, model.unit)}`),
-        element("span", null, element("b", { class: look }, change_text(change, percent_text)), " of the whole run; ", bold(less), ` block${less === 1 ? "" : "s"} lose less time to stalls, `, bold(more), " lose more. Changes below a thousandth of the base's span are left out."))));
+        element("span", null, element("b", { class: look }, change_text(change, percent_text)), " of the whole run; ", bold(less), ` block${less === 1 ? "" : "s"} lose less time to stalls, `, bold(more), " lose more. Changes below a thousandth of the base's span are left out.")));
 }
 
 /** A bar to the left for less, to the right for more. @param {number | null} change @param {number} most */
 function change_bar(change, most) {
     const bar = element("span", { class: "bar", role: "img", "aria-label": change === null ? "no change known" : change < 0 ? "less" : change > 0 ? "more" : "the same" });
     if (change === null || !(most > 0)) return bar;
-    const half = 50 * Math.abs(change) / most;
+    // A small change is a thin line.
+    const half = change === 0 ? 0 : Math.max(1, 50 * Math.abs(change) / most);
     const gap = element("span", null);
     gap.style.width = `${change < 0 ? 50 - half : 50}%`;
     const piece = element("span", { class: change < 0 ? "valid" : "stalled" });

@@ -48,8 +48,8 @@ function memory_part(app, memory) {
         box("card", surface), element("p", { class: "sentence" }, sentence_of(memory)),
         box("pair", port_table(app, memory), access_table(app, memory)));
     return { root, draw: (/** @type {Set<string>} */ what) => {
+        if (what.size > Number(what.has("cursor"))) draw_ruler(ruler, stretch, model.unit, plot());
         if (what.has("stretch") || what.has("data")) {
-            draw_ruler(ruler, stretch, model.unit, plot());
             draw_chart(canvas, memory_height, stretch, { tracks: [], looks: ["memory"], map: undefined, stacked: false, bins: memory.bins,
                 top: axis_top(Math.max(memory.peak ?? 0, memory.max ?? 0)), text: bandwidth_text,
                 limit: memory.peak ? { value: memory.peak, name: `peak ${bandwidth_text(memory.peak)}` } : undefined });

@@ -86,7 +86,7 @@ function kernel_table({ model }, kernels) {
     const { unit } = model;
     const share = (/** @type {ModelKernel} */ k) => percent_of(k.kernel.union, model.head.run.span);
     const time = (/** @type {number | null} */ value) => time_text(value, unit);
-    return make_table({ title: "Kernels", rows: kernels, sort: 5, limit: 20, search: (k) => `${k.name} ${k.kernel.file}`, columns: [
+    return make_table({ title: "Kernels", rows: kernels, sort: 5, limit: 20, columns: [
         name_column("Kernel", (k) => k.name, (k) => kernel_name(k, true)),
         name_column("Source", (k) => `${k.kernel.file}:${k.kernel.line}`, (k) => place_link([k.kernel.file, k.kernel.line, 0])),
         number_column("Calls", "", (k) => k.kernel.invocations.n, count_text),
@@ -105,7 +105,7 @@ function kernel_table({ model }, kernels) {
 
 /** @param {App} app */
 function block_table({ model }) {
-    return make_table({ title: "Worst blocks, by time lost to stalls", rows: model.ranking, limit: 8, search: (b) => `${b.block.name} ${b.kernel.name} ${b.kind} ${b.sentence.text}`, columns: [
+    return make_table({ title: "Worst blocks, by time lost to stalls", rows: model.ranking, limit: 8, columns: [
         name_column("Block", (b) => b.block.name, (b) => block_link(b)),
         name_column("Kernel", (b) => b.kernel.name, (b) => kernel_name(b.kernel)),
         name_column("Kind", (b) => b.kind),

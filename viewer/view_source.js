@@ -130,7 +130,7 @@ function own_block(block, no) {
     const text = plain ? [is_known(facts.stall) && `stalled ${percent_text(facts.stall)}`, is_known(facts.valid) && `valid ${percent_text(facts.valid)}`].filter(Boolean).join(", ") : sentence.text;
     const chain = block.block.src.find((c) => c[0][1] === no) ?? [];
     const caller = chain.length > 1 ? [" inlined into ", place_link(chain[chain.length - 1])] : [];
-    return element("div", null, shares_bar(facts), block_link(block, "code"), element("span", { class: sentence.tone === "cause" ? "cause" : "second" }, safe_name(text)), second(caller));
+    return element("div", null, shares_bar(facts), block_link(block, "code"), element("span", { class: sentence.tone === "cause" ? "cause" : "second" }, safe_name(text), second(caller)));
 }
 
 /** @param {Set<ModelBlock>} blocks */

@@ -15,7 +15,7 @@ import { busiest_block } from "./view_overview.js";
 /** @typedef {import("./model.js").ModelKernel} ModelKernel */
 /** @typedef {{kernel?: ModelKernel, name: import("./dom.js").Child[], detail: string, height: number, label: string, draw: (canvas: HTMLCanvasElement) => void}} Lane */
 /** @typedef {{start: number, end: number, level: number, name: string, queue: number}} Transfer */
-/** @typedef {{mark: import("./dom.js").Child, name: string, count: number, time: number, stall: import("./dom.js").Child[], stall_text: string}} Row */
+/** @typedef {{autorun: boolean, mark: import("./dom.js").Child, name: string, count: number, time: number, stall: import("./dom.js").Child[], stall_text: string}} Row */
 
 const name_width = 184;
 const most_kernels = 40;
@@ -69,9 +69,9 @@ export function view_timeline(app) {
         draw(/** @type {Set<string>} */ what) {
             if (what.has("stretch") || what.has("data")) {
                 if (queues.is_new()) build();
-                draw_ruler(ruler, stretch, model.unit, { left: 0, width: plot().width });
                 for (const { lane, canvas } of drawn) lane.draw(canvas);
             }
+            if (what.size > Number(what.has("cursor"))) draw_ruler(ruler, stretch, model.unit, { left: 0, width: plot().width });
             update();
             const chosen = stretch.selection;
             fill(selected, chosen ? `Selected: ${time_text(chosen[1] - chosen[0], model.unit)}, from ${time_text(chosen[0], model.unit)}`
@@ -194,7 +194,8 @@ class StretchTable {
         const turn = ++this.turn;
         this.rows(from, to).then((rows) => {
             if (turn !== this.turn) return;
-            rows.sort((a, b) => b.time - a.time);
+            // What always runs comes last.
+            rows.sort((a, b) => Number(a.autorun) - Number(b.autorun) || b.time - a.time);
             const number = { look: "number" };
             const columns = [
                 { name: "What ran", look: "name", value: (/** @type {Row} */ r) => r.name, cell: (/** @type {Row} */ r) => [r.mark, safe_name(r.name)] },
@@ -213,7 +214,7 @@ class StretchTable {
         const kernels = await Promise.all(model.kernels.map((kernel) => this.kernel_row(kernel, from, to)));
         const queues = [...this.queues.by_queue].map(([queue, { transfers }]) => {
             const inside = transfers.filter((t) => t.end > from && t.start < to);
-            return { mark: mark("transfer"), name: `queue ${queue}`, count: inside.length, time: inside.reduce((s, t) => s + Math.min(t.end, to) - Math.max(t.start, from), 0), stall: [], stall_text: "" };
+            return { autorun: false, mark: mark("transfer"), name: `queue ${queue}`, count: inside.length, time: inside.reduce((s, t) => s + Math.min(t.end, to) - Math.max(t.start, from), 0), stall: [], stall_text: "" };
         });
         return [...kernels, ...queues].filter((row) => row !== null && row.count > 0).map((row) => /** @type {Row} */ (row));
     }
@@ -228,7 +229,7 @@ class StretchTable {
         for (let k = first; k < last; ++k) time += Math.max(0, Math.min(clock.end[k], to) - Math.max(clock.start[k], from));
         const samples = await clock.samples(from, to);
         const worst = await this.worst(kernel, samples);
-        return { mark: kernel_mark(kernel.number), name: kernel.name, count: last - first, time,
+        return { autorun: kernel.kernel.autorun, mark: kernel_mark(kernel.number), name: kernel.name, count: last - first, time,
             stall: worst ? [block_link(worst.block, "second"), " ", bold(percent_text(worst.stall))] : [], stall_text: worst?.block.block.name ?? "" };
     }
 

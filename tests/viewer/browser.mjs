@@ -9,7 +9,7 @@ export const chromium_path = process.env.CHROMIUM ?? places.find((path) => exist
 
 export async function open_browser() {
     const { chromium } = await import("playwright-core");
-    return chromium.launch({ executablePath: chromium_path, args: ["--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage"] });
+    return chromium.launch({ executablePath: chromium_path, args: ["--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--enable-precise-memory-info"] });
 }
 
 /** A page of the file, and what it did that it shouldn't: requests, messages, errors, policy reports. */

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Measures a page in headless Chromium: first paint, parsed, the first charts of a block, and frames of zooming and panning.
 //
-//   node measure_page.mjs PAGE [RUNS]
+//   node measure_page.mjs PAGE [RUNS]      prints medians over the runs as JSON; times are milliseconds
 
 import { open_browser, open_page } from "./browser.mjs";
 
@@ -74,7 +74,7 @@ const browser = await open_browser();
 try {
     const results = [];
     for (let i = 0; i < Number(runs); ++i) results.push(await measure(browser, file));
-    for (const key of Object.keys(results[0])) console.log(key.padEnd(14), percentile(results.map((r) => r[key]), 0.5)?.toFixed(1));
+    console.log(JSON.stringify(Object.fromEntries(Object.keys(results[0]).map((key) => [key, percentile(results.map((r) => r[key]), 0.5)]))));
 } finally {
     await browser.close();
 }

@@ -69,11 +69,25 @@ test("the joined page has its places once, its digests, and no early end of scri
     assert.ok(!style.includes("</"));
 });
 
+/** Whether the parenthesis of a loop that begins on the line is followed by a semicolon. */
+function has_empty_loop(line) {
+    const head = /^\s*(?:for|while) /.exec(line);
+    let depth = 0;
+    for (let i = head ? head[0].length : line.length; i < line.length; ++i) {
+        depth += Number(line[i] === "(") - Number(line[i] === ")");
+        if (depth === 0) return line[i + 1] === ";";
+    }
+    return false;
+}
+
 test("no text has an operator between blanks, or blanks inside of braces, which are dropped", () => {
     for (const name of order) {
         const code = text_of(name).replace(/\/\*\*[^*]*\*\/|^ *\/\/.*$|^ *\*.*$/gm, "").replaceAll("\\\"", "");
         for (const line of code.split("\n")) {
-            for (const [text] of line.matchAll(/"[^"]*"/g)) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*?:<>]) |\{ | \}|\) \{/, `${name}: ${line}`);
+            const texts = [...line.matchAll(/"[^"]*"/g), ...line.replace(/\$\{[^{}]*\}/g, "x").matchAll(/`[^`]*`/g)];
+            for (const [text] of texts) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*/?:<>-]) |\{ | \}|\) \{|(?:if|for|while) \(|, [a-z_.0-9]+\)/, `${name}: ${line}`);
+            assert.ok(!has_empty_loop(line), `${name}: a loop without a body, whose ; may be dropped: ${line}`);
+            assert.doesNotMatch(line, / (?:\+ \+|- -|\/ \/)/, `${name}: without blanks this is another operator: ${line}`);
         }
     }
 });

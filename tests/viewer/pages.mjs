@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Pages that the browser tests look at: all samples, and reports with hostile names and odd values.
 
+import { execFileSync } from "node:child_process";
 import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -23,6 +24,8 @@ function as_bytes(text) {
 
 const texts = (values) => values.map(String);
 
+const json_type = "Corvane Profiler JSON";
+
 /** A report in which each place that has a name has this one. */
 export function hostile_report(name) {
     const n = as_bytes(name);
@@ -34,7 +37,7 @@ export function hostile_report(name) {
             { type: "extmem", name: n, interface: n, port: n, global_used_bw: texts([1000, 2000]), avg_write_burst: texts([2, 3]), avg_read_burst: texts([4, 5]) },
             block("__global", "read", { bandwidth_samples: texts([1000, 2000]), bandwidth_eff_samples: texts([1, 0.5]), cache_hit_samples: texts([1, 2]), global_mem_name: n, average_burst_size: texts([2, 3]) }),
             block("", "write", { average_channel_depth_samples: texts([3.25, 4.5]), max_channel_depth_samples: texts([8, 8]), bandwidth_samples: texts([10, 20]) })] };
-    return { json_type: "x", versions: { profiler_json_version: n, zanx_version: n }, kernels: { nodes: [kernel] },
+    return { json_type, versions: { profiler_json_version: n, zanx_version: n }, kernels: { nodes: [kernel] },
         boards: { nodes: [{ type: "board", board_type: n, children: [{ type: "globalmem", global_memory_name: n, max_theoretical_globalmem_bw: "5000", max_burst_count: "16" }] }] },
         memtransfers: { nodes: [{ type: "memtransfers", type_transfer: n, device_id: "0", command_queue_id: "2", start_time: "0", end_time: "80" }] }, channels: { nodes: "" },
         run_info: { nodes: [{ type: "runinfo", fmax: "200.0" }] } };
@@ -42,7 +45,7 @@ export function hostile_report(name) {
 
 /** Values that are no numbers, counts of -1, and parts that are missing. */
 export function odd_reports() {
-    const empty = { versions: {}, kernels: { nodes: "" }, boards: { nodes: [{ board_type: "b", children: "" }] }, memtransfers: { nodes: "" }, run_info: { nodes: [{ fmax: "0.0" }] } };
+    const empty = { json_type, versions: {}, kernels: { nodes: "" }, boards: { nodes: [{ board_type: "b", children: "" }] }, memtransfers: { nodes: "" }, run_info: { nodes: [{ fmax: "0.0" }] } };
     const odd = hostile_report("odd");
     const [, block, channel] = odd.kernels.nodes[0].children;
     Object.assign(block.module_inst_details, { bandwidth_samples: ["nan", "inf"], bandwidth_eff_samples: ["-inf", "-0"], stall_samples: ["-1", "-1"], activity_samples: ["-1", "4"], average_burst_size: ["2"] });
@@ -79,6 +82,14 @@ export function long_report(num_samples, num_invocations = 1) {
     return report;
 }
 
+/** The built program that makes the pages; without one the small writer of the tests does. */
+const program = process.env.ZAN_PROFILE;
+
+/** The text of a report, whose characters are bytes. */
+function report_text(report) {
+    return JSON.stringify(report).replace(/[\u007f-\uffff]/g, (c) => "\\u" + c.charCodeAt(0).toString(16).padStart(4, "0"));
+}
+
 /** Writes pages to a folder of their own. */
 export class PageFolder {
     constructor() {
@@ -87,7 +98,19 @@ export class PageFolder {
 
     write(name, report, { base, source, report_name = `${name}.json` } = {}) {
         const file = join(this.path, `${name}.html`);
+        if (program) {
+            const [ours, theirs] = [[report, report_name], [base, "base.json"]].map(([one, its_name]) => one && this.write_report(one, its_name));
+            execFileSync(program, ["view", ours, "-o", file, ...(theirs ? ["--base", theirs] : []), ...(source ? ["--source", source] : [])], { stdio: ["ignore", "ignore", "pipe"] });
+            return file;
+        }
         writeFileSync(file, make_page(make_part(report, report_name, { source }), { base: base && make_part(base, "base.json"), template }));
+        return file;
+    }
+
+    write_report(report, name) {
+        const folder = mkdtempSync(join(this.path, "report-"));
+        const file = join(folder, name.replaceAll("/", "_").replaceAll("\u0000", "_"));
+        writeFileSync(file, report_text(report));
         return file;
     }
 

@@ -23,8 +23,6 @@ std::vector<std::int64_t> packed_and_unpacked(const std::vector<std::int64_t>& v
     return unpacked(packer.pack(values), values.size());
 }
 
-} // namespace
-
 TEST(ChunkCodec, ZerosHaveNoBytes) {
     ChunkPacker packer;
     const PackedChunk chunk = packer.pack(std::vector<std::int64_t>(1000));
@@ -107,3 +105,5 @@ TEST(ChunkCodec, PlanesOfEachKindComeBack) {
     // The noise has 7 or 8 bits a value; the rest costs little.
     EXPECT_LT(chunk.bytes.size(), values.size() + values.size() / 10);
 }
+
+} // namespace

@@ -30,8 +30,6 @@ class SeriesTest : public testing::Test {
     ChunkStore store{folder.path()};
 };
 
-} // namespace
-
 TEST_F(SeriesTest, HoldsWholeNumbers) {
     Series series(store);
     for (const std::int64_t value : {5, -1, 7})
@@ -184,3 +182,5 @@ TEST_F(SeriesTest, TheTableStoresThePyramidOfALongSeries) {
     EXPECT_EQ(table.rows()[static_cast<std::size_t>(row.pyramid[2])].least, 765);
     EXPECT_EQ(table.rows()[static_cast<std::size_t>(row.pyramid[2])].greatest, 768);
 }
+
+} // namespace
