@@ -40,6 +40,7 @@ constexpr ValueRow value_rows[] = {
     {"", "SECTION", "section"},
     {"", "SHELL", "words:bash,zsh,fish"},
     {"", "STREAM", "files"},
+    {"", "TIME", "text"},
     {"", "UNIT", "words:ns,us,ms,s"},
     {"", "WHEN", "words:auto,always,never"},
 };
