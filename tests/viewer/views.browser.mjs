@@ -132,6 +132,13 @@ browser_suite("the page in a browser", (shared) => {
             await page.emulateMedia({ media: "print" });
             assert.equal(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), "rgb(255, 255, 255)");
             assert.equal(await page.locator(".search").isVisible(), false);
+            // A4 without its margins; nothing is cut at the right.
+            await page.setViewportSize({ width: 718, height: 1000 });
+            await settle(page);
+            for (const table of await page.locator("table").all()) {
+                const box = await table.boundingBox();
+                assert.ok(box.x + box.width <= 718, `a table ends at ${box.x + box.width}`);
+            }
         });
     });
 
