@@ -138,6 +138,7 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertNotIn("\r", out)
         programs = ["    build/demo/zanl-profile-tly", "    build/demo/tools/zanl_profile/zanl-profile"]
         self.assertEqual(out.split("The programs:\n")[1].splitlines()[:2], programs)
+        self.assertIn("The run as a page, for any browser:\n    build/demo/image_pipeline.html\n", out)
         self.assertEqual(len(out.split("To try next:\n")[1].split("\n\n")[0].splitlines()), 2)
 
     def test_a_demo_that_does_not_build_shows_why(self):

@@ -226,7 +226,13 @@ export class Track {
                 weight[i] = w;
             }
         }
-        return level_of_values(shown, sum, weight);
+        const level = level_of_values(shown, sum, weight);
+        const peaks = this.store.table.peaks?.[id];
+        if (!peaks) return level;
+        // Each value is of several samples, whose least and greatest ones are stored.
+        const [least, range, counts] = await Promise.all(peaks.map((p) => this.store.values(p, from, to)));
+        const factor = shares.has(metric) ? 0.01 : this.scale;
+        return { ...level, weight: counts ?? weight, least: least.map((value) => value * factor), greatest: least.map((value, i) => (value + range[i]) * factor) };
     }
 
     /** @param {number} i */
@@ -270,7 +276,9 @@ export class Track {
     value_at(i) {
         const from = this.raw?.offset ?? 0;
         const level = this.levels?.[0].step === 1 ? this.levels[0] : this.raw?.level;
-        return level?.least[level === this.raw?.level ? i - from : i] ?? NaN;
+        const place = level === this.raw?.level ? i - from : i;
+        if (level && level.least !== level.greatest) return level.sum[place] / level.weight[place];
+        return level?.least[place] ?? NaN;
     }
 }
 

@@ -59,6 +59,7 @@ export function decode_planes(planes, count, encoding, digits) {
  * @property {(number | null)[]} max
  * @property {Record<string, [number, number, number][]>} marks
  * @property {Record<string, number[]>} pyramid
+ * @property {Record<string, number[]>} [peaks] where a value is of several samples: least, greatest less least, counts
  */
 
 /** All series of a run. */

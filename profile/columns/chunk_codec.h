@@ -40,10 +40,13 @@ class ChunkPacker {
   private:
     PackedChunk pack_as(std::span<const std::int64_t> values, bool plain);
     bool is_plain_smaller(std::span<const std::int64_t> values);
+    bool has_repeats(std::span<const unsigned char> plane);
+    void deflate_planes(std::size_t num_planes, std::string& bytes);
 
     z_stream m_stream{};
     std::vector<std::uint64_t> m_numbers;
     std::vector<unsigned char> m_planes;
+    std::vector<std::uint64_t> m_seen; // words of eight bytes, by their hashes
 };
 
 // The values of a packed chunk. Contract: `bytes` and `encoding` are of a PackedChunk with that many values.

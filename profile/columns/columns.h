@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "profile_nodes.h"
@@ -45,6 +46,15 @@ struct SeriesSums {
     std::uint64_t num_left_out = 0;
 };
 
+// What charts show of samples that became one: their least value, and how much greater the greatest one is.
+struct Peaks {
+    explicit Peaks(ChunkStore& store) : least(store), range(store), counts(store) {}
+
+    Series least;
+    Series range;
+    Series counts; // how many samples were added up; empty where values are means
+};
+
 struct Column {
     explicit Column(ChunkStore& store) : series(store) {}
     void fill_up_to(std::uint64_t length);
@@ -52,6 +62,7 @@ struct Column {
     Series series;
     Pyramid pyramid;
     SeriesSums sums;
+    std::unique_ptr<Peaks> peaks; // null: its samples are single ones
 };
 
 // Average bursts of a block, whether they line up with its samples or not.
@@ -70,6 +81,13 @@ struct BlockColumns {
 
 struct PortColumns {
     PortColumns(const PortNode& node, ChunkStore& store);
+    PortColumns(const PortColumns& names, Column bandwidth_of, Column read_burst_of, Column write_burst_of)
+        : memory(names.memory),
+          interface(names.interface),
+          port(names.port),
+          bandwidth(std::move(bandwidth_of)),
+          read_burst(std::move(read_burst_of)),
+          write_burst(std::move(write_burst_of)) {}
 
     std::string memory;
     std::string interface;

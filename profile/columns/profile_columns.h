@@ -29,6 +29,7 @@ struct ProfileColumns {
     // For each of the summary's kernels: the mean MB/s of each memory while it ran.
     std::vector<std::map<std::string, double>> kernel_traffic;
     std::map<std::string, std::vector<double>> memory_bins; // by memory: MB/s
+    std::uint64_t group = 1;                                // samples that one of the columns stands for
 };
 
 // Reads a report, or a package with its capture. A saved summary has no samples, and is a fault. `folder` is

@@ -6,12 +6,12 @@
 
 namespace zan::profile {
 
-void Pyramid::add(double shown, double product, double weight) {
-    if (std::isnan(shown)) {
+void Pyramid::add_range(double low, double high, double product, double weight) {
+    if (std::isnan(low)) {
         m_all_count = false;
     } else {
-        m_low = m_has_shown ? std::min(m_low, shown) : shown;
-        m_high = m_has_shown ? std::max(m_high, shown) : shown;
+        m_low = m_has_shown ? std::min(m_low, low) : low;
+        m_high = m_has_shown ? std::max(m_high, high) : high;
         m_has_shown = true;
         m_sum += product;
         m_weight += weight;

@@ -16,7 +16,9 @@ inline constexpr std::uint64_t pyramid_from = std::uint64_t{1} << 16;
 class Pyramid {
   public:
     // `shown`: what charts show; not a number where the value doesn't count. `product`: value · weight.
-    void add(double shown, double product, double weight);
+    void add(double shown, double product, double weight) { add_range(shown, shown, product, weight); }
+    // The same of several samples that became one.
+    void add_range(double low, double high, double product, double weight);
     // Values that don't count, up to that length.
     void fill_up_to(std::uint64_t length);
     // Closes the last entry.
@@ -25,7 +27,9 @@ class Pyramid {
     void shift(double offset);
 
     std::uint64_t size() const { return m_size; }
+    // All values count, and each once.
     bool all_count() const { return m_all_count; }
+    void count_by_weights() { m_all_count = false; }
     // Where no value of an entry counts, those of the entry before it.
     const std::vector<double>& least() const { return m_least; }
     const std::vector<double>& range() const { return m_range; } // greatest minus least

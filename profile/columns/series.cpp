@@ -84,6 +84,12 @@ void Series::add(float value) {
     add_decimal(decimal_of(value));
 }
 
+void Series::add(const Decimal& value) {
+    m_digest.add(static_cast<std::uint64_t>(value.units));
+    m_digest.add(static_cast<std::uint64_t>(value.digits));
+    add_decimal(value);
+}
+
 void Series::add_rounded(double value, int digits) {
     while (digits > 0 && std::fabs(value) * static_cast<double>(power_of_ten(digits)) >= exact_units)
         --digits;

@@ -44,6 +44,8 @@ class Series {
 
     void add(std::int64_t value);
     void add(float value);
+    // At most max_decimals decimals.
+    void add(const Decimal& value);
     // Fewer decimals than `digits` are kept where the units would pass 2^53.
     void add_rounded(double value, int digits);
     void add_marks(Mark mark, std::uint64_t count);

@@ -35,25 +35,42 @@ int SeriesTable::add(Series series, std::int64_t offset) {
 
 // Series of equal values can differ in what counts and what charts show, so that each has a row of its own
 // with its pyramid; the chunks are the same.
-int SeriesTable::add(Series series, Pyramid& pyramid, int shown_digits, std::int64_t offset) {
-    const bool is_long = series.size() >= pyramid_from;
-    int number = add(std::move(series), offset);
-    if (!is_long)
-        return number;
-    if (!m_rows[static_cast<std::size_t>(number)].pyramid.empty()) {
-        SeriesRow copy = m_rows[static_cast<std::size_t>(number)];
+SeriesRow& SeriesTable::own_row(int& number) {
+    const SeriesRow& row = m_rows[static_cast<std::size_t>(number)];
+    if (!row.pyramid.empty() || !row.peaks.empty()) {
+        SeriesRow copy = row;
         copy.pyramid.clear();
+        copy.peaks.clear();
         number = static_cast<int>(m_rows.size());
         m_rows.push_back(std::move(copy));
     }
-    pyramid.finish();
-    pyramid.shift(static_cast<double>(offset));
-    const int digits = m_rows[static_cast<std::size_t>(number)].digits;
-    std::vector<int> levels{add_level(pyramid.least(), shown_digits),
-                            add_level(pyramid.range(), shown_digits), add_level(pyramid.sums(), digits)};
-    if (!pyramid.all_count())
-        levels.push_back(add_level(pyramid.weights(), digits));
-    m_rows[static_cast<std::size_t>(number)].pyramid = std::move(levels);
+    return m_rows[static_cast<std::size_t>(number)];
+}
+
+int SeriesTable::add(Column& column, int shown_digits, std::int64_t offset) {
+    Pyramid& pyramid = column.pyramid;
+    const bool is_long = column.series.size() >= pyramid_from;
+    int number = add(std::move(column.series), offset);
+    if (!is_long && !column.peaks)
+        return number;
+    const int digits = own_row(number).digits;
+    if (is_long) {
+        pyramid.finish();
+        pyramid.shift(static_cast<double>(offset));
+        std::vector<int> levels{add_level(pyramid.least(), shown_digits),
+                                add_level(pyramid.range(), shown_digits), add_level(pyramid.sums(), digits)};
+        if (!pyramid.all_count())
+            levels.push_back(add_level(pyramid.weights(), digits));
+        m_rows[static_cast<std::size_t>(number)].pyramid = std::move(levels);
+    }
+    if (column.peaks) {
+        const int least = add(std::move(column.peaks->least));
+        const int range = add(std::move(column.peaks->range));
+        std::vector<int> peaks{least, range};
+        if (column.peaks->counts.size() != 0)
+            peaks.push_back(add(std::move(column.peaks->counts)));
+        m_rows[static_cast<std::size_t>(number)].peaks = std::move(peaks);
+    }
     return number;
 }
 

@@ -6,8 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "pyramid.h"
-#include "series.h"
+#include "columns.h"
 
 namespace zan::profile {
 
@@ -23,6 +22,7 @@ struct SeriesRow {
     std::int64_t greatest = 0;
     std::vector<MarkRun> marks;
     std::vector<int> pyramid; // numbers of series: least, range, sums, and weights if not all values count
+    std::vector<int> peaks; // numbers of series: least and range of each value; none if it is a single sample
 };
 
 // Equal series are stored once.
@@ -30,16 +30,18 @@ class SeriesTable {
   public:
     explicit SeriesTable(ChunkStore& store) : m_store(&store) {}
 
-    // Takes a series, with `offset` added to each value, and returns its number. Its pyramid is stored if the
-    // series is long; `shown_digits` are the decimals that its least and greatest values need.
+    // Takes a series, with `offset` added to each value, and returns its number. The pyramid of
+    // a column is stored if the series is long; `shown_digits` are the decimals of its least and greatest
+    // values.
     int add(Series series, std::int64_t offset = 0);
-    int add(Series series, Pyramid& pyramid, int shown_digits, std::int64_t offset = 0);
+    int add(Column& column, int shown_digits, std::int64_t offset = 0);
 
     const std::vector<SeriesRow>& rows() const { return m_rows; }
     const std::vector<StoredChunk>& chunks() const { return m_chunks; }
     std::uint64_t num_values() const { return m_num_values; } // of series, each counted once
 
   private:
+    SeriesRow& own_row(int& number);
     int add_level(const std::vector<double>& values, int digits);
 
     struct Known {

@@ -47,6 +47,16 @@ void write_marks(PageJson& json, const SeriesRow& row) {
     json.end_array();
 }
 
+// Numbers of other series, by the numbers of those that have any.
+void write_levels(PageJson& json, const std::vector<SeriesRow>& rows, std::vector<int> SeriesRow::*levels) {
+    json.begin_object();
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (!(rows[i].*levels).empty())
+            write_numbers(json.key(std::to_string(i)), rows[i].*levels);
+    }
+    json.end_object();
+}
+
 } // namespace
 
 void write_series_table(PageJson& json, const profile::SeriesTable& table) {
@@ -64,12 +74,8 @@ void write_series_table(PageJson& json, const profile::SeriesTable& table) {
             write_marks(json.key(std::to_string(i)), rows[i]);
     }
     json.end_object();
-    json.key("pyramid").begin_object();
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        if (!rows[i].pyramid.empty())
-            write_numbers(json.key(std::to_string(i)), rows[i].pyramid);
-    }
-    json.end_object();
+    write_levels(json.key("pyramid"), rows, &SeriesRow::pyramid);
+    write_levels(json.key("peaks"), rows, &SeriesRow::peaks);
     json.end_object();
 }
 

@@ -2,6 +2,8 @@
 #include "view_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -10,9 +12,11 @@
 
 #include "failure.h"
 #include "files.h"
+#include "nearest_word.h"
 #include "printable.h"
 #include "profile_columns.h"
 #include "progress.h"
+#include "sample_choice.h"
 #include "time_option.h"
 #include "unfinished_file.h"
 #include "view_page.h"
@@ -28,6 +32,10 @@ struct ViewArguments {
     std::string output;
     std::string source;
     std::string time_unit;
+    std::vector<std::string> kernels;
+    std::string from;
+    std::string to;
+    std::string samples;
 };
 
 // Pieces of a page, put together so that few of them are written one by one.
@@ -75,14 +83,87 @@ std::unique_ptr<profile::ProfileColumns> read_profile(const profile::Input& inpu
     return std::get<std::unique_ptr<profile::ProfileColumns>>(std::move(read));
 }
 
+std::uint64_t limit_of(const std::string& samples) {
+    if (samples.empty())
+        return profile::most_values;
+    if (samples == "all")
+        return 0;
+    std::uint64_t limit = 0;
+    const char* const end = samples.data() + samples.size();
+    const auto read = std::from_chars(samples.data(), end, limit);
+    if (read.ec != std::errc() || read.ptr != end || limit == 0)
+        throw Failure("--samples takes a number of values or 'all', not " + in_quotes(samples));
+    return limit;
+}
+
+profile::SampleChoice choice_of(const ViewArguments& arguments) {
+    profile::SampleChoice choice;
+    choice.kernels = arguments.kernels;
+    choice.from = nanoseconds_of_time(arguments.from, "--from");
+    choice.to = nanoseconds_of_time(arguments.to, "--to");
+    choice.limit = limit_of(arguments.samples);
+    if (choice.from && choice.to && *choice.from >= *choice.to)
+        throw Failure("--from must be before --to");
+    return choice;
+}
+
+void check_choice(const profile::ProfileSummary& summary, const profile::SampleChoice& choice) {
+    std::vector<std::string> names;
+    for (const profile::KernelSummary& kernel : summary.kernels)
+        names.push_back(kernel.name);
+    for (const std::string& name : choice.kernels) {
+        if (std::ranges::find(names, name) == names.end())
+            throw Failure("no kernel is called " + in_quotes(name) + did_you_mean(name, names));
+    }
+    if ((choice.from || choice.to) && !summary.nanoseconds)
+        throw Failure("the unit of the times isn't known: --from and --to take --time-unit");
+}
+
+// What a page lacks is said by it, and on standard error.
+void note(profile::ProfileSummary& summary, const std::string& text, const Console& console) {
+    summary.notes.push_back({"left-out", text});
+    print_note(console, text);
+}
+
+void choose(profile::ProfileColumns& profile, const profile::SampleChoice& choice,
+            const ViewArguments& arguments, const Console& console) {
+    const bool fits = profile::choose_samples(profile, choice);
+    if (!choice.kernels.empty() || choice.from || choice.to) {
+        std::string text = "the page has samples";
+        for (std::size_t i = 0; i < choice.kernels.size(); ++i)
+            text += (i == 0 ? " of " : ", ") + printable(choice.kernels[i]);
+        text += choice.from ? " from " + arguments.from : "";
+        text += choice.to ? " to " + arguments.to : "";
+        note(profile.summary, text + " only; sums are of the whole run", console);
+    }
+    if (profile.group != 1)
+        note(profile.summary,
+             "each point of the page stands for " + std::to_string(profile.group) +
+                 " samples; every peak and total is kept. --samples all keeps each sample",
+             console);
+    if (!fits)
+        note(profile.summary,
+             "the page is larger than it should be: invocations have few samples. "
+             "--kernel chooses kernels",
+             console);
+}
+
 void view(const ViewArguments& arguments, const Console& console) {
     const profile::Input input = single_input(arguments.inputs, "run");
+    const profile::SampleChoice choice = choice_of(arguments);
     UnfinishedFile page(arguments.output);
     try {
         const auto profile = read_profile(input, arguments, console);
+        check_choice(profile->summary, choice);
         std::unique_ptr<profile::ProfileColumns> base;
         if (!arguments.base.empty())
             base = read_profile(single_input(arguments.base, "base"), arguments, console);
+        choose(*profile, choice, arguments, console);
+        // Of a base, kernels and times may be others.
+        profile::SampleChoice base_choice;
+        base_choice.limit = choice.limit;
+        if (base)
+            profile::choose_samples(*base, base_choice);
         FoundSources sources;
         if (!arguments.source.empty())
             sources = find_sources(profile->summary, arguments.source);
@@ -110,6 +191,16 @@ void define_view(CLI::App& app, Console& console) {
         ->type_name("FOLDER");
     app.add_option("--time-unit", arguments->time_unit, "the unit of the report's times: ns, us, ms or s")
         ->type_name("UNIT");
+    app.add_option("--kernel", arguments->kernels,
+                   "keep the samples of this kernel; may be given more than once")
+        ->type_name("NAME");
+    app.add_option("--from", arguments->from,
+                   "keep the samples from this time on, such as 12ms after the start")
+        ->type_name("TIME");
+    app.add_option("--to", arguments->to, "keep the samples up to this time")->type_name("TIME");
+    app.add_option("--samples", arguments->samples,
+                   "join samples above that many values, 200000000 by default; all: never")
+        ->type_name("N|all");
     app.callback([arguments, &console] { view(*arguments, console); });
 }
 

@@ -84,7 +84,7 @@ class HeadWriter {
 
 int HeadWriter::add(Column& column, std::uint64_t length, int shown_digits, std::int64_t offset) {
     column.fill_up_to(length);
-    return m_table.add(std::move(column.series), column.pyramid, shown_digits, offset);
+    return m_table.add(column, shown_digits, offset);
 }
 
 int HeadWriter::add_integers(std::span<const std::int64_t> values) {
@@ -142,7 +142,7 @@ void HeadWriter::write_run() {
     m_json.key("kernel_time").number(ticks(m_summary.kernel_time).value_or(0.0));
     m_json.key("transfer_only").number(ticks(m_summary.transfer_only).value_or(0.0));
     m_json.key("values").count(m_table.num_values());
-    m_json.key("reduced").integer(0);
+    m_json.key("reduced").count(m_profile.group);
     m_json.end_object();
 }
 
@@ -320,7 +320,7 @@ void HeadWriter::write_block(const KernelSummary& kernel, const BlockSummary& bl
         // Shares are shown in whole ten-thousandths.
         const int shown_digits = i <= static_cast<std::size_t>(profile::BlockSeries::idle) ? 0 : digits;
         m_json.key(profile::name_of(static_cast<profile::BlockSeries>(i)))
-            .integer(m_table.add(std::move(column.series), column.pyramid, shown_digits));
+            .integer(m_table.add(column, shown_digits));
     }
     m_json.end_object();
     if (const profile::BurstEntries& bursts = columns.bursts; bursts.num > 0) {

@@ -38,6 +38,7 @@ class PageValues : public Toolbox {
         expect_values_of_report("r.html");
         ASSERT_EQ(run({"view", "d.zanx", "p.mon", "-o", "d.html"}).status, "0");
         expect_values_of_report("d.html");
+        expect_sums_of_summary("r.html");
     }
     void expect_values_of_report(const std::string& page) const {
         const std::string text = read(page);
@@ -55,6 +56,44 @@ class PageValues : public Toolbox {
             ++num_equal;
         }
         EXPECT_EQ(found.size(), num_equal);
+    }
+    // The metrics of the summary follow from the sums in the page. Those of autorun kernels don't: they are
+    // of the samples in which these work.
+    void expect_sums_of_summary(const std::string& page) const {
+        const std::string text = read(page);
+        const PageReader reader(text);
+        rapidjson::Document summary;
+        summary.Parse(run({"--json", "summary", "r.json"}).out.c_str());
+        for (const auto& kernel : summary["kernels"].GetArray()) {
+            const auto& blocks = kernel["blocks"];
+            const auto& in_page =
+                reader.head()["kernels"]
+                             [static_cast<rapidjson::SizeType>(&kernel - summary["kernels"].Begin())];
+            ASSERT_STREQ(in_page["name"].GetString(), kernel["name"].GetString());
+            for (rapidjson::SizeType i = 0; !kernel.HasMember("autorun") && i < blocks.Size(); ++i)
+                expect_sums_of_block(in_page["blocks"][i], blocks[i]);
+        }
+    }
+    static void expect_sums_of_block(const rapidjson::Value& in_page, const rapidjson::Value& block) {
+        ASSERT_STREQ(in_page["name"].GetString(), block["name"].GetString());
+        struct SumRow {
+            const char* series;
+            const char* metric;
+            rapidjson::SizeType divisor; // 1: the sum of weights, 2: the cycles
+            double scale;
+        };
+        for (const auto& [series, metric, divisor, scale] :
+             {SumRow{"stall", "stall_percent", 2, 100.0}, SumRow{"valid", "valid_percent", 2, 100.0},
+              SumRow{"idle", "idle_percent", 2, 100.0}, SumRow{"bandwidth", "bandwidth_mb_per_s", 1, 1.0},
+              SumRow{"efficiency", "efficiency_percent", 1, 100.0}}) {
+            if (!block.HasMember(metric) || !in_page["sums"].HasMember(series))
+                continue;
+            const auto& sums = in_page["sums"][series];
+            const double expected = block[metric].GetDouble();
+            // The summary has five digits.
+            EXPECT_NEAR(scale * sums[0].GetDouble() / sums[divisor].GetDouble(), expected, 1e-4 * expected)
+                << block["name"].GetString() << " " << metric;
+        }
     }
     template <typename Workload>
     void lay_out(const Workload& workload) const {

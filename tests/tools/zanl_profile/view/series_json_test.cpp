@@ -31,7 +31,7 @@ TEST(SeriesJson, HasAColumnForEachPropertyOfASeries) {
     const std::string text = json.result();
     EXPECT_TRUE(text.starts_with(R"({"n":[4,1,3],"chunk":[0,-1,-1],"digits":[1,0,0],"enc":[[)")) << text;
     EXPECT_TRUE(text.ends_with(
-        R"("min":[0.5,0,null],"max":[2.0,0,null],"marks":{"0":[[2,2,1]],"2":[[0,3,0]]},"pyramid":{}})"))
+        R"("min":[0.5,0,null],"max":[2.0,0,null],"marks":{"0":[[2,2,1]],"2":[[0,3,0]]},"pyramid":{},"peaks":{}})"))
         << text;
 }
 
