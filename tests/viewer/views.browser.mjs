@@ -7,7 +7,7 @@ import test from "node:test";
 import { pathToFileURL } from "node:url";
 import { open_page, settle } from "./browser.mjs";
 import { axe_faults, axe_source, browser_suite, go, views } from "./browser_suite.mjs";
-import { hostile_names, hostile_report, long_report, odd_reports, sample_names, sample_report } from "./pages.mjs";
+import { hostile_names, hostile_report, long_report, odd_reports, program, sample_names, sample_report } from "./pages.mjs";
 
 browser_suite("the page in a browser", (shared) => {
     for (const name of sample_names) {
@@ -98,6 +98,21 @@ browser_suite("the page in a browser", (shared) => {
             const tables = page.getByRole("button", { name: /as table/ });
             await tables.first().click();
             assert.match(await page.locator("dialog table").textContent(), /-1/);
+        });
+    });
+
+    test("a page of joined samples says so on top of each view, and keeps peaks", { skip: program ? false : "ZAN_PROFILE names no program" }, async () => {
+        const report = long_report(4000);
+        report.kernels.nodes[0].children.find((c) => c.name.endsWith("__global")).module_inst_details.stall_samples[1234] = "97";
+        const file = shared.folder.write("joined", report, { options: ["--samples", "20000"] });
+        await shared.on_page(file, {}, async (page) => {
+            for (const view of views) {
+                await go(page, `#/${view}`);
+                assert.match(await page.locator(".banner:visible").textContent(), /^Each point stands for \d+ samples; every peak is kept\.$/, view);
+            }
+            await go(page, "#/block/long/long__global");
+            await settle(page, 400);
+            assert.match(await page.locator(".stats").first().textContent(), /max97%/);
         });
     });
 
