@@ -4,11 +4,11 @@
 import { block_link, kernel_name } from "./bars.js";
 import { place_after } from "./columns.js";
 import { after_rest, bold, box, button, element, fill, kernel_mark, mark, safe_name, second } from "./dom.js";
-import { is_known, percent_text, time_text } from "./format.js";
+import { bandwidth_text, count_text, is_known, percent_text, time_text } from "./format.js";
 import { draw_area, draw_invocations, draw_memory, draw_transfers, stack_transfers } from "./lanes.js";
+import { percent_of } from "./metrics.js";
 import { draw_ruler, make_plot, picture, ruler_height } from "./ruler.js";
-import { table_row } from "./table.js";
-import { bandwidth_text } from "./format.js";
+import { make_table, name_column, number_column } from "./table.js";
 import { busiest_block } from "./view_overview.js";
 
 /** @typedef {import("./page.js").App} App */
@@ -179,32 +179,26 @@ class StretchTable {
     constructor(app, queues) {
         this.app = app;
         this.queues = queues;
-        this.body = element("tbody", null);
-        this.title = element("h2", null, "In the stretch shown");
         this.turn = 0;
-        this.root = element("section", { class: "card" }, box("card-head", this.title),
-            element("div", { class: "scroll", tabindex: "0", role: "region", "aria-label": "What ran in this stretch" }, element("table", null, element("thead", null, element("tr", null,
-                element("th", { scope: "col" }, "What ran"), ...["Count", "Time", "Share", "Worst block stalls"].map((n) => element("th", { scope: "col", class: "number" }, n)))), this.body)));
+        this.root = element("div", null);
     }
 
     update() {
         const { stretch, model } = this.app;
         const [from, to] = stretch.selection ?? [stretch.from, stretch.to];
-        fill(this.title, stretch.selection ? "In the selected stretch" : "In the stretch shown");
+        const title = stretch.selection ? "In the selected stretch" : "In the stretch shown";
         const turn = ++this.turn;
         this.rows(from, to).then((rows) => {
             if (turn !== this.turn) return;
             // What always runs comes last.
             rows.sort((a, b) => Number(a.autorun) - Number(b.autorun) || b.time - a.time);
-            const number = { look: "number" };
-            const columns = [
-                { name: "What ran", look: "name", value: (/** @type {Row} */ r) => r.name, cell: (/** @type {Row} */ r) => [r.mark, safe_name(r.name)] },
-                { name: "Count", ...number, value: (/** @type {Row} */ r) => r.count },
-                { name: "Time", ...number, value: (/** @type {Row} */ r) => r.time, cell: (/** @type {Row} */ r) => time_text(r.time, model.unit) },
-                { name: "Share", ...number, value: (/** @type {Row} */ r) => r.time, cell: (/** @type {Row} */ r) => percent_text(100 * r.time / (to - from)) },
-                { name: "Worst", ...number, value: (/** @type {Row} */ r) => r.stall_text, cell: (/** @type {Row} */ r) => r.stall },
-            ];
-            fill(this.body, rows.length > 0 ? rows.map((row) => table_row(columns, row)) : element("tr", null, element("td", { colspan: "5" }, "Nothing ran.")));
+            fill(this.root, rows.length === 0 ? second("Nothing ran.") : make_table({ title, rows, limit: 20, columns: [
+                name_column("What ran", (r) => r.name, (r) => [r.mark, safe_name(r.name)]),
+                number_column("Count", "", (r) => r.count, count_text),
+                number_column("Time", model.unit, (r) => r.time, (v) => time_text(v, model.unit)),
+                number_column("Share", "%", (r) => percent_of(r.time, to - from), percent_text),
+                { name: "Worst block stalls", look: "number", value: (r) => r.stall_text, cell: (r) => r.stall },
+            ] }));
         }, () => {});
     }
 
@@ -230,7 +224,7 @@ class StretchTable {
         const samples = await clock.samples(from, to);
         const worst = await this.worst(kernel, samples);
         return { autorun: kernel.kernel.autorun, mark: kernel_mark(kernel.number), name: kernel.name, count: last - first, time,
-            stall: worst ? [block_link(worst.block, "second"), " ", bold(percent_text(worst.stall))] : [], stall_text: worst?.block.block.name ?? "" };
+            stall: worst ? [block_link(worst.block, "second"), " ", bold(percent_text(worst.stall))] : [], stall_text: worst ? `${worst.block.block.name} ${percent_text(worst.stall)}` : "" };
     }
 
     /** The block that stalls most in the stretch, of the eight that stall most in the run. @param {ModelKernel} kernel @param {[number, number]} samples */

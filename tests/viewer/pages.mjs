@@ -83,7 +83,7 @@ export function long_report(num_samples, num_invocations = 1) {
 }
 
 /** The built program that makes the pages; without one the small writer of the tests does. */
-const program = process.env.ZAN_PROFILE;
+export const program = process.env.ZAN_PROFILE;
 
 /** The text of a report, whose characters are bytes. */
 function report_text(report) {
@@ -96,11 +96,11 @@ export class PageFolder {
         this.path = mkdtempSync(join(tmpdir(), "viewer-pages-"));
     }
 
-    write(name, report, { base, source, report_name = `${name}.json` } = {}) {
+    write(name, report, { base, source, report_name = `${name}.json`, options = [] } = {}) {
         const file = join(this.path, `${name}.html`);
         if (program) {
             const [ours, theirs] = [[report, report_name], [base, "base.json"]].map(([one, its_name]) => one && this.write_report(one, its_name));
-            execFileSync(program, ["view", ours, "-o", file, ...(theirs ? ["--base", theirs] : []), ...(source ? ["--source", source] : [])], { stdio: ["ignore", "ignore", "pipe"] });
+            execFileSync(program, ["view", ours, "-o", file, ...(theirs ? ["--base", theirs] : []), ...(source ? ["--source", source] : []), ...options], { stdio: ["ignore", "ignore", "pipe"] });
             return file;
         }
         writeFileSync(file, make_page(make_part(report, report_name, { source }), { base: base && make_part(base, "base.json"), template }));

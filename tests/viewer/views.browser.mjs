@@ -7,7 +7,7 @@ import test from "node:test";
 import { pathToFileURL } from "node:url";
 import { open_page, settle } from "./browser.mjs";
 import { axe_faults, axe_source, browser_suite, go, views } from "./browser_suite.mjs";
-import { hostile_names, hostile_report, long_report, odd_reports, sample_names, sample_report } from "./pages.mjs";
+import { hostile_names, hostile_report, long_report, odd_reports, program, sample_names, sample_report } from "./pages.mjs";
 
 browser_suite("the page in a browser", (shared) => {
     for (const name of sample_names) {
@@ -101,6 +101,21 @@ browser_suite("the page in a browser", (shared) => {
         });
     });
 
+    test("a page of joined samples says so on top of each view, and keeps peaks", { skip: program ? false : "ZAN_PROFILE names no program" }, async () => {
+        const report = long_report(4000);
+        report.kernels.nodes[0].children.find((c) => c.name.endsWith("__global")).module_inst_details.stall_samples[1234] = "97";
+        const file = shared.folder.write("joined", report, { options: ["--samples", "20000"] });
+        await shared.on_page(file, {}, async (page) => {
+            for (const view of views) {
+                await go(page, `#/${view}`);
+                assert.match(await page.locator(".banner:visible").textContent(), /^Each point stands for \d+ samples; every peak is kept\.$/, view);
+            }
+            await go(page, "#/block/long/long__global");
+            await settle(page, 400);
+            assert.match(await page.locator(".stats").first().textContent(), /max97%/);
+        });
+    });
+
     test("a page that was cut says so", async () => {
         const file = shared.folder.write("cut", long_report(3000));
         const text = readFileSync(file, "utf8");
@@ -132,6 +147,13 @@ browser_suite("the page in a browser", (shared) => {
             await page.emulateMedia({ media: "print" });
             assert.equal(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), "rgb(255, 255, 255)");
             assert.equal(await page.locator(".search").isVisible(), false);
+            // A4 without its margins; nothing is cut at the right.
+            await page.setViewportSize({ width: 718, height: 1000 });
+            await settle(page);
+            for (const table of await page.locator("table").all()) {
+                const box = await table.boundingBox();
+                assert.ok(box.x + box.width <= 718, `a table ends at ${box.x + box.width}`);
+            }
         });
     });
 
