@@ -29,6 +29,8 @@ PROFILE = [
     "profile/base",
     "profile/check",
     "profile/compare",
+    "profile/database",
+    "profile/export",
     "profile/metrics",
     "profile/model",
     "profile/read",
@@ -41,12 +43,13 @@ TOOLBOX = [
     "tools/zanl_profile/base",
     "tools/zanl_profile/check",
     "tools/zanl_profile/diff",
+    "tools/zanl_profile/export",
     "tools/zanl_profile/package",
     "tools/zanl_profile/run",
     "tools/zanl_profile/summary",
 ]
 EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, *PROFILE, *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
-ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
+ALL_LIBRARIES = ["tinyxml2", "libelf", "sqlite", "zlib", "property tree"]
 LAYERS = [
     ("lib/contract", [], []),
     ("lib/pkg_editor/src", ["lib/contract"], ["libelf", "zlib"]),
@@ -68,11 +71,18 @@ LAYERS = [
     ("profile/rules", ["lib/contract", "tly/base", "profile/base", "profile/model"], []),
     ("profile/compare", ["profile/base", "profile/model"], []),
     ("profile/check", ["lib/contract", *DESCRIPTIONS, *TLY, "profile/base", "profile/model", "profile/read"], []),
+    (
+        "profile/export",
+        ["lib/contract", *TLY, *[folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")]],
+        [],
+    ),
+    ("profile/database", [], ["sqlite"]),
     ("profile/summary", [folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")], []),
-    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY], []),
+    ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile/model"], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/check", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/diff", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/export", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/summary", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile", TOOLBOX, []),
@@ -84,6 +94,7 @@ LAYERS = [
 LIBRARY_HEADERS = [
     ("tinyxml2", r"tinyxml2\.h"),
     ("libelf", r"g?elf\.h|libelf\.h|libelf/.*"),
+    ("sqlite", r"sqlite3\.h"),
     ("zlib", r"zlib\.h"),
     ("property tree", r"boost/property_tree/.*"),
 ]

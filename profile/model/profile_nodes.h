@@ -17,6 +17,7 @@ namespace zan::profile {
 // Arrays of whole numbers. Those of a kernel come first, then those of its blocks.
 enum class Counts {
     devices,
+    queues,
     timestamps,
     cycles,
     valid,
@@ -82,6 +83,7 @@ struct PortNode {
 
 struct TransferNode {
     std::string type;
+    int device = 0;
     int queue = 0;
     std::int64_t start = 0;
     std::int64_t end = 0;

@@ -54,6 +54,7 @@ struct CountsKey {
 };
 constexpr CountsKey counts_keys[] = {
     {Place::kernel, "device_ids", Counts::devices},
+    {Place::kernel, "command_queue_id", Counts::queues},
     {Place::kernel, "sample_timestamps", Counts::timestamps},
     {Place::kernel, "total_cycles_between_samples", Counts::cycles},
     {Place::details, "occupancy_samples", Counts::valid},
@@ -376,6 +377,8 @@ void NodeReader::source_text(SourcePlace& place, std::string_view key, std::stri
 void NodeReader::transfer_text(std::string_view key, std::string_view text) {
     if (key == "type_transfer")
         m_transfer.type = text;
+    else if (key == "device_id")
+        m_transfer.device = parse_int(text).value_or(0);
     else if (key == "command_queue_id")
         m_transfer.queue = parse_int(text).value_or(0);
     else if (key == "start_time")

@@ -161,9 +161,9 @@ class InputSums {
             }
             refuse_other_files(source.peek(beginning_size), name);
             auto totals = std::make_unique<Totals>();
-            if (const auto fault = read_report(source, totals->sink()))
+            if (const auto fault = read_report(source, sink_of(*totals)))
                 give_up(name, describe(*fault));
-            m_runs.push_back(std::move(totals));
+            end(std::move(totals));
         } catch (const std::system_error& error) {
             give_up(name, reason_of(error.code().value()));
         }
@@ -178,19 +178,29 @@ class InputSums {
         summary.notes.insert(summary.notes.end(), m_notes.begin(), m_notes.end());
         round_values(summary);
         diagnose(summary, built_in_rules());
+        if (m_options.summarized)
+            m_options.summarized(summary, *m_runs.back());
         return summary;
     }
 
   private:
+    ReportSink& sink_of(Totals& totals) const {
+        return m_options.sink_of ? m_options.sink_of(totals) : totals.sink();
+    }
+    void end(std::unique_ptr<Totals> totals) {
+        if (m_options.done)
+            m_options.done(*totals);
+        m_runs.push_back(std::move(totals));
+    }
     void add_run(const Input& input) {
         auto totals = std::make_unique<Totals>();
-        WrittenNumbers nodes(totals->sink());
-        FirstEnd end;
-        const RunResult result =
-            read_run(input.name, input.capture, {m_options.compute_unit, m_options.progress}, nodes, end);
+        WrittenNumbers nodes(sink_of(*totals));
+        FirstEnd first_end;
+        const RunResult result = read_run(input.name, input.capture,
+                                          {m_options.compute_unit, m_options.progress}, nodes, first_end);
         if (!result.is_whole)
-            throw InputUnusable{{end.text.value_or(input.name + ": can't be read")}};
-        m_runs.push_back(std::move(totals));
+            throw InputUnusable{{first_end.text.value_or(input.name + ": can't be read")}};
+        end(std::move(totals));
         m_summary_options.knows_units = true;
         for (const KernelUnits& units : result.units) {
             const std::pair known(units.kernel, units.num_units);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "profile_summary.h"
+#include "totals.h"
 
 namespace zan::profile {
 
@@ -36,6 +37,12 @@ struct InputOptions {
     Value nanoseconds;    // of the unit of time, if the user states it
     int compute_unit = 0; // of a package; all_compute_units for each in turn
     InputProgress progress;
+    // For those who need more than sums. The sink that takes the nodes in place of that of the totals, and
+    // hands them on to these; and what is called with the totals of an input when it has been read.
+    std::function<ReportSink&(Totals& totals)> sink_of;
+    std::function<void(const Totals& totals)> done;
+    // Called with the summary of inputs that are no saved summary, and with the totals of the last one.
+    std::function<void(const ProfileSummary& summary, const Totals& totals)> summarized;
 };
 
 // The size of what is read of an input, in bytes; 0 if it isn't known.

@@ -4,6 +4,7 @@
 #include "check_command.h"
 #include "command_line.h"
 #include "diff_command.h"
+#include "export_command.h"
 #include "package_commands.h"
 #include "run_command.h"
 #include "signals.h"
@@ -15,7 +16,7 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command, &check_command, &summary_command, &diff_command, &package_command,
+    &run_command, &check_command, &summary_command, &diff_command, &export_command, &package_command,
 };
 
 constexpr Command toolbox = {
