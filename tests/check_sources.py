@@ -30,6 +30,8 @@ PROFILE = [
     "profile/check",
     "profile/columns",
     "profile/compare",
+    "profile/database",
+    "profile/export",
     "profile/metrics",
     "profile/model",
     "profile/read",
@@ -43,13 +45,14 @@ TOOLBOX = [
     "tools/zanl_profile/check",
     "tools/zanl_profile/completion",
     "tools/zanl_profile/diff",
+    "tools/zanl_profile/export",
     "tools/zanl_profile/package",
     "tools/zanl_profile/run",
     "tools/zanl_profile/summary",
     "tools/zanl_profile/view",
 ]
 EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, *PROFILE, *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
-ALL_LIBRARIES = ["tinyxml2", "libelf", "zlib", "property tree"]
+ALL_LIBRARIES = ["tinyxml2", "libelf", "sqlite", "zlib", "property tree"]
 LAYERS = [
     ("lib/contract", [], []),
     ("lib/pkg_editor/src", ["lib/contract"], ["libelf", "zlib"]),
@@ -76,12 +79,19 @@ LAYERS = [
     ),
     ("profile/compare", ["profile/base", "profile/model"], []),
     ("profile/check", ["lib/contract", *DESCRIPTIONS, *TLY, "profile/base", "profile/model", "profile/read"], []),
+    (
+        "profile/export",
+        ["lib/contract", *TLY, *[folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")]],
+        [],
+    ),
+    ("profile/database", [], ["sqlite"]),
     ("profile/summary", [folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")], []),
     ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile/model"], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/check", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/completion", ["lib/contract", *PROFILE, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/diff", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/export", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/summary", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/view", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], ["zlib"]),
@@ -94,6 +104,7 @@ LAYERS = [
 LIBRARY_HEADERS = [
     ("tinyxml2", r"tinyxml2\.h"),
     ("libelf", r"g?elf\.h|libelf\.h|libelf/.*"),
+    ("sqlite", r"sqlite3\.h"),
     ("zlib", r"zlib\.h"),
     ("property tree", r"boost/property_tree/.*"),
 ]

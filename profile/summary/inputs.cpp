@@ -178,6 +178,8 @@ class InputSums {
         summary.notes.insert(summary.notes.end(), m_notes.begin(), m_notes.end());
         round_values(summary);
         diagnose(summary, built_in_rules());
+        if (m_options.summarized)
+            m_options.summarized(summary, *m_runs.back());
         return summary;
     }
 

@@ -41,6 +41,8 @@ struct InputOptions {
     // hands them on to these; and what is called with the totals of an input when it has been read.
     std::function<ReportSink&(Totals& totals)> sink_of;
     std::function<void(const Totals& totals)> done;
+    // Called with the summary of inputs that are no saved summary, and with the totals of the last one.
+    std::function<void(const ProfileSummary& summary, const Totals& totals)> summarized;
 };
 
 // The size of what is read of an input, in bytes; 0 if it isn't known.

@@ -42,4 +42,10 @@ TimeSpan& Invocations::begun_at(std::int64_t start) {
     return m_spans[m_slots[slot] - 1];
 }
 
+std::size_t Invocations::place_of(std::int64_t start) const {
+    if (m_spans.back().begin == start)
+        return m_spans.size() - 1;
+    return m_slots[slot_of(start)] - 1;
+}
+
 } // namespace zan::profile

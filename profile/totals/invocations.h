@@ -21,6 +21,8 @@ class Invocations {
     // The invocation that began at `start`: a new one unless it is known. Nodes of the same start are one, as
     // they are if two queues take turns. A new one ends where it begins.
     TimeSpan& begun_at(std::int64_t start);
+    // The place in spans() of the one that began at `start`, which must be known.
+    std::size_t place_of(std::int64_t start) const;
 
     std::size_t size() const { return m_spans.size(); }
     const std::vector<TimeSpan>& spans() const { return m_spans; }

@@ -42,6 +42,8 @@ class Totals final : public NodeTaker {
     } // in the order of their first nodes
     // The number of the current node's kernel, between begin_kernel() and end_kernel().
     std::size_t current_kernel() const { return static_cast<std::size_t>(m_kernel - m_kernels.data()); }
+    // When the first sample of the current node begins.
+    std::int64_t node_begin() const { return m_begin; }
     const std::map<TransferKey, std::vector<TimeSpan>>& transfers() const { return m_transfers; }
     const std::vector<BoardMemoryNode>& memories() const { return m_memories; }
     const std::string& board_name() const { return m_board; }

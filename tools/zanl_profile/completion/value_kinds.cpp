@@ -17,6 +17,8 @@ struct ValueRow {
 
 // The first row that fits counts. A new label of the help is a row here.
 constexpr ValueRow value_rows[] = {
+    {"export", "FORMAT", "words:csv,sqlite,perfetto"},
+    {"export", "OUT", "files"},
     {"package pack", "OUT", "files"},
     {"package", "FILE", "files:zanx"},
     {"package", "A", "files:zanx"},

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sqlite_database.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "temp_dir.h"
+#include "whole_file.h"
+
+namespace {
+
+using namespace zan::profile;
+
+TEST(SqliteDatabase, KeepsWhatIsBound) {
+    Database database(":memory:", OpenMode::create);
+    database.execute("CREATE TABLE t (a INTEGER, b REAL, c TEXT, d TEXT) STRICT");
+    Statement insert(database, "INSERT INTO t VALUES (?, ?, ?, ?)");
+    insert.bind(1, std::int64_t{5}).bind(2, 0.1).bind(3, std::string_view("a'b")).bind_null(4).run();
+    insert.bind(3, std::string_view()).run(); // the others stay bound
+    EXPECT_EQ(database.num_changed(), 1);
+    EXPECT_EQ(database.number("SELECT count(*) FROM t"), 2);
+    Statement query(database, "SELECT * FROM t");
+    ASSERT_TRUE(query.step());
+    EXPECT_EQ(query.integer(0), 5);
+    EXPECT_EQ(query.real(1), 0.1);
+    EXPECT_EQ(query.text(2), "a'b");
+    EXPECT_TRUE(query.is_null(3));
+    ASSERT_TRUE(query.step());
+    EXPECT_EQ(query.text(2), "");
+    EXPECT_FALSE(query.is_null(2));
+    EXPECT_FALSE(query.step());
+}
+
+TEST(SqliteDatabase, FaultsAreThrownWithReasons) {
+    Database database(":memory:", OpenMode::create);
+    EXPECT_THROW(database.execute("CREATE"), DatabaseError);
+    EXPECT_THROW(Statement(database, "SELECT * FROM nothing"), DatabaseError);
+    database.execute("CREATE TABLE t (a INTEGER PRIMARY KEY) STRICT; INSERT INTO t VALUES (1)");
+    Statement insert(database, "INSERT INTO t VALUES (1)");
+    try {
+        insert.run();
+        ADD_FAILURE() << "the key is taken";
+    } catch (const DatabaseError& error) {
+        EXPECT_STREQ(error.what(), "UNIQUE constraint failed: t.a");
+    }
+}
+
+TEST(SqliteDatabase, AFileThatIsNoDatabaseIsRefused) {
+    const TempDir dir;
+    write_file(dir.path("x"), std::string(4096, 'x'));
+    Database database(dir.path("x"), OpenMode::read);
+    EXPECT_THROW(database.number("SELECT count(*) FROM sqlite_schema"), DatabaseError);
+    EXPECT_THROW(Database(dir.path("none"), OpenMode::read), DatabaseError);
+    EXPECT_THROW(Database(dir.path("none"), OpenMode::write), DatabaseError);
+}
+
+} // namespace

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sqlite_writer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "made_export.h"
+
+namespace {
+
+using namespace zan::profile;
+
+TEST(SqliteWriter, WritesNullForWhatIsNotKnown) {
+    const TempDir dir;
+    {
+        SqliteWriter writer(dir.path("r.db"), 4);
+        export_text(odd_report, writer);
+    }
+    Database database(dir.path("r.db"), OpenMode::read);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE run_id = 4 AND invocation_id = 1"), 6);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE value IS NULL"), 2);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE block_id IS NULL AND metric = 'cycles'"), 2);
+    Statement bandwidth(database, "SELECT value, t FROM sample WHERE metric = 'bandwidth' AND i = 0");
+    ASSERT_TRUE(bandwidth.step());
+    EXPECT_EQ(bandwidth.real(0), 0.1);
+    EXPECT_EQ(bandwidth.integer(1), 110);
+    Statement kernel(database, "SELECT kernel, kernel_time_ns FROM kernel_times");
+    ASSERT_TRUE(kernel.step());
+    EXPECT_EQ(kernel.text(0), "=cmd(\"x\")");
+    EXPECT_EQ(kernel.real(1), 30.0);
+}
+
+// 70 samples are two statements of 32 rows and six of one row.
+TEST(SqliteWriter, KeepsTheOrderOfLongSeries) {
+    std::string report = odd_report;
+    std::string stamps;
+    std::string cycles;
+    for (int i = 1; i <= 70; ++i) {
+        stamps += (i > 1 ? ", \"" : "\"") + std::to_string(100 + 10 * i) + "\"";
+        cycles += (i > 1 ? ", \"" : "\"") + std::to_string(i) + "\"";
+    }
+    report.replace(report.find("\"110\", \"130\""), 12, stamps);
+    report.replace(report.find("\"10\", \"20\""), 10, cycles);
+    const TempDir dir;
+    {
+        SqliteWriter writer(dir.path("r.db"), 1);
+        export_text(report, writer);
+    }
+    Database database(dir.path("r.db"), OpenMode::read);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE metric = 'cycles' AND value = i + 1 AND "
+                              "t = 110 + 10 * i"),
+              70);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE metric = 'stall' AND value IS NULL"), 69);
+}
+
+TEST(SqliteWriter, AllTablesAreStrict) {
+    const TempDir dir;
+    SqliteWriter writer(dir.path("r.db"), 1);
+    export_text(odd_report, writer);
+    Database memory(":memory:", OpenMode::create);
+    memory.execute(export_schema_sql());
+    EXPECT_EQ(memory.number("SELECT count(*) FROM pragma_table_list WHERE type = 'table' AND strict = 1"),
+              static_cast<std::int64_t>(num_export_tables));
+    EXPECT_THROW(memory.execute("INSERT INTO sample VALUES ('x', 1, 1, 'stall', 0, 0, 0)"), DatabaseError);
+}
+
+TEST(SqliteWriter, AFolderIsNoDatabase) {
+    const TempDir dir;
+    EXPECT_THROW(SqliteWriter(dir.path(), 1), DatabaseError);
+}
+
+} // namespace
