@@ -211,6 +211,32 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertEqual(self.calls_of("apt-get")[-1].split()[-3:], ["nodejs", "npm", "chromium"])
         self.assertEqual(self.calls_of("npm")[-1], "npm ci")
 
+    def packages_on_stand_ins(self):
+        self.lint_runs_on_stand_ins()
+        packaging = self.script.parent / "packaging"
+        packaging.mkdir()
+        for name in ("fetch_tinyxml2", "check_dist.py"):
+            self.stand_in(name, "")
+            (packaging / name).symlink_to(self.programs / name)
+        self.stand_in("cmake", "mkdir -p build/dist/files && touch build/dist/files/made")
+
+    def test_what_is_handed_out_is_made_then_checked(self):
+        self.packages_on_stand_ins()
+        status, out, err = self.dev("dist")
+        self.assertEqual((status, err), (0, ""))
+        self.assertTrue(out.startswith("fetching, building, checking\n"), out)
+        self.assertRegex(out, r" made\n$")
+        steps = [line for line in self.calls.read_text().splitlines() if "/" in line or line.startswith("cmake ")]
+        self.assertEqual([step.split("/")[-1] for step in steps], ["tinyxml2", "cmake --workflow --preset dist", "files"])
+
+    def test_a_library_that_cannot_be_fetched_ends_it(self):
+        self.packages_on_stand_ins()
+        self.stand_in("fetch_tinyxml2", "echo 'no network'; exit 1")
+        status, out, err = self.dev("dist")
+        self.assertEqual((status, out), (1, "fetching, failed\n\nno network\n"))
+        self.assertRegex(err, r"^dev: 'packaging/fetch_tinyxml2 .*' failed; its whole output is in build/dist.log\n$")
+        self.assertEqual(self.calls_of("cmake"), [])
+
     # What it says has passed, or not, is then said of a folder without sources.
     def lint_runs_on_stand_ins(self):
         self.script = self.programs / "sources" / "dev"

@@ -40,7 +40,7 @@ class ChunkStore {
     void drop_held(std::size_t bytes) { m_held -= bytes; }
     bool is_full() const { return m_held > held_limit; }
 
-    static constexpr std::size_t held_limit = std::size_t{128} << 20;
+    static constexpr std::size_t held_limit = std::size_t{64} << 20;
 
   private:
     ScratchFile m_scratch;

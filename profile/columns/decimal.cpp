@@ -14,8 +14,6 @@ namespace zan::profile {
 
 namespace {
 
-constexpr std::int64_t most_units = 9'000'000'000'000'000'000;
-
 constexpr auto powers = [] {
     std::array<std::int64_t, 19> result{};
     std::int64_t power = 1;

@@ -6,6 +6,9 @@
 
 namespace zan::profile {
 
+// Units stay at or below that, also when they get more decimals.
+inline constexpr std::int64_t most_units = 9'000'000'000'000'000'000;
+
 // units · 10^-digits
 struct Decimal {
     std::int64_t units = 0;

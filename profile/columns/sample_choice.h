@@ -14,9 +14,9 @@ namespace zan::profile {
 inline constexpr std::uint64_t most_values = 200'000'000;
 
 struct SampleChoice {
-    std::vector<std::string> kernels; // names; of others no samples stay. Empty: all
-    Value from;                       // nanoseconds after the run's start
-    Value to;
+    std::vector<std::string> kernels = {}; // names; of others no samples stay. Empty: all
+    Value from = {};                       // nanoseconds after the run's start
+    Value to = {};
     std::uint64_t limit = most_values; // values; 0: none
 };
 

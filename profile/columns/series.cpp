@@ -10,8 +10,6 @@ namespace zan::profile {
 
 namespace {
 
-// Units stay below that when they get more decimals.
-constexpr std::int64_t most_units = 9'000'000'000'000'000'000;
 constexpr double exact_units = 9007199254740992.0; // 2^53
 
 std::int64_t scaled(std::int64_t units, int by) {

@@ -3,6 +3,7 @@
 
 #include "check_command.h"
 #include "command_line.h"
+#include "completion_command.h"
 #include "diff_command.h"
 #include "package_commands.h"
 #include "run_command.h"
@@ -16,7 +17,8 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command, &check_command, &summary_command, &diff_command, &view_command, &package_command,
+    &run_command,  &check_command,   &summary_command,    &diff_command,
+    &view_command, &package_command, &completion_command,
 };
 
 constexpr Command toolbox = {

@@ -46,3 +46,25 @@ TEST(Pyramid, AnEntryWithoutValuesRepeatsTheLeastBeforeIt) {
     EXPECT_EQ(pyramid.range(), (std::vector<double>{0, 0, 0}));
     EXPECT_EQ(pyramid.weights(), (std::vector<double>{0, 256, 0}));
 }
+
+TEST(Pyramid, AnOffsetMovesWhatIsShownAndTheSums) {
+    Pyramid pyramid;
+    pyramid.add(1.0, 1.0, 1.0);
+    pyramid.add(4.0, 4.0, 1.0);
+    pyramid.finish();
+    pyramid.shift(10.0);
+    EXPECT_EQ(pyramid.least(), std::vector<double>{11.0});
+    EXPECT_EQ(pyramid.range(), std::vector<double>{3.0});
+    EXPECT_EQ(pyramid.sums(), std::vector<double>{25.0}); // 11 + 14
+}
+
+TEST(Pyramid, JoinedSamplesHaveARange) {
+    Pyramid pyramid;
+    pyramid.add_range(2.0, 9.0, 20.0, 4.0);
+    pyramid.add_range(3.0, 5.0, 8.0, 2.0);
+    pyramid.finish();
+    EXPECT_EQ(pyramid.least(), std::vector<double>{2.0});
+    EXPECT_EQ(pyramid.range(), std::vector<double>{7.0});
+    EXPECT_EQ(pyramid.sums(), std::vector<double>{28.0});
+    EXPECT_EQ(pyramid.weights(), std::vector<double>{6.0});
+}

@@ -30,8 +30,6 @@ class SeriesTest : public testing::Test {
     ChunkStore store{folder.path()};
 };
 
-} // namespace
-
 TEST_F(SeriesTest, HoldsWholeNumbers) {
     Series series(store);
     for (const std::int64_t value : {5, -1, 7})
@@ -164,13 +162,12 @@ TEST_F(SeriesTest, TheTableStoresEqualSeriesOnce) {
 TEST_F(SeriesTest, TheTableStoresThePyramidOfALongSeries) {
     SeriesTable table(store);
     const auto add = [&](double weight) {
-        Series series(store);
-        Pyramid pyramid;
+        Column column(store);
         for (std::uint64_t i = 0; i < pyramid_from; ++i) {
-            series.add(std::int64_t{3});
-            pyramid.add(i == 0 ? std::nan("") : 3.0, 3.0 * weight, weight);
+            column.series.add(std::int64_t{3});
+            column.pyramid.add(i == 0 ? std::nan("") : 3.0, 3.0 * weight, weight);
         }
-        return table.add(std::move(series), pyramid, 0);
+        return table.add(column, 0);
     };
     const int first = add(1.0);
     const int second = add(2.0); // the same values with other weights
@@ -185,3 +182,5 @@ TEST_F(SeriesTest, TheTableStoresThePyramidOfALongSeries) {
     EXPECT_EQ(table.rows()[static_cast<std::size_t>(row.pyramid[2])].least, 765);
     EXPECT_EQ(table.rows()[static_cast<std::size_t>(row.pyramid[2])].greatest, 768);
 }
+
+} // namespace

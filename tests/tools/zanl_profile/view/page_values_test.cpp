@@ -146,8 +146,8 @@ TEST_P(PageOfShape, HasEachValueDigitForDigit) {
 
 INSTANTIATE_TEST_SUITE_P(All, PageOfShape,
                          testing::Values(SmallShape{"S", 400, 20}, SmallShape{"L", 2000, 5},
-                                         SmallShape{"M", 600, 10}, SmallShape{"W", 20, 400},
-                                         SmallShape{"A", 400, 10}, SmallShape{"X", 600, 20}),
+                                         SmallShape{"M", 600, 10}, SmallShape{"W", 10, 200},
+                                         SmallShape{"A", 100, 10}, SmallShape{"X", 200, 20}),
                          [](const auto& shape) { return std::string(shape.param.name); });
 
 TEST_F(PageValues, OfAPipelineAreAllThere) {
