@@ -48,6 +48,7 @@ string(REPLACE " {\n" "{\n" style "${style}")
 string(REPLACE "; }" "}" style "${style}")
 string(REGEX REPLACE "/\\*[^*]*\\*/" "" style "${style}")
 string(REGEX REPLACE "\n[ \n]+" "\n" style "\n${style}")
+string(REPLACE "}\n" "}" style "${style}")
 
 string(SHA256 script_digest "${script}")
 string(SHA256 style_digest "${style}")

@@ -36,6 +36,7 @@ function memory_part(app, memory) {
     const ruler = picture("Ruler of time");
     const canvas = picture(`Bandwidth of ${safe_name(memory.name)} over time`);
     const stats = element("dl", { class: "stats" });
+    const words = element("p", { class: "sentence" });
     const plot = () => ({ left: axis_width, width: Math.max(1, surface.clientWidth - memory_stats_width - axis_width - right_margin) });
     const { surface, overlay, update } = make_plot(stretch, model.unit, plot, `Chart of ${safe_name(memory.name)}: arrow keys move the cursor`, (n) =>
         stretch.point(Math.min(stretch.to, Math.max(stretch.from, (stretch.cursor ?? stretch.from) + n * stretch.span / Math.max(1, memory.bins.length)))));
@@ -45,7 +46,7 @@ function memory_part(app, memory) {
             box("tools", button({ "aria-label": `Bandwidth of ${safe_name(memory.name)} as table`, onclick: () => app.show_bins(memory) }, "as table"))),
         box("chart-body", canvas, stats), overlay);
     const root = element("section", { class: "block", "aria-label": safe_name(memory.name) },
-        box("card", surface), element("p", { class: "sentence" }, sentence_of(memory)),
+        box("card", surface), words,
         box("pair", port_table(app, memory), access_table(app, memory)));
     return { root, draw: (/** @type {Set<string>} */ what) => {
         if (what.size > Number(what.has("cursor"))) draw_ruler(ruler, stretch, model.unit, plot());
@@ -55,7 +56,8 @@ function memory_part(app, memory) {
                 limit: memory.peak ? { value: memory.peak, name: `peak ${bandwidth_text(memory.peak)}` } : undefined });
         }
         update();
-        show_stats(app, memory, stats);
+        const bins = show_stats(app, memory, stats);
+        if (what.size > Number(what.has("cursor"))) fill(words, stretch.selection || !stretch.is_whole() ? sentence_of_stretch(memory, bins) : sentence_of(memory));
     } };
 }
 
@@ -69,7 +71,16 @@ function sentence_of(memory) {
         : `${bandwidth_text(memory.mean)} over the run; the board states no peak.`;
 }
 
-/** @param {App} app @param {Memory} memory @param {HTMLElement} place */
+/** @param {Memory} memory @param {number[]} bins means in the stretch */
+function sentence_of_stretch(memory, bins) {
+    if (bins.length === 0) return sentence_of(memory);
+    const bound = memory.lower_bound ? "at least " : "";
+    const mean = bins.reduce((a, b) => a + b, 0) / bins.length;
+    const text = (/** @type {number} */ value) => bound + (memory.peak ? percent_text(percent_of(value, memory.peak)) : bandwidth_text(value));
+    return `In this stretch ${text(mean)}${memory.peak ? " of its peak" : ""}, ${text(Math.max(...bins))} at the busiest.`;
+}
+
+/** The bins of the stretch. @param {App} app @param {Memory} memory @param {HTMLElement} place */
 function show_stats({ stretch }, memory, place) {
     const [from, to] = stretch.selection ?? [stretch.from, stretch.to];
     const n = memory.bins.length;
@@ -78,6 +89,7 @@ function show_stats({ stretch }, memory, place) {
     const here = stretch.cursor === null || n === 0 ? NaN : memory.bins[bin(stretch.cursor)];
     const rows = /** @type {[string, number][]} */ ([["min", bins.length ? Math.min(...bins) : NaN], ["mean", bins.reduce((a, b) => a + b, 0) / bins.length], ["max", bins.length ? Math.max(...bins) : NaN], ["here", here]]);
     fill(place, rows.flatMap(([name, value]) => [element("dt", null, name), element("dd", null, bandwidth_text(value))]));
+    return bins;
 }
 
 /** @param {App} app @param {Memory} memory */

@@ -188,6 +188,17 @@ browser_suite("hands on the page", (shared) => {
         });
     });
 
+    test("the sentence of a memory follows the selection", async () => {
+        const file = shared.folder.write("memory", long_report(300, 3));
+        await shared.on_page(file, { address: "#/memory?s=20000-40000" }, async (page) => {
+            const sentence = () => page.locator(".sentence").first().textContent();
+            assert.match(await sentence(), /^In this stretch (at least )?\d.* of its peak, .* at the busiest\.$/);
+            await page.keyboard.press("Escape");
+            await settle(page, 300);
+            assert.match(await sentence(), / of its peak over the run, /);
+        });
+    });
+
     test("a kernel's invocations are stepped through, and left by moving away", async () => {
         const file = shared.folder.write("steps", long_report(300, 3));
         await shared.on_page(file, { address: "#/block/long/long__global" }, async (page) => {
