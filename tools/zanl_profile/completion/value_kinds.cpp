@@ -43,6 +43,7 @@ constexpr ValueRow value_rows[] = {
     {"", "SHELL", "words:bash,zsh,fish"},
     {"", "STREAM", "files"},
     {"", "TIME", "text"},
+    {"", "TIME", "text"},
     {"", "UNIT", "words:ns,us,ms,s"},
     {"", "WHEN", "words:auto,always,never"},
 };
