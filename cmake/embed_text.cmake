@@ -11,9 +11,10 @@ endif()
 
 set(ZAN_EMBED_SCRIPT ${CMAKE_CURRENT_LIST_FILE})
 
-# zan_embed_text(<target> <file> <name>): std::string_view zan::profile::<name> is the content of the file.
+# zan_embed_text(<target> <file> <name>): std::string_view zan::profile::<name> is the content of the file, which may be
+# one that the build makes.
 function(zan_embed_text target file name)
-    set(input ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    get_filename_component(input ${file} ABSOLUTE BASE_DIR ${CMAKE_CURRENT_SOURCE_DIR})
     set(output ${PROJECT_BINARY_DIR}/generated/${name}.cpp)
     add_custom_command(OUTPUT ${output}
         COMMAND ${CMAKE_COMMAND} -DINPUT=${input} -DOUTPUT=${output} -DNAME=${name} -P ${ZAN_EMBED_SCRIPT}

@@ -23,7 +23,7 @@ void check(const std::string& section, const std::string& name, bool is_first) {
     expect(!name.empty() && name.size() <= max_file_name && name != "." && name != "..");
     for (const char c : name)
         expect(static_cast<unsigned char>(c) >= 0x20 && c != 0x7F && c != '/');
-    const bool is_usual = section.find_first_not_of(usual) == section.npos && section.size() <= 200;
+    const bool is_usual = section.find_first_not_of(usual) == std::string::npos && section.size() <= 200;
     if (is_usual && is_first && section != "." && section != "..")
         expect(name == section);
 }

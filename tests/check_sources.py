@@ -28,6 +28,7 @@ TLY = ["tly/base", "tly/model", "tly/report", "tly/read", "tly/run"]
 PROFILE = [
     "profile/base",
     "profile/check",
+    "profile/columns",
     "profile/compare",
     "profile/database",
     "profile/export",
@@ -43,12 +44,14 @@ TOOLBOX = [
     "tools/zanl_profile",
     "tools/zanl_profile/base",
     "tools/zanl_profile/check",
+    "tools/zanl_profile/completion",
     "tools/zanl_profile/diff",
     "tools/zanl_profile/export",
     "tools/zanl_profile/history",
     "tools/zanl_profile/package",
     "tools/zanl_profile/run",
     "tools/zanl_profile/summary",
+    "tools/zanl_profile/view",
 ]
 EVERYTHING = ["lib/contract", "lib/pkg_editor/src", *DESCRIPTIONS, *TLY, *PROFILE, *TOOLBOX, "tests/**", "bench/**", "fuzz/**"]
 ALL_LIBRARIES = ["tinyxml2", "libelf", "sqlite", "zlib", "property tree"]
@@ -71,6 +74,11 @@ LAYERS = [
     ("profile/totals", ["tly/base", "tly/model", "tly/report", "profile/base", "profile/model", "profile/read"], []),
     ("profile/metrics", ["profile/base", "profile/model", "profile/totals"], []),
     ("profile/rules", ["lib/contract", "tly/base", "profile/base", "profile/model"], []),
+    (
+        "profile/columns",
+        ["lib/contract", *TLY, *[folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")]],
+        ["zlib"],
+    ),
     ("profile/compare", ["profile/base", "profile/model"], []),
     ("profile/check", ["lib/contract", *DESCRIPTIONS, *TLY, "profile/base", "profile/model", "profile/read"], []),
     (
@@ -84,6 +92,7 @@ LAYERS = [
     ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile/model"], []),
     ("tools/zanl_profile/package", ["lib/contract", "lib/pkg_editor/src", *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/check", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/completion", ["lib/contract", *PROFILE, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/diff", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/export", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     (
@@ -93,6 +102,7 @@ LAYERS = [
     ),
     ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     ("tools/zanl_profile/summary", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
+    ("tools/zanl_profile/view", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], ["zlib"]),
     ("tools/zanl_profile", TOOLBOX, []),
     ("tests/**", EVERYTHING, ALL_LIBRARIES),
     ("bench/**", EVERYTHING, ALL_LIBRARIES),

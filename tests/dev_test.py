@@ -138,6 +138,7 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertNotIn("\r", out)
         programs = ["    build/demo/zanl-profile-tly", "    build/demo/tools/zanl_profile/zanl-profile"]
         self.assertEqual(out.split("The programs:\n")[1].splitlines()[:2], programs)
+        self.assertIn("The run as a page, for any browser:\n    build/demo/image_pipeline.html\n", out)
         self.assertEqual(len(out.split("To try next:\n")[1].split("\n\n")[0].splitlines()), 2)
 
     def test_a_demo_that_does_not_build_shows_why(self):
@@ -170,6 +171,71 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertIn("--preset release ", self.calls_of("ctest")[0])
         self.assertIn(" --label-exclude thorough", self.calls_of("ctest")[0])
         self.assertEqual([call.split()[1] for call in self.calls_of("python3")], ["tests/check_sources.py"])
+
+    def viewer_runs_on_stand_ins(self, lines):
+        """A copy of the script, with tests of the viewer that print these lines, and nothing of what they need."""
+        self.builds_on_stand_ins()
+        self.stand_in("python3", "echo Ran 5 tests")
+        self.stand_in("ctest", "folder=build/$2/Testing/Temporary; mkdir -p $folder && echo '[  PASSED  ] 7 tests.' >$folder/LastTest.log")
+        for name in ("node", "npm", "chromium", "chromium-browser", "google-chrome"):
+            self.stand_in(name, "exit 1")
+        tests = self.script.parent / "tests" / "viewer"
+        tests.mkdir(parents=True)
+        (tests / "package-lock.json").write_text("{}")
+        (tests / "run_tests.py").write_text("#!/bin/sh\ncat <<END\n" + "\n".join(lines) + "\nEND\n")
+        (tests / "run_tests.py").chmod(0o755)
+
+    def test_what_the_viewers_tests_leave_out_is_named_at_the_end_and_run_again(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed", "not run: the page (Chromium is missing)"])
+        status, out, _ = self.dev("test")
+        self.assertEqual(status, 0)
+        self.assertIn("viewer          3 tests passed\n", out)
+        self.assertEqual(out.splitlines()[-1], "not tested: the page (Chromium is missing)")
+        again = self.dev("test")[1]
+        self.assertIn("viewer          3 tests passed\n", again)
+        self.assertIn("asan            unchanged since it passed\n", again)
+        self.assertEqual(again.splitlines()[-1], "not tested: the page (Chromium is missing)")
+
+    def test_with_all_of_the_viewers_tests_nothing_is_named(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed"])
+        status, out, _ = self.dev("test")
+        self.assertEqual((status, out.splitlines()[-1]), (0, "asan            building, testing: 7 tests passed"))
+        self.assertIn("viewer          unchanged since it passed\n", self.dev("test")[1])
+
+    def test_what_the_viewers_tests_need_is_installed(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed"])
+        self.stand_in("dpkg-query", 'case "$*" in *nodejs|*npm|*chromium) exit 1 ;; esac; echo "install ok installed"')
+        self.stand_in("id", "echo 0")
+        self.stand_in("apt-get", "")
+        self.assertEqual(self.dev("test")[0], 0)
+        self.assertEqual(self.calls_of("apt-get")[-1].split()[-3:], ["nodejs", "npm", "chromium"])
+        self.assertEqual(self.calls_of("npm")[-1], "npm ci")
+
+    def packages_on_stand_ins(self):
+        self.lint_runs_on_stand_ins()
+        packaging = self.script.parent / "packaging"
+        packaging.mkdir()
+        for name in ("fetch_tinyxml2", "check_dist.py"):
+            self.stand_in(name, "")
+            (packaging / name).symlink_to(self.programs / name)
+        self.stand_in("cmake", "mkdir -p build/dist/files && touch build/dist/files/made")
+
+    def test_what_is_handed_out_is_made_then_checked(self):
+        self.packages_on_stand_ins()
+        status, out, err = self.dev("dist")
+        self.assertEqual((status, err), (0, ""))
+        self.assertTrue(out.startswith("fetching, building, checking\n"), out)
+        self.assertRegex(out, r" made\n$")
+        steps = [line for line in self.calls.read_text().splitlines() if "/" in line or line.startswith("cmake ")]
+        self.assertEqual([step.split("/")[-1] for step in steps], ["tinyxml2", "cmake --workflow --preset dist", "files"])
+
+    def test_a_library_that_cannot_be_fetched_ends_it(self):
+        self.packages_on_stand_ins()
+        self.stand_in("fetch_tinyxml2", "echo 'no network'; exit 1")
+        status, out, err = self.dev("dist")
+        self.assertEqual((status, out), (1, "fetching, failed\n\nno network\n"))
+        self.assertRegex(err, r"^dev: 'packaging/fetch_tinyxml2 .*' failed; its whole output is in build/dist.log\n$")
+        self.assertEqual(self.calls_of("cmake"), [])
 
     # What it says has passed, or not, is then said of a folder without sources.
     def lint_runs_on_stand_ins(self):

@@ -12,7 +12,7 @@ import textwrap
 import unittest
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
-NOT_PAGES = {".git", "build"}
+NOT_PAGES = {".git", "build", "node_modules"}
 
 
 def pages():
@@ -33,11 +33,12 @@ def anchors(page):
 
 def source_words():
     """What a name on a page may be: each word of the sources, and the name of each source file."""
-    folders = ["lib", "src", "zan_profiler", "tly", "tools", "tests", "bench", "fuzz", "cmake"]
+    folders = ["lib", "src", "zan_profiler", "tly", "tools", "tests", "bench", "fuzz", "cmake", "viewer", "profile"]
     files = [file for folder in folders for file in (TOP / folder).rglob("*")]
     files += [TOP / name for name in ("dev", "CMakeLists.txt", "CMakePresets.json", ".clang-tidy")]
     files = [file for file in files
-             if file.is_file() and file.suffix not in {".md", ".pyc"} and file.name != "docs_test.py"]
+             if file.is_file() and file.suffix not in {".md", ".pyc"} and file.name != "docs_test.py"
+             and "node_modules" not in file.parts]
     words = {file.stem for file in files}
     for file in files:
         words.update(re.findall(r"\w+", file.read_text(errors="replace")))

@@ -101,8 +101,11 @@ std::string number_text(double value) {
     if (std::abs(value) >= 0.9995 || value == 0)
         return trimmed_text(value, decimals_for(value, 3));
     int decimals = 3;
-    for (double shown = std::abs(value); shown < 0.09995 && decimals < 9; shown *= 10)
+    double shown = std::abs(value);
+    while (shown < 0.09995 && decimals < 9) {
+        shown *= 10;
         decimals++;
+    }
     return trimmed_text(value, decimals);
 }
 

@@ -9,7 +9,7 @@
 namespace zan::profile {
 
 // Without its blocks, ports and team.
-KernelSummary summarize_kernel(const SummaryContext& context, const JoinedKernel& kernel);
+KernelSummary summarize_kernel(const SummaryContext& context, const JoinedKernel& joined);
 
 // Sets the team of each kernel: those that ran with it for half of both times or more.
 void set_teams(std::vector<KernelSummary>& kernels, std::span<const JoinedKernel> joined);

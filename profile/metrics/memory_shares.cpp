@@ -130,6 +130,7 @@ void set_memory_shares(const SummaryContext& context, std::span<const JoinedKern
             continue;
         std::vector<SharedTraffic> sums(kernels.size());
         std::vector<bool> wanted;
+        wanted.reserve(kernels.size());
         for (const KernelSummary& kernel : kernels)
             wanted.push_back(uses(kernel, memory.name));
         for (const auto& run : context.runs) {

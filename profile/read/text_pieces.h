@@ -90,8 +90,8 @@ namespace rapidjson {
 
 // Indentation is most of a report.
 template <>
-inline void SkipWhitespace(zan::profile::TextPieces& text) {
-    text.skip_blanks();
+inline void SkipWhitespace(zan::profile::TextPieces& is) {
+    is.skip_blanks();
 }
 
 } // namespace rapidjson

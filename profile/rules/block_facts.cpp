@@ -196,7 +196,7 @@ std::string listed(const std::vector<std::string>& names) {
 std::string kind_text(const BlockSummary& block) {
     constexpr const char* kinds[] = {"global", "loop", "channel", "other"};
     constexpr const char* directions[] = {"", " read", " write"};
-    const std::string kind = kinds[static_cast<int>(block.kind)];
+    std::string kind = kinds[static_cast<int>(block.kind)];
     if (block.kind == BlockKind::loop || block.kind == BlockKind::other)
         return kind;
     return kind + directions[static_cast<int>(block.direction)];

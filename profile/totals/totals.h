@@ -51,10 +51,10 @@ class Totals final : public NodeTaker {
     const std::string& program_version() const { return m_program_version; }
     const std::string& zanx_version() const { return m_zanx_version; }
 
-    void begin_kernel(const KernelNode& kernel) override;
+    void begin_kernel(const KernelNode& node) override;
     bool needs_sources(std::string_view block) override;
-    void block(const BlockNode& block) override;
-    void port(const PortNode& port) override;
+    void block(const BlockNode& node) override;
+    void port(const PortNode& node) override;
     void end_kernel() override;
     void transfer(const TransferNode& transfer) override;
     void board(const std::string& type) override { m_board = type; }

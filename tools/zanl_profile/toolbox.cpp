@@ -3,6 +3,7 @@
 
 #include "check_command.h"
 #include "command_line.h"
+#include "completion_command.h"
 #include "diff_command.h"
 #include "export_command.h"
 #include "history_commands.h"
@@ -10,6 +11,7 @@
 #include "run_command.h"
 #include "signals.h"
 #include "summary_command.h"
+#include "view_command.h"
 
 namespace zan::tool {
 
@@ -17,8 +19,8 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command,    &check_command,   &summary_command, &diff_command,
-    &export_command, &history_command, &package_command,
+    &run_command,    &check_command,   &summary_command, &diff_command,       &view_command,
+    &export_command, &history_command, &package_command, &completion_command,
 };
 
 constexpr Command toolbox = {

@@ -57,7 +57,7 @@ std::string write_elf(Elf* elf, int to, std::uint64_t max_size) {
     errno = 0;
     if (elf_update(elf, ELF_C_NULL) < 0)
         return update_failure();
-    const std::string fault = size_fault(laid_out_size(elf), max_size);
+    std::string fault = size_fault(laid_out_size(elf), max_size);
     if (!fault.empty())
         return fault;
     if (elf_update(elf, ELF_C_WRITE) < 0)

@@ -102,7 +102,7 @@ void set_color(Console& console, const std::string& choice) {
         {"always", ColorChoice::always},
         {"never", ColorChoice::never},
     };
-    const auto found = std::ranges::find(choices, choice, &std::pair<const char*, ColorChoice>::first);
+    const auto* const found = std::ranges::find(choices, choice, &std::pair<const char*, ColorChoice>::first);
     if (found == std::end(choices))
         throw Failure("--color takes auto, always or never, not " + in_quotes(choice));
     console.color = found->second;

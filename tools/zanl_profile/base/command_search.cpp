@@ -41,6 +41,7 @@ Failure unknown_command(const CLI::App& level, const std::string& word) {
     collect_commands(level, commands);
     collect_commands(program_of(level), commands);
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const CLI::App* command : commands)
         names.push_back(command->get_name());
     const auto found = std::ranges::find(names, nearest_word(word, names));

@@ -59,6 +59,7 @@ std::string table_text(const Listing& listing) {
     Table table(std::move(columns));
     for (const auto& row : listing.rows) {
         std::vector<TableCell> cells;
+        cells.reserve(shown_columns.size());
         for (const std::size_t i : shown_columns)
             cells.push_back(shown(row[i]));
         table.add_row(std::move(cells));

@@ -189,9 +189,10 @@ void StagedFolder::appear() {
     if (::rename(m_stage.c_str(), m_target.c_str()) != 0)
         throw system_failure("can't make the folder " + in_quotes(m_target));
     if (!wait_for_folder(parent.get())) {
-        const Failure failure = system_failure("can't make the folder " + in_quotes(m_target));
+        const int error = errno;
         ::rename(m_target.c_str(), m_stage.c_str());
-        throw failure;
+        errno = error;
+        throw system_failure("can't make the folder " + in_quotes(m_target));
     }
     m_stage.clear();
 }

@@ -93,6 +93,7 @@ void print_finding(const Finding& finding, std::size_t width, bool colors) {
 // The worst findings come first, else those of the package before those of the capture.
 std::vector<const Finding*> sorted(const std::vector<Finding>& findings) {
     std::vector<const Finding*> result;
+    result.reserve(findings.size());
     for (const Finding& finding : findings)
         result.push_back(&finding);
     std::ranges::stable_sort(result, std::ranges::greater(),

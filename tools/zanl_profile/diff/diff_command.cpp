@@ -129,7 +129,7 @@ Failure failure_of(const DiffResult& result) {
     for (const GateResult& checked : result.results) {
         count += checked.failures.size();
         if (!first && !checked.failures.empty())
-            first = &checked.failures[0];
+            first = checked.failures.data();
     }
     const MetricUnit unit = row_of(first->rule->metric).unit;
     const bool time_unit = result.comparison.after->nanoseconds.has_value();

@@ -28,7 +28,7 @@ const char* word_of(MetricScope scope) {
 }
 
 std::string plural_of(MetricScope scope, std::size_t count) {
-    const std::string word = word_of(scope);
+    std::string word = word_of(scope);
     if (count == 1)
         return word;
     return scope == MetricScope::memory ? "memories" : word + "s";
@@ -68,7 +68,7 @@ class ViewMaker {
             m_view.notes.push_back("the clocks differ: " + before.clock_text + " MHz, now " +
                                    after.clock_text + " MHz");
         if (!comparison().has_same_time_unit)
-            m_view.notes.push_back("times aren't compared: the unit of time is known of one run alone");
+            m_view.notes.emplace_back("times aren't compared: the unit of time is known of one run alone");
         for (const Note& note : before.notes)
             m_view.notes.push_back("base: " + note.text);
         for (const Note& note : after.notes)

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "files.h"
 #include "listing.h"
 #include "package_arguments.h"
 #include "package_commands.h"
 #include "package_file.h"
+#include "printable.h"
 #include "section_kinds.h"
 #include "section_types.h"
 
@@ -16,6 +20,7 @@ namespace {
 struct ListOptions {
     std::string package;
     bool is_long = false;
+    bool only_names = false;
 };
 
 constexpr SectionKind damaged_kind = {"damaged", "damaged: its bytes are not in the file"};
@@ -52,8 +57,19 @@ constexpr Column columns[] = {
      [](const SectionInfo&, const SectionKind& kind) -> Cell { return std::string(kind.meaning); }},
 };
 
+void print_names(const PackageFile& package) {
+    std::string names;
+    for (const SectionInfo& section : package.sections())
+        names += printable(section.name) + "\n";
+    write_all(STDOUT_FILENO, names.data(), names.size(), standard_output);
+}
+
 void list_package(const ListOptions& options, const Console& console) {
     const PackageFile package(options.package);
+    if (options.only_names) {
+        print_names(package);
+        return;
+    }
     Listing listing{"zanl-profile/package-list", 1, "package", options.package, "sections", {}, {}, {"kind"}};
     std::vector<const Column*> shown;
     for (const Column& column : columns) {
@@ -74,8 +90,9 @@ void list_package(const ListOptions& options, const Console& console) {
 void define_list(CLI::App& app, Console& console) {
     const auto options = std::make_shared<ListOptions>();
     add_package_argument(app, options->package);
-    add_json_option(app, console);
+    CLI::Option* const json = add_json_option(app, console);
     app.add_flag("-l,--long", options->is_long, "also list index, type and offset, as ELF tools do");
+    app.add_flag("--names", options->only_names, "print the names alone, one on a line")->excludes(json);
     app.callback([options, &console] { list_package(*options, console); });
 }
 

@@ -190,7 +190,7 @@ RunResult write_to(UnfinishedReport& report, const RunArguments& arguments, cons
     Progress progress(console, "reading", size_of(arguments.capture));
     profile::RunOptions options;
     options.progress = [&](std::uint64_t bytes) { progress.at(bytes); };
-    const RunResult result = profile::read_run(arguments.package, arguments.capture, options, writer, faults);
+    RunResult result = profile::read_run(arguments.package, arguments.capture, options, writer, faults);
     if (result.is_whole) {
         writer.finish();
         buffer.flush();

@@ -19,6 +19,7 @@
 #include "run_reader.h"
 #include "summary_json.h"
 #include "summary_tables.h"
+#include "time_option.h"
 
 namespace zan::tool {
 
@@ -65,23 +66,13 @@ int unit_of(const std::string& text) {
     return unit;
 }
 
-Value nanoseconds_of(const std::string& unit) {
-    constexpr std::pair<const char*, double> units[] = {{"ns", 1}, {"us", 1e3}, {"ms", 1e6}, {"s", 1e9}};
-    if (unit.empty())
-        return {};
-    const auto* found = std::ranges::find(units, unit, &std::pair<const char*, double>::first);
-    if (found == std::end(units))
-        throw Failure("--time-unit takes ns, us, ms or s, not " + in_quotes(unit));
-    return found->second;
-}
-
 ProfileSummary read_summary(const SummaryOptionTexts& options, const Console& console) {
     const auto split = inputs_of(options.inputs);
     if (const auto* fault = std::get_if<InputFault>(&split))
         throw Failure(printable(fault->text));
     const auto& inputs = std::get<std::vector<Input>>(split);
     InputOptions input_options;
-    input_options.nanoseconds = nanoseconds_of(options.time_unit);
+    input_options.nanoseconds = nanoseconds_of_unit(options.time_unit);
     if (!options.unit.empty()) {
         input_options.compute_unit = unit_of(options.unit);
         for (const Input& input : inputs) {

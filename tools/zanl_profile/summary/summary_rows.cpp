@@ -48,7 +48,7 @@ std::string metric_cell(const ProfileSummary& summary, Metric metric, const Valu
 }
 
 std::string what_cell(const BlockSummary& block) {
-    const std::string kind = kind_text(block);
+    std::string kind = kind_text(block);
     if (block.kind != BlockKind::global || block.memory.empty())
         return kind;
     return block.memory + kind.substr(std::string("global").size());

@@ -200,15 +200,21 @@ TEST_F(StagedFolderTest, ManyEntriesArrive) {
     EXPECT_EQ(found.at("new/d5/299"), "299");
 }
 
+// More levels than a process usually has files open at most, and a path longer than the system takes.
+constexpr int deep_levels = 1100;
+std::string deep_folder(const std::string& step) {
+    std::string path;
+    for (int i = 0; i < deep_levels; ++i)
+        path += step;
+    return path;
+}
+
 // Deeper than a path can say, with more folders than may be open at a time. By whole paths the program
 // itself, without the system, took 2 seconds for this.
 TEST_F(StagedFolderTest, TwoDeepFoldersAreFilledInTurn) {
-    std::string deep, other;
-    for (int i = 0; i < 2100; ++i) {
-        deep += "a/";
-        other += "b/";
-    }
-    fs::create_directories(dir.path("to/a/a/a"));
+    const std::string deep = deep_folder("aaaa/");
+    const std::string other = deep_folder("bbbb/");
+    fs::create_directories(dir.path("to/aaaa/aaaa/aaaa"));
     {
         StagedFolder folder(dir.path("to"));
         for (int i = 0; i < 500; ++i)
@@ -216,7 +222,7 @@ TEST_F(StagedFolderTest, TwoDeepFoldersAreFilledInTurn) {
         folder.commit();
     }
     OpenFolders place(Descriptor(::open(dir.path("to").c_str(), O_PATH | O_DIRECTORY)));
-    EXPECT_EQ(place.go_towards(steps_of(deep)), 2100u);
+    EXPECT_EQ(place.go_towards(steps_of(deep)), std::size_t{deep_levels});
     EXPECT_EQ(entries_of(place.fd(), "").size(), 250u);
     place.go_to_root();
     EXPECT_EQ(entries_of(place.fd(), "").size(), 2u); // no temporary folder is left
@@ -224,12 +230,9 @@ TEST_F(StagedFolderTest, TwoDeepFoldersAreFilledInTurn) {
 }
 
 TEST_F(StagedFolderTest, DeepFoldersThatAreGivenUpLeaveNothing) {
-    std::string deep;
-    for (int i = 0; i < 2100; ++i)
-        deep += "a/";
     {
         StagedFolder folder(dir.path("to"));
-        add_file(folder, deep + "f", "1");
+        add_file(folder, deep_folder("aaaa/") + "f", "1");
     }
     EXPECT_EQ(tree(), Tree());
 }

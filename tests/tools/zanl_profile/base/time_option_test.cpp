@@ -5,9 +5,9 @@
 
 #include "failure.h"
 
-namespace {
-
 using namespace zan::tool;
+
+namespace {
 
 TEST(TimeOption, UnitsAreNanoseconds) {
     EXPECT_EQ(nanoseconds_of_unit("ns"), 1.0);
@@ -15,7 +15,16 @@ TEST(TimeOption, UnitsAreNanoseconds) {
     EXPECT_EQ(nanoseconds_of_unit("ms"), 1e6);
     EXPECT_EQ(nanoseconds_of_unit("s"), 1e9);
     EXPECT_EQ(nanoseconds_of_unit(""), std::nullopt);
-    EXPECT_THROW(nanoseconds_of_unit("min"), Failure);
+    EXPECT_THROW(nanoseconds_of_unit("m"), Failure);
+}
+
+TEST(TimeOption, TimesHaveTheirUnit) {
+    EXPECT_EQ(nanoseconds_of_time("12ms", "--from"), 12e6);
+    EXPECT_EQ(nanoseconds_of_time("1.5s", "--from"), 1.5e9);
+    EXPECT_EQ(nanoseconds_of_time("-3ns", "--from"), -3.0);
+    EXPECT_EQ(nanoseconds_of_time("", "--from"), std::nullopt);
+    for (const char* text : {"12", "ms", "12 ms", "12msx", "infs", "nans", "1e3s"})
+        EXPECT_THROW(nanoseconds_of_time(text, "--from"), Failure) << text;
 }
 
 } // namespace

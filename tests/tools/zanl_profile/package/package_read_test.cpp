@@ -74,6 +74,15 @@ TEST_F(PackageRead, APackageWithoutSectionsHasAnEmptyList) {
                        "", "0"}));
 }
 
+TEST_F(PackageRead, NamesAloneAreALineEach) {
+    make("p.zanx", {{".zan.version", "1\n"}, {"a b", "x"}, {"a\x1b\nb", ""}});
+    EXPECT_EQ(run({"package", "list", "--names", "p.zanx"}),
+              (Outcome{".zan.version\na b\na⟨U+001B⟩⟨U+000A⟩b\n", "", "0"}));
+    make("empty.zanx", {});
+    EXPECT_EQ(run({"package", "list", "--names", "empty.zanx"}), (Outcome{"", "", "0"}));
+    EXPECT_EQ(run({"package", "list", "--names", "--json", "p.zanx"}).status, "2");
+}
+
 TEST_F(PackageRead, NamesCannotCommandATerminal) {
     make("p.zanx", {{"a\x1b[2J\n\x7f", ""}});
     EXPECT_THAT(run({"package", "list", "p.zanx"}).out, HasSubstr("a⟨U+001B⟩[2J⟨U+000A⟩⟨U+007F⟩  "));

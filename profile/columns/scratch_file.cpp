@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scratch_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+namespace zan::profile {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+// Some file systems have no unnamed files; there the name is removed at once.
+int open_named(const std::string& folder) {
+    std::string path = folder + "/scratch-XXXXXX";
+    const int fd = mkostemp(path.data(), O_CLOEXEC);
+    if (fd >= 0)
+        unlink(path.c_str());
+    return fd;
+}
+
+} // namespace
+
+ScratchFile::ScratchFile(const std::string& folder) {
+    m_fd = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (m_fd < 0 && (errno == EOPNOTSUPP || errno == EISDIR))
+        m_fd = open_named(folder);
+    if (m_fd < 0)
+        fail("can't make a temporary file in '" + folder + "'");
+}
+
+ScratchFile::~ScratchFile() {
+    if (m_fd >= 0)
+        close(m_fd);
+}
+
+std::uint64_t ScratchFile::append(const void* data, std::size_t size) {
+    const std::uint64_t offset = m_size;
+    const char* next = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t count = pwrite(m_fd, next, size, static_cast<off_t>(m_size));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            fail("can't write a temporary file");
+        next += count;
+        size -= static_cast<std::size_t>(count);
+        m_size += static_cast<std::uint64_t>(count);
+    }
+    return offset;
+}
+
+void ScratchFile::read(std::uint64_t offset, void* data, std::size_t size) const {
+    char* next = static_cast<char*>(data);
+    while (size > 0) {
+        const ssize_t count = pread(m_fd, next, size, static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count == 0)
+            errno = EIO;
+        if (count <= 0)
+            fail("can't read a temporary file");
+        next += count;
+        size -= static_cast<std::size_t>(count);
+        offset += static_cast<std::uint64_t>(count);
+    }
+}
+
+} // namespace zan::profile
