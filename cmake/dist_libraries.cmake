@@ -22,6 +22,7 @@ set_target_properties(tinyxml2 PROPERTIES POSITION_INDEPENDENT_CODE ON)
 add_library(tinyxml2::tinyxml2 ALIAS tinyxml2)
 
 find_library(UTF8PROC_LIBRARY libutf8proc.a REQUIRED)
+find_library(XXHASH_LIBRARY libxxhash.a REQUIRED)
 
 # zan_library_by_name(<target> <library>...): the target is these libraries, as the linker finds them. Modules of CMake leave
 # a target alone that is there already.

@@ -18,8 +18,8 @@ import tempfile
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
 # Parts of these libraries are in the portable programs, which come with what their licences say.
-LIBRARIES = ["libboost-dev", "libc6-dev", "libcli11-dev", "libelf-dev", "libfmt-dev", "libstdc++-{gcc}-dev", "libtinyxml2-dev",
-             "libutf8proc-dev", "rapidjson-dev", "zlib1g-dev"]
+LIBRARIES = ["libboost-dev", "libc6-dev", "libcli11-dev", "libelf-dev", "libfmt-dev", "libstdc++-{gcc}-dev", "libsqlite3-dev",
+             "libtinyxml2-dev", "libutf8proc-dev", "libxxhash-dev", "rapidjson-dev", "zlib1g-dev"]
 
 
 def output_of(*command):

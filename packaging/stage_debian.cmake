@@ -23,7 +23,7 @@ file(WRITE ${pages}/changelog "${changelog}")
 file(CHMOD ${pages}/copyright ${pages}/changelog PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 # Parts of these libraries are in the programs.
-foreach(library libboost libcli11 libfmt libtinyxml2 libutf8proc rapidjson)
+foreach(library libboost libcli11 libfmt libtinyxml2 libutf8proc libxxhash rapidjson)
     file(COPY_FILE /usr/share/doc/${library}-dev/copyright ${pages}/libraries/${library}-dev)
 endforeach()
 

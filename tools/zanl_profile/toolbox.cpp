@@ -6,6 +6,7 @@
 #include "completion_command.h"
 #include "diff_command.h"
 #include "export_command.h"
+#include "history_commands.h"
 #include "package_commands.h"
 #include "run_command.h"
 #include "signals.h"
@@ -18,8 +19,8 @@ namespace {
 
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
-    &run_command,  &check_command,  &summary_command, &diff_command,
-    &view_command, &export_command, &package_command, &completion_command,
+    &run_command,    &check_command,   &summary_command, &diff_command,       &view_command,
+    &export_command, &history_command, &package_command, &completion_command,
 };
 
 constexpr Command toolbox = {

@@ -18,18 +18,9 @@
 
 namespace zan::tool {
 
-namespace {
-
 using namespace profile;
 
-struct DiffOptions {
-    std::vector<std::string> inputs;
-    std::string match = "name";
-    std::string format = "text";
-    std::vector<std::string> rules;
-    std::vector<std::string> kernels;
-    std::vector<std::string> blocks;
-};
+namespace {
 
 std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
     const std::string near = nearest_word(word, words);
@@ -151,32 +142,26 @@ Failure failure_of(const DiffResult& result) {
     return Failure(text, status_no);
 }
 
-void diff(DiffOptions options, const Console& console) {
+} // namespace
+
+void diff_summaries(const DiffOptions& options, const Console& console, const SummariesToCompare& read) {
     check_choice("--match", options.match, {"name", "source"});
     check_choice("--format", options.format, {"text", "markdown", "json"});
-    if (console.json)
-        options.format = "json";
     DiffResult result;
     result.match = options.match == "name" ? MatchBy::name : MatchBy::source;
     result.filter = {options.kernels, options.blocks};
     for (const std::string& text : options.rules)
         result.rules.push_back(rule_from(text));
-    const std::vector<Input> inputs = two_inputs(options.inputs);
-    const ProfileSummary before = read_input(inputs[0], console);
-    const ProfileSummary after = read_input(inputs[1], console);
+    const auto [before, after] = read();
     result.comparison = compare(before, after, result.match);
     check_filter(result.filter, result.comparison);
     check_rules(result);
-    print_result(result, options.format, console);
+    print_result(result, console.json ? "json" : options.format, console);
     if (result.has_failures())
         throw failure_of(result);
 }
 
-void define_diff(CLI::App& app, Console& console) {
-    const auto options = std::make_shared<DiffOptions>();
-    app.add_option("INPUT", options->inputs,
-                   "BASE and NEW: a report, a saved summary, or a package and its capture")
-        ->required();
+void add_diff_options(CLI::App& app, Console& console, DiffOptions* options) {
     app.add_option("--match", options->match, "match blocks by name, or by source where names are generated")
         ->type_name("HOW");
     app.add_option("--format", options->format, "text, markdown or json")->type_name("FORMAT");
@@ -187,7 +172,25 @@ void define_diff(CLI::App& app, Console& console) {
     app.add_option("--block", options->blocks, "of blocks only those of this name, or KERNEL/NAME")
         ->type_name("NAME");
     add_json_option(app, console);
-    app.callback([options, &console] { diff(*options, console); });
+}
+
+namespace {
+
+void diff_inputs(const DiffOptions& options, const std::vector<std::string>& words, const Console& console) {
+    diff_summaries(options, console, [&] {
+        const std::vector<Input> inputs = two_inputs(words);
+        ProfileSummary before = read_input(inputs[0], console);
+        return std::pair(std::move(before), read_input(inputs[1], console));
+    });
+}
+
+void define_diff(CLI::App& app, Console& console) {
+    const auto options = std::make_shared<DiffOptions>();
+    const auto inputs = std::make_shared<std::vector<std::string>>();
+    app.add_option("INPUT", *inputs, "BASE and NEW: a report, a saved summary, or a package and its capture")
+        ->required();
+    add_diff_options(app, console, options.get());
+    app.callback([options, inputs, &console] { diff_inputs(*options, *inputs, console); });
 }
 
 } // namespace

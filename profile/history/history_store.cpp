@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: Apache-2.0
+// What must hold: nothing is changed outside of a transaction, and a file that isn't a history of a known
+// version is never written to. The journal is the usual one: a write-ahead log doesn't work in folders that
+// several machines share.
+#include "history_store.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+#include <xxhash.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <iterator>
+#include <utility>
+
+#include "summary_json.h"
+#include "value_text.h"
+
+namespace zan::profile {
+
+namespace {
+
+constexpr const char* history_tables = R"(
+CREATE TABLE run (
+  number INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, date TEXT NOT NULL, input TEXT NOT NULL,
+  summary TEXT NOT NULL
+) STRICT;
+CREATE INDEX run_of_date ON run (date, number);
+CREATE TABLE label (
+  run INTEGER NOT NULL REFERENCES run, name TEXT NOT NULL, value TEXT NOT NULL,
+  PRIMARY KEY (run, name)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX label_of_value ON label (name, value, run);
+)";
+
+// Results of SQLite, whose header only the database's own source includes.
+constexpr int result_busy = 5;
+constexpr int result_no_database = 26;
+
+// The process that has the file locked; 0 if it isn't known, as on other machines.
+pid_t lock_holder(const std::string& path) {
+    constexpr off_t lock_bytes = 0x4000'0000;
+    constexpr off_t num_lock_bytes = 512;
+    const int fd = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (fd < 0)
+        return 0;
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = lock_bytes;
+    lock.l_len = num_lock_bytes;
+    const bool asked = ::fcntl(fd, F_GETLK, &lock) == 0;
+    ::close(fd);
+    return asked && lock.l_type != F_UNLCK ? lock.l_pid : 0;
+}
+
+// Rolled back unless it is committed.
+class Transaction {
+  public:
+    explicit Transaction(Database& database) : m_database(database) { database.execute("BEGIN IMMEDIATE"); }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction() {
+        try {
+            if (!m_is_done)
+                m_database.execute("ROLLBACK");
+        } catch (const DatabaseError&) { // SQLite has rolled it back
+        }
+    }
+    void commit() {
+        m_database.execute("COMMIT");
+        m_is_done = true;
+    }
+
+  private:
+    Database& m_database;
+    bool m_is_done = false;
+};
+
+bool has_digits(const std::string& text, std::string_view pattern) {
+    return text.size() == pattern.size() &&
+           std::equal(text.begin(), text.end(), pattern.begin(),
+                      [](char c, char p) { return p == '0' ? c >= '0' && c <= '9' : c == p; });
+}
+
+} // namespace
+
+std::string run_id_of(const ProfileSummary& summary) {
+    ProfileSummary canonical = summary;
+    canonical.input.clear();
+    canonical.program_version.clear();
+    const std::string text = summary_to_json(canonical);
+    const XXH128_hash_t hash = XXH3_128bits(text.data(), text.size());
+    char digits[33];
+    std::snprintf(digits, sizeof digits, "%016llx%016llx", static_cast<unsigned long long>(hash.high64),
+                  static_cast<unsigned long long>(hash.low64));
+    return digits;
+}
+
+Labels labels_of(const ProfileSummary& summary) {
+    std::string devices;
+    for (const KernelSummary& kernel : summary.kernels) {
+        const std::string device = kernel.device ? std::to_string(*kernel.device) : "";
+        if (("," + devices + ",").find("," + device + ",") == std::string::npos)
+            devices += (devices.empty() ? "" : ",") + device;
+    }
+    const std::pair<const char*, std::string> values[] = {
+        {"package", summary.zanx_version},
+        {"board", summary.board},
+        {"clock", summary.clock_mhz ? trimmed_text(*summary.clock_mhz, 3) : ""},
+        {"device", devices}};
+    Labels labels;
+    for (const auto& [name, value] : values) {
+        if (!value.empty())
+            labels[name] = value;
+    }
+    return labels;
+}
+
+std::optional<std::string> date_fault(const std::string& date) {
+    const bool has_time = has_digits(date, "0000-00-00T00:00:00");
+    if (!has_time && !has_digits(date, "0000-00-00"))
+        return "a date is YYYY-MM-DD, or YYYY-MM-DDTHH:MM:SS";
+    const auto number = [&](std::size_t at) { return std::stoi(date.substr(at, 2)); };
+    const bool good_day = number(5) >= 1 && number(5) <= 12 && number(8) >= 1 && number(8) <= 31;
+    if (!good_day || (has_time && (number(11) > 23 || number(14) > 59 || number(17) > 59)))
+        return "there is no such date";
+    return std::nullopt;
+}
+
+template <class Work>
+auto HistoryStore::guarded(Work work) {
+    try {
+        return work();
+    } catch (const DatabaseError& error) {
+        explain(error);
+    }
+}
+
+HistoryStore::HistoryStore(const std::string& path, OpenMode mode, int wait_milliseconds)
+    : m_path(path), m_database([&] {
+          try {
+              // Readers, too, roll back what a killed writer has left.
+              return Database(path, mode == OpenMode::create ? OpenMode::create : OpenMode::write);
+          } catch (const DatabaseError& error) {
+              throw HistoryFault(path + ": " + error.what());
+          }
+      }()) {
+    guarded([&] {
+        m_database.wait_for_locks(wait_milliseconds);
+        m_database.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
+        prepare(mode);
+    });
+}
+
+void HistoryStore::explain(const DatabaseError& error) const {
+    std::string text = error.what();
+    if ((error.code() & 0xff) == result_busy) {
+        const pid_t holder = lock_holder(m_path);
+        text = holder > 0 ? "process " + std::to_string(holder) + " is writing to it; wait for it to end"
+                          : "another process is writing to it; wait for it to end";
+    } else if ((error.code() & 0xff) == result_no_database) {
+        text = "it is no history";
+    }
+    throw HistoryFault(m_path + ": " + text);
+}
+
+// Reads before it writes: a file of others stays as it is.
+void HistoryStore::prepare(OpenMode mode) {
+    const auto version = [&] {
+        const std::int64_t application = m_database.number("PRAGMA application_id");
+        const bool is_empty = m_database.number("SELECT count(*) FROM sqlite_schema") == 0;
+        if (application == 0 && is_empty)
+            return std::int64_t{0};
+        if (application != application_id)
+            throw HistoryFault(m_path + ": it is no history, but a database of another program");
+        const std::int64_t found = m_database.number("PRAGMA user_version");
+        if (found > schema_version)
+            throw HistoryFault(m_path + ": it has version " + std::to_string(found) +
+                               " of the schema, and this program knows " + std::to_string(schema_version) +
+                               "; use a newer program");
+        return found;
+    };
+    if (version() != 0)
+        return;
+    if (mode != OpenMode::create)
+        throw HistoryFault(m_path + ": it is no history: it is empty");
+    Transaction transaction(m_database);
+    if (version() != 0) // another writer was faster
+        return;
+    m_database.execute(history_tables);
+    m_database.execute("PRAGMA application_id = " + std::to_string(application_id));
+    m_database.execute("PRAGMA user_version = " + std::to_string(schema_version));
+    transaction.commit();
+}
+
+std::vector<Added> HistoryStore::add(std::span<const HistoryEntry> entries) {
+    return guarded([&] {
+        std::vector<Added> added;
+        Transaction transaction(m_database);
+        for (const HistoryEntry& entry : entries)
+            added.push_back(add_one(entry));
+        transaction.commit();
+        return added;
+    });
+}
+
+Added HistoryStore::add_one(const HistoryEntry& entry) {
+    const std::string id = run_id_of(entry.summary);
+    const std::string json = summary_to_json(entry.summary);
+    Statement insert(m_database,
+                     "INSERT INTO run (id, date, input, summary) VALUES (?, ?, ?, ?) "
+                     "ON CONFLICT (id) DO NOTHING");
+    insert.bind(1, std::string_view(id)).bind(2, std::string_view(entry.date));
+    insert.bind(3, std::string_view(entry.summary.input)).bind(4, std::string_view(json)).run();
+    const bool is_new = m_database.num_changed() == 1;
+    Statement number(m_database, "SELECT number FROM run WHERE id = ?");
+    number.bind(1, std::string_view(id)).step();
+    const std::int64_t run = number.integer(0);
+    Labels labels = is_new ? labels_of(entry.summary) : Labels();
+    for (const auto& [name, value] : entry.labels)
+        labels[name] = value;
+    Statement label(m_database,
+                    "INSERT INTO label VALUES (?, ?, ?) ON CONFLICT (run, name) DO UPDATE SET "
+                    "value = excluded.value WHERE value <> excluded.value");
+    bool has_changed = false;
+    for (const auto& [name, value] : labels) {
+        const std::int64_t before = m_database.number("SELECT total_changes()");
+        label.bind(1, run).bind(2, std::string_view(name)).bind(3, std::string_view(value)).run();
+        has_changed |= m_database.number("SELECT total_changes()") != before;
+    }
+    if (is_new)
+        return Added::is_new;
+    return has_changed ? Added::got_labels : Added::was_there;
+}
+
+std::vector<HistoryRun> HistoryStore::list(const Labels& where) {
+    return guarded([&] {
+        std::vector<HistoryRun> runs;
+        Statement labels(m_database, "SELECT name, value FROM label WHERE run = ? ORDER BY name");
+        Statement query(m_database, "SELECT number, id, date, input FROM run ORDER BY date, number");
+        while (query.step()) {
+            HistoryRun run{query.integer(0), query.text(1), query.text(2), query.text(3), {}};
+            labels.bind(1, run.number);
+            while (labels.step())
+                run.labels[labels.text(0)] = labels.text(1);
+            const auto has = [&](const auto& label) {
+                const auto found = run.labels.find(label.first);
+                return found != run.labels.end() && found->second == label.second;
+            };
+            if (std::all_of(where.begin(), where.end(), has))
+                runs.push_back(std::move(run));
+        }
+        return runs;
+    });
+}
+
+HistoryRun HistoryStore::newest(std::span<const HistoryRun> runs, std::size_t back,
+                                const std::string& name) const {
+    if (back >= runs.size())
+        throw HistoryFault(m_path + ": there is no run '" + name + "'", true);
+    return runs[runs.size() - 1 - back];
+}
+
+HistoryRun HistoryStore::find(const std::string& name) {
+    const std::size_t equals = name.find('=');
+    if (equals != std::string::npos)
+        return newest(list({{name.substr(0, equals), name.substr(equals + 1)}}), 0, name);
+    const std::vector<HistoryRun> runs = list();
+    constexpr std::string_view last = "last~";
+    if (name == "last")
+        return newest(runs, 0, name);
+    if (name.starts_with(last)) {
+        std::size_t back = 0;
+        const char* const end = name.data() + name.size();
+        const auto read = std::from_chars(name.data() + last.size(), end, back);
+        if (read.ec == std::errc() && read.ptr == end)
+            return newest(runs, back, name);
+    }
+    std::vector<HistoryRun> found;
+    std::copy_if(runs.begin(), runs.end(), std::back_inserter(found),
+                 [&](const HistoryRun& run) { return !name.empty() && run.id.starts_with(name); });
+    if (found.size() > 1)
+        throw HistoryFault(m_path + ": " + std::to_string(found.size()) + " runs begin with '" + name + "'",
+                           true);
+    return newest(found, 0, name);
+}
+
+ProfileSummary HistoryStore::summary(const HistoryRun& run) {
+    return guarded([&] {
+        Statement query(m_database, "SELECT summary FROM run WHERE number = ?");
+        if (!query.bind(1, run.number).step())
+            throw HistoryFault(m_path + ": the run was removed meanwhile", true);
+        auto read = summary_from_json(query.text(0));
+        if (const auto* const fault = std::get_if<SummaryFault>(&read))
+            throw HistoryFault(m_path + ": the summary of " + run.id + " is damaged: " + describe(*fault));
+        return std::get<ProfileSummary>(std::move(read));
+    });
+}
+
+void HistoryStore::remove(const HistoryRun& run) {
+    guarded([&] {
+        Transaction transaction(m_database);
+        Statement(m_database, "DELETE FROM label WHERE run = ?").bind(1, run.number).run();
+        Statement(m_database, "DELETE FROM run WHERE number = ?").bind(1, run.number).run();
+        transaction.commit();
+    });
+}
+
+} // namespace zan::profile

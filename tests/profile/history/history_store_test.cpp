@@ -1,0 +1,235 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "history_store.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+#include "summary_json.h"
+#include "temp_dir.h"
+#include "two_runs.h"
+#include "whole_file.h"
+
+namespace {
+
+using namespace zan::profile;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// A run that took that many nanoseconds.
+ProfileSummary run_of_time(double time) {
+    ProfileSummary summary;
+    summary.input = "r.json";
+    summary.board = "vela";
+    summary.clock_mhz = 240.5;
+    summary.nanoseconds = 1.0;
+    summary.kernels = {kernel_of("k", {{Metric::kernel_time, time}})};
+    summary.kernels[0].device = 2;
+    return summary;
+}
+
+HistoryEntry entry_of(double time, const std::string& date = "2026-11-22", Labels labels = {}) {
+    return {run_of_time(time), date, std::move(labels)};
+}
+
+std::vector<std::string> dates_of(const std::vector<HistoryRun>& runs) {
+    std::vector<std::string> dates;
+    for (const HistoryRun& run : runs)
+        dates.push_back(run.date);
+    return dates;
+}
+
+template <class Work>
+std::string fault_of(Work work) {
+    try {
+        work();
+    } catch (const HistoryFault& fault) {
+        return fault.what();
+    }
+    return "no fault";
+}
+
+class History : public testing::Test {
+  protected:
+    std::vector<Added> add(std::vector<HistoryEntry> entries) const {
+        return HistoryStore(path, OpenMode::create).add(entries);
+    }
+    const TempDir dir;
+    const std::string path = dir.path("runs.db");
+};
+
+TEST_F(History, KeepsSummariesAndLabels) {
+    EXPECT_THAT(add({entry_of(5, "2026-11-20", {{"commit", "1f3a"}})}), ElementsAre(Added::is_new));
+    HistoryStore store(path, OpenMode::read);
+    const auto runs = store.list();
+    ASSERT_EQ(runs.size(), 1u);
+    EXPECT_EQ(runs[0].id, run_id_of(run_of_time(5)));
+    EXPECT_EQ(runs[0].labels,
+              (Labels{{"board", "vela"}, {"clock", "240.5"}, {"commit", "1f3a"}, {"device", "2"}}));
+    EXPECT_EQ(store.summary(runs[0]), run_of_time(5));
+}
+
+TEST_F(History, ARunIsAddedOnce) {
+    add({entry_of(5)});
+    EXPECT_THAT(add({entry_of(5)}), ElementsAre(Added::was_there));
+    EXPECT_THAT(add({entry_of(5, "2026-11-23", {{"a", "1"}})}), ElementsAre(Added::got_labels));
+    EXPECT_THAT(add({entry_of(5, "2026-11-23", {{"a", "1"}})}), ElementsAre(Added::was_there));
+    EXPECT_THAT(add({entry_of(5, "2026-11-23", {{"a", "2"}})}), ElementsAre(Added::got_labels));
+    HistoryStore store(path, OpenMode::read);
+    EXPECT_THAT(dates_of(store.list()), ElementsAre("2026-11-22"));
+    EXPECT_EQ(store.find("a=2").date, "2026-11-22");
+}
+
+// An id doesn't depend on names of files, on the program's version, or on whether a summary was saved.
+TEST_F(History, AnIdIsOfTheMetrics) {
+    ProfileSummary other = run_of_time(5);
+    other.input = "moved.json";
+    other.program_version = "2";
+    EXPECT_EQ(run_id_of(other), run_id_of(run_of_time(5)));
+    EXPECT_EQ(run_id_of(std::get<ProfileSummary>(summary_from_json(summary_to_json(other)))),
+              run_id_of(other));
+    EXPECT_NE(run_id_of(run_of_time(6)), run_id_of(other));
+    EXPECT_EQ(run_id_of(other).size(), 32u);
+}
+
+TEST_F(History, RunsAreFoundByNameAndInTheOrderOfTheirDates) {
+    add({entry_of(1, "2026-11-22", {{"commit", "b"}}), entry_of(2, "2026-11-20", {{"commit", "a"}}),
+         entry_of(3, "2026-11-22T09:00:00", {{"commit", "b"}})});
+    HistoryStore store(path, OpenMode::read);
+    EXPECT_THAT(dates_of(store.list()), ElementsAre("2026-11-20", "2026-11-22", "2026-11-22T09:00:00"));
+    EXPECT_THAT(dates_of(store.list({{"commit", "b"}, {"board", "vela"}})),
+                ElementsAre("2026-11-22", "2026-11-22T09:00:00"));
+    EXPECT_TRUE(store.list({{"commit", "c"}}).empty());
+    EXPECT_EQ(store.find("last").date, "2026-11-22T09:00:00");
+    EXPECT_EQ(store.find("last~2").date, "2026-11-20");
+    EXPECT_EQ(store.find("commit=b").date, "2026-11-22T09:00:00");
+    EXPECT_EQ(store.find(run_id_of(run_of_time(2)).substr(0, 8)).date, "2026-11-20");
+    for (const char* const name : {"last~3", "last~x", "commit=c", "xyz", ""})
+        EXPECT_THAT(fault_of([&] { store.find(name); }), HasSubstr("there is no run '")) << name;
+}
+
+TEST_F(History, ARemovedRunIsGone) {
+    add({entry_of(1), entry_of(2)});
+    HistoryStore store(path, OpenMode::write);
+    const HistoryRun run = store.find("last");
+    store.remove(run);
+    EXPECT_EQ(store.list().size(), 1u);
+    EXPECT_THAT(fault_of([&] { store.summary(run); }), HasSubstr("removed meanwhile"));
+    EXPECT_THAT(add({entry_of(2)}), ElementsAre(Added::is_new));
+}
+
+TEST_F(History, DatesAreChecked) {
+    for (const char* const good : {"2026-11-22", "2026-11-22T23:59:59"})
+        EXPECT_EQ(date_fault(good), std::nullopt) << good;
+    for (const char* const bad : {"", "2026-13-01", "2026-11-00", "22.11.2026", "2026-11-22T24:00:00",
+                                  "2026-11-22 09:00:00", "2026-11-2x"})
+        EXPECT_NE(date_fault(bad), std::nullopt) << bad;
+}
+
+TEST_F(History, OtherFilesStayAsTheyAre) {
+    const std::string text(5000, 'x');
+    write_file(path, text);
+    EXPECT_EQ(fault_of([&] { add({entry_of(1)}); }), path + ": it is no history");
+    EXPECT_EQ(read_file(path), text);
+    const std::string other = dir.path("other.db");
+    Database(other, OpenMode::create).execute("CREATE TABLE t (a)");
+    const std::string bytes = read_file(other);
+    EXPECT_EQ(fault_of([&] { HistoryStore(other, OpenMode::create); }),
+              other + ": it is no history, but a database of another program");
+    EXPECT_EQ(read_file(other), bytes);
+    EXPECT_THAT(fault_of([&] { HistoryStore(dir.path("none"), OpenMode::read); }),
+                HasSubstr("unable to open"));
+    write_file(dir.path("empty"), "");
+    EXPECT_THAT(fault_of([&] { HistoryStore(dir.path("empty"), OpenMode::read); }), HasSubstr("it is empty"));
+}
+
+TEST_F(History, ANewerSchemaIsRefused) {
+    add({entry_of(1)});
+    Database(path, OpenMode::write).execute("PRAGMA user_version = 2");
+    const std::string bytes = read_file(path);
+    EXPECT_THAT(fault_of([&] { add({entry_of(2)}); }), HasSubstr("it has version 2 of the schema"));
+    EXPECT_EQ(read_file(path), bytes);
+}
+
+TEST_F(History, WaitsForAnotherWriterAndNamesIt) {
+    add({entry_of(1)});
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t writer = ::fork();
+    if (writer == 0) {
+        Database database(path, OpenMode::write);
+        database.execute("BEGIN IMMEDIATE");
+        [[maybe_unused]] const ssize_t written = ::write(ready[1], "x", 1);
+        ::pause();
+        ::_exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    HistoryStore store(path, OpenMode::write, 50);
+    const HistoryEntry entry = entry_of(2);
+    EXPECT_EQ(fault_of([&] {
+                  store.add({&entry, 1});
+              }),
+              path + ": process " + std::to_string(writer) + " is writing to it; wait for it to end");
+    EXPECT_EQ(store.list().size(), 1u); // readers need not wait
+    ::kill(writer, SIGKILL);
+    ::waitpid(writer, nullptr, 0);
+    EXPECT_THAT(store.add({&entry, 1}), ElementsAre(Added::is_new));
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+TEST_F(History, TwoWritersBothSucceed) {
+    const auto write_runs = [&](int first) {
+        for (int i = 0; i < 20; ++i)
+            add({entry_of(first + i)});
+    };
+    const pid_t other = ::fork();
+    if (other == 0) {
+        write_runs(1000);
+        ::_exit(0);
+    }
+    write_runs(0);
+    int status = -1;
+    ::waitpid(other, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(HistoryStore(path, OpenMode::read).list().size(), 40u);
+}
+
+// A writer that is killed at any point leaves the runs before it, and its own whole or not at all.
+TEST_F(History, NothingIsLostByKills) {
+    add({entry_of(1e6)});
+    std::size_t num_before = 1;
+    std::size_t num_cut = 0;
+    for (int kill = 0; kill < 200; ++kill) {
+        const pid_t writer = ::fork();
+        if (writer == 0) {
+            for (int i = 0; i < 3; ++i)
+                add({entry_of(kill * 10 + i, "2026-11-22", {{"a", "1"}}),
+                     entry_of(kill * 10 + i + 5, "2026-11-22", {{"a", "1"}})});
+            ::_exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(kill * 100));
+        ::kill(writer, SIGKILL);
+        int status = 0;
+        ::waitpid(writer, &status, 0);
+        num_cut += WIFSIGNALED(status) ? 1 : 0;
+        HistoryStore store(path, OpenMode::read);
+        const std::size_t num_runs = store.list().size();
+        ASSERT_GE(num_runs, num_before);
+        ASSERT_EQ(num_runs % 2, 1u) << "half of a change, after kill " << kill;
+        ASSERT_EQ(store.list({{"a", "1"}}).size(), num_runs - 1);
+        num_before = num_runs;
+    }
+    EXPECT_GT(num_cut, 20u);
+    EXPECT_EQ(Database(path, OpenMode::read)
+                  .number("SELECT count(*) FROM pragma_integrity_check "
+                          "WHERE integrity_check <> 'ok'"),
+              0);
+}
+
+} // namespace

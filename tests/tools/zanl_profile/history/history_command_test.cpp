@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+// `zanl-profile history` as users run it.
+#include <sstream>
+
+#include "diff_result.h"
+#include "summary_json.h"
+#include "toolbox_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class HistoryCommand : public Toolbox {
+  protected:
+    HistoryCommand() {
+        const TwoRuns runs = slower_writer();
+        write("base.json", summary_to_json(runs.before));
+        write("new.json", summary_to_json(runs.after));
+    }
+    Outcome history(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "history");
+        return run(arguments);
+    }
+    void add_both() const {
+        ASSERT_EQ(
+            history({"add", "h.db", "base.json", "--date", "2026-11-20", "--label", "commit=1f3a"}).status,
+            "0");
+        ASSERT_EQ(history({"add", "h.db", "new.json", "--date", "2026-11-21"}).status, "0");
+    }
+};
+
+TEST_F(HistoryCommand, AddsListsShowsAndRemoves) {
+    add_both();
+    std::istringstream lines(history({"list", "h.db"}).out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "RUN           DATE        INPUT      LABELS");
+    std::getline(lines, line);
+    EXPECT_EQ(line.substr(12), "  2026-11-20  base.json  commit=1f3a");
+    std::getline(lines, line);
+    EXPECT_EQ(line.substr(12), "  2026-11-21  new.json");
+    EXPECT_EQ(history({"show", "h.db", "commit=1f3a", "--json"}).out, read("base.json"));
+    EXPECT_THAT(history({"show", "h.db", "last"}).out, HasSubstr("date   2026-11-21\ninput  new.json\n"));
+    EXPECT_THAT(history({"list", "h.db", "--json", "--where", "commit=1f3a"}).out,
+                HasSubstr("\"commit\": \"1f3a\""));
+    EXPECT_THAT(history({"remove", "h.db", "last"}).err, StartsWith("removed "));
+    EXPECT_EQ(history({"show", "h.db", "last~1"}), not_found("h.db: there is no run 'last~1'"));
+}
+
+TEST_F(HistoryCommand, SaysWhatBecameOfEachRun) {
+    EXPECT_THAT(history({"add", "h.db", "base.json"}).err, HasSubstr("  base.json: added\n"));
+    EXPECT_THAT(history({"add", "h.db", "base.json"}).err, HasSubstr("  base.json: was there\n"));
+    EXPECT_THAT(history({"add", "h.db", "base.json", "--label", "a=b"}).err,
+                HasSubstr("  base.json: was there, and got labels\n"));
+    EXPECT_EQ(history({"add", "h.db", "base.json", "-q"}), silent_success);
+}
+
+TEST_F(HistoryCommand, ABadFileIsSkipped) {
+    write("bad.json", "{");
+    const Outcome outcome = shell("ls bad.json base.json new.json | $T history add h.db --from-list -");
+    EXPECT_EQ(outcome.status, "1");
+    EXPECT_THAT(outcome.err, HasSubstr("zanl-profile: bad.json: "));
+    EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("new.json"));
+    EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("base.json"));
+}
+
+TEST_F(HistoryCommand, DiffIsThatOfTheFiles) {
+    add_both();
+    const Outcome outcome =
+        history({"diff", "h.db", "commit=1f3a", "last", "--fail-on", "stall:+5", "--format", "markdown"});
+    EXPECT_EQ(outcome.status, "1");
+    EXPECT_EQ(outcome.err, "zanl-profile: the rule 'stall:+5' fails for 'writer/store': 28.0%, now 35.1%\n");
+    EXPECT_THAT(outcome.out, StartsWith("## Profile"));
+    const std::string of_files = run({"diff", "base.json", "new.json"}).out;
+    const std::string of_runs = history({"diff", "h.db", "last~1", "last"}).out;
+    EXPECT_EQ(of_runs.substr(of_runs.find("\n\n")), of_files.substr(of_files.find("\n\n")));
+    EXPECT_EQ(history({"diff", "h.db", "last", "last~2"}), not_found("h.db: there is no run 'last~2'"));
+}
+
+TEST_F(HistoryCommand, WrongUseIsTrouble) {
+    EXPECT_EQ(history({"add", "h.db"}), trouble("name the runs to be added, or --from-list -"));
+    EXPECT_EQ(history({"add", "h.db", "base.json", "--date", "today"}),
+              trouble("--date: a date is YYYY-MM-DD, or YYYY-MM-DDTHH:MM:SS"));
+    EXPECT_EQ(history({"add", "h.db", "base.json", "--label", "x"}),
+              trouble("--label takes NAME=VALUE, not 'x'"));
+    EXPECT_EQ(history({"list", "base.json"}), trouble("base.json: it is no history"));
+    EXPECT_FALSE(exists("h.db"));
+}
+
+TEST_F(HistoryCommand, AFullDiskChangesNothing) {
+    add_both();
+    const Tree before = tree();
+    const std::string name(60'000, 'n');
+    TwoRuns runs = slower_writer();
+    runs.after.kernels[0].name = name;
+    write("big.json", summary_to_json(runs.after));
+    const Outcome outcome = shell("ulimit -f 40; $T history add h.db big.json"); // 40 KiB
+    EXPECT_EQ(outcome.status, "2");
+    EXPECT_THAT(outcome.err, HasSubstr("zanl-profile: h.db: "));
+    EXPECT_EQ(tree().at("h.db"), before.at("h.db"));
+    EXPECT_FALSE(exists("h.db-journal"));
+}
+
+TEST_F(HistoryCommand, HostileNamesAreShownByTheirNumbers) {
+    ASSERT_EQ(history({"add", "h.db", "base.json", "--label", "a=\x1b[31m"}).status, "0");
+    EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("a=⟨U+001B⟩[31m"));
+    EXPECT_THAT(history({"show", "h.db", "last"}).out, HasSubstr("a=⟨U+001B⟩[31m"));
+    EXPECT_EQ(history({"show", "h.db", "'; DROP TABLE run; --"}).status, "1");
+    EXPECT_EQ(history({"list", "h.db"}).status, "0");
+}
+
+} // namespace
