@@ -20,7 +20,7 @@ namespace {
 // A new command is a line here.
 constexpr const Command* toolbox_commands[] = {
     &run_command,    &check_command,   &summary_command, &diff_command,       &view_command,
-    &export_command, &history_command, &package_command, &completion_command,
+    &export_command, &package_command, &history_command, &completion_command,
 };
 
 constexpr Command toolbox = {

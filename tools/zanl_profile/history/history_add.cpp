@@ -127,9 +127,8 @@ void add_runs(const HistoryAddOptions& options, const Console& console) {
 void define_history_add(CLI::App& app, Console& console) {
     const auto options = std::make_shared<HistoryAddOptions>();
     app.add_option("DB", options->database, "the history, which is made if there is none")->required();
-    app.add_option(
-        "INPUT", options->inputs,
-        "a report, a saved summary, or a package (*zanx) and its capture; several are several runs");
+    app.add_option("INPUT", options->inputs,
+                   "a report, a saved summary, or a package (*zanx) and its capture");
     app.add_option("--label", options->labels, "a label of the runs, such as commit=1f3a")
         ->type_name("NAME=VALUE");
     app.add_option("--date", options->date, "YYYY-MM-DD[THH:MM:SS]; by default that of the file")

@@ -18,8 +18,7 @@ using namespace profile;
 
 namespace {
 
-constexpr const char* run_meaning =
-    "the first digits of its id, 'last', 'last~3' (three before it), or a label such as commit=1f3a";
+constexpr const char* run_meaning = "the first digits of its id, last, last~3, or a label: commit=1f3a";
 
 struct RunName {
     std::string database;
@@ -83,38 +82,40 @@ void diff_runs(const HistoryDiffOptions& options, const Console& console) {
     });
 }
 
+void define_history_show(CLI::App& app, Console& console) {
+    const auto name = std::make_shared<RunName>();
+    add_run_arguments(app, *name);
+    add_json_option(app, console, "print the saved summary, as 'summary --json' does");
+    app.callback([name, &console] { show_run(*name, console); });
+}
+
+void define_history_remove(CLI::App& app, Console& console) {
+    const auto name = std::make_shared<RunName>();
+    add_run_arguments(app, *name);
+    app.callback([name, &console] { remove_run(*name, console); });
+}
+
+void define_history_diff(CLI::App& app, Console& console) {
+    const auto options = std::make_shared<HistoryDiffOptions>();
+    app.add_option("DB", options->database, "the history")->required();
+    app.add_option("BASE", options->old_run, run_meaning)->required();
+    app.add_option("NEW", options->new_run, "likewise")->required();
+    add_diff_options(app, console, &options->diff);
+    app.callback([options, &console] { diff_runs(*options, console); });
+}
+
 } // namespace
 
-const Command history_show_command = {
-    "show", "show the summary of a run",
-    [](CLI::App& app, Console& console) {
-        const auto name = std::make_shared<RunName>();
-        add_run_arguments(app, *name);
-        add_json_option(app, console, "print the saved summary, as 'summary --json' does");
-        app.callback([name, &console] { show_run(*name, console); });
-    },
-    "zanl-profile history show runs.db last\n"
-    "zanl-profile history show runs.db commit=1f3a --json > baseline.json",
-    "there is no such run"};
+const Command history_show_command = {"show", "show the summary of a run", define_history_show,
+                                      "zanl-profile history show runs.db last\n"
+                                      "zanl-profile history show runs.db commit=1f3a --json > baseline.json",
+                                      "there is no such run"};
 
-const Command history_remove_command = {"remove", "remove a run",
-                                        [](CLI::App& app, Console& console) {
-                                            const auto name = std::make_shared<RunName>();
-                                            add_run_arguments(app, *name);
-                                            app.callback([name, &console] { remove_run(*name, console); });
-                                        },
+const Command history_remove_command = {"remove", "remove a run", define_history_remove,
                                         "zanl-profile history remove runs.db 1f3a5c", "there is no such run"};
 
 const Command history_diff_command = {
-    "diff", "compare two runs, and fail if the new one is worse",
-    [](CLI::App& app, Console& console) {
-        const auto options = std::make_shared<HistoryDiffOptions>();
-        app.add_option("DB", options->database, "the history")->required();
-        app.add_option("BASE", options->old_run, run_meaning)->required();
-        app.add_option("NEW", options->new_run, "likewise")->required();
-        add_diff_options(app, console, &options->diff);
-        app.callback([options, &console] { diff_runs(*options, console); });
-    },
+    "diff", "compare two runs, and fail if the new one is worse", define_history_diff,
     "zanl-profile history diff runs.db last~1 last --fail-on kernel_time:+3%",
     "there is no such run, or a rule of --fail-on is broken"};
 
