@@ -40,12 +40,15 @@ class PlainCopy(unittest.TestCase):
     def test_it_builds_and_its_report_has_zeros_for_the_commit(self):
         sources, build = FOLDER / "sources", FOLDER / "build"
         update_copy(TOP, sources)
-        options = ["-DCMAKE_BUILD_TYPE=", "-DCMAKE_UNITY_BUILD=ON", "-DZAN_BUILD_TESTS=OFF", "-DZAN_BUILD_BENCH=OFF"]
+        # Without the toolbox, which takes three times as long to build and has the same version.
+        options = ["-DCMAKE_BUILD_TYPE=", "-DCMAKE_UNITY_BUILD=ON", "-DZAN_BUILD_TOOLS=OFF", "-DZAN_BUILD_TESTS=OFF",
+                   "-DZAN_BUILD_BENCH=OFF"]
         run("cmake", "-G", "Ninja", "-S", sources, "-B", build, *options)
-        run("cmake", "--build", build, "--target", "zanl-profile-tly", "zanl-profile")
+        run("cmake", "--build", build, "--target", "zanl-profile-tly")
         with tempfile.TemporaryDirectory() as folder:
-            toolbox = build / "tools" / "zanl_profile" / "zanl-profile"
-            run(toolbox, "package", "create", "design.zanx", "--from", sources / SAMPLE, cwd=folder)
+            sections = [f"--add-section=.zan.{path.name}={path}" for path in (sources / SAMPLE / "sections").iterdir()]
+            (pathlib.Path(folder) / "first").write_bytes(b"1")
+            run("objcopy", "-I", "binary", "-O", "elf32-i386", *sections, "first", "design.zanx", cwd=folder)
             files = ["design.zanx", sources / SAMPLE / "profile.mon", "report.json"]
             run(build / "zanl-profile-tly", *files, cwd=folder)
             report = (pathlib.Path(folder) / "report.json").read_text()

@@ -16,10 +16,10 @@ class ExportTaker final : public NodeTaker {
   public:
     ExportTaker(Totals& totals, ExportWriter& writer) : m_totals(totals), m_writer(writer) {}
 
-    void begin_kernel(const KernelNode& kernel) override;
+    void begin_kernel(const KernelNode& node) override;
     bool needs_sources(std::string_view block) override { return m_totals.needs_sources(block); }
-    void block(const BlockNode& block) override;
-    void port(const PortNode& port) override;
+    void block(const BlockNode& node) override;
+    void port(const PortNode& node) override;
     void end_kernel() override { m_totals.end_kernel(); }
     void transfer(const TransferNode& transfer) override;
     void board(const std::string& type) override { m_totals.board(type); }
