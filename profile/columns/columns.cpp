@@ -165,7 +165,7 @@ void Columns::add_times() {
     }
 }
 
-void Columns::add_counts(Column& column, const SampleList<long long>& list) {
+void Columns::add_counts(Column& column, const SampleList<long long>& list) const {
     column.fill_up_to(m_first);
     SampleCursor<long long> cursor(list);
     for (std::size_t i = 0; i < std::min(m_num_samples, list.size()); ++i) {

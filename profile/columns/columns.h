@@ -152,7 +152,7 @@ class Columns {
   private:
     std::int64_t relative(std::int64_t time);
     void add_times();
-    void add_counts(Column& column, const SampleList<long long>& list);
+    void add_counts(Column& column, const SampleList<long long>& list) const;
     BlockColumns& block_named(const std::string& name);
     PortColumns& port_of(const PortNode& node);
     Column* column_of(BlockColumns& block, BlockSeries which, const NodeArrays& arrays);

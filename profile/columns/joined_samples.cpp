@@ -172,14 +172,13 @@ void ColumnJoiner::add_value(const SampleGroup& group, const GroupSums& sums) {
     constexpr int more_digits = 3; // of a mean
     Series& series = m_new->series;
     const int digits = m_old.series.digits();
-    if (group.is_left_out)
+    const bool is_single = group.end - group.begin == 1;
+    if (group.is_left_out || (!is_single && sums.num == 0))
         series.add_marks(Mark::missing, 1);
-    else if (const auto mark = m_values.mark_at(group.begin); group.end - group.begin == 1 && mark)
+    else if (const auto mark = m_values.mark_at(group.begin); is_single && mark)
         series.add_marks(*mark, 1);
-    else if (group.end - group.begin == 1)
+    else if (is_single)
         series.add(Decimal{m_values.units_at(group.begin), digits});
-    else if (sums.num == 0)
-        series.add_marks(Mark::missing, 1);
     else
         series.add_rounded(sums.joined(m_role.joining), m_role.joining == Joining::mean
                                                             ? std::min(digits + more_digits, max_decimals)
