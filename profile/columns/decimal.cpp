@@ -14,7 +14,7 @@ namespace zan::profile {
 
 namespace {
 
-constexpr auto powers = [] {
+constexpr auto powers_of_ten() {
     std::array<std::int64_t, 19> result{};
     std::int64_t power = 1;
     for (std::size_t i = 0; i < result.size(); ++i) {
@@ -22,7 +22,8 @@ constexpr auto powers = [] {
         power = i + 1 < result.size() ? power * 10 : power;
     }
     return result;
-}();
+}
+constexpr auto powers = powers_of_ten();
 
 // A text of digits with at most one point, and an exponent: "1.234568e+07".
 struct Scientific {

@@ -226,7 +226,7 @@ void KernelJoiner::finish_old() {
     };
     for (Series* series : {&m_old.time.series, &m_old.cycles.series, &m_old.device, &m_old.queue})
         finish(*series);
-    for (BlockColumns& block : m_old.blocks) {
+    for (const BlockColumns& block : m_old.blocks) {
         for (const auto& column : block.columns) {
             if (column)
                 finish(column->series);

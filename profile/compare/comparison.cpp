@@ -95,6 +95,8 @@ class Comparer {
     void add_kernel(const KernelSummary* before, const KernelSummary* after) {
         SubjectComparison subject;
         subject.scope = MetricScope::kernel;
+        // One of both is there.
+        // cppcheck-suppress nullPointerRedundantCheck
         subject.kernel = kernel_label(after ? *after : *before);
         if (before && after && kernel_label(*before) != subject.kernel)
             subject.old_kernel = kernel_label(*before);

@@ -22,12 +22,13 @@ namespace zan::profile {
 
 namespace {
 
-constexpr std::array<std::uint64_t, 12> powers_of_ten = [] {
+constexpr std::array<std::uint64_t, 12> make_powers_of_ten() {
     std::array<std::uint64_t, 12> powers{1};
     for (std::size_t i = 1; i < powers.size(); ++i)
         powers[i] = powers[i - 1] * 10;
     return powers;
-}();
+}
+constexpr std::array<std::uint64_t, 12> powers_of_ten = make_powers_of_ten();
 // A float is written with seven digits, so integers below this are written the same way as floats.
 constexpr std::uint64_t float_digits_limit = 10'000'000;
 // Zeros after the point that a float is written with; with more it has an exponent.

@@ -117,7 +117,9 @@ class StreamedNodes final : public MonitorNodes {
     ReportSink& kernels(const TlyKernel& kernel) override {
         const bool has_unit =
             m_compute_unit == 0 || static_cast<unsigned int>(m_compute_unit) < kernel.get_num_compute_units();
-        return has_unit ? m_kernels : m_none;
+        if (has_unit)
+            return m_kernels;
+        return m_none;
     }
     ReportSink& transfers() override { return m_transfers; }
 

@@ -103,11 +103,12 @@ std::size_t display_width(std::string_view text) {
 
 std::string_view fitting(std::string_view text, std::size_t width) {
     std::size_t size = 0;
+    std::size_t left = width;
     for_each_character(text, [&](CodePoint code, std::string_view bytes) {
         const std::size_t needed = character_width(code);
-        if (needed > width)
+        if (needed > left)
             return false;
-        width -= needed;
+        left -= needed;
         size += bytes.size();
         return true;
     });

@@ -55,10 +55,10 @@ std::vector<Input> two_inputs(const std::vector<std::string>& words) {
     auto inputs = inputs_of(words);
     if (const auto* const fault = std::get_if<InputFault>(&inputs))
         throw Failure(printable(fault->text));
-    auto& list = std::get<std::vector<Input>>(inputs);
+    auto list = std::get<std::vector<Input>>(std::move(inputs));
     if (list.size() != 2)
         throw Failure("diff takes two inputs, BASE and NEW, not " + std::to_string(list.size()));
-    return std::move(list);
+    return list;
 }
 
 ProfileSummary read_input(const Input& input, const Console& console) {

@@ -182,7 +182,7 @@ std::uint64_t size_of(const std::string& name) {
     return status && S_ISREG(status->st_mode) ? static_cast<std::uint64_t>(status->st_size) : 0;
 }
 
-RunResult write_to(UnfinishedReport& report, const RunArguments& arguments, const Console& console,
+RunResult write_to(const UnfinishedReport& report, const RunArguments& arguments, const Console& console,
                    PrintedFaults& faults) {
     DescriptorTarget target(report.fd(), arguments.report);
     TextBuffer buffer(target);

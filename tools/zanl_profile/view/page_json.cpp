@@ -49,8 +49,8 @@ void PageJson::number(const std::optional<double>& value) {
 
 void PageJson::decimal(std::int64_t units, int digits) {
     const bool is_negative = units < 0;
-    const auto magnitude = is_negative ? std::uint64_t{0} - static_cast<std::uint64_t>(units)
-                                       : static_cast<std::uint64_t>(units);
+    const auto magnitude =
+        is_negative ? 0 - static_cast<std::uint64_t>(units) : static_cast<std::uint64_t>(units);
     std::string text = std::to_string(magnitude);
     const auto decimals = static_cast<std::size_t>(digits);
     if (text.size() <= decimals)

@@ -69,7 +69,7 @@ class HeadWriter {
     void write_block(const KernelSummary& kernel, const BlockSummary& block, profile::BlockColumns& columns);
     void write_sources(const BlockSummary& block);
     void write_facts(const KernelSummary& kernel, const BlockSummary& block);
-    void write_ports(const KernelSummary& kernel, KernelColumns& columns);
+    void write_ports(const KernelSummary& kernel, const KernelColumns& columns);
     void write_transfers();
 
     int add(Column& column, std::uint64_t length, int shown_digits, std::int64_t offset = 0);
@@ -365,7 +365,7 @@ void HeadWriter::write_facts(const KernelSummary& kernel, const BlockSummary& bl
     m_json.end_object();
 }
 
-void HeadWriter::write_ports(const KernelSummary& kernel, KernelColumns& columns) {
+void HeadWriter::write_ports(const KernelSummary& kernel, const KernelColumns& columns) {
     m_json.key("ports").begin_array();
     for (const auto& port : columns.ports) {
         const auto found = std::ranges::find_if(kernel.ports, [&](const profile::PortSummary& other) {

@@ -124,7 +124,7 @@ class PageReader {
                 std::uint64_t number_of = 0;
                 for (std::size_t k = width; k-- > 0;)
                     number_of = number_of << 8 | static_cast<unsigned char>(planes[k * count + i]);
-                const std::uint64_t step = (number_of >> 1) ^ (std::uint64_t{0} - (number_of & 1));
+                const std::uint64_t step = (number_of >> 1) ^ (0 - (number_of & 1));
                 last = encoding.GetInt() < 10 ? last + step : step;
                 values.push_back(static_cast<std::int64_t>(last));
             }
