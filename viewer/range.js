@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The stretch of time that all views share, what is selected in it, and the hands on it.
 
-/** A stretch shorter than this can't be told apart from a point. */
+/** A stretch shorter than this looks like a point. */
 const shortest = 1e-3;
 
 export class Stretch {
