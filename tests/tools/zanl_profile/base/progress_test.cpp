@@ -25,9 +25,14 @@ std::string on_terminal(Body body) {
     ::dup2(program, STDERR_FILENO);
     ::close(program);
     body();
-    EXPECT_EQ(::write(STDERR_FILENO, "$", 1), 1); // so that there is something to read
-    std::string text(4096, '\0');
-    text.resize(static_cast<std::size_t>(::read(user, text.data(), text.size())));
+    EXPECT_EQ(::write(STDERR_FILENO, "$", 1),
+              1); // the end: a terminal may hand out what was written in pieces
+    std::string text;
+    char piece[4096];
+    for (ssize_t size = 1; size > 0 && !text.ends_with('$');) {
+        size = ::read(user, piece, sizeof piece);
+        text.append(piece, size > 0 ? static_cast<std::size_t>(size) : 0);
+    }
     ::dup2(before, STDERR_FILENO);
     ::close(before);
     ::close(user);
