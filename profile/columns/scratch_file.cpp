@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scratch_file.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <system_error>
+
+#include "run_input.h"
 
 namespace zan::profile {
 
@@ -16,21 +16,10 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-// Some file systems have no unnamed files; there the name is removed at once.
-int open_named(const std::string& folder) {
-    std::string path = folder + "/scratch-XXXXXX";
-    const int fd = mkostemp(path.data(), O_CLOEXEC);
-    if (fd >= 0)
-        unlink(path.c_str());
-    return fd;
-}
-
 } // namespace
 
 ScratchFile::ScratchFile(const std::string& folder) {
-    m_fd = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (m_fd < 0 && (errno == EOPNOTSUPP || errno == EISDIR))
-        m_fd = open_named(folder);
+    m_fd = open_temporary_in(folder);
     if (m_fd < 0)
         fail("can't make a temporary file in '" + folder + "'");
 }

@@ -45,11 +45,15 @@ int open_temporary() {
     const char* folder = std::getenv("TMPDIR");
     if (!folder || *folder == '\0')
         folder = P_tmpdir;
-    const int fd = ::open(folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    return open_temporary_in(folder);
+}
+
+int open_temporary_in(const std::string& folder) {
+    const int fd = ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
     if (fd >= 0)
         return fd;
     // Not all file systems can do that.
-    std::string path = std::string(folder) + "/zanl-profile.XXXXXX";
+    std::string path = folder + "/zanl-profile.XXXXXX";
     const int named = ::mkostemp(path.data(), O_CLOEXEC);
     if (named >= 0)
         ::unlink(path.c_str());

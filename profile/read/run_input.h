@@ -12,6 +12,8 @@ std::string reason_of(int error_number);
 // A new file without a name, for reading and writing, in the folder that TMPDIR names, or else in /tmp; -1
 // with errno set. The caller closes it.
 int open_temporary();
+// The same, in this folder.
+int open_temporary_in(const std::string& folder);
 
 // A file that is read from its start, as often as it is needed. "-" is standard input, from where it stands.
 // What can't be read as it is needed, such as a pipe that is to be read twice, is copied to an unnamed
