@@ -29,9 +29,9 @@ std::string on_terminal(Body body) {
               1); // the end: a terminal may hand out what was written in pieces
     std::string text;
     char piece[4096];
-    for (ssize_t size = 1; size > 0 && !text.ends_with('$');) {
-        size = ::read(user, piece, sizeof piece);
-        text.append(piece, size > 0 ? static_cast<std::size_t>(size) : 0);
+    for (ssize_t num_read = 1; num_read > 0 && !text.ends_with('$');) {
+        num_read = ::read(user, piece, sizeof piece);
+        text.append(piece, num_read > 0 ? static_cast<std::size_t>(num_read) : 0);
     }
     ::dup2(before, STDERR_FILENO);
     ::close(before);
