@@ -88,6 +88,14 @@ class Docs(unittest.TestCase):
         for shown in (page, page.replace("    b", "    stale\n\n    lines")):
             self.assertEqual(renewed(shown, TOP, os.environ), page)
 
+    def test_an_example_that_fails_is_found(self):
+        failed_examples = runpy.run_path(str(TOP / "docs" / "refresh"))["failed_examples"]
+        page = ("<!-- run -->\n\n    false\n    true\n\nText.\n\n<!-- run -->\n\n    echo a >f\n\n    cat f\n\n"
+                "<!-- sql a.db -->\n\n    CREATE TABLE t (x);\n\nText.\n\n<!-- sql a.db -->\n\n    SELECT y FROM t;\n")
+        with tempfile.TemporaryDirectory() as folder:
+            failed = list(failed_examples(page, pathlib.Path(folder), os.environ))
+        self.assertEqual(failed, ["false\ntrue\n", "SELECT y FROM t;\nno such column: y\n"])
+
     def test_outputs_on_pages_are_those_that_are_renewed(self):
         for page in [TOP / "README.md", *(TOP / "docs").glob("*.md")]:
             for before, block in re.findall(r"(.*)\n\n((?:    .*\n|\n(?=    ))+)", page.read_text()):
