@@ -96,6 +96,20 @@ TEST_F(CheckCommand, SectionMissing) {
         "    have the package made again\n");
 }
 
+TEST_F(CheckCommand, SectionUnreadable) {
+    design(with_clock());
+    constexpr std::size_t profiler_section = 3;
+    change_header("d.zanx", profiler_section, [](Elf32_Shdr& header) { header.sh_offset = 1 << 20; });
+    expect_only(
+        k_line,
+        "error   [section-unreadable] d.zanx: .zan.profiler.xml: the section's bytes are not in the file\n"
+        "    copy or make the package again\n");
+    change_header("d.zanx", 0, [](Elf32_Shdr& header) { header.sh_offset = 1 << 20; });
+    expect_only(k_line,
+                "error   [section-unreadable] d.zanx: .zan.version: the section's bytes are not in the file\n"
+                "    copy or make the package again\n");
+}
+
 TEST_F(CheckCommand, NotXml) {
     design_with(".zan.profiler.xml", "<PROFILER>\n  <FUNCTION_LIST>\n</PROFILER>\n");
     expect_only(k_line,
