@@ -141,8 +141,9 @@ def build(release, walks):
     # Objects that were taken have no list of what they are made of, so a build isn't carried on.
     shutil.rmtree(BUILD, ignore_errors=True)
     launcher = f"{COPY / 'tests' / 'walks' / 'take_or_compile'};{OBJECTS}"
-    run(["cmake", "-G", "Ninja", "-S", COPY / "tests" / "walks", "-B", BUILD, f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"],
-        "configure.log")
+    # clang++ takes less time than g++, and its objects fit those of g++.
+    run(["cmake", "-G", "Ninja", "-S", COPY / "tests" / "walks", "-B", BUILD, "-DCMAKE_CXX_COMPILER=clang++",
+         f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"], "configure.log")
     run(["cmake", "--build", BUILD, "--target", "walks_test"], "build.log")
 
 
