@@ -153,6 +153,15 @@ class Docs(unittest.TestCase):
             with self.subTest(page=page):
                 self.assertEqual(list(missing_names(TOP / page, words)), [])
 
+    def test_the_table_of_folders_has_each_folder_of_sources(self):
+        page = (TOP / "ARCHITECTURE.md").read_text()
+        table = page[page.index("\n| folder | content |"):page.index("\n## What must hold")]
+        named = {name for row in re.findall(r"^\|([^|]*)\|", table, re.MULTILINE) for name in re.findall(r"`([^`]+)`", row)}
+        sources = [path for top in ("lib", "src", "zan_profiler", "tly", "profile", "tools")
+                   for path in (TOP / top).rglob("*.cpp")]
+        folders = {path.parent.relative_to(TOP).as_posix() for path in sources}
+        self.assertEqual(folders - named, set())
+
     def test_a_name_that_is_missing_is_found(self):
         with tempfile.TemporaryDirectory() as folder:
             page = pathlib.Path(folder, "page.md")
