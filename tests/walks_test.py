@@ -107,6 +107,14 @@ class Walks(unittest.TestCase):
             with self.subTest(changed=changed):
                 self.assertEqual(run_walks.untouched_objects(objects, changed, new), untouched)
 
+    def test_an_object_of_joined_sources_needs_all_of_its_folder(self):
+        top = self.folder()
+        (top / "p").mkdir()
+        for name in ("a.cpp", "b.cpp", "main.cpp", "a.h"):
+            (top / "p" / name).write_text("")
+        self.assertTrue(run_walks.has_whole_folders(["p/a.cpp", "p/b.cpp", "q/x.h"], top))
+        self.assertFalse(run_walks.has_whole_folders(["p/a.cpp"], top))
+
 
 if __name__ == "__main__":
     unittest.main()

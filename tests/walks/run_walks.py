@@ -115,6 +115,13 @@ def is_newer(made, sources):
                                   for source in sources)
 
 
+def has_whole_folders(files, top):
+    """Whether these files have each source of the folders that their sources lie in, as an object of joined sources has to."""
+    folders = {os.path.dirname(file) for file in files if file.endswith(".cpp")}
+    sources = {path.relative_to(top).as_posix() for folder in folders for path in (top / folder).glob("*.cpp")}
+    return all(path in files for path in sources if not path.endswith("/main.cpp"))
+
+
 def take_objects(release, walks):
     """Puts the objects of libraries that no walk changes into build/walks/objects, by their names."""
     shutil.rmtree(OBJECTS, ignore_errors=True)
@@ -128,7 +135,8 @@ def take_objects(release, walks):
     new = {file for walk in walks for file in walk.new_files}
     taken = 0
     for name in untouched_objects(libraries, changed, new):
-        if is_newer(release / name, [TOP / file for file in libraries[name]]):
+        is_whole = "/Unity/" not in name or has_whole_folders(libraries[name], TOP)
+        if is_whole and is_newer(release / name, [TOP / file for file in libraries[name]]):
             target = OBJECTS / "zan" / name
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copyfile(release / name, target)
