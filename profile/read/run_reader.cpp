@@ -20,6 +20,7 @@
 #include "message_faults.h"
 #include "monitor_reader.h"
 #include "package_sections.h"
+#include "profile_model.h"
 #include "profiler_import.h"
 #include "run_input.h"
 #include "tree_nodes.h"
