@@ -566,13 +566,13 @@ TEST_F(CheckCommand, ThePageListsAllCodes) {
     EXPECT_EQ(rows_of_page(read_file(ZAN_CHECK_PAGE)), rows);
 }
 
-struct Block {
+struct IndentedBlock {
     std::size_t begin;
     std::size_t size;
 };
 
 // The indented lines of the page from this one on.
-Block block_of(const std::string& page, const std::string& first_line) {
+IndentedBlock block_of(const std::string& page, const std::string& first_line) {
     const std::size_t begin = page.find(first_line);
     if (begin == std::string::npos)
         throw std::runtime_error("the page lacks " + first_line);
@@ -594,7 +594,7 @@ TEST_F(CheckCommand, ThePageShowsWhatIsPrinted) {
     const std::string shown =
         "$ zanl-profile check run.zanx run.mon\n" + run({"check", "run.zanx", "run.mon"}).out;
     std::string page = read_file(ZAN_CHECK_PAGE);
-    const Block block = block_of(page, "    $ zanl-profile check run.zanx run.mon\n");
+    const IndentedBlock block = block_of(page, "    $ zanl-profile check run.zanx run.mon\n");
     const std::string wanted = zan::tool::indented(shown.substr(0, shown.size() - 1), 4) + "\n";
     if (std::getenv("ZAN_WRITE_PAGES"))
         write_file(ZAN_CHECK_PAGE, page.replace(block.begin, block.size, wanted));
