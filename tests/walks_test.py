@@ -91,30 +91,6 @@ class Walks(unittest.TestCase):
         run_walks.apply(walk, copy)
         self.assertEqual((copy / "f").read_text(), "1\n2\nnew\n3\n")
 
-    def test_what_objects_are_made_of_is_read_from_ninja(self):
-        text = ("a.o: #deps 2, deps mtime 12 (VALID)\n    ../x.cpp\n    ../x.h\n\n"
-                "old.o: #deps 1, deps mtime 12 (STALE)\n    ../x.h\n\nb.o: #deps 1, deps mtime 12 (VALID)\n    ../y.cpp\n")
-        self.assertEqual(run_walks.dependencies(text), {"a.o": ["../x.cpp", "../x.h"], "b.o": ["../y.cpp"]})
-
-    def test_objects_are_taken_only_if_nothing_of_theirs_changes(self):
-        objects = {"a.o": ["p/a.cpp", "p/a.h"], "b.o": ["q/b.cpp", "p/a.h"], "c.o": ["q/c.cpp"]}
-        for changed, new, untouched in ((set(), set(), {"a.o", "b.o", "c.o"}),
-                                        ({"p/a.h"}, set(), {"c.o"}),
-                                        ({"q/c.cpp"}, set(), {"a.o", "b.o"}),
-                                        ({"q/d.cpp"}, {"q/d.cpp"}, {"a.o"}),
-                                        ({"q/d.h"}, {"q/d.h"}, set()),
-                                        ({"q/page.md"}, {"q/page.md"}, {"a.o", "b.o", "c.o"})):
-            with self.subTest(changed=changed):
-                self.assertEqual(run_walks.untouched_objects(objects, changed, new), untouched)
-
-    def test_an_object_of_joined_sources_needs_all_of_its_folder(self):
-        top = self.folder()
-        (top / "p").mkdir()
-        for name in ("a.cpp", "b.cpp", "main.cpp", "a.h"):
-            (top / "p" / name).write_text("")
-        self.assertTrue(run_walks.has_whole_folders(["p/a.cpp", "p/b.cpp", "q/x.h"], top))
-        self.assertFalse(run_walks.has_whole_folders(["p/a.cpp"], top))
-
 
 if __name__ == "__main__":
     unittest.main()
