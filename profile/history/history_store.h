@@ -3,17 +3,21 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "profile_summary.h"
 #include "sqlite_database.h"
 
 namespace zan::profile {
+
+class RunValues;
 
 using Labels = std::map<std::string, std::string>;
 
@@ -31,6 +35,27 @@ struct HistoryEntry {
     ProfileSummary summary;
     std::string date;
     Labels labels; // beside those that the summary makes
+};
+
+// A metric of a kernel, or of a block of it, over runs.
+struct TrendQuery {
+    std::string kernel; // "aggregate", "aggregate#1"
+    std::string block;  // empty: the kernel's own
+    Metric metric = Metric::kernel_time;
+    Labels where;                    // only runs with these labels
+    std::optional<std::size_t> most; // that many of the newest runs
+};
+
+struct TrendPoint {
+    HistoryRun run;
+    double value = 0;
+};
+
+// Runs without the value are left out: not measured, or of a design without the kernel.
+struct TrendLine {
+    std::vector<TrendPoint> points; // oldest first
+    bool time_unit = true;          // times are in nanoseconds, else in units of the reports
+    std::string newest_without;     // the id of the newest run, if that one was left out
 };
 
 enum class Added { is_new, got_labels, was_there };
@@ -54,14 +79,20 @@ Labels labels_of(const ProfileSummary& summary);
 // Nothing if it is YYYY-MM-DD, or that with THH:MM:SS; else why it isn't.
 std::optional<std::string> date_fault(const std::string& date);
 
+// Keeps a copy of a file: `write` hands over its bytes, piece by piece. Throws if it can't: the file then
+// stays as it is.
+using BytesTaker = std::function<void(std::string_view bytes)>;
+using CopyKeeper =
+    std::function<void(const std::string& name, const std::function<void(const BytesTaker& take)>& write)>;
+
 // An open history. All functions throw HistoryFault; a change is there as a whole or not at all.
 class HistoryStore {
   public:
-    static constexpr int schema_version = 1;
-    static constexpr int application_id = 0x5A50'4849; // in the header of the file: "ZPHI"
-
-    // For OpenMode::create a missing or empty file becomes a history. `wait_milliseconds`: for other writers.
-    HistoryStore(const std::string& path, OpenMode mode, int wait_milliseconds = 30'000);
+    // For OpenMode::create a missing or empty file becomes a history. A file of an older version of the
+    // schema is brought up to date, after `keep_copy` has kept it as "PATH.bak"; in memory for
+    // OpenMode::read. `wait_milliseconds`: for other writers.
+    HistoryStore(const std::string& path, OpenMode mode, const CopyKeeper& keep_copy = {},
+                 int wait_milliseconds = 30'000);
 
     // Adds the runs, all at once. A run that is there gets the labels that it doesn't have; a label that it
     // has keeps its value unless it is given anew.
@@ -72,10 +103,15 @@ class HistoryStore {
     HistoryRun find(const std::string& name);
     ProfileSummary summary(const HistoryRun& run);
     void remove(const HistoryRun& run);
+    TrendLine trend(const TrendQuery& query);
+    // Kernels, or, with a kernel, its blocks, that some run had.
+    std::vector<std::string> names(const std::string& kernel = {});
 
   private:
-    void prepare(OpenMode mode);
-    Added add_one(const HistoryEntry& entry);
+    std::optional<std::int64_t> series_of(const TrendQuery& query, bool time_unit);
+    std::int64_t version();
+    void prepare(OpenMode mode, const CopyKeeper& keep_copy);
+    Added add_one(const HistoryEntry& entry, RunValues& values);
     HistoryRun newest(std::span<const HistoryRun> runs, std::size_t back, const std::string& name) const;
     [[noreturn]] void explain(const DatabaseError& error) const;
     template <class Work>

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "diff_result.h"
+#include "first_history.h"
 #include "summary_json.h"
 #include "toolbox_fixture.h"
 
@@ -10,6 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
+using zan::profile::make_first_history;
 
 class HistoryCommand : public Toolbox {
   protected:
@@ -100,6 +102,34 @@ TEST_F(HistoryCommand, AFullDiskChangesNothing) {
     EXPECT_THAT(outcome.err, HasSubstr("zanl-profile: h.db: "));
     EXPECT_EQ(tree().at("h.db"), before.at("h.db"));
     EXPECT_FALSE(exists("h.db-journal"));
+}
+
+TEST_F(HistoryCommand, AnOlderVersionIsBroughtUpToDateAfterACopy) {
+    make_first_history(dir.path("h.db"), {slower_writer().before});
+    const std::string bytes = read("h.db");
+    std::filesystem::permissions(dir.path("h.db"), std::filesystem::perms(0600));
+    EXPECT_EQ(history({"show", "h.db", "last", "--json"}).status, "0");
+    EXPECT_FALSE(exists("h.db.bak"));
+    EXPECT_THAT(history({"add", "h.db", "new.json"}).err,
+                StartsWith("brought h.db up to date; a copy is h.db.bak\n"));
+    EXPECT_EQ(read("h.db.bak"), bytes);
+    EXPECT_EQ(std::filesystem::status(dir.path("h.db.bak")).permissions(), std::filesystem::perms(0600));
+    EXPECT_NE(read("h.db"), bytes);
+    EXPECT_THAT(history({"diff", "h.db", "last~1", "last"}).out, HasSubstr("kernel_time"));
+}
+
+TEST_F(HistoryCommand, AFileWhereTheCopyBelongsIsKept) {
+    make_first_history(dir.path("h.db"), {slower_writer().before});
+    const std::string bytes = read("h.db");
+    write("h.db.bak", "mine");
+    EXPECT_EQ(history({"remove", "h.db", "last"}),
+              trouble("'h.db' is of an older version, and 'h.db.bak', where a copy of it is kept, is taken; "
+                      "move that file away"));
+    EXPECT_EQ(read("h.db"), bytes);
+    EXPECT_EQ(read("h.db.bak"), "mine");
+    write("h.db.bak", bytes); // of a change that was interrupted
+    EXPECT_EQ(history({"remove", "h.db", "last"}).status, "0");
+    EXPECT_EQ(read("h.db.bak"), bytes);
 }
 
 TEST_F(HistoryCommand, HostileNamesAreShownByTheirNumbers) {

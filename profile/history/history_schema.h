@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// The versions that the tables of a history have had, and how each became the next.
+#pragma once
+
+#include <cstdint>
+
+#include "sqlite_database.h"
+
+namespace zan::profile {
+
+inline constexpr int history_version = 2;
+inline constexpr int history_application = 0x5A50'4849; // in the header of the file: "ZPHI"
+
+// Makes the tables of that version, 0 for none, to those of the newest one; they keep what they hold. To be
+// called in a transaction, or for a database that no one else sees.
+void bring_up_to_date(Database& database, std::int64_t version);
+
+} // namespace zan::profile

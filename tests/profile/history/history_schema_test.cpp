@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "history_schema.h"
+
+#include <gtest/gtest.h>
+
+#include "first_history.h"
+#include "two_runs.h"
+
+namespace {
+
+using namespace zan::profile;
+
+std::string tables_of(Database& database) {
+    Statement query(database, "SELECT name, sql FROM sqlite_schema WHERE sql IS NOT NULL ORDER BY name");
+    std::string text;
+    while (query.step())
+        text += query.text(0) + ":" + query.text(1) + "\n";
+    return text;
+}
+
+// An upgraded history has the tables of a new one.
+TEST(HistorySchema, ANewHistoryIsAnUpgradedOne) {
+    Database made(":memory:", OpenMode::create);
+    bring_up_to_date(made, 0);
+    Database first(":memory:", OpenMode::create);
+    bring_up_to_date(first, 0);
+    first.execute("DROP TABLE value; DROP TABLE series; PRAGMA user_version = 1");
+    bring_up_to_date(first, 1);
+    EXPECT_EQ(tables_of(first), tables_of(made));
+    EXPECT_EQ(first.number("PRAGMA user_version"), history_version);
+    EXPECT_EQ(first.number("PRAGMA application_id"), history_application);
+    bring_up_to_date(first, history_version);
+    EXPECT_EQ(tables_of(first), tables_of(made));
+}
+
+TEST(HistorySchema, ASummaryThatCantBeReadHasNoValues) {
+    Database database(":memory:", OpenMode::create);
+    bring_up_to_date(database, 0);
+    database.execute(
+        "DROP TABLE value; DROP TABLE series; PRAGMA user_version = 1;"
+        "INSERT INTO run VALUES (1, 'a', '2026-11-20', 'x', '{')");
+    Statement insert(database, "INSERT INTO run VALUES (2, 'b', '2026-11-20', 'y', ?)");
+    const std::string json = summary_to_json(run_of({kernel_of("k", {{Metric::kernel_time, 7}})}));
+    insert.bind(1, std::string_view(json)).run();
+    bring_up_to_date(database, 1);
+    EXPECT_EQ(database.number("SELECT count(*) FROM run"), 2);
+    EXPECT_EQ(database.number("SELECT count(*) FROM value"), 1);
+    EXPECT_EQ(database.number("SELECT run FROM value"), 2);
+}
+
+} // namespace
