@@ -97,7 +97,10 @@ LAYERS = [
     ("tools/zanl_profile/export", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     (
         "tools/zanl_profile/history",
-        ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base", "tools/zanl_profile/diff", "tools/zanl_profile/summary"],
+        [
+            *["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base", "tools/zanl_profile/diff"],
+            *["tools/zanl_profile/summary", "tools/zanl_profile/view"],
+        ],
         [],
     ),
     ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),

@@ -25,6 +25,7 @@ constexpr ValueRow value_rows[] = {
     {"package", "B", "files:zanx"},
     {"package", "OUT", "files:zanx"},
     {"view", "FILE", "files:html"},
+    {"history trend", "FILE", "files:html"},
     {"history", "FILE", "files"},
     {"", "BASE", "text"},
     {"", "COMMAND", "command"},

@@ -10,6 +10,7 @@
 #include "history_commands.h"
 #include "named_file.h"
 #include "nearest_word.h"
+#include "trend_page.h"
 #include "trend_view.h"
 
 namespace zan::tool {
@@ -110,16 +111,26 @@ TrendView read_trend(const HistoryTrendOptions& options) {
     return view;
 }
 
+void print_view(const TrendView& view, const Console& console) {
+    if (console.json)
+        print_trend_json(view, standard_output_target());
+    else
+        standard_output_target()(trend_text(view, has_utf8(), console.has_colors(STDOUT_FILENO)));
+}
+
 void show_trend(const HistoryTrendOptions& options, const Console& console) {
     const TrendView view = read_trend(options);
     const bool newest_is_missing = !view.line.newest_without.empty();
     if (newest_is_missing)
         print_note(console, "the newest run, " + view.line.newest_without.substr(0, 12) + ", has no " +
                                 options.metric + " of " + printable(view.subject));
-    if (console.json)
-        print_trend_json(view, standard_output_target());
-    else
-        standard_output_target()(trend_text(view, has_utf8(), console.has_colors(STDOUT_FILENO)));
+    if (!options.html.empty()) {
+        OutputFile page(options.html);
+        page.write(trend_page(view));
+        page.commit();
+    }
+    if (!is_standard_stream(options.html))
+        print_view(view, console);
     const bool is_unknown = view.verdict == TrendVerdict::too_few || newest_is_missing;
     if (view.fails() || (options.strict && is_unknown))
         throw QuietEnd{status_no};
@@ -140,6 +151,8 @@ void define_history_trend(CLI::App& app, Console& console) {
         ->type_name("NAME");
     app.add_option("--last", options->last, "the newest run and that many before it; by default all")
         ->type_name("N");
+    app.add_option("--html", options->html, "also write a page with a chart; '-': in place of the text")
+        ->type_name("FILE");
     app.add_option("--fail-on", options->limit,
                    "exit with 1 if the newest is worse than the median by more: +5%")
         ->type_name("LIMIT");
