@@ -4,8 +4,12 @@
 #include "history_schema.h"
 
 #include <iterator>
+#include <string>
+#include <string_view>
 #include <variant>
+#include <vector>
 
+#include "run_id.h"
 #include "run_values.h"
 #include "summary_json.h"
 
@@ -43,14 +47,46 @@ CREATE TABLE value (
 PRAGMA user_version = 2;
 )";
 
-// A summary that can't be read has no values; its run stays, and can be removed.
+// Version 1 had another canonical form, in which a package with its capture was another run than its report:
+// the first of equal runs stays, with the labels of all. The older ones of its labels count.
+void set_id(Database& database, std::int64_t run, const std::string& id) {
+    Statement find(database, "SELECT number FROM run WHERE id = ? AND number <> ?");
+    if (!find.bind(1, std::string_view(id)).bind(2, run).step()) {
+        Statement(database, "UPDATE run SET id = ? WHERE number = ?")
+            .bind(1, std::string_view(id))
+            .bind(2, run)
+            .run();
+        return;
+    }
+    const std::int64_t first = find.integer(0);
+    find.reset();
+    Statement(database,
+              "INSERT INTO label SELECT ?, name, value FROM label WHERE run = ? ON CONFLICT DO NOTHING")
+        .bind(1, first)
+        .bind(2, run)
+        .run();
+    for (const std::string_view sql : {"DELETE FROM label WHERE run = ?", "DELETE FROM value WHERE run = ?",
+                                       "DELETE FROM run WHERE number = ?"})
+        Statement(database, sql).bind(1, run).run();
+}
+
+// A summary that can't be read has no values; its run stays as it is, and can be removed.
 void add_values(Database& database) {
+    std::vector<std::int64_t> runs;
+    Statement numbers(database, "SELECT number FROM run ORDER BY number");
+    while (numbers.step())
+        runs.push_back(numbers.integer(0));
     RunValues values(database);
-    Statement query(database, "SELECT number, summary FROM run");
-    while (query.step()) {
-        const auto read = summary_from_json(query.text(1));
-        if (const auto* const summary = std::get_if<ProfileSummary>(&read))
-            values.add(query.integer(0), *summary);
+    Statement query(database, "SELECT summary FROM run WHERE number = ?");
+    for (const std::int64_t run : runs) {
+        query.bind(1, run).step();
+        const auto read = summary_from_json(query.text(0));
+        query.reset();
+        const auto* const summary = std::get_if<ProfileSummary>(&read);
+        if (!summary)
+            continue;
+        values.add(run, *summary);
+        set_id(database, run, run_id_of(*summary));
     }
 }
 

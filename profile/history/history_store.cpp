@@ -6,11 +6,9 @@
 
 #include <fcntl.h>
 #include <unistd.h>
-#include <xxhash.h>
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <iterator>
 #include <utility>
 
@@ -93,18 +91,6 @@ bool has_labels(const HistoryRun& run, const Labels& where) {
 }
 
 } // namespace
-
-std::string run_id_of(const ProfileSummary& summary) {
-    ProfileSummary canonical = summary;
-    canonical.input.clear();
-    canonical.program_version.clear();
-    const std::string text = summary_to_json(canonical);
-    const XXH128_hash_t hash = XXH3_128bits(text.data(), text.size());
-    char digits[33];
-    std::snprintf(digits, sizeof digits, "%016llx%016llx", static_cast<unsigned long long>(hash.high64),
-                  static_cast<unsigned long long>(hash.low64));
-    return digits;
-}
 
 Labels labels_of(const ProfileSummary& summary) {
     std::string devices;

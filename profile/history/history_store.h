@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "profile_summary.h"
+#include "run_id.h"
 #include "sqlite_database.h"
 
 namespace zan::profile {
@@ -71,9 +72,6 @@ class HistoryFault : public std::runtime_error {
     bool m_is_missing;
 };
 
-// XXH3-128 of the metrics, as 32 digits: the same for one run, whatever its files are called, and whichever
-// version of the program has read it.
-std::string run_id_of(const ProfileSummary& summary);
 // What a summary says of where and with what it ran: package, board, clock, device.
 Labels labels_of(const ProfileSummary& summary);
 // Nothing if it is YYYY-MM-DD, or that with THH:MM:SS; else why it isn't.

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "first_history.h"
+#include "run_id.h"
+#include "temp_dir.h"
 #include "two_runs.h"
 
 namespace {
@@ -46,6 +48,31 @@ TEST(HistorySchema, ASummaryThatCantBeReadHasNoValues) {
     EXPECT_EQ(database.number("SELECT count(*) FROM run"), 2);
     EXPECT_EQ(database.number("SELECT count(*) FROM value"), 1);
     EXPECT_EQ(database.number("SELECT run FROM value"), 2);
+}
+
+// To the first version a package with its capture was another run than its report.
+TEST(HistorySchema, RunsThatAreTheSameBecomeOne) {
+    const TempDir dir;
+    ProfileSummary report = run_of({kernel_of("k", {{Metric::kernel_time, 7}})});
+    ProfileSummary package = report;
+    package.kernels[0].num_units = 1;
+    const ProfileSummary other = run_of({kernel_of("k", {{Metric::kernel_time, 8}})});
+    make_first_history(dir.path("h.db"), {report, other, package});
+    Database database(dir.path("h.db"), OpenMode::write);
+    ASSERT_EQ(database.number("SELECT count(*) FROM run"), 3);
+    database.execute("INSERT INTO label VALUES (1, 'a', '1'), (1, 'b', '1'), (3, 'b', '2'), (3, 'c', '3')");
+    bring_up_to_date(database, 1);
+    EXPECT_EQ(database.number("SELECT count(*) FROM run"), 2);
+    EXPECT_EQ(database.number("SELECT count(*) FROM value"), 2);
+    Statement query(database,
+                    "SELECT group_concat(name || '=' || value, ' ') FROM "
+                    "(SELECT * FROM label WHERE run = 1 ORDER BY name)");
+    ASSERT_TRUE(query.step());
+    EXPECT_EQ(query.text(0), "a=1 b=1 c=3 commit=1f3a");
+    Statement id(database, "SELECT id FROM run WHERE number = 1");
+    ASSERT_TRUE(id.step());
+    EXPECT_EQ(id.text(0), run_id_of(package));
+    EXPECT_EQ(database.number("SELECT count(*) FROM label WHERE run = 3"), 0);
 }
 
 } // namespace

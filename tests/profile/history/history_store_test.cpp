@@ -86,18 +86,6 @@ TEST_F(History, ARunIsAddedOnce) {
     EXPECT_EQ(store.find("a=2").date, "2026-11-22");
 }
 
-// An id doesn't depend on names of files, on the program's version, or on whether a summary was saved.
-TEST_F(History, AnIdIsOfTheMetrics) {
-    ProfileSummary other = run_of_time(5);
-    other.input = "moved.json";
-    other.program_version = "2";
-    EXPECT_EQ(run_id_of(other), run_id_of(run_of_time(5)));
-    EXPECT_EQ(run_id_of(std::get<ProfileSummary>(summary_from_json(summary_to_json(other)))),
-              run_id_of(other));
-    EXPECT_NE(run_id_of(run_of_time(6)), run_id_of(other));
-    EXPECT_EQ(run_id_of(other).size(), 32u);
-}
-
 TEST_F(History, RunsAreFoundByNameAndInTheOrderOfTheirDates) {
     add({entry_of(1, "2026-11-22", {{"commit", "b"}}), entry_of(2, "2026-11-20", {{"commit", "a"}}),
          entry_of(3, "2026-11-22T09:00:00", {{"commit", "b"}})});

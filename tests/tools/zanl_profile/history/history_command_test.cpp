@@ -67,6 +67,40 @@ TEST_F(HistoryCommand, ABadFileIsSkipped) {
     EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("base.json"));
 }
 
+PackageSections sections_of_sample(const std::string& name) {
+    PackageSections sections;
+    const auto folder = std::filesystem::path(ZAN_SAMPLES_FOLDER) / name / "sections";
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        sections.emplace_back(".zan." + entry.path().filename().string(), read_file(entry.path()));
+    return sections;
+}
+
+// A report, its summary and its package with its capture are one run. A package with several compute units
+// makes known that sums over a memory are lower bounds, and shares of them are missing.
+TEST_F(HistoryCommand, ARunIsTheSameHoweverItIsRead) {
+    const auto add = [&](const std::string& name, const PackageSections& sections, bool has_bounds) {
+        make("d.zanx", sections);
+        write("d.mon", read_file(std::filesystem::path(ZAN_SAMPLES_FOLDER) / name / "profile.mon"));
+        ASSERT_EQ(run({"run", "d.zanx", "d.mon", "d.json", "-q"}).status, "0");
+        write("s.json", run({"summary", "d.zanx", "d.mon", "--json"}).out);
+        EXPECT_EQ(read("s.json").find("\"lower-bound\"") != std::string::npos, has_bounds);
+        EXPECT_EQ(run({"summary", "d.json", "--json"}).out.find("\"lower-bound\""), std::string::npos);
+        std::filesystem::remove(dir.path("h.db"));
+        EXPECT_THAT(history({"add", "h.db", "d.json"}).err, HasSubstr(": added\n")) << name;
+        EXPECT_THAT(history({"add", "h.db", "d.zanx", "d.mon"}).err, HasSubstr(": was there\n")) << name;
+        EXPECT_THAT(history({"add", "h.db", "s.json"}).err, HasSubstr(": was there\n")) << name;
+    };
+    for (const std::string name : {"vector_add", "autorun", "inlined_calls"})
+        add(name, sections_of_sample(name), false);
+    PackageSections sections = sections_of_sample("image_pipeline");
+    for (auto& [section, bytes] : sections) {
+        const std::string one = "num_compute_units=\"1\"";
+        for (std::size_t at = bytes.find(one); at != std::string::npos; at = bytes.find(one, at))
+            bytes.replace(at, one.size(), "num_compute_units=\"2\"");
+    }
+    add("image_pipeline", sections, true);
+}
+
 TEST_F(HistoryCommand, DiffIsThatOfTheFiles) {
     add_both();
     const Outcome outcome =
