@@ -99,7 +99,25 @@ constexpr HistoryStep history_steps[] = {{runs_and_labels, nullptr}, {values_of_
 static_assert(std::size(history_steps) == history_version);
 static_assert(history_application == 1515210825);
 
+// All that belongs to the tables of a history, with the statements that made it.
+std::string definitions_in(Database& database) {
+    Statement query(database,
+                    "SELECT type, name, coalesce(sql, '') FROM sqlite_schema WHERE lower(tbl_name) IN "
+                    "('run', 'label', 'series', 'value') ORDER BY type, name");
+    std::string text;
+    while (query.step())
+        text += query.text(0) + " " + query.text(1) + "\n" + query.text(2) + "\n";
+    return text;
+}
+
 } // namespace
+
+bool has_tables_of(Database& database, std::int64_t version) {
+    Database made(":memory:", OpenMode::create);
+    for (std::int64_t step = 0; step < version; ++step)
+        made.execute(history_steps[step].sql);
+    return definitions_in(database) == definitions_in(made);
+}
 
 void bring_up_to_date(Database& database, std::int64_t version) {
     for (std::int64_t step = version; step < history_version; ++step) {

@@ -177,6 +177,8 @@ std::int64_t HistoryStore::version() {
         throw HistoryFault(m_path + ": it has version " + std::to_string(found) +
                            " of the schema, and this program knows " + std::to_string(history_version) +
                            "; use a newer program");
+    if (!has_tables_of(m_database, found))
+        throw HistoryFault(m_path + ": it is damaged: its tables aren't those of a history");
     return found;
 }
 

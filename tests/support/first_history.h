@@ -28,20 +28,20 @@ inline std::string first_id_of(ProfileSummary summary) {
 // The dates of the runs are 2026-11-20, 2026-11-21 and so on; all have the label commit=1f3a.
 inline void make_first_history(const std::string& path, const std::vector<ProfileSummary>& runs) {
     Database database(path, OpenMode::create);
-    database.execute(R"(
-        BEGIN;
-        CREATE TABLE run (
-          number INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, date TEXT NOT NULL, input TEXT NOT NULL,
-          summary TEXT NOT NULL
-        ) STRICT;
-        CREATE INDEX run_of_date ON run (date, number);
-        CREATE TABLE label (
-          run INTEGER NOT NULL REFERENCES run, name TEXT NOT NULL, value TEXT NOT NULL,
-          PRIMARY KEY (run, name)
-        ) STRICT, WITHOUT ROWID;
-        CREATE INDEX label_of_value ON label (name, value, run);
-        PRAGMA application_id = 1515210825;
-        PRAGMA user_version = 1)");
+    database.execute(R"(BEGIN;
+CREATE TABLE run (
+  number INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, date TEXT NOT NULL, input TEXT NOT NULL,
+  summary TEXT NOT NULL
+) STRICT;
+CREATE INDEX run_of_date ON run (date, number);
+CREATE TABLE label (
+  run INTEGER NOT NULL REFERENCES run, name TEXT NOT NULL, value TEXT NOT NULL,
+  PRIMARY KEY (run, name)
+) STRICT, WITHOUT ROWID;
+CREATE INDEX label_of_value ON label (name, value, run);
+PRAGMA application_id = 1515210825;
+PRAGMA user_version = 1;
+)");
     Statement insert(database, "INSERT INTO run VALUES (?, ?, date('2026-11-19', ? || ' days'), ?, ?)");
     std::int64_t number = 0;
     for (const ProfileSummary& run : runs) {

@@ -75,4 +75,26 @@ TEST(HistorySchema, RunsThatAreTheSameBecomeOne) {
     EXPECT_EQ(database.number("SELECT count(*) FROM label WHERE run = 3"), 0);
 }
 
+TEST(HistorySchema, TablesAreThoseOfTheirVersion) {
+    const auto has_tables_after = [](const char* change, std::int64_t version = history_version) {
+        Database database(":memory:", OpenMode::create);
+        bring_up_to_date(database, 0);
+        database.execute(change);
+        return has_tables_of(database, version);
+    };
+    EXPECT_TRUE(has_tables_after(""));
+    EXPECT_FALSE(has_tables_after("", 1));
+    EXPECT_TRUE(has_tables_after("DROP TABLE value; DROP TABLE series", 1));
+    // What users add doesn't matter.
+    EXPECT_TRUE(has_tables_after("CREATE VIEW mine AS SELECT * FROM run; CREATE TABLE t (run); ANALYZE"));
+    for (
+        const char* const change :
+        {"CREATE TRIGGER t AFTER INSERT ON run BEGIN DELETE FROM label; END", "DROP INDEX run_of_date",
+         "ALTER TABLE run ADD COLUMN more TEXT AS (hex(id))", "CREATE INDEX slow ON value (hex(value))",
+         "ALTER TABLE series RENAME TO other; CREATE VIEW series AS SELECT * FROM other",
+         "DROP TABLE value; CREATE VIEW VALUE AS WITH RECURSIVE n AS (SELECT 1 AS run UNION ALL SELECT run + 1 "
+         "FROM n) SELECT 1 AS series, run, 0.5 AS value FROM n"})
+        EXPECT_FALSE(has_tables_after(change)) << change;
+}
+
 } // namespace

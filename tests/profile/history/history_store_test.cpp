@@ -209,6 +209,20 @@ TEST_F(History, AVersionBelowTheFirstIsRefused) {
               path + ": it is damaged: it has version -1 of the schema");
 }
 
+// Each statement that reads this view would run without end.
+TEST_F(History, OtherTablesAreRefused) {
+    add({entry_of(1)});
+    Database(path, OpenMode::write)
+        .execute(
+            "DROP TABLE label; CREATE VIEW label AS WITH RECURSIVE n AS (SELECT 1 AS run UNION ALL "
+            "SELECT run + 1 FROM n) SELECT run, 'a' AS name, 'b' AS value FROM n");
+    const std::string bytes = read_file(path);
+    for (const OpenMode mode : {OpenMode::read, OpenMode::create})
+        EXPECT_EQ(fault_of([&] { HistoryStore(path, mode); }),
+                  path + ": it is damaged: its tables aren't those of a history");
+    EXPECT_EQ(read_file(path), bytes);
+}
+
 TEST_F(History, AnOlderSchemaIsReadWithoutAChange) {
     make_first_history(path, {run_of_time(5), run_of_time(6)});
     const std::string bytes = read_file(path);
