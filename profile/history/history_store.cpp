@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <iterator>
 #include <utility>
 
 #include "history_schema.h"
@@ -265,35 +264,55 @@ std::vector<HistoryRun> HistoryStore::list(const Labels& where) {
     });
 }
 
-HistoryRun HistoryStore::newest(std::span<const HistoryRun> runs, std::size_t back,
-                                const std::string& name) const {
-    if (back >= runs.size())
+// One run is looked for without a look at the others: a history may have very many.
+HistoryRun HistoryStore::first_of(Statement& query, const std::string& name) {
+    if (!query.step())
         throw HistoryFault(m_path + ": there is no run '" + name + "'", true);
-    return runs[runs.size() - 1 - back];
+    HistoryRun run{query.integer(0), query.text(1), query.text(2), query.text(3), {}};
+    Statement labels(m_database, labels_sql);
+    run.labels = labels_of_run(labels, run.number);
+    return run;
 }
 
 HistoryRun HistoryStore::find(const std::string& name) {
-    const std::size_t equals = name.find('=');
-    if (equals != std::string::npos)
-        return newest(list({{name.substr(0, equals), name.substr(equals + 1)}}), 0, name);
-    const std::vector<HistoryRun> runs = list();
-    constexpr std::string_view last = "last~";
-    if (name == "last")
-        return newest(runs, 0, name);
-    if (name.starts_with(last)) {
-        std::size_t back = 0;
-        const char* const end = name.data() + name.size();
-        const auto read = std::from_chars(name.data() + last.size(), end, back);
-        if (read.ec == std::errc() && read.ptr == end)
-            return newest(runs, back, name);
-    }
-    std::vector<HistoryRun> found;
-    std::copy_if(runs.begin(), runs.end(), std::back_inserter(found),
-                 [&](const HistoryRun& run) { return !name.empty() && run.id.starts_with(name); });
-    if (found.size() > 1)
-        throw HistoryFault(m_path + ": " + std::to_string(found.size()) + " runs begin with '" + name + "'",
-                           true);
-    return newest(found, 0, name);
+    return guarded([&] {
+        constexpr std::string_view last = "last~";
+        std::int64_t back = name == "last" ? 0 : -1;
+        if (name.starts_with(last)) {
+            const char* const end = name.data() + name.size();
+            const auto read = std::from_chars(name.data() + last.size(), end, back);
+            back = read.ec == std::errc() && read.ptr == end ? back : -1;
+        }
+        if (back >= 0) {
+            Statement query(m_database,
+                            "SELECT number, id, date, input FROM run "
+                            "ORDER BY date DESC, number DESC LIMIT 1 OFFSET ?");
+            return first_of(query.bind(1, back), name);
+        }
+        const std::size_t equals = name.find('=');
+        if (equals != std::string::npos) {
+            Statement query(m_database,
+                            "SELECT r.number, r.id, r.date, r.input FROM label l "
+                            "JOIN run r ON r.number = l.run WHERE l.name = ? AND l.value = ? "
+                            "ORDER BY r.date DESC, r.number DESC");
+            query.bind(1, std::string_view(name).substr(0, equals));
+            return first_of(query.bind(2, std::string_view(name).substr(equals + 1)), name);
+        }
+        return find_by_id(name);
+    });
+}
+
+// Digits are hexadecimal: all ids that begin with the name stand before the name with a 'g'.
+HistoryRun HistoryStore::find_by_id(const std::string& name) {
+    Statement count(m_database, "SELECT count(*) FROM run WHERE id >= ?1 AND id < ?1 || 'g'");
+    count.bind(1, std::string_view(name)).step();
+    if (!name.empty() && count.integer(0) > 1)
+        throw HistoryFault(
+            m_path + ": " + std::to_string(count.integer(0)) + " runs begin with '" + name + "'", true);
+    Statement query(m_database,
+                    "SELECT number, id, date, input FROM run "
+                    "WHERE ?1 <> '' AND id >= ?1 AND id < ?1 || 'g'");
+    return first_of(query.bind(1, std::string_view(name)), name);
 }
 
 ProfileSummary HistoryStore::summary(const HistoryRun& run) {

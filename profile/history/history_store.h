@@ -110,7 +110,8 @@ class HistoryStore {
     std::int64_t version();
     void prepare(OpenMode mode, const CopyKeeper& keep_copy);
     Added add_one(const HistoryEntry& entry, RunValues& values);
-    HistoryRun newest(std::span<const HistoryRun> runs, std::size_t back, const std::string& name) const;
+    HistoryRun first_of(Statement& query, const std::string& name);
+    HistoryRun find_by_id(const std::string& name);
     [[noreturn]] void explain(const DatabaseError& error) const;
     template <class Work>
     auto guarded(Work work);
