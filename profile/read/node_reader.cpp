@@ -100,7 +100,7 @@ template <class T, class Values>
 void take_numbers(SampleList<T>& list, const Values& values) {
     using From = std::remove_cvref_t<decltype(values[0])>;
     if constexpr (std::is_same_v<Values, SampleList<T>>) {
-        list = values;
+        list = values; // elements don't come as lists
     } else {
         std::array<T, 256> block;
         for (std::size_t begin = 0; begin < values.size(); begin += block.size()) {
@@ -135,21 +135,35 @@ NodeReader::Place NodeReader::place_of_child(std::string_view key) const {
     return Place::skipped;
 }
 
-// Sets m_counts or m_rates to the array of that key in the open node; false if there is none.
+// Null in a place that has none.
+NodeArrays* NodeReader::arrays_of_place() {
+    switch (place()) {
+        case Place::kernel:
+            return &m_kernel.arrays;
+        case Place::details:
+            return &m_block.arrays;
+        case Place::child:
+            return &m_port.arrays;
+        default:
+            return nullptr;
+    }
+}
+
+// Sets m_counts or m_rates to the array of that key in the open node; false if there is none. Those of an
+// array that is open stay, whatever is in it.
 bool NodeReader::find_array(std::string_view key) {
-    const Place from = place();
-    NodeArrays& arrays = from == Place::kernel    ? m_kernel.arrays
-                         : from == Place::details ? m_block.arrays
-                                                  : m_port.arrays;
+    NodeArrays* const arrays = arrays_of_place();
+    if (!arrays)
+        return false;
     m_counts = nullptr;
     m_rates = nullptr;
     for (const CountsKey& row : counts_keys) {
-        if (row.place == from && row.key == key)
-            m_counts = &arrays[row.counts];
+        if (row.place == place() && row.key == key)
+            m_counts = &(*arrays)[row.counts];
     }
     for (const RatesKey& row : rates_keys) {
-        if (row.place == from && row.key == key)
-            m_rates = &arrays[row.rates];
+        if (row.place == place() && row.key == key)
+            m_rates = &(*arrays)[row.rates];
     }
     return m_counts != nullptr || m_rates != nullptr;
 }
@@ -173,8 +187,16 @@ void NodeReader::close() {
 }
 
 void NodeReader::array(std::string_view key, const ReportArray& values) {
-    if (!find_array(key))
-        return;
+    if (find_array(key))
+        take(values);
+}
+
+void NodeReader::elements(const ReportArray& values) {
+    if (place() == Place::counts || place() == Place::rates)
+        take(values);
+}
+
+void NodeReader::take(const ReportArray& values) {
     values.visit([&](const auto& numbers) {
         if (m_counts)
             take_numbers(*m_counts, numbers);
