@@ -3,6 +3,8 @@
 // handed on one by one, so that a node of many blocks is never held as a whole.
 #include "node_reader.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -120,10 +122,16 @@ void take_numbers(SampleList<T>& list, const Values& values) {
 } // namespace
 
 void NodeArrays::clear() {
-    for (auto& list : counts)
-        list.clear();
-    for (auto& list : rates)
-        list.clear();
+    // Blocks of one kernel have different arrays, so the storage of long ones would add up.
+    constexpr std::size_t most_kept = std::size_t{1} << 16;
+    const auto clear_list = [](auto& list) {
+        if (list.stored().size() > most_kept)
+            list = {};
+        else
+            list.clear();
+    };
+    std::ranges::for_each(counts, clear_list);
+    std::ranges::for_each(rates, clear_list);
 }
 
 NodeReader::Place NodeReader::place_of_child(std::string_view key) const {
@@ -196,12 +204,20 @@ void NodeReader::elements(const ReportArray& values) {
         take(values);
 }
 
+// Whether the first number of the array that is found is enough.
+bool NodeReader::takes_one() const {
+    return m_counts != nullptr && !m_taker.needs_queues() &&
+           (m_counts == &m_kernel.arrays[Counts::devices] || m_counts == &m_kernel.arrays[Counts::queues]);
+}
+
 void NodeReader::take(const ReportArray& values) {
     values.visit([&](const auto& numbers) {
-        if (m_counts)
-            take_numbers(*m_counts, numbers);
-        else
+        if (!m_counts)
             take_numbers(*m_rates, numbers);
+        else if (!takes_one())
+            take_numbers(*m_counts, numbers);
+        else if (m_counts->empty())
+            take_numbers(*m_counts, std::array{numbers[0]});
     });
 }
 
@@ -420,10 +436,10 @@ void NodeReader::memory_text(std::string_view key, std::string_view text) {
 
 // An element of an array that isn't all numbers, so that it came text by text.
 void NodeReader::number_text(std::string_view text) {
-    if (m_counts)
-        m_counts->push_back(parse_long_long(text).value_or(-1));
-    else
+    if (!m_counts)
         m_rates->push_back(float_of(text));
+    else if (!takes_one() || m_counts->empty())
+        m_counts->push_back(parse_long_long(text).value_or(-1));
 }
 
 } // namespace zan::profile

@@ -62,6 +62,7 @@ class NodeReader final : public ReportSink {
     Place place_of_child(std::string_view key) const;
     NodeArrays* arrays_of_place();
     bool find_array(std::string_view key);
+    bool takes_one() const;
     void take(const ReportArray& values);
     void begin(Place place);
     void end(Place place);
