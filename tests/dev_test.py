@@ -65,7 +65,7 @@ class Dev(unittest.TestCase):
         self.assertEqual(self.dev("need")[0], 2)
 
     def test_test_refuses_what_it_does_not_know(self):
-        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, walks, --again or nothing, not 'release'\n"))
+        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, walks, fleet, --again or nothing, not 'release'\n"))
 
     def test_fuzz_names_the_fuzzers_that_there_are(self):
         for name in ((), ("none",)):

@@ -45,6 +45,7 @@ constexpr std::size_t common_cells = 4;
 constexpr std::size_t cells_of_row = 3;
 
 // Parameters 1 to 4 are common to all rows; each row has three more.
+// SQL without values: the names are those of our tables.
 std::string insert_samples_sql(ExportTable table, std::size_t num_rows) {
     std::string sql = "INSERT INTO " + layout_of(table).name + " VALUES ";
     for (std::size_t row = 0; row < num_rows; ++row) {
@@ -66,6 +67,7 @@ void bind_sample(Statement& insert, std::size_t row, const SampleSeries& series,
     chunk.known[i] ? insert.bind(value, chunk.value(i)) : insert.bind_null(value);
 }
 
+// SQL without values: as above.
 std::string insert_sql(const TableLayout& layout) {
     std::string sql = "INSERT INTO " + layout.name + " VALUES (";
     for (std::size_t i = 0; i < layout.columns.size(); ++i)
@@ -86,6 +88,7 @@ Database new_database(const std::string& path) {
 
 std::string export_schema_sql() {
     std::string sql;
+    // SQL without values: the names are those of our tables.
     for (const TableLayout& layout : export_layouts()) {
         sql += "CREATE TABLE " + layout.name + " (";
         for (const ExportColumn& column : layout.columns)

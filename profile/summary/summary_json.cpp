@@ -7,10 +7,10 @@
 #include <span>
 
 #include <rapidjson/document.h>
-#include <rapidjson/error/en.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "json_document.h"
 #include "summary_fields.h"
 #include "utf8_text.h"
 #include "value_text.h"
@@ -327,12 +327,8 @@ std::variant<ProfileSummary, SummaryFault> summary_from_json(std::string text) {
     if (const std::size_t zero = text.find('\0'); zero != std::string::npos)
         return SummaryFault{zero, "a zero byte"};
     rapidjson::Document document;
-    // Iterative: the text may be nested as deeply as it is long.
-    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
-                               rapidjson::kParseValidateEncodingFlag;
-    document.ParseInsitu<flags>(text.data());
-    if (document.HasParseError())
-        return SummaryFault{document.GetErrorOffset(), rapidjson::GetParseError_En(document.GetParseError())};
+    if (auto fault = read_json(text, document))
+        return SummaryFault{fault->offset, std::move(fault->text)};
     try {
         check_head(document, text.data());
         ProfileSummary summary;
