@@ -40,6 +40,11 @@ string(REPLACE "{ " "{" script "${script}")
 string(REPLACE " }" "}" script "${script}")
 string(REPLACE ") {" "){" script "${script}")
 string(REGEX REPLACE ", ([a-z_.0-9]+)[)]" ",\\1)" script "${script}")
+# Blanks before members, lists and calls, and after what ends with a bracket or a condition.
+string(REGEX REPLACE "([{,] ?[a-z_]+): " "\\1:" script "${script}")
+string(REGEX REPLACE ", ([[{(]|[a-z_0-9]+[[(.])" ",\\1" script "${script}")
+string(REGEX REPLACE "([])]), " "\\1," script "${script}")
+string(REGEX REPLACE "[)] ([a-z]+[ (.;])" ")\\1" script "${script}")
 # The end of a statement before that of a block; no loop is empty.
 string(REPLACE ";\n}" "\n}" script "${script}")
 file(READ "${folder}/style.css" style)

@@ -8,7 +8,7 @@ import { time_text } from "./format.js";
 import { show_keys, start_keys } from "./keys.js";
 import { Model } from "./model.js";
 import { Stretch } from "./range.js";
-import { show_window } from "./samples.js";
+import { plain_table, show_window } from "./samples.js";
 import { make_search } from "./search.js";
 import { bytes_of_base64, chunks_of_page, inflate_in_browser, SeriesStore } from "./series.js";
 import { Tracks } from "./stretch_facts.js";
@@ -212,8 +212,7 @@ export class App {
             { name: "Mean", unit: "MB/s", look: "number", value: (/** @type {number[]} */ r) => r[2] },
         ];
         const title = `Bandwidth of ${safe_name(memory.name)}`;
-        show_window(title, box("stepper", copy_tools(title, columns, () => rows)), element("table", null,
-            element("thead", null, element("tr", null, columns.map((c) => element("th", { scope: "col", class: "number" }, `${c.name} (${c.unit})`)))), element("tbody", null, rows.map((row) => table_row(columns, row)))));
+        show_window(title, box("stepper", copy_tools(title, columns, () => rows)), plain_table(columns, element("tbody", null, rows.map((row) => table_row(columns, row)))));
     }
 
     start_keys() {

@@ -2,9 +2,11 @@
 // The numbers of a chart as a table, a page at a time.
 
 import { box, button, element, fill, safe_name } from "./dom.js";
-import { copy_tools, table_row } from "./table.js";
+import { copy_tools, head_text, table_row } from "./table.js";
 
 const page_rows = 100;
+/** Rows that are copied or saved: a text of more would take gigabytes. */
+const most_copied = 1e6;
 
 /** @typedef {import("./columns.js").Track} Track */
 /** @typedef {import("./page.js").App} App */
@@ -35,15 +37,17 @@ export async function show_samples(app, block, title, tracks, metrics) {
     const body = element("tbody", null);
     const where = element("span", { class: "second", role: "status" });
     let page = 0;
-    /** @type {(number | string)[][]} */
-    let rows = [];
+    /** @param {number} first @param {number} last @returns {Promise<(number | string)[][]>} */
+    const rows = async (first, last) => {
+        const ends = await model.store.values(block.kernel.kernel.time, first, last);
+        const values = await Promise.all(tracks.map((track) => model.store.values(track.column.id, first, last)));
+        const marked = tracks.map((track) => model.store.marked_places(track.column.id, first, last));
+        return Array.from(ends, (end, i) => [first + i, end, ...values.map((column, k) => marked[k].get(first + i) ?? column[i])]);
+    };
     const show = async () => {
         const first = from + page * page_rows;
         const last = Math.min(to, first + page_rows);
-        const ends = await model.store.values(block.kernel.kernel.time, first, last);
-        const values = await Promise.all(tracks.map((track) => model.store.values(track.column.id, first, last)));
-        rows = [...ends].map((end, i) => [first + i, end, ...tracks.map((track, k) => model.store.mark_text(track.column.id, first + i) ?? values[k][i])]);
-        fill(body, rows.map((row) => table_row(columns, row)));
+        fill(body, (await rows(first, last)).map((row) => table_row(columns, row)));
         fill(where, to > from ? `samples ${first} to ${last - 1} of ${from} to ${to - 1}` : "no samples in this stretch");
     };
     const turn = (/** @type {number} */ pages) => {
@@ -54,6 +58,10 @@ export async function show_samples(app, block, title, tracks, metrics) {
     const name = `${title} of ${safe_name(block.block.name)}`;
     show_window(name, box("stepper",
         button({ "aria-label": "Page before", onclick: () => turn(-1) }, "◂"), where,
-        button({ "aria-label": "Page after", onclick: () => turn(1) }, "▸"), copy_tools(name, columns, () => rows)),
-        element("table", null, element("thead", null, element("tr", null, columns.map((c) => element("th", { scope: "col", class: "number" }, c.unit ? `${c.name} (${c.unit})` : c.name)))), body));
+        button({ "aria-label": "Page after", onclick: () => turn(1) }, "▸"), copy_tools(name, columns, () => rows(from, Math.min(to, from + most_copied)))), plain_table(columns, body));
+}
+
+/** A table of numbers that doesn't sort. @param {import("./table.js").Column<any>[]} columns @param {HTMLElement} body */
+export function plain_table(columns, body) {
+    return element("table", null, element("thead", null, element("tr", null, columns.map((c) => element("th", { scope: "col", class: "number" }, head_text(c))))), body);
 }

@@ -147,6 +147,15 @@ export class SeriesStore {
         return run && mark_texts[run[2]];
     }
 
+    /** The same of all places from `first` to before `last` that hold none. @param {number} id @param {number} first @param {number} last */
+    marked_places(id, first, last) {
+        const texts = new Map();
+        for (const [from, count, code] of this.marks(id)) {
+            for (let i = Math.max(first, from); i < Math.min(last, from + count); ++i) texts.set(i, mark_texts[code]);
+        }
+        return texts;
+    }
+
     /** @param {string} key @param {Float64Array} values */
     keep(key, values) {
         this.kept.set(key, values);

@@ -92,6 +92,34 @@ async function port_use(model, tracks, kernel, number, samples) {
     return is_known(mean) ? Math.min(100, 100 * mean / limit) : null;
 }
 
+/** What tracks carried in MB/s times cycles. @param {(Track | undefined)[]} tracks @param {[number, number]} samples */
+async function carried(tracks, samples) {
+    const parts = await Promise.all(tracks.map((track) => track?.sums(...samples)));
+    return parts.reduce((all, part) => all + (part?.sum ?? 0), 0);
+}
+
+/** What a kernel moved from and to a memory: by its ports if it has any there, else by its accesses. @param {Tracks} tracks @param {ModelKernel} kernel @param {string} mem @param {[number, number]} samples */
+function traffic(tracks, kernel, mem, samples) {
+    const { ports, blocks } = kernel.kernel;
+    const of_ports = ports.flatMap((port, i) => port.mem === mem ? [tracks.of_port(kernel, i)] : []);
+    return carried(of_ports.length > 0 ? of_ports
+        : blocks.flatMap((b, i) => b.kind === "global" && b.mem === mem ? [tracks.of_block(kernel, i, "bandwidth")] : []), samples);
+}
+
+/** Who shares the block's port, while its kernel ran in the stretch: blocks with a good part of the memory's traffic. @param {Model} model @param {Tracks} tracks @param {import("./model.js").ModelBlock} block @param {[number, number]} samples @param {[number, number]} stretch @returns {Promise<Facts>} */
+async function sharers(model, tracks, { kernel, block: { mem }, facts: { port }, number }, samples, stretch) {
+    const { clock } = kernel;
+    const beside = kernel.blocks.filter((other) => other.block.mem === mem && other.facts.port === port);
+    if (!port || beside.length < 2 || samples[0] === samples[1] || model.head.memories.find((m) => m.name === mem)?.lower_bound) return {};
+    const from = Math.max(stretch[0], clock.start[clock.invocation_of(samples[0])]);
+    const to = Math.min(stretch[1], clock.end[clock.invocation_of(samples[1] - 1)]);
+    const all = await Promise.all(model.kernels.map(async (other) => traffic(tracks, other, mem, other === kernel ? samples : await other.clock.samples(from, to))));
+    const least = all.reduce((sum, part) => sum + part) * model.rules.thresholds.sharer / 100;
+    const moved = await Promise.all(beside.map((other) => carried([tracks.of_block(kernel, other.number, "bandwidth")], samples)));
+    const place = moved.reduce((best, part, i) => part >= least && beside[i].number !== number && part > (moved[best] ?? 0) ? i : best, -1);
+    return { port_sharers: moved.filter((part) => part > 0 && part >= least).length, sharer: beside[place]?.block.name };
+}
+
 /**
  * The facts of one block over a stretch.
  * @param {Model} model @param {Tracks} tracks @param {ModelKernel} kernel @param {number} number of the block
@@ -105,13 +133,14 @@ export async function stretch_facts(model, tracks, kernel, number, stretch) {
     const cycles = await tracks.make(kernel, { id: kernel.kernel.cycles, weights: [], metric: "cycles", shared: false }).sums(...samples);
     const use = await memory_use(model, tracks, kernel, number, stretch);
     const busy = await port_use(model, tracks, kernel, number, samples);
+    const shared = await sharers(model, tracks, kernel.blocks[number], samples, stretch);
     const greatest = await tracks.of_block(kernel, number, "valid")?.summary(...samples);
     const { clock } = kernel;
     const invocations = Math.max(1, clock.invocation_of(samples[1] - 1) - clock.invocation_of(samples[0]) + 1);
     const whole = kernel.blocks[number].facts;
     const facts = kernel_facts(model.head, model.clock, kernel.kernel, {
         sums, cycles: cycles.sum, samples: samples[1] - samples[0], invocations,
-        others: blocks.map((_, i) => i === number ? { memory_use: use, port: whole.port, clock_reach: whole.clock_reach, port_use: busy,
+        others: blocks.map((_, i) => i === number ? { memory_use: use, port: whole.port, clock_reach: whole.clock_reach, port_use: busy, ...shared,
             max_valid: greatest && Number.isFinite(greatest.greatest) ? greatest.greatest : null } : {}),
     })[number];
     return { ...facts, time_unit_known: whole.time_unit_known, free_stages: whole.free_stages, stage: whole.stage };

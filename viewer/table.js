@@ -52,7 +52,7 @@ function plain_text(value) {
 }
 
 /** @param {Column<any>} column */
-function head_text(column) {
+export function head_text(column) {
     return column.unit ? `${column.name} (${column.unit})` : column.name;
 }
 
@@ -108,13 +108,13 @@ function save_text(name, text) {
     setTimeout(() => URL.revokeObjectURL(address), 10000);
 }
 
-/** The controls that copy and save. @param {string} title @param {Column<any>[]} columns @param {() => any[]} rows */
+/** The controls that copy and save. @param {string} title @param {Column<any>[]} columns @param {() => any[] | Promise<any[]>} rows */
 export function copy_tools(title, columns, rows) {
     return [
         button({ "aria-label": `Copy ${title}`, title: "Copy as tab-separated text",
-            onclick: () => copy_text(tab_separated(columns, rows())) }, "Copy"),
+            onclick: async () => copy_text(tab_separated(columns, await rows())) }, "Copy"),
         button({ "aria-label": `Save ${title} as CSV`,
-            onclick: () => save_text(title, comma_separated(columns, rows())) }, "Save"),
+            onclick: async () => save_text(title, comma_separated(columns, await rows())) }, "Save"),
     ];
 }
 

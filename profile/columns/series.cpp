@@ -179,9 +179,14 @@ void Series::move_to_store() {
     if (m_open.size() < least_values)
         return;
     m_extents.push_back({m_store->put_plain(m_open), m_open.size(), m_digits});
+    free_open();
+}
+
+// An assignment of {} would empty it and keep its memory.
+void Series::free_open() {
     m_store->drop_held(m_held);
     m_held = 0;
-    m_open = {};
+    std::vector<std::int64_t>().swap(m_open);
 }
 
 // Takes the values that aren't packed, those in the store first.
@@ -205,9 +210,7 @@ std::vector<std::int64_t> Series::all_open() {
 void Series::finish(std::int64_t offset) {
     if (m_num_open != 0)
         pack();
-    m_store->drop_held(m_held);
-    m_held = 0;
-    m_open = {};
+    free_open();
     change_chunks(offset);
     m_least = wrapped_sum(m_least, offset);
     m_greatest = wrapped_sum(m_greatest, offset);

@@ -73,6 +73,7 @@ class Series {
     void push(std::int64_t units);
     void pack();
     void move_to_store();
+    void free_open();
     std::vector<std::int64_t> all_open();
     void change_chunks(std::int64_t offset);
 

@@ -7,9 +7,11 @@ namespace zan::profile {
 
 namespace {
 
-// The file is made anew, and has its name only when it is whole: nothing has to be rolled back.
+// The file is made anew, and has its name only when it is whole: nothing has to be rolled back. A journal in
+// memory is the least that a database takes whose schema is protected; it has the pages from before the
+// transaction, and there are none.
 constexpr const char* settings =
-    "PRAGMA page_size = 16384; PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; "
+    "PRAGMA page_size = 16384; PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; "
     "PRAGMA locking_mode = EXCLUSIVE; PRAGMA cache_size = -8192;";
 
 constexpr const char* views = R"(

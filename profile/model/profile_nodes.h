@@ -44,7 +44,7 @@ struct NodeArrays {
     }
     SampleList<float>& operator[](Rates which) { return rates[static_cast<std::size_t>(which)]; }
     const SampleList<float>& operator[](Rates which) const { return rates[static_cast<std::size_t>(which)]; }
-    // Keeps the storage of lists that aren't shared.
+    // Keeps the storage of lists that aren't shared and have no more than some ten thousand numbers.
     void clear();
 };
 
@@ -103,6 +103,8 @@ class NodeTaker {
     virtual void begin_kernel(const KernelNode& kernel) = 0;
     // Whether a block of that name in the current node needs its source locations. They are many.
     virtual bool needs_sources(std::string_view block) = 0;
+    // Whether the devices and queues of all samples are needed. If not, only the first of each is there.
+    virtual bool needs_queues() const { return true; }
     virtual void block(const BlockNode& block) = 0;
     virtual void port(const PortNode& port) = 0;
     virtual void end_kernel() = 0;

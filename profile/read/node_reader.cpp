@@ -3,6 +3,8 @@
 // handed on one by one, so that a node of many blocks is never held as a whole.
 #include "node_reader.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -100,7 +102,7 @@ template <class T, class Values>
 void take_numbers(SampleList<T>& list, const Values& values) {
     using From = std::remove_cvref_t<decltype(values[0])>;
     if constexpr (std::is_same_v<Values, SampleList<T>>) {
-        list = values;
+        list = values; // elements don't come as lists
     } else {
         std::array<T, 256> block;
         for (std::size_t begin = 0; begin < values.size(); begin += block.size()) {
@@ -120,10 +122,16 @@ void take_numbers(SampleList<T>& list, const Values& values) {
 } // namespace
 
 void NodeArrays::clear() {
-    for (auto& list : counts)
-        list.clear();
-    for (auto& list : rates)
-        list.clear();
+    // Blocks of one kernel have different arrays, so the storage of long ones would add up.
+    constexpr std::size_t most_kept = std::size_t{1} << 16;
+    const auto clear_list = [](auto& list) {
+        if (list.stored().size() > most_kept)
+            list = {};
+        else
+            list.clear();
+    };
+    std::ranges::for_each(counts, clear_list);
+    std::ranges::for_each(rates, clear_list);
 }
 
 NodeReader::Place NodeReader::place_of_child(std::string_view key) const {
@@ -135,21 +143,35 @@ NodeReader::Place NodeReader::place_of_child(std::string_view key) const {
     return Place::skipped;
 }
 
-// Sets m_counts or m_rates to the array of that key in the open node; false if there is none.
+// Null in a place that has none.
+NodeArrays* NodeReader::arrays_of_place() {
+    switch (place()) {
+        case Place::kernel:
+            return &m_kernel.arrays;
+        case Place::details:
+            return &m_block.arrays;
+        case Place::child:
+            return &m_port.arrays;
+        default:
+            return nullptr;
+    }
+}
+
+// Sets m_counts or m_rates to the array of that key in the open node; false if there is none. Those of an
+// array that is open stay, whatever is in it.
 bool NodeReader::find_array(std::string_view key) {
-    const Place from = place();
-    NodeArrays& arrays = from == Place::kernel    ? m_kernel.arrays
-                         : from == Place::details ? m_block.arrays
-                                                  : m_port.arrays;
+    NodeArrays* const arrays = arrays_of_place();
+    if (!arrays)
+        return false;
     m_counts = nullptr;
     m_rates = nullptr;
     for (const CountsKey& row : counts_keys) {
-        if (row.place == from && row.key == key)
-            m_counts = &arrays[row.counts];
+        if (row.place == place() && row.key == key)
+            m_counts = &(*arrays)[row.counts];
     }
     for (const RatesKey& row : rates_keys) {
-        if (row.place == from && row.key == key)
-            m_rates = &arrays[row.rates];
+        if (row.place == place() && row.key == key)
+            m_rates = &(*arrays)[row.rates];
     }
     return m_counts != nullptr || m_rates != nullptr;
 }
@@ -173,13 +195,29 @@ void NodeReader::close() {
 }
 
 void NodeReader::array(std::string_view key, const ReportArray& values) {
-    if (!find_array(key))
-        return;
+    if (find_array(key))
+        take(values);
+}
+
+void NodeReader::elements(const ReportArray& values) {
+    if (place() == Place::counts || place() == Place::rates)
+        take(values);
+}
+
+// Whether the first number of the array that is found is enough.
+bool NodeReader::takes_one() const {
+    return m_counts != nullptr && !m_taker.needs_queues() &&
+           (m_counts == &m_kernel.arrays[Counts::devices] || m_counts == &m_kernel.arrays[Counts::queues]);
+}
+
+void NodeReader::take(const ReportArray& values) {
     values.visit([&](const auto& numbers) {
-        if (m_counts)
-            take_numbers(*m_counts, numbers);
-        else
+        if (!m_counts)
             take_numbers(*m_rates, numbers);
+        else if (!takes_one())
+            take_numbers(*m_counts, numbers);
+        else if (m_counts->empty())
+            take_numbers(*m_counts, std::array{numbers[0]});
     });
 }
 
@@ -398,10 +436,10 @@ void NodeReader::memory_text(std::string_view key, std::string_view text) {
 
 // An element of an array that isn't all numbers, so that it came text by text.
 void NodeReader::number_text(std::string_view text) {
-    if (m_counts)
-        m_counts->push_back(parse_long_long(text).value_or(-1));
-    else
+    if (!m_counts)
         m_rates->push_back(float_of(text));
+    else if (!takes_one() || m_counts->empty())
+        m_counts->push_back(parse_long_long(text).value_or(-1));
 }
 
 } // namespace zan::profile

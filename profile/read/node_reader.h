@@ -25,6 +25,7 @@ class NodeReader final : public ReportSink {
     void open(std::string_view key, Form form) override;
     void close() override;
     void array(std::string_view key, const ReportArray& values) override;
+    void elements(const ReportArray& values) override;
 
     // What is open. `list` stands for the arrays of nodes, and for what leads to them.
     enum class Place : unsigned char {
@@ -59,7 +60,10 @@ class NodeReader final : public ReportSink {
   private:
     Place place() const { return m_open.empty() ? Place::root : m_open.back(); }
     Place place_of_child(std::string_view key) const;
+    NodeArrays* arrays_of_place();
     bool find_array(std::string_view key);
+    bool takes_one() const;
+    void take(const ReportArray& values);
     void begin(Place place);
     void end(Place place);
     void begin_children();

@@ -202,6 +202,13 @@ void PackedNumbers::write(ReportSink& sink, std::string_view key) const {
         sink.array(key, std::span<const long long>(m_integers));
 }
 
+void PackedNumbers::write_elements(ReportSink& sink) const {
+    if (m_are_floats)
+        sink.elements(std::span<const float>(m_floats));
+    else
+        sink.elements(std::span<const long long>(m_integers));
+}
+
 void PackedNumbers::write_texts(ReportSink& sink) const {
     if (m_are_floats) {
         for (const float number : m_floats)

@@ -37,8 +37,11 @@ class PackedNumbers {
     // For both: bytes from `at` on end in a zero byte, and as many bytes after that one can be read.
     static constexpr std::size_t num_readable = 127;
 
+    std::size_t size() const { return m_are_floats ? m_floats.size() : m_integers.size(); }
     // Writes them as an array; there must be one at least.
     void write(ReportSink& sink, std::string_view key) const;
+    // Writes them as elements of the array that is open; there must be one at least.
+    void write_elements(ReportSink& sink) const;
     // Writes each as a text without a key.
     void write_texts(ReportSink& sink) const;
 

@@ -21,8 +21,12 @@ namespace {
 
 static_assert(PackedNumbers::num_readable < TextPieces::num_readable);
 
-// What is open. An array is `unknown` until its first element; that of `numbers` isn't in the sink yet.
-enum class Open : char { object, array, unknown, numbers };
+// What is open. An array is `unknown` until its first element; that of `numbers` isn't in the sink yet, and
+// of that of `pieces` the sink has the first numbers.
+enum class Open : char { object, array, unknown, numbers, pieces };
+
+// A longer array of numbers goes to the sink in pieces.
+constexpr std::size_t most_held_numbers = std::size_t{1} << 14;
 
 // Turns RapidJSON's events into nodes. A function returns false to stop, and fault() then says why.
 class NodeEvents {
@@ -71,6 +75,9 @@ class NodeEvents {
         m_text.mark();
         if (m_open.back() == Open::numbers) {
             m_numbers.write(m_sink, key_of_top());
+        } else if (m_open.back() == Open::pieces) {
+            write_piece();
+            m_sink.close();
         } else {
             open_array();
             m_sink.close();
@@ -139,7 +146,7 @@ class NodeEvents {
     }
 
     bool add_text(std::string_view read) {
-        if (m_open.back() == Open::unknown || m_open.back() == Open::numbers) {
+        if (m_open.back() != Open::object && m_open.back() != Open::array) {
             if (add_number(read))
                 return true;
             open_array();
@@ -156,10 +163,21 @@ class NodeEvents {
             m_numbers.clear();
         if (!m_numbers.add(read))
             return false;
-        m_open.back() = Open::numbers;
+        if (m_open.back() == Open::unknown)
+            m_open.back() = Open::numbers;
         m_text.advance(m_numbers.add_elements(m_text.position(), std::string_view::npos));
         m_text.mark();
+        if (m_numbers.size() >= most_held_numbers)
+            write_piece();
         return true;
+    }
+    void write_piece() {
+        if (m_open.back() == Open::numbers)
+            m_sink.open(key_of_top(), Form::array);
+        m_open.back() = Open::pieces;
+        if (m_numbers.size() != 0)
+            m_numbers.write_elements(m_sink);
+        m_numbers.clear();
     }
 
     // Reads the plain members after one that is complete but for `num_left` bytes. RapidJSON takes these
@@ -188,10 +206,11 @@ class NodeEvents {
     // Writes to the sink what it doesn't have yet of an array.
     void open_array() {
         Open& top = m_open.back();
-        if (top != Open::unknown && top != Open::numbers)
+        if (top == Open::object || top == Open::array)
             return;
-        m_sink.open(key_of_top(), Form::array);
-        if (top == Open::numbers)
+        if (top != Open::pieces)
+            m_sink.open(key_of_top(), Form::array);
+        if (top != Open::unknown)
             m_numbers.write_texts(m_sink);
         top = Open::array;
     }

@@ -43,12 +43,12 @@ inline constexpr std::size_t max_report_text = std::size_t{1} << 24;
 
 // Reads a whole report, in pieces of 64 KiB, and writes the members of its root to the sink; JsonWriter makes
 // the same text of them. A text has the bytes that the report was written from: \u00C3 is the byte 0xC3. An
-// array of which each text is the report's text of a number comes as array(); all other arrays come piece by
-// piece. Empty arrays and objects are empty texts in a report, and come as these; JSON's own empty ones come
-// as open() and close().
+// array of which each text is the report's text of a number comes as array(), a long one as elements() of an
+// open array; all other arrays come text by text. Empty arrays and objects are empty texts in a report, and
+// come as these; JSON's own empty ones come as open() and close().
 //
-// Holds a piece, what is open, and the numbers of one array: at most 8 bytes a number. Nothing is allocated
-// for a value, and nesting takes no stack.
+// Holds a piece, what is open, and some ten thousand numbers. Nothing is allocated for a value, and nesting
+// takes no stack.
 //
 // Returns nothing if all is well, else the first fault; the sink then has what came before it, with nodes
 // that aren't closed. What the sink throws is let through, and nothing else is thrown but std::bad_alloc.

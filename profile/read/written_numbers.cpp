@@ -40,17 +40,26 @@ float as_written(float value) {
     return std::copysign(static_cast<float>(digits / decimal_scales[decimals]), value);
 }
 
-void WrittenNumbers::array(std::string_view key, const ReportArray& values) {
+template <class Write>
+void WrittenNumbers::write(const ReportArray& values, Write write_as) {
     values.visit([&](const auto& numbers) {
         if constexpr (std::is_same_v<std::decay_t<decltype(numbers[0])>, float>) {
             m_floats.resize(numbers.size());
             for (std::size_t i = 0; i < numbers.size(); ++i)
                 m_floats[i] = as_written(numbers[i]);
-            m_sink.array(key, std::span<const float>(m_floats));
+            write_as(std::span<const float>(m_floats));
         } else {
-            m_sink.array(key, values);
+            write_as(values);
         }
     });
+}
+
+void WrittenNumbers::array(std::string_view key, const ReportArray& values) {
+    write(values, [&](const ReportArray& written) { m_sink.array(key, written); });
+}
+
+void WrittenNumbers::elements(const ReportArray& values) {
+    write(values, [&](const ReportArray& written) { m_sink.elements(written); });
 }
 
 } // namespace zan::profile

@@ -23,8 +23,12 @@ class WrittenNumbers final : public ReportSink {
     void open(std::string_view key, Form form) override { m_sink.open(key, form); }
     void close() override { m_sink.close(); }
     void array(std::string_view key, const ReportArray& values) override;
+    void elements(const ReportArray& values) override;
 
   private:
+    template <class Write>
+    void write(const ReportArray& values, Write write_as);
+
     ReportSink& m_sink;
     std::vector<float> m_floats; // of the current array
 };

@@ -53,6 +53,7 @@ class Totals final : public NodeTaker {
 
     void begin_kernel(const KernelNode& node) override;
     bool needs_sources(std::string_view block) override;
+    bool needs_queues() const override { return false; }
     void block(const BlockNode& node) override;
     void port(const PortNode& node) override;
     void end_kernel() override;

@@ -167,6 +167,25 @@ browser_suite("hands on the page", (shared) => {
         });
     });
 
+    test("the table of a chart copies and saves all samples, not only the page that is shown", async () => {
+        const file = shared.folder.write("rows", long_report(350));
+        await shared.on_page(file, { address: "#/block/long/long__global" }, async (page) => {
+            await page.getByRole("button", { name: /as table/ }).first().click();
+            await settle(page);
+            assert.equal(await page.locator("dialog tbody tr").count(), 100);
+            await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
+            await page.locator("dialog").getByRole("button", { name: /Copy/ }).click();
+            await page.waitForFunction(() => document.getElementById("status").textContent === "Copied");
+            const lines = (await page.evaluate(() => navigator.clipboard.readText())).trim().split("\n").map((line) => line.split("\t"));
+            assert.equal(lines.length, 351, "a head and 350 samples");
+            // Each sample takes 500 from the start at 100 on; times count from the transfer at 0.
+            assert.deepEqual([lines[350][0], lines[350][1]], ["349", String(100 + 350 * 500)]);
+            const saved = page.waitForEvent("download");
+            await page.locator("dialog").getByRole("button", { name: /Save/ }).click();
+            assert.equal(readFileSync(await (await saved).path(), "utf8").trim().split("\r\n").length, 351);
+        });
+    });
+
     test("a long column is drawn from its stored pyramid, and zoomed down to single samples", async () => {
         const file = shared.folder.write("long", long_report(80000));
         await shared.on_page(file, { address: "#/block/long/long__global" }, async (page) => {

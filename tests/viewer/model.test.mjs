@@ -95,6 +95,26 @@ test("the facts of a stretch are those of its samples", async () => {
     for (const name of ["stall", "valid", "idle", "bandwidth", "efficiency", "hits", "lost"]) assert.equal(whole[name], model.kernels[0].blocks[0].facts[name], name);
 });
 
+test("the facts of a stretch name who shares the port there", async () => {
+    const report = hostile_report("k");
+    const { children } = report.kernels.nodes[0];
+    const other = structuredClone(children[1]);
+    other.name = "other";
+    for (const block of [children[1], other]) block.module_inst_details.bandwidth_eff_samples = ["1", "1"];
+    children[1].module_inst_details.bandwidth_samples = ["900", "1000"];
+    other.module_inst_details.bandwidth_samples = ["100", "1000"];
+    children.push(other);
+    const model = model_of(report);
+    const facts = (stretch) => stretch_facts(model, new Tracks(), model.kernels[0], 0, stretch);
+    // The port carries 1,000 and 2,000 MB/s. Of the first the other block has 10%, of the second half: 20% is enough.
+    const [first, second, whole] = await Promise.all([[500, 600], [600, 1100], [0, 1100]].map(facts));
+    assert.deepEqual([first.port_sharers, first.sharer], [1, undefined]);
+    assert.deepEqual([second.port_sharers, second.sharer], [2, "other"]);
+    const run = model.kernels[0].blocks[0].facts;
+    assert.deepEqual([whole.port_sharers, whole.sharer], [2, "other"], "1,100 of 3,000");
+    assert.deepEqual([run.port_sharers, run.sharer], [2, "other"]);
+});
+
 test("a stretch of a column with stored pyramids has the same facts as the run", async () => {
     const model = model_of(long_report(70000));
     const facts = await stretch_facts(model, new Tracks(), model.kernels[0], 0, [0, model.head.run.span]);

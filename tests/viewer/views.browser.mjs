@@ -2,7 +2,8 @@
 // The page in Chromium: every view of every sample, hostile names, odd values, pages that are damaged.
 
 import assert from "node:assert/strict";
-import { readFileSync, truncateSync, writeFileSync } from "node:fs";
+import { mkdtempSync, readFileSync, truncateSync, writeFileSync } from "node:fs";
+import { join } from "node:path";
 import test from "node:test";
 import { pathToFileURL } from "node:url";
 import { open_page, settle } from "./browser.mjs";
@@ -154,6 +155,19 @@ browser_suite("the page in a browser", (shared) => {
                 const box = await table.boundingBox();
                 assert.ok(box.x + box.width <= 718, `a table ends at ${box.x + box.width}`);
             }
+        });
+    });
+
+    test("a source file that isn't UTF-8 is shown, with a mark for each byte that is none", { skip: !program }, async () => {
+        const source = mkdtempSync(join(shared.folder.path, "source-"));
+        // In the first line a byte of Latin-1, in the third bytes that begin characters and don't end them.
+        const lines = ["caf\u00e9 = 1;", "<b>plain</b>", "x \u00ff\u00c3( y\u00e2\u0082", "last"];
+        writeFileSync(join(source, "k"), Buffer.from(lines.join("\n"), "latin1"));
+        const file = shared.folder.write("latin", hostile_report("k"), { source });
+        await shared.on_page(file, { address: "#/source/k/3" }, async (page) => {
+            await page.getByText("The text is of the day").waitFor();
+            const shown = await page.locator(".listing").textContent();
+            for (const text of ["caf\ufffd = 1;", "<b>plain</b>", "x \ufffd\ufffd( y\ufffd", "last"]) assert.ok(shown.includes(text), text);
         });
     });
 

@@ -28,6 +28,14 @@ class ReportSink {
     virtual void close() = 0;
     // A child that is an array of numbers, at least one. It stands for an open array with a text for each.
     virtual void array(std::string_view key, const ReportArray& values) = 0;
+    // The next elements of the array that is open, which come in pieces because there are many of them: at
+    // least one number. Each stands for a text.
+    virtual void elements(const ReportArray& values) {
+        values.visit([&](const auto& numbers) {
+            for (std::size_t i = 0; i < numbers.size(); ++i)
+                number({}, numbers[i]);
+        });
+    }
 
     // The report's text of a number.
     template <ReportNumber T>

@@ -46,7 +46,7 @@ std::vector<std::string> dates_of(const std::vector<HistoryRun>& runs) {
 }
 
 template <class Work>
-std::string fault_of(Work work) {
+std::string history_fault_of(Work work) {
     try {
         work();
     } catch (const HistoryFault& fault) {
@@ -99,7 +99,7 @@ TEST_F(History, RunsAreFoundByNameAndInTheOrderOfTheirDates) {
     EXPECT_EQ(store.find("commit=b").date, "2026-11-22T09:00:00");
     EXPECT_EQ(store.find(run_id_of(run_of_time(2)).substr(0, 8)).date, "2026-11-20");
     for (const char* const name : {"last~3", "last~x", "commit=c", "xyz", ""})
-        EXPECT_THAT(fault_of([&] { store.find(name); }), HasSubstr("there is no run '")) << name;
+        EXPECT_THAT(history_fault_of([&] { store.find(name); }), HasSubstr("there is no run '")) << name;
 }
 
 TEST_F(History, ARemovedRunIsGone) {
@@ -109,7 +109,7 @@ TEST_F(History, ARemovedRunIsGone) {
     store.remove(run);
     EXPECT_EQ(store.list().size(), 1u);
     EXPECT_EQ(Database(path, OpenMode::read).number("SELECT count(*) FROM value"), 1);
-    EXPECT_THAT(fault_of([&] { store.summary(run); }), HasSubstr("removed meanwhile"));
+    EXPECT_THAT(history_fault_of([&] { store.summary(run); }), HasSubstr("removed meanwhile"));
     EXPECT_THAT(add({entry_of(2)}), ElementsAre(Added::is_new));
 }
 
@@ -180,32 +180,33 @@ TEST_F(History, DatesAreChecked) {
 TEST_F(History, OtherFilesStayAsTheyAre) {
     const std::string text(5000, 'x');
     write_file(path, text);
-    EXPECT_EQ(fault_of([&] { add({entry_of(1)}); }), path + ": it is no history");
+    EXPECT_EQ(history_fault_of([&] { add({entry_of(1)}); }), path + ": it is no history");
     EXPECT_EQ(read_file(path), text);
     const std::string other = dir.path("other.db");
     Database(other, OpenMode::create).execute("CREATE TABLE t (a)");
     const std::string bytes = read_file(other);
-    EXPECT_EQ(fault_of([&] { HistoryStore(other, OpenMode::create); }),
+    EXPECT_EQ(history_fault_of([&] { HistoryStore(other, OpenMode::create); }),
               other + ": it is no history, but a database of another program");
     EXPECT_EQ(read_file(other), bytes);
-    EXPECT_THAT(fault_of([&] { HistoryStore(dir.path("none"), OpenMode::read); }),
+    EXPECT_THAT(history_fault_of([&] { HistoryStore(dir.path("none"), OpenMode::read); }),
                 HasSubstr("unable to open"));
     write_file(dir.path("empty"), "");
-    EXPECT_THAT(fault_of([&] { HistoryStore(dir.path("empty"), OpenMode::read); }), HasSubstr("it is empty"));
+    EXPECT_THAT(history_fault_of([&] { HistoryStore(dir.path("empty"), OpenMode::read); }),
+                HasSubstr("it is empty"));
 }
 
 TEST_F(History, ANewerSchemaIsRefused) {
     add({entry_of(1)});
     Database(path, OpenMode::write).execute("PRAGMA user_version = 3");
     const std::string bytes = read_file(path);
-    EXPECT_THAT(fault_of([&] { add({entry_of(2)}); }), HasSubstr("it has version 3 of the schema"));
+    EXPECT_THAT(history_fault_of([&] { add({entry_of(2)}); }), HasSubstr("it has version 3 of the schema"));
     EXPECT_EQ(read_file(path), bytes);
 }
 
 TEST_F(History, AVersionBelowTheFirstIsRefused) {
     add({entry_of(1)});
     Database(path, OpenMode::write).execute("PRAGMA user_version = -1");
-    EXPECT_EQ(fault_of([&] { HistoryStore(path, OpenMode::read); }),
+    EXPECT_EQ(history_fault_of([&] { HistoryStore(path, OpenMode::read); }),
               path + ": it is damaged: it has version -1 of the schema");
 }
 
@@ -218,7 +219,7 @@ TEST_F(History, OtherTablesAreRefused) {
             "SELECT run + 1 FROM n) SELECT run, 'a' AS name, 'b' AS value FROM n");
     const std::string bytes = read_file(path);
     for (const OpenMode mode : {OpenMode::read, OpenMode::create})
-        EXPECT_EQ(fault_of([&] { HistoryStore(path, mode); }),
+        EXPECT_EQ(history_fault_of([&] { HistoryStore(path, mode); }),
                   path + ": it is damaged: its tables aren't those of a history");
     EXPECT_EQ(read_file(path), bytes);
 }
@@ -264,7 +265,8 @@ TEST_F(History, WithoutACopyAnOlderSchemaStaysAsItIs) {
         write([](std::string_view) { throw std::runtime_error("the disk is full"); });
     };
     EXPECT_THROW(HistoryStore(path, OpenMode::write, fail), std::runtime_error);
-    EXPECT_THAT(fault_of([&] { HistoryStore(path, OpenMode::write); }), HasSubstr("it has version 1"));
+    EXPECT_THAT(history_fault_of([&] { HistoryStore(path, OpenMode::write); }),
+                HasSubstr("it has version 1"));
     EXPECT_EQ(read_file(path), bytes);
     EXPECT_EQ(HistoryStore(path, OpenMode::read).list().size(), 1u);
 }
@@ -314,7 +316,7 @@ TEST_F(History, WaitsForAnotherWriterAndNamesIt) {
     ASSERT_EQ(::read(ready[0], &byte, 1), 1);
     HistoryStore store(path, OpenMode::write, {}, 50);
     const HistoryEntry entry = entry_of(2);
-    EXPECT_EQ(fault_of([&] {
+    EXPECT_EQ(history_fault_of([&] {
                   store.add({&entry, 1});
               }),
               path + ": process " + std::to_string(writer) + " is writing to it; wait for it to end");

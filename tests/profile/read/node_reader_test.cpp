@@ -16,6 +16,7 @@ class TakenNodes final : public NodeTaker {
   public:
     void begin_kernel(const KernelNode& kernel) override { kernels.push_back(kernel); }
     bool needs_sources(std::string_view) override { return needs; }
+    bool needs_queues() const override { return needs; }
     void block(const BlockNode& block) override { blocks.push_back(block); }
     void port(const PortNode& port) override { ports.push_back(port); }
     void end_kernel() override { ++num_ended; }
@@ -111,6 +112,78 @@ TEST(NodeReader, ReadsArraysTextByText) {
 }
 
 // A reader of texts can't know the type of "1".
+// What is in an open array, even another one, doesn't change where its next element goes.
+TEST(NodeReader, AnArrayInAnArrayIsSkipped) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    reader.open("kernels", Form::object);
+    reader.open("nodes", Form::array);
+    reader.open("", Form::object);
+    reader.open("sample_timestamps", Form::array);
+    const std::vector<long long> inner = {2};
+    reader.text("", "1");
+    reader.array("", std::span<const long long>(inner));
+    reader.text("", "3");
+    reader.open("", Form::array);
+    reader.text("", "4");
+    reader.close();
+    reader.text("", "5");
+    for (int i = 0; i < 4; ++i)
+        reader.close();
+    ASSERT_EQ(nodes.kernels.size(), 1u);
+    EXPECT_EQ(nodes.kernels[0].arrays[Counts::timestamps], (SampleList<long long>{1, 3, 5}));
+}
+
+// An array of numbers, and one that comes text by text.
+TEST(NodeReader, TakesOnlyTheFirstQueueIfMoreArentNeeded) {
+    for (const bool needs : {true, false}) {
+        TakenNodes nodes;
+        nodes.needs = needs;
+        NodeReader reader(nodes);
+        reader.open("kernels", Form::object);
+        reader.open("nodes", Form::array);
+        reader.open("", Form::object);
+        const std::vector<int> devices = {3, 4};
+        reader.array("device_ids", std::span<const int>(devices));
+        reader.open("command_queue_id", Form::array);
+        reader.text("", "5");
+        reader.text("", "6");
+        reader.close();
+        const std::vector<int> stamps = {7, 8};
+        reader.array("sample_timestamps", std::span<const int>(stamps));
+        for (int i = 0; i < 3; ++i)
+            reader.close();
+        ASSERT_EQ(nodes.kernels.size(), 1u);
+        const NodeArrays& arrays = nodes.kernels[0].arrays;
+        using List = SampleList<long long>;
+        EXPECT_EQ(arrays[Counts::devices], needs ? (List{3, 4}) : (List{3}));
+        EXPECT_EQ(arrays[Counts::queues], needs ? (List{5, 6}) : (List{5}));
+        EXPECT_EQ(arrays[Counts::timestamps], (List{7, 8}));
+    }
+}
+
+// Pieces of an array whose numbers look as integers first, and as floats then.
+TEST(NodeReader, ReadsArraysInPieces) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    reader.open("kernels", Form::object);
+    reader.open("nodes", Form::array);
+    reader.open("", Form::object);
+    reader.open("children", Form::array);
+    reader.open("", Form::object);
+    reader.text("type", "moduleinst");
+    reader.open("module_inst_details", Form::object);
+    reader.open("bandwidth_samples", Form::array);
+    const std::vector<long long> integers = {1, 20'000'000};
+    const std::vector<float> floats = {0.5f};
+    reader.elements(std::span<const long long>(integers));
+    reader.elements(std::span<const float>(floats));
+    for (int i = 0; i < 7; ++i)
+        reader.close();
+    ASSERT_EQ(nodes.blocks.size(), 1u);
+    EXPECT_EQ(nodes.blocks[0].arrays[Rates::bandwidth], (SampleList<float>{1.0f, 2e7f, 0.5f}));
+}
+
 TEST(NodeReader, TakesNumbersOfAnyType) {
     TakenNodes nodes;
     NodeReader reader(nodes);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -127,15 +128,54 @@ TEST(ReportReader, PiecesMayEndAnywhere) {
         EXPECT_EQ(events_of(members, most), expected) << most;
 }
 
-// 70,000 numbers are seven pieces of 64 KiB.
-TEST(ReportReader, ALongArrayIsOneArray) {
-    std::string members = R"(, "a": ["0")";
-    std::string expected = "a integers 0";
-    for (int i = 1; i < 70'000; ++i) {
-        members += ", \"" + std::to_string(i) + '"';
+// The numbers of a long array, which comes open, then in pieces, then texts.
+std::string joined_elements(const Events& events, std::size_t& longest) {
+    std::string joined;
+    for (const std::string& event : events) {
+        const bool is_piece = event.starts_with("more integers ");
+        if (is_piece)
+            longest = std::max(longest, static_cast<std::size_t>(std::ranges::count(event, ' ')) - 1);
+        const std::string_view text = std::string_view(event).substr(event.find(' ') + 1);
+        if (is_piece)
+            joined += text.substr(text.find(' '));
+        else if (event.starts_with("text "))
+            joined += " " + std::string(text);
+    }
+    return joined;
+}
+
+// The sink gets numbers when there are 16,384 or more after a piece of the text, which has 65,536 bytes, and
+// so at most 65,536 / 8 of numbers with five digits.
+TEST(ReportReader, ALongArrayComesInPieces) {
+    std::string members = R"(, "a": ["10000")";
+    std::string expected = " 10000";
+    for (int i = 10'001; i < 80'000; ++i) {
+        members += ",\"" + std::to_string(i) + '"';
         expected += " " + std::to_string(i);
     }
+    for (const std::string_view end : {"", "x"}) {
+        const std::string text = end.empty() ? "" : ",\"x\"";
+        const Events events = events_of(members + text + "]");
+        EXPECT_EQ(events.front(), "a open array");
+        EXPECT_EQ(events.back(), "close");
+        std::size_t longest = 0;
+        EXPECT_EQ(joined_elements(events, longest), expected + (end.empty() ? "" : " x"));
+        EXPECT_GT(longest, 16'383u);
+        EXPECT_LE(longest, 16'383u + 65'536 / 8);
+    }
+}
+
+// 16,384 numbers are the fewest that come as elements.
+TEST(ReportReader, AnArrayOfSomeThousandIsOneArray) {
+    std::string members = R"(, "a": ["0.5")";
+    std::string expected = "a floats 0.5";
+    for (int i = 1; i < 16'383; ++i) {
+        members += ",\"1\"";
+        expected += " 1";
+    }
     EXPECT_EQ(events_of(members + "]"), Events{expected});
+    const Events events = events_of(members + ",\"2\"]");
+    EXPECT_EQ(events, (Events{"a open array", "more " + expected.substr(2) + " 2", "close"}));
 }
 
 TEST(ReportReader, ATextHasTheBytesThatItWasWrittenFrom) {

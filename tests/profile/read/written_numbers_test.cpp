@@ -64,10 +64,15 @@ TEST(WrittenNumbers, AllElseIsPassedOn) {
     sink.array("i", std::span<const long long>(integers));
     sink.array("f", std::span<const float>(floats));
     sink.array("s", SampleList<float>(floats));
+    sink.open("p", Form::array);
+    sink.elements(std::span<const float>(floats));
+    sink.elements(std::span<const long long>(integers));
     sink.close();
-    EXPECT_EQ(events.list,
-              (std::vector<std::string>{"o open object", "t text 0.123456789", "i integers 123456789012",
-                                        "f floats 0.5000001 2", "s floats 0.5000001 2", "close"}));
+    sink.close();
+    EXPECT_EQ(events.list, (std::vector<std::string>{
+                               "o open object", "t text 0.123456789", "i integers 123456789012",
+                               "f floats 0.5000001 2", "s floats 0.5000001 2", "p open array",
+                               "more floats 0.5000001 2", "more integers 123456789012", "close", "close"}));
 }
 
 } // namespace

@@ -13,6 +13,7 @@
 #include "failure.h"
 #include "files.h"
 #include "nearest_word.h"
+#include "open_page.h"
 #include "printable.h"
 #include "profile_columns.h"
 #include "progress.h"
@@ -36,6 +37,7 @@ struct ViewArguments {
     std::string from;
     std::string to;
     std::string samples;
+    bool opens = false;
 };
 
 // Pieces of a page, put together so that few of them are written one by one.
@@ -176,6 +178,8 @@ void view(const ViewArguments& arguments, const Console& console) {
         throw Failure(printable(error.what()));
     }
     page.commit();
+    if (arguments.opens)
+        open_page(arguments.output);
 }
 
 void define_view(CLI::App& app, Console& console) {
@@ -201,6 +205,7 @@ void define_view(CLI::App& app, Console& console) {
     app.add_option("--samples", arguments->samples,
                    "join samples above that many values, 200000000 by default; all: never")
         ->type_name("N|all");
+    app.add_flag("--open", arguments->opens, "show the page in a browser, by xdg-open");
     app.callback([arguments, &console] { view(*arguments, console); });
 }
 
