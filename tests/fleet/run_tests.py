@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Runs examples/fleet on real engines: make, GNU parallel, and Slurm with its daemons in a temporary folder.
 
-usage: run_tests.py PROGRAM [NAME...]      PROGRAM is a built zanl-profile; NAME is make, parallel or slurm
+usage: run_tests.py PROGRAM [NAME...]      PROGRAM is a built zanl-profile; NAME is queries, make, parallel or slurm
 
 Prints how many tests passed. A line "not run: ..." names what can't be tested here, and why. The exit status is 1 if a test
 failed. All processes that it has started are ended, also then.
@@ -15,6 +15,7 @@ import sys
 import tempfile
 import traceback
 
+import history_queries
 import local_engines
 import slurm_engine
 
@@ -28,6 +29,7 @@ def missing(*programs):
 
 # name: test, and why it can't run here
 TESTS = {
+    "queries": (history_queries.test_queries, lambda: ""),
     "make": (local_engines.test_make, lambda: missing("make")),
     "parallel": (local_engines.test_parallel, lambda: missing("parallel")),
     "slurm": (slurm_engine.test_slurm, lambda: missing(*slurm_engine.PROGRAMS) or slurm_engine.why_not()),
