@@ -326,13 +326,18 @@ std::variant<ProfileSummary, SummaryFault> summary_from_json(std::string text) {
     // A zero byte would end the text for the parser.
     if (const std::size_t zero = text.find('\0'); zero != std::string::npos)
         return SummaryFault{zero, "a zero byte"};
+    // RapidJSON reads all bytes of a character before it looks at them, even if the text ends in one.
+    constexpr std::size_t longest_character = 4;
+    const std::size_t size = text.size();
+    text.append(longest_character, '\0');
     rapidjson::Document document;
     // Iterative: the text may be nested as deeply as it is long.
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
                                rapidjson::kParseValidateEncodingFlag;
     document.ParseInsitu<flags>(text.data());
     if (document.HasParseError())
-        return SummaryFault{document.GetErrorOffset(), rapidjson::GetParseError_En(document.GetParseError())};
+        return SummaryFault{std::min(document.GetErrorOffset(), size),
+                            rapidjson::GetParseError_En(document.GetParseError())};
     try {
         check_head(document, text.data());
         ProfileSummary summary;
