@@ -97,7 +97,10 @@ LAYERS = [
     ("tools/zanl_profile/export", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
     (
         "tools/zanl_profile/history",
-        ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base", "tools/zanl_profile/diff", "tools/zanl_profile/summary"],
+        [
+            *["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base", "tools/zanl_profile/diff"],
+            *["tools/zanl_profile/summary", "tools/zanl_profile/view"],
+        ],
         [],
     ),
     ("tools/zanl_profile/run", ["lib/contract", *PROFILE, *TLY, "tools/zanl_profile/base"], []),
@@ -118,6 +121,15 @@ LIBRARY_HEADERS = [
 ]
 # An include with this comment, and the reason after it, may lead where the table doesn't let it.
 EXCEPTION = re.compile(r"// Against the layers: \S")
+
+# Values reach a database as bound parameters alone: a text that begins a statement is joined with nothing, printed into
+# nothing, and appended to nothing. A comment like this before it says why one may be, as where names of columns are ours.
+SQL_EXCEPTION = re.compile(r"// SQL without values: \S")
+SQL_BEGINNING = re.compile(
+    r'"(?:\(\s*)?(?:SELECT|INSERT|UPDATE|DELETE|REPLACE|CREATE|DROP|ALTER|PRAGMA|ATTACH|VACUUM|WITH|BEGIN|SAVEPOINT)\b'
+)
+JOINED = re.compile(r"\+|<<|\bappend\b|\bformat(?:_to)?\b|printf\b|\bprintable\b|\bto_string\b")
+CPP_TEXT = re.compile(r'R"\(.*?\)"|"(?:[^"\\\n]|\\.)*"', re.DOTALL)
 
 # Words that make sentences hard to follow, as they mean something else in plain technical English. A line that has one
 # is a fault if there are more than MOST_LINES of them: some are right, "behind" in a place for instance.
@@ -290,6 +302,22 @@ def wrong_layout(top, files):
         yield Fault(".clang-format", 1, f"clang-format failed: {run.stderr.strip()}")
 
 
+def joined_sql(top, files):
+    """Statements of SQL that aren't constants, outside of tests."""
+    for path in files:
+        if path.startswith(("tests/", "bench/", "fuzz/")):
+            continue
+        text = (top / path).read_text(encoding="utf-8", errors="replace")
+        # Nothing within a text ends a statement of C++; lengths stay.
+        blank = CPP_TEXT.sub(lambda match: '"' + "_" * (len(match[0]) - 2) + '"', text)
+        for match in SQL_BEGINNING.finditer(text):
+            begin = max(blank.rfind(end, 0, match.start()) for end in ";{}") + 1
+            end = blank.find(";", match.end())
+            is_excepted = SQL_EXCEPTION.search(text[:match.start()].rpartition("\n\n")[2])
+            if JOINED.search(re.sub(r"//.*", "", blank[begin:end])) and not is_excepted:
+                yield Fault(path, text.count("\n", 0, match.start()) + 1, "SQL is joined with other texts; bind values to its parameters")
+
+
 def prose_files(top):
     """Paths of files with sentences, relative to `top`, sorted."""
     files = []
@@ -331,6 +359,7 @@ def check(top):
     for rule in (wrong_directions, unit_cycles, include_cycles):
         faults += rule(includes)
     faults += wrong_layout(top, files)
+    faults += joined_sql(top, files)
     faults += unplain_words(top)
     faults += missing_licences(top)
     return sorted(set(faults))

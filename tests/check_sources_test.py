@@ -241,6 +241,27 @@ class CheckSources(unittest.TestCase):
             [],
         )
 
+    def test_sql_with_values_in_its_text(self):
+        fault = "SQL is joined with other texts; bind values to its parameters"
+        code = {
+            1: 'database.execute("DELETE FROM run WHERE id = \'" + id + "\'");\n',
+            2: 'std::string sql =\n    "SELECT " + name;\n',
+            4: 'auto sql = fmt::format("INSERT INTO t VALUES ({})", value);\n',
+            5: 'sql += "UPDATE t";\n',
+            6: 'Statement find(database, R"(\nSELECT a FROM t WHERE b = )" + value);\n',
+        }
+        found = [one for one in self.faults({"profile/database/a.cpp": "".join(code.values())}) if one.endswith(fault)]
+        self.assertEqual(found, [f"profile/database/a.cpp:{line}: {fault}" for line in (1, 3, 4, 5, 6)])
+
+    def test_sql_of_constants_is_fine(self):
+        found = self.faults({
+            "profile/database/a.cpp": 'Statement find(database, "SELECT a FROM t "\n                         "WHERE b = ? + 1; DROP");\n'
+            'int b = 1 + 2;\nsum += b;\ntext += "SELECTED";\n',
+            "profile/export/b.cpp": '// SQL without values: the names are those of our tables.\nsql = "INSERT INTO " + name;\n',
+            "tests/profile/c.cpp": 'sql = "SELECT " + name;\n',
+        })
+        self.assertEqual([one for one in found if "SQL" in one], [])
+
     def test_a_layout_that_clang_format_would_change(self):
         self.assertEqual(
             self.faults({"tly/base/a.cpp": "int a;\nint   b;\nint   c;\n"}),

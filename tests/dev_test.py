@@ -65,7 +65,7 @@ class Dev(unittest.TestCase):
         self.assertEqual(self.dev("need")[0], 2)
 
     def test_test_refuses_what_it_does_not_know(self):
-        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, --again or nothing, not 'release'\n"))
+        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, walks, fleet, --again or nothing, not 'release'\n"))
 
     def test_fuzz_names_the_fuzzers_that_there_are(self):
         for name in ((), ("none",)):
@@ -171,6 +171,16 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertIn("--preset release ", self.calls_of("ctest")[0])
         self.assertIn(" --label-exclude thorough", self.calls_of("ctest")[0])
         self.assertEqual([call.split()[1] for call in self.calls_of("python3")], ["tests/check_sources.py"])
+
+    def test_the_walks_are_a_step_of_their_own(self):
+        self.builds_on_stand_ins()
+        self.stand_in("python3", "echo 9 tests of 3 walks passed")
+        status, out, err = self.dev("test", "walks")
+        self.assertEqual((status, err), (0, ""))
+        self.assertRegex(out, r"^sources +ok\nwalks +9 tests of 3 walks passed\n$")
+        self.assertEqual([call.split()[1] for call in self.calls_of("python3")],
+                         ["tests/check_sources.py", "tests/walks/run_walks.py"])
+        self.assertEqual(self.calls_of("cmake"), [])
 
     def viewer_runs_on_stand_ins(self, lines):
         """A copy of the script, with tests of the viewer that print these lines, and nothing of what they need."""

@@ -4,9 +4,7 @@
 import os
 import pathlib
 import re
-import shutil
-import subprocess
-import sys
+import runpy
 import tempfile
 import textwrap
 import unittest
@@ -45,15 +43,22 @@ def source_words():
     return words
 
 
+def files_of_walks():
+    """The paths of the files that walks add to the tree."""
+    patches = (TOP / "tests" / "walks").glob("*.patch")
+    return {path for patch in patches for path in re.findall(r"^--- /dev/null\n\+\+\+ b/(\S+)$", patch.read_text(), re.MULTILINE)}
+
+
 def missing_names(page, words):
     """Names in backticks on a page that are no path of the tree, or no word of its sources.
 
     A path has a slash or the ending of a file, and may have wildcards. In a name, `...` stands for any letters. What is
-    made by a build, and text with blanks, is not looked at.
+    made by a build or a walk, and text with blanks, is not looked at.
     """
+    made = files_of_walks()
     text = re.sub(r"^    .*$", "", page.read_text(), flags=re.MULTILINE)
     for name in re.findall(r"`([^`\n]+)`", text):
-        if " " in name or name.startswith(("build/", "/", "-")):
+        if " " in name or name.startswith(("build/", "/", "-")) or name in made:
             continue
         if re.search(r"/|\.(cpp|h|md|py|txt|case|json)$|^\.clang", name):
             if not list(TOP.glob(name.rstrip("/"))) and ("/" in name or not list(TOP.glob(f"*/**/{name}"))):
@@ -78,11 +83,26 @@ class Docs(unittest.TestCase):
                         self.assertIn(anchor, anchors(file))
 
     def test_a_stale_output_is_renewed_and_nothing_else(self):
-        sys.path.insert(0, str(TOP / "docs"))
-        import make_outputs
+        renewed = runpy.run_path(str(TOP / "docs" / "refresh"))["renewed"]
         page = "Text.\n\n<!-- output -->\n\n    $ echo a; echo; echo b\n    a\n\n    b\n\nMore.\n\n    $ echo c\n    d\n"
         for shown in (page, page.replace("    b", "    stale\n\n    lines")):
-            self.assertEqual(make_outputs.renewed(shown, TOP, os.environ), page)
+            self.assertEqual(renewed(shown, TOP, os.environ), page)
+
+    def test_an_example_that_fails_is_found(self):
+        failed_examples = runpy.run_path(str(TOP / "docs" / "refresh"))["failed_examples"]
+        page = ("<!-- run -->\n\n    false\n    true\n\nText.\n\n<!-- run -->\n\n    echo a >f\n\n    cat f\n\n"
+                "<!-- sql a.db -->\n\n    CREATE TABLE t (x);\n\nText.\n\n<!-- sql a.db -->\n\n    SELECT y FROM t;\n")
+        with tempfile.TemporaryDirectory() as folder:
+            failed = list(failed_examples(page, pathlib.Path(folder), os.environ))
+        self.assertEqual(failed, ["false\ntrue\n", "SELECT y FROM t;\nno such column: y\n"])
+
+    def test_outputs_on_pages_are_those_that_are_renewed(self):
+        for page in [TOP / "README.md", *(TOP / "docs").glob("*.md")]:
+            for before, block in re.findall(r"(.*)\n\n((?:    .*\n|\n(?=    ))+)", page.read_text()):
+                lines = textwrap.dedent(block).splitlines()
+                if lines[0].startswith("$ ") and not all(line.startswith("$ ") for line in lines):
+                    with self.subTest(page=str(page.relative_to(TOP)), block=lines[0]):
+                        self.assertEqual(before, "<!-- output -->")
 
     def test_the_piece_of_a_report_in_the_readme_is_in_the_report_of_the_sample(self):
         piece = next(block for block in blocks((TOP / "README.md").read_text()) if '"bandwidth_samples"' in block)
@@ -132,6 +152,15 @@ class Docs(unittest.TestCase):
         for page in ("ARCHITECTURE.md", "CONTRIBUTING.md", "tests/COVERAGE.md"):
             with self.subTest(page=page):
                 self.assertEqual(list(missing_names(TOP / page, words)), [])
+
+    def test_the_table_of_folders_has_each_folder_of_sources(self):
+        page = (TOP / "ARCHITECTURE.md").read_text()
+        table = page[page.index("\n| folder | content |"):page.index("\n## What must hold")]
+        named = {name for row in re.findall(r"^\|([^|]*)\|", table, re.MULTILINE) for name in re.findall(r"`([^`]+)`", row)}
+        sources = [path for top in ("lib", "src", "zan_profiler", "tly", "profile", "tools")
+                   for path in (TOP / top).rglob("*.cpp")]
+        folders = {path.parent.relative_to(TOP).as_posix() for path in sources}
+        self.assertEqual(folders - named, set())
 
     def test_a_name_that_is_missing_is_found(self):
         with tempfile.TemporaryDirectory() as folder:

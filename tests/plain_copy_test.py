@@ -5,29 +5,15 @@ The copy and its build are kept under build/plain_copy, so that a second run bui
 """
 
 import pathlib
-import shutil
 import subprocess
 import tempfile
 import unittest
 
+from source_copy import update_copy
+
 TOP = pathlib.Path(__file__).resolve().parent.parent
 FOLDER = TOP / "build" / "plain_copy"
 SAMPLE = pathlib.PurePath("samples") / "vector_add"
-NOT_COPIED = {".git", "build"}
-
-
-def update_copy(source, target):
-    """Makes `target` the same as `source`; files that are the same already keep their times."""
-    target.mkdir(parents=True, exist_ok=True)
-    names = {path.name for path in source.iterdir()} - NOT_COPIED
-    for path in target.iterdir():
-        if path.name not in names:
-            shutil.rmtree(path) if path.is_dir() and not path.is_symlink() else path.unlink()
-    for name in names:
-        if (source / name).is_dir():
-            update_copy(source / name, target / name)
-        elif not (target / name).is_file() or (source / name).read_bytes() != (target / name).read_bytes():
-            shutil.copy2(source / name, target / name)
 
 
 def run(*command, **options):

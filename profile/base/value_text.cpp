@@ -44,16 +44,16 @@ int decimals_for(double value, int digits) {
     return decimals;
 }
 
-struct TimeUnit {
+struct PrintedUnit {
     double nanoseconds;
     const char* name;
 };
-constexpr TimeUnit time_units[] = {{1, "ns"}, {1e3, "us"}, {1e6, "ms"}, {1e9, "s"}};
+constexpr PrintedUnit time_units[] = {{1, "ns"}, {1e3, "us"}, {1e6, "ms"}, {1e9, "s"}};
 
 std::string time_of_digits(double nanoseconds, int digits) {
     if (!std::isfinite(nanoseconds))
         return "-";
-    const TimeUnit* unit = time_units;
+    const PrintedUnit* unit = time_units;
     while (unit + 1 != std::end(time_units) && std::abs(nanoseconds) / unit->nanoseconds >= 999.5)
         unit++;
     const double value = nanoseconds / unit->nanoseconds;

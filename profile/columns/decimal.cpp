@@ -14,7 +14,7 @@ namespace zan::profile {
 
 namespace {
 
-constexpr auto powers_of_ten() {
+constexpr auto make_powers() {
     std::array<std::int64_t, 19> result{};
     std::int64_t power = 1;
     for (std::size_t i = 0; i < result.size(); ++i) {
@@ -23,7 +23,7 @@ constexpr auto powers_of_ten() {
     }
     return result;
 }
-constexpr auto powers = powers_of_ten();
+constexpr auto powers = make_powers();
 
 // A text of digits with at most one point, and an exponent: "1.234568e+07".
 struct Scientific {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kernel_label.h"
 #include "matching.h"
 
 namespace zan::profile {
@@ -18,10 +19,6 @@ Verdict verdict_of(Better better, double before, double after) {
     if (better == Better::neither)
         return Verdict::neither;
     return (after > before) == (better == Better::more) ? Verdict::better : Verdict::worse;
-}
-
-std::string kernel_label(const KernelSummary& kernel) {
-    return kernel.compute_unit == 0 ? kernel.name : kernel.name + "#" + std::to_string(kernel.compute_unit);
 }
 
 // Empty if it isn't known.

@@ -3,6 +3,9 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace zan::profile {
 
 void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
@@ -121,6 +124,36 @@ void Database::wait_for_locks(int milliseconds) {
 
 std::int64_t Database::num_changed() const {
     return sqlite3_changes64(m_database.get());
+}
+
+Database Database::copy_in_memory() {
+    Database copy(":memory:", OpenMode::create);
+    sqlite3_backup* const backup = sqlite3_backup_init(copy.get(), "main", get(), "main");
+    if (!backup)
+        copy.fail(sqlite3_errcode(copy.get()));
+    const int code = sqlite3_backup_step(backup, -1);
+    sqlite3_backup_finish(backup); // which takes a locked file for no fault
+    if (code != SQLITE_DONE)
+        throw DatabaseError(code, sqlite3_errstr(code));
+    return copy;
+}
+
+void Database::read_file(const std::function<void(std::string_view)>& take) {
+    constexpr sqlite3_int64 piece = sqlite3_int64{1} << 18;
+    sqlite3_file* file = nullptr;
+    const auto check = [](int code) {
+        if (code != SQLITE_OK)
+            throw DatabaseError(code, sqlite3_errstr(code));
+    };
+    check(sqlite3_file_control(get(), "main", SQLITE_FCNTL_FILE_POINTER, &file));
+    sqlite3_int64 size = 0;
+    check(file->pMethods->xFileSize(file, &size));
+    std::vector<char> bytes(static_cast<std::size_t>(std::min(size, piece)));
+    for (sqlite3_int64 at = 0; at < size; at += piece) {
+        const sqlite3_int64 length = std::min(size - at, piece);
+        check(file->pMethods->xRead(file, bytes.data(), static_cast<int>(length), at));
+        take({bytes.data(), static_cast<std::size_t>(length)});
+    }
 }
 
 } // namespace zan::profile

@@ -7,9 +7,11 @@ namespace zan::profile {
 
 namespace {
 
-// The file is made anew, and has its name only when it is whole: nothing has to be rolled back.
+// The file is made anew, and has its name only when it is whole: nothing has to be rolled back. A journal in
+// memory is the least that a database takes whose schema is protected; it has the pages from before the
+// transaction, and there are none.
 constexpr const char* settings =
-    "PRAGMA page_size = 16384; PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF; "
+    "PRAGMA page_size = 16384; PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; "
     "PRAGMA locking_mode = EXCLUSIVE; PRAGMA cache_size = -8192;";
 
 constexpr const char* views = R"(
@@ -43,6 +45,7 @@ constexpr std::size_t common_cells = 4;
 constexpr std::size_t cells_of_row = 3;
 
 // Parameters 1 to 4 are common to all rows; each row has three more.
+// SQL without values: the names are those of our tables.
 std::string insert_samples_sql(ExportTable table, std::size_t num_rows) {
     std::string sql = "INSERT INTO " + layout_of(table).name + " VALUES ";
     for (std::size_t row = 0; row < num_rows; ++row) {
@@ -64,6 +67,7 @@ void bind_sample(Statement& insert, std::size_t row, const SampleSeries& series,
     chunk.known[i] ? insert.bind(value, chunk.value(i)) : insert.bind_null(value);
 }
 
+// SQL without values: as above.
 std::string insert_sql(const TableLayout& layout) {
     std::string sql = "INSERT INTO " + layout.name + " VALUES (";
     for (std::size_t i = 0; i < layout.columns.size(); ++i)
@@ -84,6 +88,7 @@ Database new_database(const std::string& path) {
 
 std::string export_schema_sql() {
     std::string sql;
+    // SQL without values: the names are those of our tables.
     for (const TableLayout& layout : export_layouts()) {
         sql += "CREATE TABLE " + layout.name + " (";
         for (const ExportColumn& column : layout.columns)

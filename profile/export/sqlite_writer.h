@@ -13,8 +13,8 @@
 
 namespace zan::profile {
 
-// Writes the tables, with indices and views. There is no journal, so a file is whole only after finish(). All
-// functions throw DatabaseError.
+// Writes the tables, with indices and views. No journal is written, so a file is whole only after finish().
+// All functions throw DatabaseError.
 class SqliteWriter final : public ExportWriter, private RowWriter {
   public:
     // `path` is a file that is empty or isn't there.

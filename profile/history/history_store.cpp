@@ -6,33 +6,20 @@
 
 #include <fcntl.h>
 #include <unistd.h>
-#include <xxhash.h>
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
-#include <iterator>
 #include <utility>
 
+#include "history_schema.h"
+#include "run_values.h"
+#include "summary_fields.h"
 #include "summary_json.h"
 #include "value_text.h"
 
 namespace zan::profile {
 
 namespace {
-
-constexpr const char* history_tables = R"(
-CREATE TABLE run (
-  number INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, date TEXT NOT NULL, input TEXT NOT NULL,
-  summary TEXT NOT NULL
-) STRICT;
-CREATE INDEX run_of_date ON run (date, number);
-CREATE TABLE label (
-  run INTEGER NOT NULL REFERENCES run, name TEXT NOT NULL, value TEXT NOT NULL,
-  PRIMARY KEY (run, name)
-) STRICT, WITHOUT ROWID;
-CREATE INDEX label_of_value ON label (name, value, run);
-)";
 
 // Results of SQLite, whose header only the database's own source includes.
 constexpr int result_busy = 5;
@@ -84,19 +71,25 @@ bool has_digits(const std::string& text, std::string_view pattern) {
                       [](char c, char p) { return p == '0' ? c >= '0' && c <= '9' : c == p; });
 }
 
-} // namespace
+constexpr const char* labels_sql = "SELECT name, value FROM label WHERE run = ? ORDER BY name";
 
-std::string run_id_of(const ProfileSummary& summary) {
-    ProfileSummary canonical = summary;
-    canonical.input.clear();
-    canonical.program_version.clear();
-    const std::string text = summary_to_json(canonical);
-    const XXH128_hash_t hash = XXH3_128bits(text.data(), text.size());
-    char digits[33];
-    std::snprintf(digits, sizeof digits, "%016llx%016llx", static_cast<unsigned long long>(hash.high64),
-                  static_cast<unsigned long long>(hash.low64));
-    return digits;
+// `query` is of labels_sql.
+Labels labels_of_run(Statement& query, std::int64_t run) {
+    Labels labels;
+    query.bind(1, run);
+    while (query.step())
+        labels[query.text(0)] = query.text(1);
+    return labels;
 }
+
+bool has_labels(const HistoryRun& run, const Labels& where) {
+    return std::all_of(where.begin(), where.end(), [&](const auto& label) {
+        const auto found = run.labels.find(label.first);
+        return found != run.labels.end() && found->second == label.second;
+    });
+}
+
+} // namespace
 
 Labels labels_of(const ProfileSummary& summary) {
     std::string devices;
@@ -138,11 +131,13 @@ auto HistoryStore::guarded(Work work) {
     }
 }
 
-HistoryStore::HistoryStore(const std::string& path, OpenMode mode, int wait_milliseconds)
+HistoryStore::HistoryStore(const std::string& path, OpenMode mode, const CopyKeeper& keep_copy,
+                           int wait_milliseconds)
     : m_path(path), m_database([&] {
           try {
-              // Readers, too, roll back what a killed writer has left.
-              return Database(path, mode == OpenMode::create ? OpenMode::create : OpenMode::write);
+              // Readers, too, roll back what a killed writer has left. To SQLite ":memory:" is no file.
+              return Database(path.starts_with(":") ? "./" + path : path,
+                              mode == OpenMode::create ? OpenMode::create : OpenMode::write);
           } catch (const DatabaseError& error) {
               throw HistoryFault(path + ": " + error.what());
           }
@@ -150,7 +145,7 @@ HistoryStore::HistoryStore(const std::string& path, OpenMode mode, int wait_mill
     guarded([&] {
         m_database.wait_for_locks(wait_milliseconds);
         m_database.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
-        prepare(mode);
+        prepare(mode, keep_copy);
     });
 }
 
@@ -166,32 +161,48 @@ void HistoryStore::explain(const DatabaseError& error) const {
     throw HistoryFault(m_path + ": " + text);
 }
 
-// Reads before it writes: a file of others stays as it is.
-void HistoryStore::prepare(OpenMode mode) {
-    const auto version = [&] {
-        const std::int64_t application = m_database.number("PRAGMA application_id");
-        const bool is_empty = m_database.number("SELECT count(*) FROM sqlite_schema") == 0;
-        if (application == 0 && is_empty)
-            return std::int64_t{0};
-        if (application != application_id)
-            throw HistoryFault(m_path + ": it is no history, but a database of another program");
-        const std::int64_t found = m_database.number("PRAGMA user_version");
-        if (found > schema_version)
-            throw HistoryFault(m_path + ": it has version " + std::to_string(found) +
-                               " of the schema, and this program knows " + std::to_string(schema_version) +
-                               "; use a newer program");
-        return found;
-    };
-    if (version() != 0)
+// 0 for an empty file.
+std::int64_t HistoryStore::version() {
+    const std::int64_t application = m_database.number("PRAGMA application_id");
+    if (application == 0 && m_database.number("SELECT count(*) FROM sqlite_schema") == 0)
+        return 0;
+    if (application != history_application)
+        throw HistoryFault(m_path + ": it is no history, but a database of another program");
+    const std::int64_t found = m_database.number("PRAGMA user_version");
+    if (found < 1)
+        throw HistoryFault(m_path + ": it is damaged: it has version " + std::to_string(found) +
+                           " of the schema");
+    if (found > history_version)
+        throw HistoryFault(m_path + ": it has version " + std::to_string(found) +
+                           " of the schema, and this program knows " + std::to_string(history_version) +
+                           "; use a newer program");
+    if (!has_tables_of(m_database, found))
+        throw HistoryFault(m_path + ": it is damaged: its tables aren't those of a history");
+    return found;
+}
+
+// Reads before it writes: a file of others stays as it is. Readers of an older version make a newer one of it
+// in memory.
+void HistoryStore::prepare(OpenMode mode, const CopyKeeper& keep_copy) {
+    const std::int64_t found = version();
+    if (found == history_version)
         return;
-    if (mode != OpenMode::create)
+    if (found == 0 && mode != OpenMode::create)
         throw HistoryFault(m_path + ": it is no history: it is empty");
-    Transaction transaction(m_database);
-    if (version() != 0) // another writer was faster
+    if (mode == OpenMode::read) {
+        m_database = m_database.copy_in_memory();
+        bring_up_to_date(m_database, found);
         return;
-    m_database.execute(history_tables);
-    m_database.execute("PRAGMA application_id = " + std::to_string(application_id));
-    m_database.execute("PRAGMA user_version = " + std::to_string(schema_version));
+    }
+    Transaction transaction(m_database);
+    const std::int64_t now = version();
+    if (now == history_version) // another writer was faster
+        return;
+    if (now != 0 && !keep_copy)
+        throw HistoryFault(m_path + ": it has version " + std::to_string(now) + " of the schema");
+    if (now != 0)
+        keep_copy(m_path + ".bak", [&](const BytesTaker& take) { m_database.read_file(take); });
+    bring_up_to_date(m_database, now);
     transaction.commit();
 }
 
@@ -199,14 +210,15 @@ std::vector<Added> HistoryStore::add(std::span<const HistoryEntry> entries) {
     return guarded([&] {
         std::vector<Added> added;
         Transaction transaction(m_database);
+        RunValues values(m_database);
         for (const HistoryEntry& entry : entries)
-            added.push_back(add_one(entry));
+            added.push_back(add_one(entry, values));
         transaction.commit();
         return added;
     });
 }
 
-Added HistoryStore::add_one(const HistoryEntry& entry) {
+Added HistoryStore::add_one(const HistoryEntry& entry, RunValues& values) {
     const std::string id = run_id_of(entry.summary);
     const std::string json = summary_to_json(entry.summary);
     Statement insert(m_database,
@@ -218,6 +230,8 @@ Added HistoryStore::add_one(const HistoryEntry& entry) {
     Statement number(m_database, "SELECT number FROM run WHERE id = ?");
     number.bind(1, std::string_view(id)).step();
     const std::int64_t run = number.integer(0);
+    if (is_new)
+        values.add(run, entry.summary);
     Labels labels = is_new ? labels_of(entry.summary) : Labels();
     for (const auto& [name, value] : entry.labels)
         labels[name] = value;
@@ -238,53 +252,67 @@ Added HistoryStore::add_one(const HistoryEntry& entry) {
 std::vector<HistoryRun> HistoryStore::list(const Labels& where) {
     return guarded([&] {
         std::vector<HistoryRun> runs;
-        Statement labels(m_database, "SELECT name, value FROM label WHERE run = ? ORDER BY name");
+        Statement labels(m_database, labels_sql);
         Statement query(m_database, "SELECT number, id, date, input FROM run ORDER BY date, number");
         while (query.step()) {
             HistoryRun run{query.integer(0), query.text(1), query.text(2), query.text(3), {}};
-            labels.bind(1, run.number);
-            while (labels.step())
-                run.labels[labels.text(0)] = labels.text(1);
-            const auto has = [&](const auto& label) {
-                const auto found = run.labels.find(label.first);
-                return found != run.labels.end() && found->second == label.second;
-            };
-            if (std::all_of(where.begin(), where.end(), has))
+            run.labels = labels_of_run(labels, run.number);
+            if (has_labels(run, where))
                 runs.push_back(std::move(run));
         }
         return runs;
     });
 }
 
-HistoryRun HistoryStore::newest(std::span<const HistoryRun> runs, std::size_t back,
-                                const std::string& name) const {
-    if (back >= runs.size())
+// One run is looked for without a look at the others: a history may have very many.
+HistoryRun HistoryStore::first_of(Statement& query, const std::string& name) {
+    if (!query.step())
         throw HistoryFault(m_path + ": there is no run '" + name + "'", true);
-    return runs[runs.size() - 1 - back];
+    HistoryRun run{query.integer(0), query.text(1), query.text(2), query.text(3), {}};
+    Statement labels(m_database, labels_sql);
+    run.labels = labels_of_run(labels, run.number);
+    return run;
 }
 
 HistoryRun HistoryStore::find(const std::string& name) {
-    const std::size_t equals = name.find('=');
-    if (equals != std::string::npos)
-        return newest(list({{name.substr(0, equals), name.substr(equals + 1)}}), 0, name);
-    const std::vector<HistoryRun> runs = list();
-    constexpr std::string_view last = "last~";
-    if (name == "last")
-        return newest(runs, 0, name);
-    if (name.starts_with(last)) {
-        std::size_t back = 0;
-        const char* const end = name.data() + name.size();
-        const auto read = std::from_chars(name.data() + last.size(), end, back);
-        if (read.ec == std::errc() && read.ptr == end)
-            return newest(runs, back, name);
-    }
-    std::vector<HistoryRun> found;
-    std::copy_if(runs.begin(), runs.end(), std::back_inserter(found),
-                 [&](const HistoryRun& run) { return !name.empty() && run.id.starts_with(name); });
-    if (found.size() > 1)
-        throw HistoryFault(m_path + ": " + std::to_string(found.size()) + " runs begin with '" + name + "'",
-                           true);
-    return newest(found, 0, name);
+    return guarded([&] {
+        constexpr std::string_view last = "last~";
+        std::int64_t back = name == "last" ? 0 : -1;
+        if (name.starts_with(last)) {
+            const char* const end = name.data() + name.size();
+            const auto read = std::from_chars(name.data() + last.size(), end, back);
+            back = read.ec == std::errc() && read.ptr == end ? back : -1;
+        }
+        if (back >= 0) {
+            Statement query(m_database,
+                            "SELECT number, id, date, input FROM run "
+                            "ORDER BY date DESC, number DESC LIMIT 1 OFFSET ?");
+            return first_of(query.bind(1, back), name);
+        }
+        const std::size_t equals = name.find('=');
+        if (equals != std::string::npos) {
+            Statement query(m_database,
+                            "SELECT r.number, r.id, r.date, r.input FROM label l "
+                            "JOIN run r ON r.number = l.run WHERE l.name = ? AND l.value = ? "
+                            "ORDER BY r.date DESC, r.number DESC");
+            query.bind(1, std::string_view(name).substr(0, equals));
+            return first_of(query.bind(2, std::string_view(name).substr(equals + 1)), name);
+        }
+        return find_by_id(name);
+    });
+}
+
+// Digits are hexadecimal: all ids that begin with the name stand before the name with a 'g'.
+HistoryRun HistoryStore::find_by_id(const std::string& name) {
+    Statement count(m_database, "SELECT count(*) FROM run WHERE id >= ?1 AND id < ?1 || 'g'");
+    count.bind(1, std::string_view(name)).step();
+    if (!name.empty() && count.integer(0) > 1)
+        throw HistoryFault(
+            m_path + ": " + std::to_string(count.integer(0)) + " runs begin with '" + name + "'", true);
+    Statement query(m_database,
+                    "SELECT number, id, date, input FROM run "
+                    "WHERE ?1 <> '' AND id >= ?1 AND id < ?1 || 'g'");
+    return first_of(query.bind(1, std::string_view(name)), name);
 }
 
 ProfileSummary HistoryStore::summary(const HistoryRun& run) {
@@ -303,8 +331,69 @@ void HistoryStore::remove(const HistoryRun& run) {
     guarded([&] {
         Transaction transaction(m_database);
         Statement(m_database, "DELETE FROM label WHERE run = ?").bind(1, run.number).run();
+        // Series by series, as their keys begin with it.
+        Statement(m_database, "DELETE FROM value WHERE run = ? AND series IN (SELECT number FROM series)")
+            .bind(1, run.number)
+            .run();
         Statement(m_database, "DELETE FROM run WHERE number = ?").bind(1, run.number).run();
         transaction.commit();
+    });
+}
+
+std::optional<std::int64_t> HistoryStore::series_of(const TrendQuery& query, bool time_unit) {
+    Statement find(m_database,
+                   "SELECT number FROM series WHERE scope = ? AND kernel = ? AND name = ? AND metric = ?");
+    const MetricRow& row = row_of(query.metric);
+    const std::string metric = std::string(row.name) + unit_suffix(row.unit, time_unit);
+    find.bind(1, name_of_scope(row.scope)).bind(2, std::string_view(query.kernel));
+    find.bind(3, std::string_view(query.block)).bind(4, std::string_view(metric));
+    return find.step() ? std::optional(find.integer(0)) : std::nullopt;
+}
+
+// Newest first, so that only as many runs are read as are asked for.
+TrendLine HistoryStore::trend(const TrendQuery& query) {
+    return guarded([&] {
+        TrendLine line;
+        auto series = series_of(query, true);
+        if (!series && row_of(query.metric).unit == MetricUnit::time) {
+            series = series_of(query, false);
+            line.time_unit = false;
+        }
+        if (!series)
+            return line;
+        Statement labels(m_database, labels_sql);
+        Statement runs(
+            m_database,
+            "SELECT r.number, r.id, r.date, r.input, v.value FROM run r "
+            "LEFT JOIN value v ON v.series = ? AND v.run = r.number ORDER BY r.date DESC, r.number DESC");
+        runs.bind(1, *series);
+        while (line.points.size() < query.most.value_or(line.points.size() + 1) && runs.step()) {
+            HistoryRun run{runs.integer(0), runs.text(1), runs.text(2), runs.text(3), {}};
+            run.labels = labels_of_run(labels, run.number);
+            if (!has_labels(run, query.where))
+                continue;
+            if (!runs.is_null(4))
+                line.points.push_back({std::move(run), runs.real(4)});
+            else if (line.points.empty() && line.newest_without.empty())
+                line.newest_without = run.id;
+        }
+        std::reverse(line.points.begin(), line.points.end());
+        return line;
+    });
+}
+
+std::vector<std::string> HistoryStore::names(const std::string& kernel) {
+    return guarded([&] {
+        Statement query(m_database,
+                        kernel.empty()
+                            ? "SELECT DISTINCT kernel FROM series WHERE scope = 'kernel'"
+                            : "SELECT DISTINCT name FROM series WHERE scope = 'block' AND kernel = ?");
+        if (!kernel.empty())
+            query.bind(1, std::string_view(kernel));
+        std::vector<std::string> names;
+        while (query.step())
+            names.push_back(query.text(0));
+        return names;
     });
 }
 

@@ -3,17 +3,22 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "profile_summary.h"
+#include "run_id.h"
 #include "sqlite_database.h"
 
 namespace zan::profile {
+
+class RunValues;
 
 using Labels = std::map<std::string, std::string>;
 
@@ -33,6 +38,27 @@ struct HistoryEntry {
     Labels labels; // beside those that the summary makes
 };
 
+// A metric of a kernel, or of a block of it, over runs.
+struct TrendQuery {
+    std::string kernel; // "aggregate", "aggregate#1"
+    std::string block;  // empty: the kernel's own
+    Metric metric = Metric::kernel_time;
+    Labels where;                    // only runs with these labels
+    std::optional<std::size_t> most; // that many of the newest runs
+};
+
+struct TrendPoint {
+    HistoryRun run;
+    double value = 0;
+};
+
+// Runs without the value are left out: not measured, or of a design without the kernel.
+struct TrendLine {
+    std::vector<TrendPoint> points; // oldest first
+    bool time_unit = true;          // times are in nanoseconds, else in units of the reports
+    std::string newest_without;     // the id of the newest run, if that one was left out
+};
+
 enum class Added { is_new, got_labels, was_there };
 
 // Why a database can't be used, or has no such run, in words. `is_missing` is true for the latter.
@@ -46,22 +72,25 @@ class HistoryFault : public std::runtime_error {
     bool m_is_missing;
 };
 
-// XXH3-128 of the metrics, as 32 digits: the same for one run, whatever its files are called, and whichever
-// version of the program has read it.
-std::string run_id_of(const ProfileSummary& summary);
 // What a summary says of where and with what it ran: package, board, clock, device.
 Labels labels_of(const ProfileSummary& summary);
 // Nothing if it is YYYY-MM-DD, or that with THH:MM:SS; else why it isn't.
 std::optional<std::string> date_fault(const std::string& date);
 
+// Keeps a copy of a file: `write` hands over its bytes, piece by piece. Throws if it can't: the file then
+// stays as it is.
+using BytesTaker = std::function<void(std::string_view bytes)>;
+using CopyKeeper =
+    std::function<void(const std::string& name, const std::function<void(const BytesTaker& take)>& write)>;
+
 // An open history. All functions throw HistoryFault; a change is there as a whole or not at all.
 class HistoryStore {
   public:
-    static constexpr int schema_version = 1;
-    static constexpr int application_id = 0x5A50'4849; // in the header of the file: "ZPHI"
-
-    // For OpenMode::create a missing or empty file becomes a history. `wait_milliseconds`: for other writers.
-    HistoryStore(const std::string& path, OpenMode mode, int wait_milliseconds = 30'000);
+    // For OpenMode::create a missing or empty file becomes a history. A file of an older version of the
+    // schema is brought up to date, after `keep_copy` has kept it as "PATH.bak"; in memory for
+    // OpenMode::read. `wait_milliseconds`: for other writers.
+    HistoryStore(const std::string& path, OpenMode mode, const CopyKeeper& keep_copy = {},
+                 int wait_milliseconds = 30'000);
 
     // Adds the runs, all at once. A run that is there gets the labels that it doesn't have; a label that it
     // has keeps its value unless it is given anew.
@@ -72,11 +101,17 @@ class HistoryStore {
     HistoryRun find(const std::string& name);
     ProfileSummary summary(const HistoryRun& run);
     void remove(const HistoryRun& run);
+    TrendLine trend(const TrendQuery& query);
+    // Kernels, or, with a kernel, its blocks, that some run had.
+    std::vector<std::string> names(const std::string& kernel = {});
 
   private:
-    void prepare(OpenMode mode);
-    Added add_one(const HistoryEntry& entry);
-    HistoryRun newest(std::span<const HistoryRun> runs, std::size_t back, const std::string& name) const;
+    std::optional<std::int64_t> series_of(const TrendQuery& query, bool time_unit);
+    std::int64_t version();
+    void prepare(OpenMode mode, const CopyKeeper& keep_copy);
+    Added add_one(const HistoryEntry& entry, RunValues& values);
+    HistoryRun first_of(Statement& query, const std::string& name);
+    HistoryRun find_by_id(const std::string& name);
     [[noreturn]] void explain(const DatabaseError& error) const;
     template <class Work>
     auto guarded(Work work);

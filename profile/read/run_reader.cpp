@@ -16,9 +16,11 @@
 #include "document.h"
 #include "input_names.h"
 #include "line_reader.h"
+#include "lost_section.h"
 #include "message_faults.h"
 #include "monitor_reader.h"
 #include "package_sections.h"
+#include "profile_model.h"
 #include "profiler_import.h"
 #include "run_input.h"
 #include "tree_nodes.h"
@@ -44,10 +46,8 @@ class RunFaults final : public MessageReceiver {
         : m_package(package), m_capture(capture), m_faults(faults) {}
 
     void take(Message message, const MessageDetails& details) override {
-        if (m_counters_only && message != Message::bad_counter)
-            return;
         const std::optional<MessageFault> meaning = fault_of(message, details);
-        if (!meaning)
+        if (!meaning || take_lost_section(*meaning) || (m_counters_only && message != Message::bad_counter))
             return;
         Fault fault = meaning->place == FaultPlace::package ? of_section(meaning->section) : of_capture();
         if (meaning->place == FaultPlace::capture_line)
@@ -82,6 +82,11 @@ class RunFaults final : public MessageReceiver {
     Fault of_section(std::string_view section) const { return {.file = m_package, .section = section}; }
     FaultReceiver& receiver() { return m_faults; }
 
+    // The stages read from the package at this path.
+    void begin_package(const std::string& path) { m_path = path; }
+    // A section is in the package and could not be read, so the run has to end.
+    bool has_lost_section() const { return m_has_lost_section; }
+
     void begin_line(std::string_view text) {
         m_line = text;
         ++m_line_number;
@@ -95,6 +100,19 @@ class RunFaults final : public MessageReceiver {
     std::uint64_t num_left_out() const { return m_num_left_out; }
 
   private:
+    // Whether the fault is a section that isn't missing, as the stage has it, but could not be read.
+    bool take_lost_section(const MessageFault& meaning) {
+        if (meaning.kind != FaultKind::section_missing && meaning.kind != FaultKind::no_description)
+            return false;
+        const SectionLoss loss = loss_of(m_path, meaning.section);
+        if (loss == SectionLoss::cut)
+            take(FaultKind::section_unreadable, of_section(meaning.section),
+                 "the section's bytes are not in the file");
+        else if (loss == SectionLoss::unreadable)
+            take(FaultKind::package_unreadable, of_section(meaning.section), "the section can't be read");
+        m_has_lost_section = m_has_lost_section || loss != SectionLoss::absent;
+        return loss != SectionLoss::absent;
+    }
     void set_line(Fault& fault) const {
         fault.line = m_line_number;
         fault.line_text = m_line;
@@ -107,6 +125,8 @@ class RunFaults final : public MessageReceiver {
     std::uint64_t m_line_number = 0;
     std::uint64_t m_num_left_out = 0;
     bool m_counters_only = false;
+    std::string m_path;
+    bool m_has_lost_section = false;
 };
 
 // The nodes of one reading of the capture.
@@ -139,6 +159,7 @@ class UnitRun {
   public:
     UnitRun(const RunInput& package, RunFaults& faults, int compute_unit)
         : m_package(package.path().c_str()), m_faults(faults) {
+        m_faults.begin_package(package.path());
         TlyModuleInst::forget_functions();
         m_model.compute_unit = compute_unit;
     }
@@ -165,7 +186,8 @@ class UnitRun {
 
 bool UnitRun::read_package() {
     return parse_version(m_tree, m_package) != StageResult::failed && read_board_section() &&
-           parse_timing_report(m_tree, m_package) != StageResult::failed && read_profiler_section();
+           parse_timing_report(m_tree, m_package) != StageResult::failed && read_profiler_section() &&
+           !m_faults.has_lost_section();
 }
 
 bool UnitRun::read_board_section() {
@@ -233,13 +255,15 @@ bool UnitRun::read_capture(LineReader& lines, StreamedNodes& nodes, const RunOpt
         if (options.progress && reported != lines.num_bytes())
             options.progress(reported = lines.num_bytes());
     }
-    if (lines.read_error() != 0)
+    if (lines.read_error() != 0) {
         m_faults.take(FaultKind::capture_unreadable, m_faults.of_capture(),
                       "the capture can't be read to its end: " + reason_of(lines.read_error()));
+        return false; // what the rest lacks is no fault of the capture
+    }
     reader.finish();
     if (observer)
         observer->take_end(lines.had_newline());
-    return lines.read_error() == 0;
+    return true;
 }
 
 bool is_good(const RunInput& package, RunFaults& faults) {

@@ -8,9 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "profile_model.h"
 #include "report_sink.h"
 #include "run_fault.h"
+
+struct ProfileModel;
 
 namespace zan::profile {
 

@@ -7,10 +7,10 @@
 #include <span>
 
 #include <rapidjson/document.h>
-#include <rapidjson/error/en.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "json_document.h"
 #include "summary_fields.h"
 #include "utf8_text.h"
 #include "value_text.h"
@@ -326,18 +326,9 @@ std::variant<ProfileSummary, SummaryFault> summary_from_json(std::string text) {
     // A zero byte would end the text for the parser.
     if (const std::size_t zero = text.find('\0'); zero != std::string::npos)
         return SummaryFault{zero, "a zero byte"};
-    // RapidJSON reads all bytes of a character before it looks at them, even if the text ends in one.
-    constexpr std::size_t longest_character = 4;
-    const std::size_t size = text.size();
-    text.append(longest_character, '\0');
     rapidjson::Document document;
-    // Iterative: the text may be nested as deeply as it is long.
-    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
-                               rapidjson::kParseValidateEncodingFlag;
-    document.ParseInsitu<flags>(text.data());
-    if (document.HasParseError())
-        return SummaryFault{std::min(document.GetErrorOffset(), size),
-                            rapidjson::GetParseError_En(document.GetParseError())};
+    if (auto fault = read_json(text, document))
+        return SummaryFault{fault->offset, std::move(fault->text)};
     try {
         check_head(document, text.data());
         ProfileSummary summary;

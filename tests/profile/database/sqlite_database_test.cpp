@@ -54,4 +54,32 @@ TEST(SqliteDatabase, AFileThatIsNoDatabaseIsRefused) {
     EXPECT_THROW(Database(dir.path("none"), OpenMode::write), DatabaseError);
 }
 
+TEST(SqliteDatabase, ACopyInMemoryIsOfItsOwn) {
+    const TempDir dir;
+    Database database(dir.path("x"), OpenMode::create);
+    database.execute("CREATE TABLE t (a); INSERT INTO t VALUES (7); PRAGMA user_version = 5");
+    const std::string bytes = read_file(dir.path("x"));
+    Database copy = database.copy_in_memory();
+    EXPECT_EQ(copy.number("SELECT a FROM t"), 7);
+    EXPECT_EQ(copy.number("PRAGMA user_version"), 5);
+    copy.execute("DELETE FROM t");
+    EXPECT_EQ(read_file(dir.path("x")), bytes);
+}
+
+// 1 MiB of content makes several pieces.
+TEST(SqliteDatabase, ItsFileCanBeReadWhileItIsLocked) {
+    const TempDir dir;
+    Database database(dir.path("x"), OpenMode::create);
+    database.execute("CREATE TABLE t (a); INSERT INTO t VALUES (zeroblob(1048576)); BEGIN IMMEDIATE");
+    std::string bytes;
+    int num_pieces = 0;
+    database.read_file([&](std::string_view piece) {
+        bytes += piece;
+        ++num_pieces;
+    });
+    EXPECT_GT(num_pieces, 3);
+    EXPECT_EQ(bytes, read_file(dir.path("x")));
+    database.execute("COMMIT");
+}
+
 } // namespace

@@ -13,14 +13,14 @@ namespace {
 using namespace profiler;
 using testing::StartsWith;
 
-using Config = std::unique_ptr<ProfilerConfig>;
+using Loaded = std::unique_ptr<ProfilerConfig>;
 
 TEST(ProfilerLoader, LoadsAFile) {
     const TempDir folder;
     const std::string path = folder.path("a.xml");
     write_file(path, WholeDocument().text());
     ProfilerConfigXmlLoader loader(false);
-    Config config;
+    Loaded config;
     EXPECT_EQ(stdout_of([&] { config.reset(loader.load_file(path.c_str())); }), "");
     ASSERT_TRUE(config);
     EXPECT_EQ(config->getFunction(0)->getFilename(), "f.cl");
@@ -74,11 +74,11 @@ TEST(ProfilerLoader, ServesManyLoads) {
     ProfilerConfigXmlLoader loader(false);
     EXPECT_EQ(loader.load_xml("<BOARD/>"), nullptr);
     EXPECT_EQ(loader.get_num_errors(), 1u);
-    const Config first(loader.load_xml(WholeDocument().text().c_str()));
+    const Loaded first(loader.load_xml(WholeDocument().text().c_str()));
     ASSERT_TRUE(first);
     EXPECT_EQ(loader.get_num_errors(), 0u);
     // Nothing is left of the load before: the names are free again.
-    const Config second(loader.load_xml(WholeDocument().text().c_str()));
+    const Loaded second(loader.load_xml(WholeDocument().text().c_str()));
     ASSERT_TRUE(second);
     EXPECT_NE(first->getFunction(0), second->getFunction(0));
     EXPECT_EQ(loader.load_xml("<PROFILER>\n<x/></PROFILER>"), nullptr);
@@ -87,7 +87,7 @@ TEST(ProfilerLoader, ServesManyLoads) {
 }
 
 TEST(ProfilerLoader, TheModelOutlivesTheLoader) {
-    Config config;
+    Loaded config;
     {
         ProfilerConfigXmlLoader loader(false);
         config.reset(loader.load_xml(WholeDocument().text().c_str()));
@@ -105,7 +105,7 @@ TEST(ProfilerLoader, OfANullDocumentTheModelIsNull) {
 // The document is deleted either way, which the leak check sees.
 TEST(ProfilerLoader, LoadsADocumentThatWasParsedBefore) {
     ProfilerConfigXmlLoader loader(false);
-    const Config config(loader.load_profiler_config(loader.parse_xml(WholeDocument().text().c_str())));
+    const Loaded config(loader.load_profiler_config(loader.parse_xml(WholeDocument().text().c_str())));
     EXPECT_TRUE(config);
     EXPECT_EQ(loader.load_profiler_config(loader.parse_xml("<BOARD/>")), nullptr);
     EXPECT_EQ(loader.get_num_errors(), 1u);
@@ -115,7 +115,7 @@ TEST(ProfilerLoader, LoadsADocumentThatWasParsedBefore) {
 // at the list. No line says that the document is left.
 TEST(ProfilerLoader, DebugModePrintsTheDocumentAndTheWalk) {
     ProfilerConfigXmlLoader loader(true);
-    Config config;
+    Loaded config;
     EXPECT_EQ(stderr_of([&] {
                   config.reset(
                       loader.load_xml("<PROFILER><MODULE_LIST>"
@@ -167,7 +167,7 @@ TEST(ProfilerLoader, DebugModeFallsSilentWithTheFirstError) {
 TEST(ProfilerLoader, WithoutDebugModeNothingIsSaid) {
     ProfilerConfigXmlLoader loader(false);
     EXPECT_EQ(stderr_of([&] {
-                  const Config config(loader.load_xml(WholeDocument().text().c_str()));
+                  const Loaded config(loader.load_xml(WholeDocument().text().c_str()));
                   EXPECT_TRUE(config);
                   EXPECT_EQ(loader.load_xml("<BOARD/>"), nullptr);
               }),

@@ -10,12 +10,12 @@ namespace {
 
 using Values = std::vector<long long>;
 
-constexpr LineHead head = {1, 2, 30, 40, SHARED_IDLE, 0};
+constexpr LineHead line_head = {1, 2, 30, 40, SHARED_IDLE, 0};
 
 TEST(LineTarget, AddsTheHeadToTheKernelOfTheLine) {
     TlyKernel kernel("k");
     const std::vector<TlyModuleInst*> no_insts;
-    LineTarget{&kernel, &no_insts}.add_head(head);
+    LineTarget{&kernel, &no_insts}.add_head(line_head);
     EXPECT_EQ(kernel.get_device_ids(), std::vector<int>{1});
     EXPECT_EQ(kernel.get_command_queues(), std::vector<int>{2});
     EXPECT_EQ(kernel.get_sample_timestamps(), Values{40});
@@ -28,12 +28,12 @@ TEST(LineTarget, AddsTheHeadOfThePseudoKernelsLineToTheAutorunKernels) {
     TlyKernel pseudo("p"), a("a", true), b("b", true);
     const std::vector<TlyModuleInst*> no_insts;
     const std::vector<TlyKernel*> autorun_kernels = {&a, &b}, none;
-    LineTarget{&pseudo, &no_insts, &autorun_kernels}.add_head(head);
+    LineTarget{&pseudo, &no_insts, &autorun_kernels}.add_head(line_head);
     EXPECT_EQ(a.get_sample_timestamps(), Values{40});
     EXPECT_EQ(b.get_sample_timestamps(), Values{40});
     EXPECT_FALSE(pseudo.is_in_mon_file());
 
-    LineTarget{&pseudo, &no_insts, &none}.add_head(head); // without any, the line is its own
+    LineTarget{&pseudo, &no_insts, &none}.add_head(line_head); // without any, the line is its own
     EXPECT_EQ(pseudo.get_sample_timestamps(), Values{40});
 }
 

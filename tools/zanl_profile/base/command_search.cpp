@@ -24,10 +24,6 @@ void collect_commands(const CLI::App& app, std::vector<const CLI::App*>& found) 
         collect_commands(*command, found);
 }
 
-const CLI::App& program_of(const CLI::App& app) {
-    return app.get_parent() ? program_of(*app.get_parent()) : app;
-}
-
 // How a user who stands at `level` names a command: by what is below the level, else by all of it.
 std::string name_from(const CLI::App& level, const CLI::App& command) {
     const std::string name = full_name(command);
@@ -66,6 +62,10 @@ bool is_option(const std::string& word) {
 }
 
 } // namespace
+
+const CLI::App& program_of(const CLI::App& app) {
+    return app.get_parent() ? program_of(*app.get_parent()) : app;
+}
 
 std::vector<std::string> command_names(const CLI::App& app) {
     std::vector<std::string> names;

@@ -24,6 +24,9 @@ struct MeantCommand {
 MeantCommand find_command(CLI::App& program, std::span<const std::string> arguments,
                           std::span<const std::string> of_program);
 
+// The program that the command belongs to.
+const CLI::App& program_of(const CLI::App& app);
+
 // The names of the commands right below this one.
 std::vector<std::string> command_names(const CLI::App& app);
 

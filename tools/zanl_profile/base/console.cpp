@@ -24,6 +24,21 @@ std::size_t line_columns(int stream) {
     return known ? size.ws_col : default_columns;
 }
 
+bool has_utf8() {
+    for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+        const char* const value = std::getenv(name);
+        if (!value || *value == '\0')
+            continue;
+        std::string locale;
+        for (const char* c = value; *c != '\0'; ++c) {
+            if (*c != '-')
+                locale += *c >= 'A' && *c <= 'Z' ? static_cast<char>(*c - 'A' + 'a') : *c;
+        }
+        return locale.find("utf8") != std::string::npos;
+    }
+    return false;
+}
+
 void print_note(const Console& console, const std::string& text) {
     if (console.quiet)
         return;

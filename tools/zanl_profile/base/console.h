@@ -25,6 +25,9 @@ struct Console {
 constexpr std::size_t default_columns = 100;
 std::size_t line_columns(int stream);
 
+// Whether the locale of the environment (LC_ALL, else LC_CTYPE, else LANG) has UTF-8, which plots need.
+bool has_utf8();
+
 // Prints a line of talk on standard error, unless that is quiet: "zanl-profile: " is not before it. A
 // progress bar is removed first. `text` must be printable.
 void print_note(const Console& console, const std::string& text);

@@ -20,7 +20,6 @@ namespace zan::tool {
 namespace {
 
 constexpr mode_t permissions_of_new_files = 0666;
-constexpr mode_t all_permissions = 07777;
 
 std::string folder_of(const std::string& path) {
     const std::size_t slash = path.rfind('/');

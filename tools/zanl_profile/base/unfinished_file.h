@@ -2,6 +2,8 @@
 // Files that appear whole or not at all.
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 
@@ -9,6 +11,9 @@
 #include "signals.h"
 
 namespace zan::tool {
+
+// Of the mode of a file, what chmod() sets.
+constexpr mode_t all_permissions = 07777;
 
 // The end of the name of what isn't whole yet, as mkstemp() takes it.
 constexpr const char* unfinished_suffix = ".unfinished-XXXXXX";

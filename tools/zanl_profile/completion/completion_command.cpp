@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "command_search.h"
 #include "completion_script.h"
 #include "completion_table.h"
 #include "failure.h"
@@ -14,10 +15,6 @@
 namespace zan::tool {
 
 namespace {
-
-const CLI::App& program_of(const CLI::App& app) {
-    return app.get_parent() ? program_of(*app.get_parent()) : app;
-}
 
 void print_script(const CLI::App& app, const std::string& shell) {
     const std::string script = completion_script(shell, completion_table(program_of(app)));

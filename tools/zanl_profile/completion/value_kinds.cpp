@@ -25,6 +25,7 @@ constexpr ValueRow value_rows[] = {
     {"package", "B", "files:zanx"},
     {"package", "OUT", "files:zanx"},
     {"view", "FILE", "files:html"},
+    {"history trend", "FILE", "files:html"},
     {"history", "FILE", "files"},
     {"", "BASE", "text"},
     {"", "COMMAND", "command"},
@@ -36,6 +37,7 @@ constexpr ValueRow value_rows[] = {
     {"", "FORMAT", "words:text,markdown,json"},
     {"", "HOW", "words:name,source"},
     {"", "INPUT", "files:json,zanx,mon"},
+    {"", "LIMIT", "text"},
     {"", "N", "text"},
     {"", "N|all", "words:all"},
     {"", "NAME", "text"},
@@ -59,10 +61,12 @@ bool is_below(std::string_view command, std::string_view other) {
     return other.empty() || command == other || command.starts_with(std::string(other) + " ");
 }
 
-std::string words_of_blocks() {
+// Of blocks, or also of kernels.
+std::string words_of_metrics(bool with_kernels) {
+    using profile::MetricScope;
     std::string kind = "words:";
     for (const profile::MetricRow& row : profile::metric_table()) {
-        if (row.scope == profile::MetricScope::block)
+        if (row.scope == MetricScope::block || (with_kernels && row.scope == MetricScope::kernel))
             kind += std::string(row.name) + ",";
     }
     kind.pop_back();
@@ -73,7 +77,7 @@ std::string words_of_blocks() {
 
 std::string kind_of_value(const std::string& command, const std::string& label) {
     if (label == "METRIC")
-        return words_of_blocks();
+        return words_of_metrics(is_below(command, "history"));
     for (const ValueRow& row : value_rows) {
         if (row.label == label && is_below(command, row.command))
             return std::string(row.kind);

@@ -48,7 +48,7 @@ class HistoryAdder {
         : m_options(options),
           m_console(console),
           m_labels(labels_from(options.labels, "--label")),
-          m_store(options.database, OpenMode::create) {}
+          m_store(options.database, OpenMode::create, copy_keeper(options.database, console)) {}
 
     // A file that can't be used is reported and skipped.
     void add(const Input& input) {

@@ -5,9 +5,9 @@ namespace zan::tool {
 
 namespace {
 
-constexpr const Command* history_commands[] = {&history_add_command, &history_list_command,
-                                               &history_show_command, &history_diff_command,
-                                               &history_remove_command};
+constexpr const Command* history_commands[] = {&history_add_command,   &history_list_command,
+                                               &history_show_command,  &history_diff_command,
+                                               &history_trend_command, &history_remove_command};
 
 } // namespace
 

@@ -11,6 +11,7 @@ extern const Command history_list_command;
 extern const Command history_show_command;
 extern const Command history_remove_command;
 extern const Command history_diff_command;
+extern const Command history_trend_command;
 extern const Command history_command;
 
 } // namespace zan::tool

@@ -52,7 +52,7 @@ void show_run(const RunName& name, const Console& console) {
 
 void remove_run(const RunName& name, const Console& console) {
     with_history([&] {
-        HistoryStore store(name.database, OpenMode::write);
+        HistoryStore store(name.database, OpenMode::write, copy_keeper(name.database, console));
         const HistoryRun run = store.find(name.run);
         store.remove(run);
         print_note(console, "removed " + run.id.substr(0, 12) + "  " + printable(run.input));

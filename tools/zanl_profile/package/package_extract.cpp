@@ -10,12 +10,11 @@
 #include "package_file.h"
 #include "staged_folder.h"
 #include "target_folder.h"
+#include "unfinished_file.h"
 
 namespace zan::tool {
 
 namespace {
-
-constexpr mode_t all_permissions = 07777;
 
 struct ExtractOptions {
     std::string package;

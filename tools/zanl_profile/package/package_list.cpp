@@ -38,13 +38,13 @@ SectionKind kind_of(const PackageFile& package, const SectionInfo& section) {
 }
 
 // In the order of the table.
-struct Column {
+struct SectionColumn {
     const char* key;
     bool is_long; // only of the long list
     Cell (*cell)(const SectionInfo& section, const SectionKind& kind);
 };
 
-constexpr Column columns[] = {
+constexpr SectionColumn columns[] = {
     {"index", true, [](const SectionInfo& s, const SectionKind&) -> Cell { return std::uint64_t{s.index}; }},
     {"name", false, [](const SectionInfo& s, const SectionKind&) -> Cell { return s.name; }},
     {"type", true,
@@ -71,8 +71,8 @@ void list_package(const ListOptions& options, const Console& console) {
         return;
     }
     Listing listing{"zanl-profile/package-list", 1, "package", options.package, "sections", {}, {}, {"kind"}};
-    std::vector<const Column*> shown;
-    for (const Column& column : columns) {
+    std::vector<const SectionColumn*> shown;
+    for (const SectionColumn& column : columns) {
         if (options.is_long || !column.is_long) {
             shown.push_back(&column);
             listing.columns.emplace_back(column.key);
@@ -81,7 +81,7 @@ void list_package(const ListOptions& options, const Console& console) {
     for (const SectionInfo& section : package.sections()) {
         const SectionKind kind = kind_of(package, section);
         auto& row = listing.rows.emplace_back();
-        for (const Column* column : shown)
+        for (const SectionColumn* column : shown)
             row.push_back(column->cell(section, kind));
     }
     print(listing, console.json);

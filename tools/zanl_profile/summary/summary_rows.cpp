@@ -5,6 +5,7 @@
 #include <set>
 
 #include "block_facts.h"
+#include "kernel_label.h"
 #include "value_text.h"
 
 namespace zan::tool {
@@ -66,7 +67,7 @@ std::string source_cell(const BlockSummary& block, bool is_short) {
 }
 
 std::string kernel_cell(const KernelSummary& kernel) {
-    return kernel.compute_unit == 0 ? kernel.name : kernel.name + "#" + std::to_string(kernel.compute_unit);
+    return kernel_label(kernel);
 }
 
 std::vector<std::optional<int>> devices_of(const ProfileSummary& summary) {

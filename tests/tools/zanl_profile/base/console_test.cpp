@@ -78,4 +78,23 @@ TEST(PrintNote, IsSilentIfItShallBe) {
     EXPECT_EQ(stderr_of([] { print_note({.quiet = true}, "3 lines"); }), "");
 }
 
+// The first variable that is set and not empty counts.
+TEST(ConsoleLocale, MayHaveUtf8) {
+    const auto with = [](const char* all, const char* type, const char* language) {
+        ::setenv("LC_ALL", all, 1);
+        ::setenv("LC_CTYPE", type, 1);
+        ::setenv("LANG", language, 1);
+        const bool found = has_utf8();
+        for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"})
+            ::unsetenv(name);
+        return found;
+    };
+    EXPECT_TRUE(with("C.UTF-8", "C", "C"));
+    EXPECT_FALSE(with("C", "de_DE.utf8", "C.UTF-8"));
+    EXPECT_TRUE(with("", "de_DE.utf8", "C"));
+    EXPECT_TRUE(with("", "", "en_US.UTF-8"));
+    EXPECT_FALSE(with("", "", "POSIX"));
+    EXPECT_FALSE(has_utf8()) << "none is set";
+}
+
 } // namespace

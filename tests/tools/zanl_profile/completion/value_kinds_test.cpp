@@ -25,6 +25,12 @@ TEST(ValueKinds, MetricsOfBlocksAreWords) {
     EXPECT_NE(kind.back(), ',');
 }
 
+TEST(ValueKinds, MetricsOfATrendAreThoseOfKernelsToo) {
+    const std::string kind = kind_of_value("history trend", "METRIC");
+    EXPECT_NE(kind.find(",kernel_time,"), std::string::npos) << kind;
+    EXPECT_EQ(kind.find("memory_mean"), std::string::npos);
+}
+
 TEST(ValueKinds, ALabelWithoutARowIsUnknown) {
     EXPECT_EQ(kind_of_value("check", "NO SUCH LABEL"), "unknown");
 }

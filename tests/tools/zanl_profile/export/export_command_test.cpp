@@ -63,7 +63,7 @@ TEST_P(ExportedSample, HasTheSameSumsInBothFormats) {
     ASSERT_EQ(write_export("sqlite", "out.db"), silent_success);
     Database database(dir.path("out.db"), OpenMode::read);
     for (const ExportTable table : {ExportTable::sample, ExportTable::port_sample, ExportTable::invocation}) {
-        const TableLayout& layout = layout_of(table);
+        const zan::profile::TableLayout& layout = layout_of(table);
         const std::string text = read("out/" + layout.name + ".csv");
         for (std::size_t column = 0; column < layout.columns.size(); ++column) {
             if (layout.columns[column].type == ColumnType::text)

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "diff_result.h"
+#include "first_history.h"
 #include "summary_json.h"
 #include "toolbox_fixture.h"
 
@@ -10,6 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
+using zan::profile::make_first_history;
 
 class HistoryCommand : public Toolbox {
   protected:
@@ -65,6 +67,40 @@ TEST_F(HistoryCommand, ABadFileIsSkipped) {
     EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("base.json"));
 }
 
+PackageSections sections_of_sample(const std::string& name) {
+    PackageSections sections;
+    const auto folder = std::filesystem::path(ZAN_SAMPLES_FOLDER) / name / "sections";
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        sections.emplace_back(".zan." + entry.path().filename().string(), read_file(entry.path()));
+    return sections;
+}
+
+// A report, its summary and its package with its capture are one run. A package with several compute units
+// makes known that sums over a memory are lower bounds, and shares of them are missing.
+TEST_F(HistoryCommand, ARunIsTheSameHoweverItIsRead) {
+    const auto add = [&](const std::string& name, const PackageSections& sections, bool has_bounds) {
+        make("d.zanx", sections);
+        write("d.mon", read_file(std::filesystem::path(ZAN_SAMPLES_FOLDER) / name / "profile.mon"));
+        ASSERT_EQ(run({"run", "d.zanx", "d.mon", "d.json", "-q"}).status, "0");
+        write("s.json", run({"summary", "d.zanx", "d.mon", "--json"}).out);
+        EXPECT_EQ(read("s.json").find("\"lower-bound\"") != std::string::npos, has_bounds);
+        EXPECT_EQ(run({"summary", "d.json", "--json"}).out.find("\"lower-bound\""), std::string::npos);
+        std::filesystem::remove(dir.path("h.db"));
+        EXPECT_THAT(history({"add", "h.db", "d.json"}).err, HasSubstr(": added\n")) << name;
+        EXPECT_THAT(history({"add", "h.db", "d.zanx", "d.mon"}).err, HasSubstr(": was there\n")) << name;
+        EXPECT_THAT(history({"add", "h.db", "s.json"}).err, HasSubstr(": was there\n")) << name;
+    };
+    for (const std::string name : {"vector_add", "autorun", "inlined_calls"})
+        add(name, sections_of_sample(name), false);
+    PackageSections sections = sections_of_sample("image_pipeline");
+    for (auto& [section, bytes] : sections) {
+        const std::string one = "num_compute_units=\"1\"";
+        for (std::size_t at = bytes.find(one); at != std::string::npos; at = bytes.find(one, at))
+            bytes.replace(at, one.size(), "num_compute_units=\"2\"");
+    }
+    add("image_pipeline", sections, true);
+}
+
 TEST_F(HistoryCommand, DiffIsThatOfTheFiles) {
     add_both();
     const Outcome outcome =
@@ -100,6 +136,34 @@ TEST_F(HistoryCommand, AFullDiskChangesNothing) {
     EXPECT_THAT(outcome.err, HasSubstr("zanl-profile: h.db: "));
     EXPECT_EQ(tree().at("h.db"), before.at("h.db"));
     EXPECT_FALSE(exists("h.db-journal"));
+}
+
+TEST_F(HistoryCommand, AnOlderVersionIsBroughtUpToDateAfterACopy) {
+    make_first_history(dir.path("h.db"), {slower_writer().before});
+    const std::string bytes = read("h.db");
+    std::filesystem::permissions(dir.path("h.db"), std::filesystem::perms(0600));
+    EXPECT_EQ(history({"show", "h.db", "last", "--json"}).status, "0");
+    EXPECT_FALSE(exists("h.db.bak"));
+    EXPECT_THAT(history({"add", "h.db", "new.json"}).err,
+                StartsWith("brought h.db up to date; a copy is h.db.bak\n"));
+    EXPECT_EQ(read("h.db.bak"), bytes);
+    EXPECT_EQ(std::filesystem::status(dir.path("h.db.bak")).permissions(), std::filesystem::perms(0600));
+    EXPECT_NE(read("h.db"), bytes);
+    EXPECT_THAT(history({"diff", "h.db", "last~1", "last"}).out, HasSubstr("kernel_time"));
+}
+
+TEST_F(HistoryCommand, AFileWhereTheCopyBelongsIsKept) {
+    make_first_history(dir.path("h.db"), {slower_writer().before});
+    const std::string bytes = read("h.db");
+    write("h.db.bak", "mine");
+    EXPECT_EQ(history({"remove", "h.db", "last"}),
+              trouble("'h.db' is of an older version, and 'h.db.bak', where a copy of it is kept, is taken; "
+                      "move that file away"));
+    EXPECT_EQ(read("h.db"), bytes);
+    EXPECT_EQ(read("h.db.bak"), "mine");
+    write("h.db.bak", bytes); // of a change that was interrupted
+    EXPECT_EQ(history({"remove", "h.db", "last"}).status, "0");
+    EXPECT_EQ(read("h.db.bak"), bytes);
 }
 
 TEST_F(HistoryCommand, HostileNamesAreShownByTheirNumbers) {

@@ -77,6 +77,16 @@ TEST_F(RunCommand, AFaultThatEndsTheRunIsItsFailure) {
               trouble("none.zanx: it can't be opened: No such file or directory"));
 }
 
+TEST_F(RunCommand, ADescriptionThatIsCutIsNotTakenForNone) {
+    lay_out(two_good_lines);
+    constexpr std::size_t profiler_section = 3;
+    change_header("d.zanx", profiler_section, [](Elf32_Shdr& header) { header.sh_offset = 1 << 20; });
+    const Outcome cut = trouble("d.zanx: .zan.profiler.xml: the section's bytes are not in the file");
+    EXPECT_EQ(run({"run", "d.zanx", "p.mon", "r.json"}), cut);
+    EXPECT_FALSE(exists("r.json"));
+    EXPECT_EQ(run({"summary", "d.zanx", "p.mon"}), cut);
+}
+
 TEST_F(RunCommand, RefusesAReportThatIsAnInput) {
     lay_out(two_good_lines);
     const std::string package = read("d.zanx");

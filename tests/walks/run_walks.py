@@ -1,0 +1,193 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Applies the walks of CONTRIBUTING.md to a copy of the sources, builds the copy, and runs the tests that come with them.
+
+usage: run_walks.py [--release FOLDER]
+       run_walks.py --renew NAME      writes NAME.patch anew, of what differs from the last commit
+
+The copy, its build and its logs are in build/walks. Objects that no walk changes are taken from the release build in
+FOLDER, by default build/release, if it is there and up to date.
+
+A walk is a file here, NAME.patch. The lines before its first "diff" say what it does and which tests come with it:
+
+    gtest: PATTERN...      tests of walks_test; CMakeLists.txt has its sources
+    script: COMMAND        a script of the copy with its arguments; TOOLBOX stands for the toolbox that was built
+"""
+
+import argparse
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+TOP = HERE.parent.parent
+sys.path.insert(0, str(TOP / "tests"))
+from source_copy import update_copy  # noqa: E402
+WORK = TOP / "build" / "walks"
+COPY, BUILD, OBJECTS = WORK / "sources", WORK / "build", WORK / "objects"
+# The slow model agrees with the program on these; all seeds are for the test of its own.
+ENVIRONMENT = os.environ | {"ZAN_SEEDS": "0-40", "GIT_CEILING_DIRECTORIES": str(WORK)}
+
+
+class Failed(Exception):
+    """What went wrong, for people."""
+
+
+class Walk:
+    """A patch, the files that it changes, and the tests that come with it."""
+
+    def __init__(self, path):
+        self.path = path
+        self.name = path.stem
+        text = path.read_text()
+        head = re.split(r"^diff ", text, maxsplit=1, flags=re.MULTILINE)[0]
+        self.patterns = " ".join(re.findall(r"^gtest: (.*)$", head, re.MULTILINE)).split()
+        self.scripts = [line.split() for line in re.findall(r"^script: (.*)$", head, re.MULTILINE)]
+        self.files = re.findall(r"^diff --git a/(\S+) b/\1$", text, re.MULTILINE)
+        self.new_files = re.findall(r"^--- /dev/null\n\+\+\+ b/(\S+)$", text, re.MULTILINE)
+
+
+def all_walks(folder=HERE):
+    return [Walk(path) for path in sorted(folder.glob("*.patch"))]
+
+
+def run(command, log=None, **options):
+    """Runs a command; its output goes to the log of this name in build/walks, and is shown if it fails."""
+    result = subprocess.run(command, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, env=ENVIRONMENT,
+                            stdin=subprocess.DEVNULL, **options)
+    if log:
+        (WORK / log).write_text(result.stdout)
+    if result.returncode != 0:
+        raise Failed(f"'{' '.join(map(str, command))}' failed:\n{result.stdout[-20000:]}")
+    return result.stdout
+
+
+def apply(walk, folder):
+    """Applies a walk to the sources in a folder, as they are after the walks before it."""
+    # Not as a part of a repository around the folder, of which git would leave out what lies elsewhere.
+    environment = ENVIRONMENT | {"GIT_CEILING_DIRECTORIES": str(folder.resolve().parent)}
+    result = subprocess.run(["git", "apply", walk.path], cwd=folder, text=True, capture_output=True, env=environment)
+    if result.returncode != 0:
+        raise Failed(f"tests/walks/{walk.path.name} no longer applies:\n{result.stderr}"
+                     f"In a tree without changes, renew it by\n"
+                     f"    git apply --reject tests/walks/{walk.path.name}    # what is left to do stands in *.rej\n"
+                     f"    tests/walks/run_walks.py --renew {walk.name}\n"
+                     f"and take the changes back")
+
+
+def renew(name):
+    """Writes a walk anew: its head, and what of the tree differs from the last commit."""
+    path = HERE / f"{name}.patch"
+    head = re.split(r"^diff ", path.read_text(), maxsplit=1, flags=re.MULTILINE)[0]
+    run(["git", "add", "--intent-to-add", "--all"], cwd=TOP)
+    path.write_text(head + run(["git", "diff", "-U2", "--", ".", ":!tests/walks", ":!*.rej"], cwd=TOP))
+
+
+def dependencies(text):
+    """What objects are made of, by their names, out of the output of `ninja -t deps`."""
+    found, current = {}, None
+    for line in text.splitlines():
+        if match := re.match(r"(\S.*): #deps \d+, .*\((VALID|STALE)\)$", line):
+            current = found.setdefault(match[1], []) if match[2] == "VALID" else None
+        elif line.startswith("    ") and current is not None:
+            current.append(line.strip())
+    return found
+
+
+def untouched_objects(objects, changed, new):
+    """Names of the objects that are made of none of the changed files. Paths are relative to the sources.
+
+    A new source belongs to the others of its folder, which may be compiled as one; a new header may hide any other.
+    """
+    if any(path.endswith(".h") for path in new):
+        return set()
+    folders = {os.path.dirname(path) for path in new if path.endswith(".cpp")}
+    return {name for name, files in objects.items()
+            if not changed & set(files)
+            and not any(file.endswith(".cpp") and os.path.dirname(file) in folders for file in files)}
+
+
+def is_newer(made, sources):
+    return made.is_file() and all(source.is_file() and source.stat().st_mtime <= made.stat().st_mtime
+                                  for source in sources)
+
+
+def has_whole_folders(files, top):
+    """Whether these files have each source of the folders that their sources lie in, as an object of joined sources has to."""
+    folders = {os.path.dirname(file) for file in files if file.endswith(".cpp")}
+    sources = {path.relative_to(top).as_posix() for folder in folders for path in (top / folder).glob("*.cpp")}
+    return all(path in files for path in sources if not path.endswith("/main.cpp"))
+
+
+def take_objects(release, walks):
+    """Puts the objects of libraries that no walk changes into build/walks/objects, by their names."""
+    shutil.rmtree(OBJECTS, ignore_errors=True)
+    OBJECTS.mkdir(parents=True)
+    if not (release / "build.ninja").is_file():
+        return 0
+    made_of = dependencies(run(["ninja", "-C", release, "-t", "deps"]))
+    libraries = {name: [os.path.relpath(release / file, TOP) for file in files] for name, files in made_of.items()
+                 if re.match(r"(tools/zanl_profile/)?CMakeFiles/", name)}
+    changed = {file for walk in walks for file in walk.files}
+    new = {file for walk in walks for file in walk.new_files}
+    taken = 0
+    for name in untouched_objects(libraries, changed, new):
+        is_whole = "/Unity/" not in name or has_whole_folders(libraries[name], TOP)
+        if is_whole and is_newer(release / name, [TOP / file for file in libraries[name]]):
+            target = OBJECTS / "zan" / name
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copyfile(release / name, target)
+            taken += 1
+    return taken
+
+
+def build(release, walks):
+    print(f"{take_objects(release, walks)} objects taken from {os.path.relpath(release, TOP)}, ", end="", flush=True)
+    # Objects that were taken have no list of what they are made of, so a build isn't carried on.
+    shutil.rmtree(BUILD, ignore_errors=True)
+    launcher = f"{COPY / 'tests' / 'walks' / 'take_or_compile'};{OBJECTS}"
+    # clang++ takes less time than g++, and its objects fit those of g++.
+    run(["cmake", "-G", "Ninja", "-S", COPY / "tests" / "walks", "-B", BUILD, "-DCMAKE_CXX_COMPILER=clang++",
+         f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"], "configure.log")
+    run(["cmake", "--build", BUILD, "--target", "walks_test"], "build.log")
+
+
+def test(walk):
+    program, toolbox = BUILD / "walks_test", BUILD / "zan" / "tools" / "zanl_profile" / "zanl-profile"
+    for pattern in walk.patterns:
+        if "  " not in run([program, "--gtest_list_tests", f"--gtest_filter={pattern}"]):
+            raise Failed(f"{walk.name}: walks_test has no test {pattern}; its sources are in tests/walks/CMakeLists.txt")
+    out = run([program, f"--gtest_filter={':'.join(walk.patterns)}"], f"{walk.name}.log")
+    passed = int(re.search(r"^\[  PASSED  \] (\d+) test", out, re.MULTILINE)[1])
+    for number, script in enumerate(walk.scripts):
+        command = [str(toolbox) if word == "TOOLBOX" else word for word in script]
+        out = run([sys.executable, *command], f"{walk.name}_{number}.log", cwd=COPY)
+        passed += sum(map(int, re.findall(r"^Ran (\d+) test", out, re.MULTILINE)))
+    return passed
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--release", type=pathlib.Path, default=TOP / "build" / "release")
+    parser.add_argument("--renew", metavar="NAME")
+    arguments = parser.parse_args()
+    if arguments.renew:
+        renew(arguments.renew)
+        return
+    walks = all_walks()
+    update_copy(TOP, COPY)
+    for walk in walks:
+        apply(walk, COPY)
+    build(arguments.release.resolve(), walks)
+    run([sys.executable, "tests/check_sources.py"], "sources.log", cwd=COPY)
+    print(f"{sum(map(test, walks))} tests of {len(walks)} walks passed")
+
+
+if __name__ == "__main__":
+    try:
+        main()
+    except Failed as failure:
+        sys.exit(f"run_walks.py: {failure}")
