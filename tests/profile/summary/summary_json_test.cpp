@@ -221,6 +221,19 @@ TEST(SummaryJson, ACutSummaryIsRefusedWhereverItIsCut) {
         EXPECT_NE(fault_of(whole.substr(0, size)), "read") << size;
 }
 
+// The first bytes of characters of two, three and four bytes, and nothing after them. Texts that end so are
+// of any length, as short ones have no room after them.
+TEST(SummaryJson, ACharacterThatIsCutEndsTheText) {
+    for (const std::string_view character : {"\xC3", "\xE2", "\xE2\x82", "\xF4", "\xF4\x8F\xBF"}) {
+        for (std::size_t length = 0; length < 40; ++length) {
+            const std::string text = "{\"" + std::string(length, 'a') + std::string(character);
+            const auto read = summary_from_json(text);
+            ASSERT_TRUE(std::holds_alternative<SummaryFault>(read));
+            EXPECT_LE(std::get<SummaryFault>(read).offset, text.size());
+        }
+    }
+}
+
 TEST(SummaryJson, DeepNestingTakesNoStack) {
     EXPECT_NE(fault_of(std::string(1'000'000, '[')), "read");
     std::string deep = document(",\"new\":" + std::string(1'000'000, '[') + std::string(1'000'000, ']'));

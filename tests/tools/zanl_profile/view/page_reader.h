@@ -3,13 +3,14 @@
 #pragma once
 
 #include <rapidjson/document.h>
-#include <zlib.h>
 
 #include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "page_numbers.h"
 
 // What stands between the tags of the element with that name; empty if there is none.
 inline std::string page_element(const std::string& page, const std::string& id) {
@@ -39,56 +40,6 @@ inline std::string bytes_of_base64(std::string_view text) {
     return bytes;
 }
 
-// The bytes of a deflate stream without a header; what is broken or longer than `limit` comes out empty.
-inline std::string inflated(const std::string& packed, std::size_t limit) {
-    z_stream stream{};
-    inflateInit2(&stream, -15);
-    std::string bytes(limit + 1, '\0');
-    std::string in = packed;
-    stream.next_in = reinterpret_cast<unsigned char*>(in.data());
-    stream.avail_in = static_cast<uInt>(in.size());
-    stream.next_out = reinterpret_cast<unsigned char*>(bytes.data());
-    stream.avail_out = static_cast<uInt>(bytes.size());
-    const int status = inflate(&stream, Z_FINISH);
-    inflateEnd(&stream);
-    bytes.resize(status == Z_STREAM_END && stream.avail_out > 0 ? bytes.size() - stream.avail_out : 0);
-    return bytes;
-}
-
-// A number in one way of writing, whatever its zeros and its exponent, with at most that many decimals:
-// "12e2",
-// "-5e-1", "0". Other texts stay as they are.
-inline std::string plain_number(std::string text, long decimals = 9) {
-    if (text.empty() || text.find_first_not_of("0123456789+-.e") != std::string::npos || text == "-0")
-        return text;
-    long exponent = 0;
-    if (const std::size_t at = text.find('e'); at != std::string::npos) {
-        exponent = std::stol(text.substr(at + 1));
-        text.resize(at);
-    }
-    const bool is_negative = text[0] == '-';
-    if (is_negative)
-        text.erase(0, 1);
-    if (const std::size_t point = text.find('.'); point != std::string::npos) {
-        exponent -= static_cast<long>(text.size() - point - 1);
-        text.erase(point, 1);
-    }
-    // Rounded away from zero at a half.
-    if (const long too_many = -decimals - exponent; too_many > 0) {
-        const long kept = static_cast<long>(text.size()) - too_many;
-        const bool up = kept >= 0 && text[static_cast<std::size_t>(kept)] >= '5';
-        text =
-            std::to_string((kept > 0 ? std::stoll(text.substr(0, static_cast<std::size_t>(kept))) : 0) + up);
-        exponent = -decimals;
-    }
-    text.erase(0, text.find_first_not_of('0'));
-    while (!text.empty() && text.back() == '0') {
-        text.pop_back();
-        ++exponent;
-    }
-    return text.empty() ? "0" : (is_negative ? "-" : "") + text + "e" + std::to_string(exponent);
-}
-
 class PageReader {
   public:
     // `of_base`: the run that a page compares with.
@@ -114,20 +65,13 @@ class PageReader {
         for (const auto& encoding : column("enc", series).GetArray()) {
             const std::size_t count = std::min(size - values.size(), std::size_t{1} << 18);
             const auto width = static_cast<std::size_t>(encoding.GetInt() % 10);
-            std::string planes;
+            std::string packed;
             if (width != 0)
-                planes = inflated(chunk(first + number), width * count);
+                packed = chunk(first + number);
             ++number;
-            EXPECT_EQ(planes.size(), width * count);
-            std::uint64_t last = 0;
-            for (std::size_t i = 0; i < count && planes.size() == width * count; ++i) {
-                std::uint64_t number_of = 0;
-                for (std::size_t k = width; k-- > 0;)
-                    number_of = number_of << 8 | static_cast<unsigned char>(planes[k * count + i]);
-                const std::uint64_t step = (number_of >> 1) ^ (0 - (number_of & 1));
-                last = encoding.GetInt() < 10 ? last + step : step;
-                values.push_back(static_cast<std::int64_t>(last));
-            }
+            const std::vector<std::int64_t> part = units_of_chunk(packed, encoding.GetInt(), count);
+            EXPECT_EQ(part.size(), count);
+            values.insert(values.end(), part.begin(), part.end());
         }
         return values;
     }
