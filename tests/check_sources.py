@@ -141,7 +141,7 @@ UNPLAIN_WORDS = re.compile(
 )
 MOST_LINES = 40
 # Files with sentences, besides sources; tests and what a program has written aside.
-PROSE_SUFFIXES = SOURCE_SUFFIXES | {".md", ".py", ".txt", ".cmake", ".json"}
+PROSE_SUFFIXES = SOURCE_SUFFIXES | {".md", ".py", ".sh", ".txt", ".cmake", ".json"}
 PROSE_NAMES = {"dev", ".clang-tidy", ".clang-format", ".cppcheck-suppressions", "describe_report", "make_corpus"}
 NO_PROSE_FOLDERS = {".git", "build", "tests"}
 NO_PROSE_NAMES = {"expected_report.json"}

@@ -17,7 +17,7 @@ def rows():
 
 
 def packages_of_dev(text):
-    """The packages in the lists of ./dev, and those that single commands need."""
+    """The packages in the lists of ./dev and its parts, and those that single commands need."""
     words = " ".join(re.findall(r"^\w+_packages=\(([^)]*)\)", text, re.MULTILINE))
     words += " " + " ".join(re.findall(r"\bneed ((?:[a-z][\w+.-]* ?)+)", re.sub(r"^ *#.*$", "", text, flags=re.MULTILINE)))
     return {word for word in words.split() if re.fullmatch(r"[a-z0-9][a-z0-9+.-]+", word)}
@@ -34,7 +34,8 @@ class Dependencies(unittest.TestCase):
 
     def test_each_package_that_is_installed_has_a_row(self):
         named = {name for row in rows() for name in re.findall(r"`([^`]+)`", row[1])}
-        packages = packages_of_dev((TOP / "dev").read_text())
+        parts = [TOP / "dev", *sorted((TOP / "dev.d").glob("*.sh"))]
+        packages = packages_of_dev("".join(path.read_text() for path in parts))
         self.assertIn("libelf-dev", packages)
         self.assertIn("valgrind", packages)
         self.assertEqual(sorted(packages - named), [])

@@ -252,6 +252,7 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.script = self.programs / "sources" / "dev"
         self.script.parent.mkdir()
         shutil.copy(DEV, self.script)
+        shutil.copytree(DEV.parent / "dev.d", self.script.parent / "dev.d")
         self.stand_in("dpkg-query", 'echo "install ok installed"')
         for name in ("cmake", "run-clang-tidy", "cppcheck"):
             self.stand_in(name, "")

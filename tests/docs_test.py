@@ -31,7 +31,7 @@ def anchors(page):
 
 def source_words():
     """What a name on a page may be: each word of the sources, and the name of each source file."""
-    folders = ["lib", "src", "zan_profiler", "tly", "tools", "tests", "bench", "fuzz", "cmake", "viewer", "profile"]
+    folders = ["lib", "src", "zan_profiler", "tly", "tools", "tests", "bench", "fuzz", "cmake", "viewer", "profile", "dev.d"]
     files = [file for folder in folders for file in (TOP / folder).rglob("*")]
     files += [TOP / name for name in ("dev", "CMakeLists.txt", "CMakePresets.json", ".clang-tidy")]
     files = [file for file in files
