@@ -84,6 +84,8 @@ class RunFaults final : public MessageReceiver {
 
     // The stages read from the package at this path.
     void begin_package(const std::string& path) { m_path = path; }
+    // See RunOptions.
+    void read_cut_sections() { m_reads_cut_sections = true; }
     // A section is in the package and could not be read, so the run has to end.
     bool has_lost_section() const { return m_has_lost_section; }
 
@@ -100,7 +102,7 @@ class RunFaults final : public MessageReceiver {
     std::uint64_t num_left_out() const { return m_num_left_out; }
 
   private:
-    // Whether the fault is a section that isn't missing, as the stage has it, but could not be read.
+    // Whether the fault is a section that is not missing, as the stage has it, but can't be read; takes it.
     bool take_lost_section(const MessageFault& meaning) {
         if (meaning.kind != FaultKind::section_missing && meaning.kind != FaultKind::no_description)
             return false;
@@ -110,7 +112,8 @@ class RunFaults final : public MessageReceiver {
                  "the section's bytes are not in the file");
         else if (loss == SectionLoss::unreadable)
             take(FaultKind::package_unreadable, of_section(meaning.section), "the section can't be read");
-        m_has_lost_section = m_has_lost_section || loss != SectionLoss::absent;
+        m_has_lost_section = m_has_lost_section || loss == SectionLoss::unreadable ||
+                             (loss == SectionLoss::cut && !m_reads_cut_sections);
         return loss != SectionLoss::absent;
     }
     void set_line(Fault& fault) const {
@@ -126,6 +129,7 @@ class RunFaults final : public MessageReceiver {
     std::uint64_t m_num_left_out = 0;
     bool m_counters_only = false;
     std::string m_path;
+    bool m_reads_cut_sections = false;
     bool m_has_lost_section = false;
 };
 
@@ -381,6 +385,8 @@ bool RunReading::read_unit(UnitRun& run, const RunInput& capture, ReportSink& tr
 RunResult read_run(const std::string& package, const std::string& capture, const RunOptions& options,
                    ReportSink& nodes, FaultReceiver& faults) {
     RunFaults run_faults(package, capture, faults);
+    if (options.reads_cut_sections)
+        run_faults.read_cut_sections();
     const ReceiveMessages receive(run_faults);
     try {
         return RunReading(options, nodes, run_faults).read(package, capture);

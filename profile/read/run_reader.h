@@ -37,6 +37,9 @@ struct RunOptions {
     // Called now and then with the bytes of the capture that have been read.
     std::function<void(std::uint64_t bytes)> progress = {};
     RunObserver* observer = nullptr; // not owned; null if there is none
+    // A section whose bytes are beyond the end of the package is read as none, as the report of
+    // `zanl-profile-tly` has it. Else it ends the run.
+    bool reads_cut_sections = false;
 };
 
 // A kernel of the design that has several compute units.

@@ -188,7 +188,7 @@ RunResult write_to(const UnfinishedReport& report, const RunArguments& arguments
     TextBuffer buffer(target);
     JsonWriter writer(buffer);
     Progress progress(console, "reading", size_of(arguments.capture));
-    profile::RunOptions options;
+    profile::RunOptions options{.reads_cut_sections = true};
     options.progress = [&](std::uint64_t bytes) { progress.at(bytes); };
     RunResult result = profile::read_run(arguments.package, arguments.capture, options, writer, faults);
     if (result.is_whole) {
