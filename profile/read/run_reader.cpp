@@ -108,8 +108,8 @@ class RunFaults final : public MessageReceiver {
             return false;
         const SectionLoss loss = loss_of(m_path, meaning.section);
         if (loss == SectionLoss::cut)
-            take(FaultKind::section_unreadable, of_section(meaning.section),
-                 "the section's bytes are not in the file");
+            take(m_reads_cut_sections ? meaning.kind : FaultKind::section_unreadable,
+                 of_section(meaning.section), "the section's bytes are not in the file");
         else if (loss == SectionLoss::unreadable)
             take(FaultKind::package_unreadable, of_section(meaning.section), "the section can't be read");
         m_has_lost_section = m_has_lost_section || loss == SectionLoss::unreadable ||

@@ -8,6 +8,22 @@ import { settle } from "./browser.mjs";
 import { browser_suite, go, hash_of, views } from "./browser_suite.mjs";
 import { long_report, sample_report } from "./pages.mjs";
 
+// All pages of a browser have one clipboard, so its users wait for each other.
+let clipboard = Promise.resolve();
+
+// What the button Copy of this part of the page leaves in the clipboard, as rows of cells.
+function copiedRows(page, part) {
+    const rows = clipboard.then(async () => {
+        await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
+        await part.getByRole("button", { name: /Copy/ }).click();
+        await page.waitForFunction(() => document.getElementById("status").textContent === "Copied");
+        const text = await page.evaluate(() => navigator.clipboard.readText());
+        return text.trim().split("\n").map((line) => line.split("\t"));
+    });
+    clipboard = rows.catch(() => {});
+    return rows;
+}
+
 browser_suite("hands on the page", (shared) => {
     test("a double click on an invocation selects it", async () => {
         const file = shared.folder.write("double", long_report(300, 3));
@@ -151,10 +167,7 @@ browser_suite("hands on the page", (shared) => {
             await card.getByRole("button", { name: /Save/ }).click();
             const text = readFileSync(await (await saved).path(), "utf8");
             assert.match(text, /^Block,Kernel,Kind,Source,/);
-            await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
-            await card.getByRole("button", { name: /Copy/ }).click();
-            await page.waitForFunction(() => document.getElementById("status").textContent === "Copied");
-            const [head, first] = (await page.evaluate(() => navigator.clipboard.readText())).split("\n").map((line) => line.split("\t"));
+            const [head, first] = await copiedRows(page, card);
             assert.equal(head[0], "Block");
             assert.equal(first[0], (await names())[0]);
             // Plain numbers, with the unit in the head.
@@ -173,10 +186,7 @@ browser_suite("hands on the page", (shared) => {
             await page.getByRole("button", { name: /as table/ }).first().click();
             await settle(page);
             assert.equal(await page.locator("dialog tbody tr").count(), 100);
-            await page.context().grantPermissions(["clipboard-read", "clipboard-write"]);
-            await page.locator("dialog").getByRole("button", { name: /Copy/ }).click();
-            await page.waitForFunction(() => document.getElementById("status").textContent === "Copied");
-            const lines = (await page.evaluate(() => navigator.clipboard.readText())).trim().split("\n").map((line) => line.split("\t"));
+            const lines = await copiedRows(page, page.locator("dialog"));
             assert.equal(lines.length, 351, "a head and 350 samples");
             // Each sample takes 500 from the start at 100 on; times count from the transfer at 0.
             assert.deepEqual([lines[350][0], lines[350][1]], ["349", String(100 + 350 * 500)]);
