@@ -186,7 +186,7 @@ class Cluster:
                 raise NotStarted(f"{name} ended: {self.last_line(name)}")
             return condition()
 
-        wait_until(is_there, 20, lambda: f"{name} isn't ready: {self.last_line(name)}", NotStarted)
+        wait_until(is_there, 60, lambda: f"{name} isn't ready: {self.last_line(name)}", NotStarted)
 
     def last_line(self, name):
         lines = (self.folder / f"{name}.out").read_text(errors="replace").splitlines()
@@ -213,7 +213,7 @@ class Cluster:
             tasks = self.tasks_of(node)
             return tasks if any(number in numbers for number in tasks.values()) else None
 
-        tasks = wait_until(find_task, 60, f"{node} has no task")
+        tasks = wait_until(find_task, 120, f"{node} has no task")
         tree = parents()
         # The daemon first, so that it can't report; then what runs the tasks.
         kill([self.daemons[node].pid, *{tree[process] for process in tasks if process in tree} - {os.getpid()}, *tasks])
@@ -229,10 +229,10 @@ def test_slurm(program, folder):
         array, last = output.split()
         # Half of them are done.
         results = folder / "results"
-        wait_until(lambda: len(list(results.glob("*.summary.json"))) >= NUM_PAIRS // 2, 60, "no results")
+        wait_until(lambda: len(list(results.glob("*.summary.json"))) >= NUM_PAIRS // 2, 180, "no results")
         assert not (folder / "runs.db").exists(), "the last job waits for the array"
         number = cluster.kill_node(NODES[1], set(GOOD))
-        wait_until(lambda: not cluster.output("squeue", "-h").strip(), 90, lambda: cluster.output("squeue"))
+        wait_until(lambda: not cluster.output("squeue", "-h").strip(), 240, lambda: cluster.output("squeue"))
         details = cluster.output("scontrol", "show", "job", f"{array}_{number}")
         assert "Restarts=1 " in details and "NodeList=n1" in details, details
         assert "JobState=COMPLETED" in cluster.output("scontrol", "show", "job", last)
