@@ -23,4 +23,6 @@ function(zan_embed_text target file name)
         COMMENT "Embedding ${file}"
         VERBATIM)
     target_sources(${target} PRIVATE ${output})
+    # Joined with the others it would have them compiled again for each change of the text.
+    set_source_files_properties(${output} TARGET_DIRECTORY ${target} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()

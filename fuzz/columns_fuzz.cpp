@@ -97,7 +97,7 @@ void Filler::step(Input& input) {
     } else if (kind < 250) {
         // Most are short, since a chunk of values takes a tenth of a second.
         const std::int64_t count = std::int64_t{1} << (input.next<std::uint8_t>() % 17);
-        const std::int64_t slope = input.next<std::int8_t>();
+        const std::int64_t slope = std::int64_t{input.next<std::uint8_t>()} - 128;
         for (std::int64_t i = 0; i < count; ++i)
             add(slope * i);
     } else {

@@ -126,7 +126,7 @@ std::int64_t Database::num_changed() const {
     return sqlite3_changes64(m_database.get());
 }
 
-Database Database::copy_in_memory() {
+Database Database::copy_in_memory() const {
     Database copy(":memory:", OpenMode::create);
     sqlite3_backup* const backup = sqlite3_backup_init(copy.get(), "main", get(), "main");
     if (!backup)
@@ -138,7 +138,7 @@ Database Database::copy_in_memory() {
     return copy;
 }
 
-void Database::read_file(const std::function<void(std::string_view)>& take) {
+void Database::read_file(const std::function<void(std::string_view)>& take) const {
     constexpr sqlite3_int64 piece = sqlite3_int64{1} << 18;
     sqlite3_file* file = nullptr;
     const auto check = [](int code) {

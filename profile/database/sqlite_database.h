@@ -75,11 +75,11 @@ class Database {
     void wait_for_locks(int milliseconds);
     std::int64_t num_changed() const;
     // All of it as a database in memory, which has no file.
-    Database copy_in_memory();
+    Database copy_in_memory() const;
     // Hands over the bytes of its file, piece by piece. The file must not change meanwhile: call it in a
     // transaction that may write and hasn't yet. No other descriptor of the file is opened, since closing one
     // would end the locks of this process.
-    void read_file(const std::function<void(std::string_view)>& take);
+    void read_file(const std::function<void(std::string_view)>& take) const;
 
     sqlite3* get() const { return m_database.get(); }
     [[noreturn]] void fail(int code) const;

@@ -127,12 +127,14 @@ class TrendChart {
     std::string grid() const {
         const double step = nice_step((m_high - m_low) / 5);
         std::string text;
-        for (double at = std::ceil(m_low / step); at * step <= m_high; ++at)
-            text +=
-                level("grid", at * step) +
-                element("text",
-                        {{"x", pixels(left - 8)}, {"y", pixels(y_of(at * step) + 4)}, {"text-anchor", "end"}},
-                        html_text(value_text(m_view, at * step)));
+        const double first = std::ceil(m_low / step);
+        for (int i = 0; (first + i) * step <= m_high; ++i) {
+            const double at = (first + i) * step;
+            text += level("grid", at) +
+                    element("text",
+                            {{"x", pixels(left - 8)}, {"y", pixels(y_of(at) + 4)}, {"text-anchor", "end"}},
+                            html_text(value_text(m_view, at)));
+        }
         return text;
     }
 
@@ -187,7 +189,7 @@ class TrendChart {
 
     std::string dates() const {
         const std::string y = pixels(chart_height - 10);
-        const std::string first =
+        std::string first =
             element("text", {{"x", pixels(left)}, {"y", y}}, page_text(points().front().run.date));
         if (points().size() < 2)
             return first;

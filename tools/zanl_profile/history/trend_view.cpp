@@ -124,8 +124,8 @@ std::string trend_sentence(const TrendView& view) {
     if (!view.statistics)
         return {};
     const TrendStatistics& found = *view.statistics;
-    const std::string median = "median of " + runs_before(found.num_before) + value_text(view, found.median) +
-                               " (deviation " + deviation_text(view, found.deviation, found.median) + ")";
+    std::string median = "median of " + runs_before(found.num_before) + value_text(view, found.median) +
+                         " (deviation " + deviation_text(view, found.deviation, found.median) + ")";
     if (!view.limit)
         return median;
     return std::string(verdict_word(view)) + ": " + std::string(view.metric->name) + " of " +
