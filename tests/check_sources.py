@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Checks what a compiler doesn't: who includes whom, cycles, the language of pages and comments, the layout, and
-licence lines.
+"""Checks what a compiler doesn't: who includes whom, cycles, the language of pages and comments, the layout, licence
+lines, and that scripts can be run.
 
 usage: check_sources.py [FOLDER]      FOLDER is the top of the sources; by default the one this file is in.
 
@@ -10,6 +10,7 @@ clang-format is missing.
 """
 
 import collections
+import os
 import pathlib
 import re
 import shutil
@@ -347,6 +348,17 @@ def missing_licences(top):
             yield Fault(path, 1, f"has no line '{licence_lines.LINE}'; run ./dev format")
 
 
+def scripts_not_executable(top):
+    """Scripts whose first line names a program to run them, and that can't be run by their name."""
+    for path in sorted(top.rglob("*")):
+        relative = path.relative_to(top)
+        if licence_lines.NOT_LOOKED_AT.intersection(relative.parts) or not path.is_file() or os.access(path, os.X_OK):
+            continue
+        with path.open("rb") as file:
+            if file.read(2) == b"#!":
+                yield Fault(relative.as_posix(), 1, "begins with '#!' and isn't executable")
+
+
 def all_includes(includes):
     return ((path, include) for path, list_ in includes.items() for include in list_)
 
@@ -362,6 +374,7 @@ def check(top):
     faults += joined_sql(top, files)
     faults += unplain_words(top)
     faults += missing_licences(top)
+    faults += scripts_not_executable(top)
     return sorted(set(faults))
 
 

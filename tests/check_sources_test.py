@@ -93,6 +93,15 @@ class CheckSources(unittest.TestCase):
             ],
         )
 
+    def test_a_script_that_isnt_executable(self):
+        faults = self.faults({"docs/refresh": "#!/bin/sh\n", "docs/make": "#!/bin/sh\n", "docs/text": "# no script\n"})
+        self.assertEqual(
+            faults,
+            ["docs/make:1: begins with '#!' and isn't executable", "docs/refresh:1: begins with '#!' and isn't executable"],
+        )
+        (self.top / "docs/refresh").chmod(0o755)
+        self.assertEqual(self.faults({}), ["docs/make:1: begins with '#!' and isn't executable"])
+
     def test_the_tree_has_a_licence(self):
         self.assertTrue((TOP / "LICENSE").read_text().lstrip().startswith("Apache License"))
 
