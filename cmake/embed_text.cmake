@@ -22,7 +22,11 @@ function(zan_embed_text target file name)
         DEPENDS ${input} ${ZAN_EMBED_SCRIPT}
         COMMENT "Embedding ${file}"
         VERBATIM)
-    target_sources(${target} PRIVATE ${output})
-    # Joined with the others it would have them compiled again for each change of the text.
-    set_source_files_properties(${output} TARGET_DIRECTORY ${target} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+    # Objects of its own: the text is compiled again by itself when it changes, and the target's sources don't wait for the
+    # libraries that the target links, which a command that makes one of them does.
+    add_library(${name} OBJECT ${output})
+    set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+    target_link_libraries(${name} PRIVATE zan_options)
+    zan_harden(${name})
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:${name}>)
 endfunction()
