@@ -74,6 +74,7 @@ test_viewer() {
 # The examples for many machines, on real engines; what can't be started is named.
 test_fleet() {
     (need make parallel slurmctld slurmd slurm-client munge) || true
+    (need postgresql-15 sqlite3) || true
     build_release zanl-profile
     tests/fleet/run_tests.py build/release/tools/zanl_profile/zanl-profile
 }
