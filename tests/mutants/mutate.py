@@ -145,7 +145,7 @@ class Bench:
             # Sources one by one, so that a mutant compiles only its own.
             options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_CXX_COMPILER=clang++",
                        "-DCMAKE_UNITY_BUILD=ON", "-DZAN_BUILD_BENCH=OFF", "-DZAN_TESTS_BY_NAME=OFF", "-DZAN_HARDENED=OFF",
-                       "-DZAN_NOT_JOINED=pkg_editor;zan_xml;zan_profiler;zan_board;tly;zanl_profile", *launcher]
+                       "-DZAN_NOT_JOINED=pkg_editor;zan_xml;zan_profiler;zan_board;tly;zan_profile;zanl_profile", *launcher]
             subprocess.run(["cmake", "-G", "Ninja", "-S", self.sources, "-B", self.build, *options], check=True,
                            stdout=subprocess.DEVNULL)
 
