@@ -14,6 +14,8 @@ constexpr double half_of_bytes = 50.0; // percent
 class AmountUpTo {
   public:
     AmountUpTo(const TimeBins& amounts, std::span<const TimeSpan> ran) : m_bins(amounts) {
+        if (amounts.empty())
+            return;
         TimeBins covered = covered_bins(ran, amounts.shift());
         align(m_bins, covered);
         double sum = 0.0;
