@@ -17,6 +17,10 @@ struct RunCase {
 const std::vector<RunCase> run_cases = {
     {"RunInPlaceOfAReport", {"run", "--quiet", "design.zanx", "profile.mon", "report.json"}},
     {"Check", {"check", "design.zanx", "profile.mon"}},
+    {"Summary", {"summary", "design.zanx", "profile.mon"}},
+    {"SummaryAsJson", {"summary", "design.zanx", "profile.mon", "--json"}},
+    {"SummaryOfAReport", {"summary", "whole.json"}},
+    {"Diff", {"diff", "design.zanx", "profile.mon", "whole.json"}},
     {"View", {"view", "design.zanx", "profile.mon", "-o", "page.html"}},
     {"ExportTables", {"export", "design.zanx", "profile.mon", "--to", "csv", "-o", "tables"}},
     {"ExportDatabase", {"export", "design.zanx", "profile.mon", "--to", "sqlite", "-o", "run.db"}},
@@ -32,6 +36,7 @@ class RunCommandFaults : public Traced<FaultTest>, public testing::WithParamInte
         make_package(dir.path("design.zanx"), sections);
         write("profile.mon", read_file(sample / "profile.mon"));
         write("report.json", "old");
+        write("whole.json", read_file(sample / "expected_report.json"));
         before = tree();
         whole = run_whole(body);
         after = tree();
