@@ -5,6 +5,7 @@ import json
 import re
 import sqlite3
 import subprocess
+import zlib
 
 from fleet_pairs import TOP
 
@@ -54,3 +55,6 @@ def test_queries(program, folder):
     connection = sqlite3.connect(folder / "runs.db")
     found = {title: connection.execute(query).fetchall() for title, query in queries().items()}
     assert found == EXPECTED, found
+    packed, length = connection.execute("SELECT packed, length FROM summary WHERE run = 1").fetchone()
+    text = zlib.decompress(packed)
+    assert len(text) == length and json.loads(text)["board"] == "a", text

@@ -38,7 +38,10 @@ def why_not():
 
 
 class Server:
-    """A cluster and its server, which ends with the block."""
+    """A cluster and its server, which ends with the block. It doesn't wait for the disk unless other settings are named."""
+
+    def __init__(self, settings="-c fsync=off"):
+        self.settings = settings
 
     def __enter__(self):
         # Short, as names of sockets are, and where the server's user may go.
@@ -74,7 +77,7 @@ class Server:
         return self.work("pg_ctl", "-D", self.folder / "data", "-w", "-t", "60", "-l", self.folder / "log", *arguments)
 
     def start(self):
-        options = f"-c listen_addresses='' -c unix_socket_directories={self.folder} -c fsync=off"
+        options = f"-c listen_addresses='' -c unix_socket_directories={self.folder} {self.settings}"
         for made in (
             self.work("initdb", "-D", self.folder / "data", "-U", "fleet", "-A", "trust", "-E", "UTF8", "--no-locale", "-N"),
             self.control("-o", options, "start"),

@@ -45,5 +45,6 @@ JOIN staged_run s ON s.number = v.run
 JOIN new_run n ON n.id = s.id
 JOIN staged_series t ON t.number = v.series
 JOIN history.series k ON k.scope = t.scope AND k.kernel = t.kernel AND k.name = t.name AND k.metric = t.metric
+ORDER BY k.number, n.number
 ON CONFLICT DO NOTHING;
 COMMIT;

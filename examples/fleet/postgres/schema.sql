@@ -8,21 +8,21 @@ BEGIN;
 
 CREATE SCHEMA IF NOT EXISTS history;
 CREATE TABLE IF NOT EXISTS history.run (
-    number bigint GENERATED ALWAYS AS IDENTITY PRIMARY KEY,
+    number integer GENERATED ALWAYS AS IDENTITY PRIMARY KEY,
     id text COLLATE "C" NOT NULL UNIQUE,
     date text COLLATE "C" NOT NULL,
     input text COLLATE "C" NOT NULL
 );
 CREATE INDEX IF NOT EXISTS run_of_date ON history.run (date, number);
 CREATE TABLE IF NOT EXISTS history.label (
-    run bigint NOT NULL REFERENCES history.run,
+    run integer NOT NULL REFERENCES history.run,
     name text COLLATE "C" NOT NULL,
     value text COLLATE "C" NOT NULL,
     PRIMARY KEY (run, name)
 );
 CREATE INDEX IF NOT EXISTS label_of_value ON history.label (name, value, run);
 CREATE TABLE IF NOT EXISTS history.series (
-    number bigint GENERATED ALWAYS AS IDENTITY PRIMARY KEY,
+    number integer GENERATED ALWAYS AS IDENTITY PRIMARY KEY,
     scope text COLLATE "C" NOT NULL,
     kernel text COLLATE "C" NOT NULL,
     name text COLLATE "C" NOT NULL,
@@ -30,8 +30,8 @@ CREATE TABLE IF NOT EXISTS history.series (
     UNIQUE (scope, kernel, name, metric)
 );
 CREATE TABLE IF NOT EXISTS history.value (
-    series bigint NOT NULL,
-    run bigint NOT NULL,
+    series integer NOT NULL,
+    run integer NOT NULL,
     value double precision NOT NULL,
     PRIMARY KEY (series, run)
 );
