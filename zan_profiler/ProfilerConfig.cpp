@@ -23,8 +23,8 @@ void append(std::vector<std::unique_ptr<Record>>& list, ProfilerConfigIndex<Reco
 
 } // namespace
 
-void ProfilerConfigDebug::add_callsite(const std::string& file, unsigned int line, unsigned int column) {
-    m_callsiteFiles.push_back(file);
+void ProfilerConfigDebug::add_callsite(std::string_view file, unsigned int line, unsigned int column) {
+    m_callsiteFiles.emplace_back(file);
     m_callsiteLines.push_back(line);
     m_callsiteColumns.push_back(column);
 }
@@ -44,9 +44,10 @@ unsigned int ProfilerConfigDebug::getCallsiteColumn(unsigned int i) const {
     return m_callsiteColumns[i];
 }
 
-ProfilerConfigDebug* ProfilerConfigModuleInst::addDebug(const std::string& file, unsigned int line,
+ProfilerConfigDebug* ProfilerConfigModuleInst::addDebug(std::string_view file, unsigned int line,
                                                         unsigned int column) {
-    return m_debugs.emplace_back(std::make_unique<ProfilerConfigDebug>(file, line, column)).get();
+    return m_debugs.emplace_back(std::make_unique<ProfilerConfigDebug>(std::string(file), line, column))
+        .get();
 }
 
 ProfilerConfigDebug* ProfilerConfigModuleInst::getDebug(unsigned int i) const {
@@ -54,10 +55,10 @@ ProfilerConfigDebug* ProfilerConfigModuleInst::getDebug(unsigned int i) const {
     return m_debugs[i].get();
 }
 
-void ProfilerConfigModuleInst::addSignal(std::string cntl_name, std::string incr_name,
+void ProfilerConfigModuleInst::addSignal(std::string_view cntl_name, std::string_view incr_name,
                                          ProfilerConfigPort* port) {
     m_signals.push_back(
-        std::make_unique<ProfilerConfigSignal>(std::move(cntl_name), std::move(incr_name), port));
+        std::make_unique<ProfilerConfigSignal>(std::string(cntl_name), std::string(incr_name), port));
 }
 
 ProfilerConfigSignal* ProfilerConfigModuleInst::getSignal(unsigned int i) const {
@@ -105,15 +106,15 @@ ProfilerConfigConnection* ProfilerConfigFunction::getConnection(unsigned int i) 
     return m_connections[i];
 }
 
-ProfilerConfigFunction* ProfilerConfig::getFunctionWithName(const std::string& name) const {
+ProfilerConfigFunction* ProfilerConfig::getFunctionWithName(std::string_view name) const {
     return find(m_functionMap, name);
 }
 
-ProfilerConfigModule* ProfilerConfig::getModuleWithName(const std::string& name) const {
+ProfilerConfigModule* ProfilerConfig::getModuleWithName(std::string_view name) const {
     return find(m_moduleMap, name);
 }
 
-ProfilerConfigPort* ProfilerConfig::getPortWithTag(const std::string& tag) const {
+ProfilerConfigPort* ProfilerConfig::getPortWithTag(std::string_view tag) const {
     return find(m_portMap, tag);
 }
 
@@ -123,8 +124,8 @@ std::size_t ProfilerConfig::InstKeyHash::operator()(const InstKey& key) const {
     return hash(key.first) * odd + hash(key.second);
 }
 
-ProfilerConfigModuleInst* ProfilerConfig::getModuleInstWithNameAndFunction(
-    const std::string& name, const std::string& function) const {
+ProfilerConfigModuleInst* ProfilerConfig::getModuleInstWithNameAndFunction(std::string_view name,
+                                                                           std::string_view function) const {
     const auto found = m_moduleInstMap.find({name, function});
     return found == m_moduleInstMap.end() ? nullptr : found->second;
 }
@@ -154,39 +155,39 @@ ProfilerConfigConnection* ProfilerConfig::getConnection(unsigned int i) const {
     return m_connectionList[i].get();
 }
 
-void ProfilerConfig::addFunction(const std::string& name, unsigned int num_compute_units,
-                                 const std::string& filename, unsigned int linenum,
-                                 const std::string& original_name, const std::string& user_friendly_name) {
-    auto function = std::make_unique<ProfilerConfigFunction>(name, num_compute_units, filename, linenum,
-                                                             original_name, user_friendly_name, &m_moduleMap);
+void ProfilerConfig::addFunction(std::string_view name, unsigned int num_compute_units,
+                                 std::string_view filename, unsigned int linenum,
+                                 std::string_view original_name, std::string_view user_friendly_name) {
+    auto function = std::make_unique<ProfilerConfigFunction>(
+        std::string(name), num_compute_units, std::string(filename), linenum, std::string(original_name),
+        std::string(user_friendly_name), &m_moduleMap);
     const std::string& key = function->getName();
     append(m_functionList, m_functionMap, std::move(function), key);
 }
 
-void ProfilerConfig::addModule(const std::string& name, const std::string& function, bool is_kernel_wrapper) {
+void ProfilerConfig::addModule(std::string_view name, std::string_view function, bool is_kernel_wrapper) {
     auto module = std::make_unique<ProfilerConfigModule>(
-        name, function.empty() ? nullptr : getFunctionWithName(function), is_kernel_wrapper);
+        std::string(name), function.empty() ? nullptr : getFunctionWithName(function), is_kernel_wrapper);
     const std::string& key = module->getName();
     append(m_moduleList, m_moduleMap, std::move(module), key);
 }
 
-void ProfilerConfig::addPort(const std::string& cntl_name, const std::string& incr_name,
-                             const std::string& tag, const std::string& desc, const std::string& module,
-                             unsigned int flag) {
-    auto port = std::make_unique<ProfilerConfigPort>(cntl_name, incr_name, tag, desc,
-                                                     getModuleWithName(module), flag);
+void ProfilerConfig::addPort(std::string_view cntl_name, std::string_view incr_name, std::string_view tag,
+                             std::string_view desc, std::string_view module, unsigned int flag) {
+    auto port =
+        std::make_unique<ProfilerConfigPort>(std::string(cntl_name), std::string(incr_name), std::string(tag),
+                                             std::string(desc), getModuleWithName(module), flag);
     const std::string& key = port->getTag();
     append(m_portList, m_portMap, std::move(port), key);
 }
 
-ProfilerConfigModuleInst* ProfilerConfig::addModuleInst(const std::string& name, const std::string& function,
-                                                        const std::string& module,
-                                                        const std::string& attribute, const bool& is_autorun,
-                                                        const bool& shared_on) {
+ProfilerConfigModuleInst* ProfilerConfig::addModuleInst(std::string_view name, std::string_view function,
+                                                        std::string_view module, std::string_view attribute,
+                                                        const bool& is_autorun, const bool& shared_on) {
     auto* inst = m_moduleInstList
                      .emplace_back(std::make_unique<ProfilerConfigModuleInst>(
-                         name, getFunctionWithName(function), getModuleWithName(module), attribute,
-                         is_autorun, shared_on))
+                         std::string(name), getFunctionWithName(function), getModuleWithName(module),
+                         std::string(attribute), is_autorun, shared_on))
                      .get();
     // The first instance of a name and function stays the one that is found. Without a function there is no
     // second half of the key, and nothing could ask for the instance.
@@ -195,16 +196,22 @@ ProfilerConfigModuleInst* ProfilerConfig::addModuleInst(const std::string& name,
     return inst;
 }
 
-ProfilerConfigConnection* ProfilerConfig::addConnection(const std::string& moduleinst,
-                                                        const std::string& function,
-                                                        unsigned int compute_unit,
-                                                        const std::string& port_tag,
-                                                        const std::string& shared_with) {
+ProfilerConfigConnection* ProfilerConfig::addConnection(std::string_view moduleinst,
+                                                        std::string_view function, unsigned int compute_unit,
+                                                        std::string_view port_tag,
+                                                        std::string_view shared_with) {
+    return addConnection(getModuleInstWithNameAndFunction(moduleinst, function),
+                         getFunctionWithName(function), compute_unit, getPortWithTag(port_tag),
+                         shared_with.empty() ? nullptr : getPortWithTag(shared_with));
+}
+
+ProfilerConfigConnection* ProfilerConfig::addConnection(ProfilerConfigModuleInst* inst,
+                                                        ProfilerConfigFunction* function,
+                                                        unsigned int compute_unit, ProfilerConfigPort* port,
+                                                        ProfilerConfigPort* shared_port) {
     return m_connectionList
-        .emplace_back(std::make_unique<ProfilerConfigConnection>(
-            getModuleInstWithNameAndFunction(moduleinst, function), getFunctionWithName(function),
-            compute_unit, getPortWithTag(port_tag),
-            shared_with.empty() ? nullptr : getPortWithTag(shared_with)))
+        .emplace_back(
+            std::make_unique<ProfilerConfigConnection>(inst, function, compute_unit, port, shared_port))
         .get();
 }
 

@@ -83,7 +83,7 @@ class ProfilerConfigDebug {
     unsigned int getColumn() const { return m_column; }
 
     // Call sites are parallel lists: the three counts are the same.
-    void add_callsite(const std::string& file, unsigned int line, unsigned int column);
+    void add_callsite(std::string_view file, unsigned int line, unsigned int column);
     unsigned int getNumCallsiteFiles() const { return static_cast<unsigned int>(m_callsiteFiles.size()); }
     unsigned int getNumCallsiteLines() const { return static_cast<unsigned int>(m_callsiteLines.size()); }
     unsigned int getNumCallsiteColumns() const { return static_cast<unsigned int>(m_callsiteColumns.size()); }
@@ -123,10 +123,10 @@ class ProfilerConfigModuleInst {
     bool getIsAutorun() const { return m_isAutorun; }
     bool getSharedOn() const { return m_sharedOn; }
 
-    ProfilerConfigDebug* addDebug(const std::string& file, unsigned int line, unsigned int column);
+    ProfilerConfigDebug* addDebug(std::string_view file, unsigned int line, unsigned int column);
     unsigned int getNumDebugs() const { return static_cast<unsigned int>(m_debugs.size()); }
     ProfilerConfigDebug* getDebug(unsigned int i) const;
-    void addSignal(std::string cntl_name, std::string incr_name, ProfilerConfigPort* port);
+    void addSignal(std::string_view cntl_name, std::string_view incr_name, ProfilerConfigPort* port);
     unsigned int getNumSignals() const { return static_cast<unsigned int>(m_signals.size()); }
     ProfilerConfigSignal* getSignal(unsigned int i) const;
     void print(std::ostream& os) const;
@@ -275,11 +275,11 @@ class ProfilerConfig {
 
     // Null if there is none. Of several functions, modules or ports of one name the last is found, of several
     // module instances the first. Each takes time that doesn't grow with the model.
-    ProfilerConfigFunction* getFunctionWithName(const std::string& name) const;
-    ProfilerConfigModule* getModuleWithName(const std::string& name) const;
-    ProfilerConfigPort* getPortWithTag(const std::string& tag) const;
-    ProfilerConfigModuleInst* getModuleInstWithNameAndFunction(const std::string& name,
-                                                               const std::string& function) const;
+    ProfilerConfigFunction* getFunctionWithName(std::string_view name) const;
+    ProfilerConfigModule* getModuleWithName(std::string_view name) const;
+    ProfilerConfigPort* getPortWithTag(std::string_view tag) const;
+    ProfilerConfigModuleInst* getModuleInstWithNameAndFunction(std::string_view name,
+                                                               std::string_view function) const;
 
     // In the order in which they were added.
     unsigned int getNumFunctions() const { return static_cast<unsigned int>(m_functionList.size()); }
@@ -289,20 +289,25 @@ class ProfilerConfig {
 
     // None of these checks anything: that names are unique and known is the caller's affair. Records are
     // referred to by name; a name that isn't known leaves a null pointer.
-    void addFunction(const std::string& name, unsigned int num_compute_units, const std::string& filename,
-                     unsigned int linenum, const std::string& original_name,
-                     const std::string& user_friendly_name);
+    void addFunction(std::string_view name, unsigned int num_compute_units, std::string_view filename,
+                     unsigned int linenum, std::string_view original_name,
+                     std::string_view user_friendly_name);
     // An empty `function` stands for none.
-    void addModule(const std::string& name, const std::string& function, bool is_kernel_wrapper);
-    void addPort(const std::string& cntl_name, const std::string& incr_name, const std::string& tag,
-                 const std::string& desc, const std::string& module, unsigned int flag);
-    ProfilerConfigModuleInst* addModuleInst(const std::string& name, const std::string& function,
-                                            const std::string& module, const std::string& attribute,
+    void addModule(std::string_view name, std::string_view function, bool is_kernel_wrapper);
+    void addPort(std::string_view cntl_name, std::string_view incr_name, std::string_view tag,
+                 std::string_view desc, std::string_view module, unsigned int flag);
+    ProfilerConfigModuleInst* addModuleInst(std::string_view name, std::string_view function,
+                                            std::string_view module, std::string_view attribute,
                                             const bool& is_autorun, const bool& shared_on);
     // An empty `shared_with` stands for none.
-    ProfilerConfigConnection* addConnection(const std::string& moduleinst, const std::string& function,
-                                            unsigned int compute_unit, const std::string& port_tag,
-                                            const std::string& shared_with);
+    ProfilerConfigConnection* addConnection(std::string_view moduleinst, std::string_view function,
+                                            unsigned int compute_unit, std::string_view port_tag,
+                                            std::string_view shared_with);
+
+    // The same of records that are known already.
+    ProfilerConfigConnection* addConnection(ProfilerConfigModuleInst* inst, ProfilerConfigFunction* function,
+                                            unsigned int compute_unit, ProfilerConfigPort* port,
+                                            ProfilerConfigPort* shared_port);
 
     // Prints modules and functions with what these list themselves, which for records that the model made is
     // nothing.

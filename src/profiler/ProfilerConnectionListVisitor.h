@@ -16,7 +16,7 @@ class ProfilerConnectionListVisitor : public ProfilerListVisitor {
 
     static Rows elements();
     bool visit_connection(const XMLElement& elem);
-    bool check_references(const XMLElement& elem, const Connection& connection);
+    bool add_connection(const Connection& connection);
 };
 
 } // namespace zan::profiler::xml

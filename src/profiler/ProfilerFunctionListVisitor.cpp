@@ -16,12 +16,12 @@ using enum zan::xml::AttributeNeed;
 using enum zan::xml::Occurrence;
 
 struct ProfilerFunctionListVisitor::Function {
-    std::string name;
+    std::string_view name;
     unsigned int num_compute_units = 0;
-    std::string filename;
+    std::string_view filename;
     unsigned int line_number = 0;
-    std::string original_name;
-    std::string user_friendly_name;
+    std::string_view original_name;
+    std::string_view user_friendly_name;
 };
 
 ProfilerFunctionListVisitor::ProfilerFunctionListVisitor(ProfilerConfig* config, BaseVisitor* parent)

@@ -17,24 +17,24 @@ using enum zan::xml::AttributeNeed;
 using enum zan::xml::Occurrence;
 
 struct ProfilerModuleInstListVisitor::Inst {
-    std::string name;
-    std::string function;
-    std::string module;
-    std::string attribute;
-    std::string is_autorun;
-    std::string shared_on;
+    std::string_view name;
+    std::string_view function;
+    std::string_view module;
+    std::string_view attribute;
+    std::string_view is_autorun;
+    std::string_view shared_on;
 };
 
 struct ProfilerModuleInstListVisitor::Location {
-    std::string file;
+    std::string_view file;
     unsigned int line = 0;
     unsigned int column = 0;
 };
 
 struct ProfilerModuleInstListVisitor::Signal {
-    std::string cntl_name;
-    std::string incr_name;
-    std::string port_tag;
+    std::string_view cntl_name;
+    std::string_view incr_name;
+    std::string_view port_tag;
 };
 
 ProfilerModuleInstListVisitor::ProfilerModuleInstListVisitor(ProfilerConfig* config, BaseVisitor* parent)

@@ -18,9 +18,9 @@ using enum zan::xml::AttributeNeed;
 using enum zan::xml::Occurrence;
 
 struct ProfilerModuleListVisitor::Module {
-    std::string name;
-    std::string function;
-    std::string is_kernel_wrapper;
+    std::string_view name;
+    std::string_view function;
+    std::string_view is_kernel_wrapper;
 };
 
 ProfilerModuleListVisitor::ProfilerModuleListVisitor(ProfilerConfig* config, BaseVisitor* parent)

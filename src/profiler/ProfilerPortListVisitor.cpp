@@ -30,11 +30,11 @@ ProfilerPortListVisitor::Rows ProfilerPortListVisitor::elements() {
 
 bool ProfilerPortListVisitor::visit_port(const XMLElement& elem) {
     struct Port {
-        std::string cntl_name;
-        std::string incr_name;
-        std::string tag;
-        std::string desc;
-        std::string module;
+        std::string_view cntl_name;
+        std::string_view incr_name;
+        std::string_view tag;
+        std::string_view desc;
+        std::string_view module;
         unsigned int flag = 0;
     };
     static constexpr AttributeRow<ProfilerPortListVisitor, Port> rows[] = {

@@ -2,6 +2,9 @@
 // Attributes of an element as a table: their names, in the order of reading, and where their values go.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstring>
 #include <functional>
 #include <initializer_list>
 #include <iterator>
@@ -26,8 +29,9 @@ enum class AttributeState { good, unreadable, refused };
 // of it.
 template <typename Visitor, typename Record>
 struct AttributeRow {
-    using Reader = AttributeState(Visitor& visitor, const XMLElement& elem, const AttributeRow& row,
-                                  Record& record);
+    // `attr` is null if the element doesn't have the attribute.
+    using Reader = AttributeState(Visitor& visitor, const XMLElement& elem, const XMLAttribute* attr,
+                                  const AttributeRow& row, Record& record);
 
     const char* name;
     AttributeNeed need;
@@ -81,10 +85,10 @@ std::string with_value(std::string message, std::string_view value);
 
 // Reads any value of its type. A row's message is reported besides the one for an unreadable attribute.
 template <auto target, typename Value = TargetValue<target>, typename Visitor, typename Record>
-static AttributeState read_to(Visitor& visitor, const XMLElement& elem,
+static AttributeState read_to(Visitor& visitor, const XMLElement& elem, const XMLAttribute* attr,
                               const AttributeRow<Visitor, Record>& row, Record& record) {
     Value value{};
-    if (!visitor.query_attribute(elem, row.name, &value, true, true)) {
+    if (!visitor.query_attribute(elem, attr, row.name, &value, true, true)) {
         if (row.message)
             visitor.report_attr_error(elem, row.reported_name ? row.reported_name : row.name, row.message);
         return AttributeState::unreadable;
@@ -100,10 +104,10 @@ inline constexpr auto is_not_negative = [](auto value) { return value >= 0; };
 // Reads a number of which `condition` has to hold; the row's message is reported where it doesn't.
 template <auto condition, auto target, typename Value = TargetValue<target>, typename Visitor,
           typename Record>
-static AttributeState read_if(Visitor& visitor, const XMLElement& elem,
+static AttributeState read_if(Visitor& visitor, const XMLElement& elem, const XMLAttribute* attr,
                               const AttributeRow<Visitor, Record>& row, Record& record) {
     Value value{};
-    if (!visitor.query_attribute(elem, row.name, &value, true, true))
+    if (!visitor.query_attribute(elem, attr, row.name, &value, true, true))
         return AttributeState::unreadable;
     if (!condition(value)) {
         visitor.report_attr_error(elem, row.name, row.message);
@@ -116,10 +120,10 @@ static AttributeState read_if(Visitor& visitor, const XMLElement& elem,
 // Reads a text that must be one of `words`; the row's message, with the text for its "{}", is reported where
 // it isn't.
 template <const auto& words, auto target, typename Visitor, typename Record>
-static AttributeState read_word(Visitor& visitor, const XMLElement& elem,
+static AttributeState read_word(Visitor& visitor, const XMLElement& elem, const XMLAttribute* attr,
                                 const AttributeRow<Visitor, Record>& row, Record& record) {
-    std::string text;
-    if (!visitor.query_attribute(elem, row.name, &text, true, true))
+    std::string_view text;
+    if (!visitor.query_attribute(elem, attr, row.name, &text, true, true))
         return AttributeState::unreadable;
     const auto* word = find_word(words, text);
     if (!word) {
@@ -142,14 +146,18 @@ bool check_attributes(BaseVisitor& visitor, const XMLElement& elem, const Rows& 
     return visitor.report_unexpected_attrs(elem, static_cast<unsigned int>(names.size()), names.data());
 }
 
-// Reads the attributes into `record`, which keeps what it holds where an optional one is missing. The first
-// fault ends the reading.
-template <typename Visitor, typename Rows, typename Record>
-AttributeState read_rows(Visitor& visitor, const XMLElement& elem, const Rows& rows, Record& record) {
+namespace detail {
+
+// What read_rows does with the attribute of each row, which `find` looks up by the row's index.
+template <typename Visitor, typename Rows, typename Record, typename Find>
+AttributeState read_found(Visitor& visitor, const XMLElement& elem, const Rows& rows, Record& record,
+                          Find find) {
+    std::size_t index = 0;
     for (const auto& row : rows) {
-        if (row.need == AttributeNeed::optional && !BaseVisitor::attribute_exists(elem, row.name))
+        const XMLAttribute* attr = find(index++);
+        if (!attr && row.need == AttributeNeed::optional)
             continue;
-        const AttributeState state = row.read(visitor, elem, row, record);
+        const AttributeState state = row.read(visitor, elem, attr, row, record);
         if (state != AttributeState::good)
             return state;
         if (row.check && !(visitor.*row.check)(elem, record))
@@ -158,11 +166,51 @@ AttributeState read_rows(Visitor& visitor, const XMLElement& elem, const Rows& r
     return AttributeState::good;
 }
 
-// Both: the element has no other attributes than those of the table, and all of them are good.
+// The row of that name, or the number of rows. The search begins at `first`: writers of descriptions mostly
+// have the order of the table, so that one comparison is enough.
+template <typename Rows>
+std::size_t row_of(const Rows& rows, const char* name, std::size_t first) {
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        const std::size_t index = first + i < std::size(rows) ? first + i : first + i - std::size(rows);
+        if (std::strcmp(std::data(rows)[index].name, name) == 0)
+            return index;
+    }
+    return std::size(rows);
+}
+
+} // namespace detail
+
+// Reads the attributes into `record`, which keeps what it holds where an optional one is missing. The first
+// fault ends the reading.
 template <typename Visitor, typename Rows, typename Record>
-bool read_attributes(Visitor& visitor, const XMLElement& elem, const Rows& rows, Record& record) {
-    return check_attributes(visitor, elem, rows) &&
-           read_rows(visitor, elem, rows, record) == AttributeState::good;
+AttributeState read_rows(Visitor& visitor, const XMLElement& elem, const Rows& rows, Record& record) {
+    return detail::read_found(visitor, elem, rows, record, [&](std::size_t index) {
+        return elem.FindAttribute(std::data(rows)[index].name);
+    });
+}
+
+// Both: the element has no other attributes than those of the table, and all of them are good. The rows are
+// an array. The attributes are gone over once, as most of the time of a large description is theirs: with a
+// look-up for each row, and a list of the names that are allowed, the elements of a wide design took 71
+// million instructions in place of 39.
+template <typename Visitor, typename Row, std::size_t num_rows, typename Record>
+bool read_attributes(Visitor& visitor, const XMLElement& elem, const Row (&rows)[num_rows], Record& record) {
+    std::array<const XMLAttribute*, num_rows> found{};
+    std::size_t next = 0;
+    for (const XMLAttribute* attr = elem.FirstAttribute(); attr; attr = attr->Next()) {
+        const std::size_t row = detail::row_of(rows, attr->Name(), next);
+        if (row == num_rows) {
+            visitor.report_unexpected_attr(*attr);
+            continue;
+        }
+        if (!found[row]) // the first one of a name counts, as for read_rows
+            found[row] = attr;
+        next = row + 1;
+    }
+    if (visitor.has_error())
+        return false;
+    const auto find = [&](std::size_t index) { return found[index]; };
+    return detail::read_found(visitor, elem, rows, record, find) == AttributeState::good;
 }
 
 } // namespace zan::xml

@@ -9,19 +9,15 @@ namespace zan::xml {
 
 namespace {
 
+// Replaces `path`, whose memory is kept: a path is joined for each element of a document.
 template <typename Names>
-std::string path_of(const Names& names) {
-    size_t size = 0;
-    for (const auto& name : names)
-        size += name.size() + 1;
-    std::string path;
-    path.reserve(size);
+void join_names(const Names& names, std::string& path) {
+    path.clear();
     for (size_t i = 0; i < names.size(); ++i) {
         if (i > 0)
             path += '/';
         path += names[i];
     }
-    return path;
 }
 
 // Checks the parent before the first field is taken from it.
@@ -104,11 +100,14 @@ const char* BaseVisitor::get_source_name() const {
 }
 
 std::string BaseVisitor::get_elem_stack_key() const {
-    return path_of(m_elem_stack);
+    std::string path;
+    join_names(m_elem_stack, path);
+    return path;
 }
 
 unsigned int& BaseVisitor::get_elem_stack_count_entry() {
-    return m_elem_counts[get_elem_stack_key()];
+    join_names(m_elem_stack, m_path);
+    return m_elem_counts[m_path];
 }
 
 // All names are taken before any is compared, so that a null name stops the process on every document.
@@ -150,7 +149,9 @@ bool BaseVisitor::check_element_stack_with_top(unsigned int n, ...) const {
 }
 
 unsigned int BaseVisitor::get_element_count_va(unsigned int n, va_list names) const {
-    const auto entry = m_elem_counts.find(path_of(take_names(n, names)));
+    std::string path;
+    join_names(take_names(n, names), path);
+    const auto entry = m_elem_counts.find(path);
     return entry == m_elem_counts.end() ? 0 : entry->second;
 }
 

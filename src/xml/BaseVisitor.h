@@ -67,6 +67,14 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     template <AttributeValue T>
     bool query_attribute(const XMLElement& elem, const char* name, T* out, bool report, bool required);
 
+    // The same of an attribute of that name which is known already; null if the element doesn't have it.
+    template <AttributeValue T>
+    bool query_attribute(const XMLElement& elem, const XMLAttribute* attr, const char* name, T* out,
+                         bool report, bool required);
+
+    // Whether an error was reported.
+    bool has_error() const { return m_has_error; }
+
     // Reports an error, at a line where it has one, sets the error flag and returns false.
     bool report_error(const std::string& msg);
     bool report_error(const XMLNode& node, const std::string& msg);
@@ -76,6 +84,7 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     // false.
     bool report_missing_attr(const XMLElement& elem, const std::string& attr, const std::string& extra);
     bool report_unexpected_elem(const XMLElement& elem, const std::string& extra);
+    bool report_unexpected_attr(const XMLAttribute& attr);
     bool report_attr_type_error(const XMLElement& elem, const std::string& attr_name,
                                 const std::string& extra);
 
@@ -147,12 +156,19 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     bool report_count_outside(const XMLElement& elem, unsigned int count, unsigned int min_count,
                               unsigned int max_count);
     bool report_attrs_not_in(const XMLElement& elem, const Names& names);
+
+    std::string m_path; // room for the path of an element that is entered
 };
 
 template <AttributeValue T>
 bool BaseVisitor::query_attribute(const XMLElement& elem, const char* name, T* out, bool report,
                                   bool required) {
-    const XMLAttribute* attr = elem.FindAttribute(name);
+    return query_attribute(elem, elem.FindAttribute(name), name, out, report, required);
+}
+
+template <AttributeValue T>
+bool BaseVisitor::query_attribute(const XMLElement& elem, const XMLAttribute* attr, const char* name, T* out,
+                                  bool report, bool required) {
     if (!attr)
         return report && required && report_missing_attr(elem, name, "");
     if (convert_attribute(*attr, out))

@@ -64,6 +64,11 @@ bool convert_attribute(const tinyxml2::XMLAttribute& attr, std::string* out) {
     return true;
 }
 
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, std::string_view* out) {
+    *out = attr.Value();
+    return true;
+}
+
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned int* out) {
     return convert_to_unsigned(attr.Value(), out, 10);
 }

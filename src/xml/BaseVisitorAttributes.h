@@ -7,6 +7,7 @@
 #include <concepts>
 #include <istream>
 #include <string>
+#include <string_view>
 
 namespace zan::xml {
 
@@ -47,12 +48,14 @@ std::istream& operator>>(std::istream& in, unsigned64_hex& out);
 
 // The types that convert_attribute, and so BaseVisitor::query_attribute, knows.
 template <typename T>
-concept AttributeValue = std::same_as<T, std::string> || std::same_as<T, unsigned int> ||
-    std::same_as<T, unsigned_hex> || std::same_as<T, unsigned64_hex> || std::same_as<T, float> ||
-    std::same_as<T, int> || std::same_as<T, bool>;
+concept AttributeValue = std::same_as<T, std::string> || std::same_as<T, std::string_view> ||
+    std::same_as<T, unsigned int> || std::same_as<T, unsigned_hex> || std::same_as<T, unsigned64_hex> ||
+    std::same_as<T, float> || std::same_as<T, int> || std::same_as<T, bool>;
 
 // Converts an attribute's text; false if it is not of the type. After a failure `out` is not to be looked at.
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, std::string* out);
+// A view of the document's own text, which lives as long as the document.
+bool convert_attribute(const tinyxml2::XMLAttribute& attr, std::string_view* out);
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned int* out);
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned_hex* out);
 bool convert_attribute(const tinyxml2::XMLAttribute& attr, unsigned64_hex* out);

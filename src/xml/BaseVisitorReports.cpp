@@ -82,6 +82,10 @@ bool BaseVisitor::report_unexpected_elem(const XMLElement& elem, const std::stri
     return report_error(elem, with_extra("Unexpected element " + quoted(elem.Value()) + ".", extra));
 }
 
+bool BaseVisitor::report_unexpected_attr(const XMLAttribute& attr) {
+    return report_error(attr, "Unexpected attribute " + quoted(attr.Name()) + ".");
+}
+
 bool BaseVisitor::report_attr_type_error(const XMLElement& elem, const std::string& attr_name,
                                          const std::string& extra) {
     const std::string text =
@@ -159,7 +163,7 @@ bool BaseVisitor::report_unexpected_elem_count_error(const XMLElement& elem, uns
 bool BaseVisitor::report_attrs_not_in(const XMLElement& elem, const Names& names) {
     for (const XMLAttribute* attr = elem.FirstAttribute(); attr; attr = attr->Next()) {
         if (std::find(names.begin(), names.end(), attr->Name()) == names.end())
-            report_error(*attr, "Unexpected attribute " + quoted(attr->Name()) + ".");
+            report_unexpected_attr(*attr);
     }
     return !m_has_error;
 }

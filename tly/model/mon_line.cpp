@@ -48,6 +48,36 @@ const char* read_field(const char* begin, const char* end, MonField& field) {
     return position;
 }
 
+// Reads digits with a sign or none from `position` on, and leaves it after them; false if there are none.
+// Most numbers end within the next eight characters, which read_digits takes at once. Near the end of a line
+// there may be fewer; there digits are read one by one, since the bytes after the line are not to be touched.
+inline bool read_plain(const char*& position, const char* end, long long& value) {
+    const char* const begin = position;
+    const bool negative = position != end && *position == '-';
+    if (negative)
+        ++position;
+    long long magnitude = 0;
+    if (has_digit_blocks && end - position >= 8) {
+        std::uint64_t characters;
+        std::memcpy(&characters, position, sizeof characters);
+        const DigitRun run = read_digits(characters);
+        magnitude = run.value;
+        position += run.length;
+        if (run.length < sizeof characters) {
+            value = negative ? -magnitude : magnitude;
+            return run.length != 0;
+        }
+    }
+    // The rest of a longer number, or the end of a line. Reading ends at 18 digits; one more is neither a
+    // comma nor the end, so that a number which could overflow is no plain one.
+    while (position != end && static_cast<unsigned>(*position - '0') < 10 && position - begin < safe_digits) {
+        magnitude = magnitude * 10 + (*position - '0');
+        ++position;
+    }
+    value = negative ? -magnitude : magnitude;
+    return position - begin > (negative ? 1 : 0);
+}
+
 } // namespace
 
 MonField read_mon_field(std::string_view text) {
@@ -55,30 +85,8 @@ MonField read_mon_field(std::string_view text) {
     return {text, number.value_or(0), number.has_value()};
 }
 
-// Most numbers end within the next eight characters, which read_digits takes at once. Near the end of a line
-// there may be fewer; there digits are read one by one, since the bytes after the line are not to be touched.
 bool PlainFields::digits(long long& value) {
-    const char* const begin = m_position;
-    const bool negative = m_position != m_end && *m_position == '-';
-    if (negative)
-        ++m_position;
-    long long magnitude = 0;
-    if (has_digit_blocks && m_end - m_position >= 8) {
-        std::uint64_t characters;
-        std::memcpy(&characters, m_position, sizeof characters);
-        const DigitRun run = read_digits(characters);
-        magnitude = run.value;
-        m_position += run.length;
-    }
-    // The rest of a longer number, or the end of a line. Reading ends at 18 digits; one more is neither a
-    // comma nor the end, so that a number which could overflow is no plain one.
-    while (m_position != m_end && static_cast<unsigned>(*m_position - '0') < 10 &&
-           m_position - begin < safe_digits) {
-        magnitude = magnitude * 10 + (*m_position - '0');
-        ++m_position;
-    }
-    value = negative ? -magnitude : magnitude;
-    return m_position - begin > (negative ? 1 : 0);
+    return read_plain(m_position, m_end, value);
 }
 
 bool PlainFields::text(std::string_view& text) {
@@ -93,10 +101,14 @@ bool PlainFields::text(std::string_view& text) {
 }
 
 bool PlainFields::last_numbers(long long* values, std::size_t count) {
+    const char* position = m_position; // kept in a register
     for (std::size_t i = 0; i < count; ++i) {
-        if (!digits(values[i]) || (i + 1 < count && !comma()))
+        if (i != 0 && (position == m_end || *position++ != ','))
+            return false;
+        if (!read_plain(position, m_end, values[i]))
             return false;
     }
+    m_position = position;
     return m_position == m_end;
 }
 

@@ -24,6 +24,7 @@ using zan::xml::read_word;
 using zan::xml::skip;
 using zan::xml::unsigned64_hex;
 using zan::xml::Word;
+using zan::xml::XMLAttribute;
 using enum zan::xml::AttributeNeed;
 using enum zan::xml::Occurrence;
 
@@ -64,10 +65,10 @@ void add_accessible(Memory& memory, const std::string& list) {
 }
 
 // An attribute without any word stops the process.
-AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem, const MemoryRow& row,
-                                    Memory& memory) {
+AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem, const XMLAttribute* attr,
+                                    const MemoryRow& row, Memory& memory) {
     std::string list;
-    visitor.query_attribute(elem, row.name, &list, true, true);
+    visitor.query_attribute(elem, attr, row.name, &list, true, true);
     unsigned int allocation = Memory::UndefinedAllocation;
     Memory::Type type = Memory::TypeCount;
     for (std::string& piece : pieces_of(list)) {
@@ -89,10 +90,11 @@ AttributeState read_allocation_type(BaseVisitor& visitor, const XMLElement& elem
 
 // A number that is too large for a `long` becomes the largest, and of that the lower 32 bits are the
 // identifier.
-AttributeState read_id(BaseVisitor& visitor, const XMLElement& elem, const MemoryRow& row, Memory& memory) {
+AttributeState read_id(BaseVisitor& visitor, const XMLElement& elem, const XMLAttribute* attr,
+                       const MemoryRow& row, Memory& memory) {
     constexpr int base_by_prefix = 0;
     std::string text;
-    visitor.query_attribute(elem, row.name, &text, true, true);
+    visitor.query_attribute(elem, attr, row.name, &text, true, true);
     char* end = nullptr;
     const long id = std::strtol(text.c_str(), &end, base_by_prefix);
     if (end == text.c_str() || *end != '\0' || id < 0) {

@@ -120,6 +120,15 @@ TEST_F(Print, ConnectionOfTheConfig) {
         R"(        <CONNECTION moduleinst="i" function="f" compute_unit="0" shared_with="t" port_tag="t"/>)");
 }
 
+TEST_F(Print, ConnectionOfKnownRecords) {
+    EXPECT_EQ(
+        printed(
+            *config.addConnection(&inst(), config.getFunction(0), 1, config.getPort(0), config.getPort(0))),
+        R"(        <CONNECTION moduleinst="i" function="f" compute_unit="1" shared_with="t" port_tag="t"/>)");
+    EXPECT_EQ(config.getNumConnections(), 1u);
+    EXPECT_EQ(config.getConnection(0)->getSharedPort(), config.getPort(0));
+}
+
 TEST_F(Print, ConnectionWithoutReferences) {
     EXPECT_EQ(
         printed(*config.addConnection("x", "x", 4294967295u, "x", "t")),

@@ -163,6 +163,57 @@ TEST(AttributeTable, NothingIsReadFromAnElementWithOtherAttributes) {
     EXPECT_EQ(box.name, "n");
 }
 
+struct BoxByAttributes {
+    explicit BoxByAttributes(const std::string& attributes) {
+        const auto doc = parsed("<box\n" + attributes + "/>");
+        is_read = read_attributes(visitor, *doc->RootElement(), box_rows, box);
+    }
+
+    RecordingCallbacks callbacks;
+    BoxVisitor visitor{&callbacks};
+    Box box;
+    bool is_read;
+};
+
+TEST(AttributeTable, AttributesOfAnElementMayHaveAnyOrder) {
+    for (const char* attributes :
+         {"name='n' count='3' weight='2.5' label='l'", "label='l' weight='2.5' count='3' name='n'",
+          "weight='2.5' name='n' label='l' count='3'"}) {
+        const BoxByAttributes reading(attributes);
+        EXPECT_TRUE(reading.is_read) << attributes;
+        EXPECT_EQ(reading.box.name, "n") << attributes;
+        EXPECT_EQ(reading.box.count, 3u) << attributes;
+        EXPECT_EQ(reading.box.weight, 2.5f) << attributes;
+        EXPECT_EQ(reading.box.label, "l.") << attributes;
+    }
+}
+
+TEST(AttributeTable, TheFirstFaultInTheOrderOfTheTableIsReported) {
+    const BoxByAttributes reading("size='tiny'\ncount='x'\nname='n'");
+    EXPECT_FALSE(reading.is_read);
+    EXPECT_THAT(reading.callbacks.errors,
+                ElementsAre(box_error(3, "Incorrect type for attribute 'count' on element 'box'."),
+                            box_error(4, "No count.")));
+}
+
+TEST(AttributeTable, UnexpectedAttributesAreReportedInTheirOrder) {
+    const BoxByAttributes reading("z='1'\nname='n'\na='2'\nnam='3'\nnames='4'");
+    EXPECT_FALSE(reading.is_read);
+    EXPECT_THAT(reading.callbacks.errors, ElementsAre(box_error(2, "Unexpected attribute 'z'."),
+                                                      box_error(4, "Unexpected attribute 'a'."),
+                                                      box_error(5, "Unexpected attribute 'nam'."),
+                                                      box_error(6, "Unexpected attribute 'names'.")));
+}
+
+TEST(AttributeTable, NothingIsReadAfterAnError) {
+    RecordingCallbacks callbacks;
+    BoxVisitor visitor(&callbacks);
+    visitor.report_error("x");
+    Box box;
+    EXPECT_FALSE(read_attributes(visitor, *parsed("<box name='n'/>")->RootElement(), box_rows, box));
+    EXPECT_EQ(box.name, "none");
+}
+
 TEST(WithValue, ReplacesTheFirstBraces) {
     EXPECT_EQ(with_value("No '{}'.", "a"), "No 'a'.");
     EXPECT_EQ(with_value("{}{}", "{}"), "{}{}");

@@ -333,6 +333,9 @@ TEST(QueryAttribute, ReadsDecodedText) {
     ProbeVisitor visitor;
     unsigned int number = 0;
     std::string text, lines;
+    std::string_view view;
+    EXPECT_TRUE(visitor.query_attribute(*doc->RootElement(), "t", &view, true, true));
+    EXPECT_EQ(view, "<\"&'>");
     EXPECT_TRUE(visitor.query_attribute(*doc->RootElement(), "n", &number, true, true));
     EXPECT_TRUE(visitor.query_attribute(*doc->RootElement(), "t", &text, true, true));
     EXPECT_TRUE(visitor.query_attribute(*doc->RootElement(), "nl", &lines, true, true));

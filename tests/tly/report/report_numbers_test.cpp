@@ -53,7 +53,7 @@ TEST(ReportNumbers, FloatsOfFewDecimals) {
 
 // Where the number of digits in front of the point changes, and the form of the whole text.
 TEST(ReportNumbers, FloatsNextToPowersOfTen) {
-    for (int power = -6; power <= 17; ++power) {
+    for (int power = -16; power <= 17; ++power) {
         float value = static_cast<float>(std::pow(10.0, power));
         for (int i = 0; i < 1'000; ++i)
             value = std::nextafter(value, 0.0f);
@@ -76,6 +76,26 @@ TEST(ReportNumbers, TextsOfFloats) {
     EXPECT_EQ(report_text(9999999.5f), "1e+07");         // no float: the next one is 10^7
     EXPECT_EQ(report_text(524288.125f), "524288.1");     // a tie goes to the even digit
     EXPECT_EQ(report_text(524288.375f), "524288.4");
+}
+
+// Each in the form that a float below 10^-4 has, with the digits that its 24 bits are.
+TEST(ReportNumbers, TextsOfSmallFloats) {
+    EXPECT_EQ(report_text(std::ldexp(1.0f, -14)), "6.103516e-05");   // 6.103515625e-05
+    EXPECT_EQ(report_text(std::ldexp(1.0f, -20)), "9.536743e-07");   // 9.5367431640625e-07
+    EXPECT_EQ(report_text(std::ldexp(-5.0f, -40)), "-4.547474e-12"); // 4.547473508864641189575e-12
+    EXPECT_EQ(report_text(std::ldexp(1.0f, -43)), "1.136868e-13");   // 1.136868377216160297393798828125e-13
+    EXPECT_EQ(report_text(1e-7f), "1e-07");
+    EXPECT_EQ(report_text(0.00009999999f), "9.999999e-05");
+}
+
+TEST(ReportNumbers, RandomSmallFloats) {
+    std::mt19937 random(2);
+    for (int i = 0; i < 500'000; ++i) {
+        const float value = static_cast<float>(1 + random() % 1'000'000) /
+                            static_cast<float>(1'000'000 + random() % 1'000'000'000);
+        ASSERT_TRUE(is_general(value));
+        ASSERT_TRUE(is_general(-value * 1e-5f));
+    }
 }
 
 TEST(ReportNumbers, IntegersOfEachLength) {
