@@ -36,7 +36,7 @@ PROGRAMS = {
     "zan_profiler": ["zan_profiler_test", "tly_read_test"],
     "src/profiler": ["zan_profiler_test", "tly_read_test", "end_to_end_test"],
     "src/board": ["zan_board_test", "end_to_end_test"],
-    "profile": ["zan_profile_test"],
+    "profile": ["zan_profile_test", "zanl_profile_test"],
     "tly/base": ["tly_model_test", "tly_report_test", "tly_read_test", "end_to_end_test"],
     "tly/model": ["tly_model_test", "tly_report_test", "tly_read_test", "end_to_end_test", "differential_test",
                   "tly_allocation_test"],

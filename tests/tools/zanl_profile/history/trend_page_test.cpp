@@ -143,4 +143,15 @@ TEST_F(TrendPageFile, IsWrittenBesideTheText) {
     EXPECT_EQ(trend("no/such/folder.html").status, "2");
 }
 
+TEST_F(TrendPageFile, ANewestRunWithoutAValueIsNamed) {
+    HistoryStore store(dir.path("h.db"), OpenMode::write);
+    ProfileSummary run;
+    run.kernels.resize(1);
+    run.kernels[0].name = "other";
+    const HistoryEntry entry = {run, "2026-11-23", {}};
+    store.add({&entry, 1});
+    const Outcome outcome = trend("t.html");
+    EXPECT_THAT(outcome.err, testing::ContainsRegex("the newest run, [0-9a-f]{12}, has no busy of k\n"));
+}
+
 } // namespace
