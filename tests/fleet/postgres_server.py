@@ -254,6 +254,29 @@ def check_months(server):
     assert len(made) == 2 * 4, made
 
 
+def check_together(server, program, folder):
+    """Loads of the same runs at once: each run is there once, and none of the loads fails."""
+    folder.mkdir()
+    for name, days in (("a", range(1, 29)), ("b", range(28, 0, -1))):
+        (folder / name).mkdir()
+        for day in days:
+            add = (program, folder / name, f"2027-03-{day:02}", 120 + day, "d")
+            history_queries.add_run(*add, {f"kernel {number}": day for number in ((day, 2) if name == "a" else (2, day))}, 0, 0)
+    report = TOP / "samples/loop/expected_report.json"
+    subprocess.run([program, "-q", "export", report, "--to", "csv", "-o", folder / "export", "--run-id", "200"], check=True)
+    commands = [["load_history.sh", folder / name / "runs.db"] for name in "abab"]
+    commands += [["load_exports.sh", "2027-03-01", folder / "export"]] * 3
+    loads = [subprocess.Popen([SCRIPTS / script, *words], env=server.environment, stderr=subprocess.PIPE, text=True)
+             for script, *words in commands]
+    for one in loads:
+        _, fault = one.communicate()
+        assert one.returncode == 0, fault
+    rows = (folder / "export" / "sample.csv").read_text(encoding="utf-8").count("\n") - 1
+    assert server.rows("SELECT count(*) FROM export.sample WHERE run_id = 200") == [(rows,)]
+    # The run of the second day has one kernel, so it is the same in both.
+    assert server.rows("SELECT count(*) FROM run WHERE date LIKE '2027-03-%'") == [(28 + 28 - 1,)]
+
+
 def test_postgres(program, folder):
     folder.mkdir()
     with Server() as server:
@@ -263,4 +286,5 @@ def test_postgres(program, folder):
         check_histories(server, program, folder / "histories")
         check_exports(server, program, folder / "exports")
         check_months(server)
+        check_together(server, program, folder / "together")
     assert not server.folder.exists()

@@ -26,10 +26,11 @@ EXCEPTION WHEN OTHERS THEN
 END
 $$;
 
+-- Here and below rows go in by the order of their keys, so that of two loads at once none waits for the other in turn.
 CREATE TEMPORARY TABLE new_run (number integer, id text) ON COMMIT DROP;
 WITH added AS (
     INSERT INTO history.run (id, date, input)
-    SELECT id, date, pg_temp.text_of(input) FROM staged_run ORDER BY number
+    SELECT id, date, pg_temp.text_of(input) FROM staged_run ORDER BY id
     ON CONFLICT DO NOTHING
     RETURNING number, id
 )
@@ -40,11 +41,12 @@ SELECT r.number, pg_temp.text_of(l.name), pg_temp.text_of(l.value)
 FROM staged_label l
 JOIN staged_run s ON s.number = l.run
 JOIN history.run r ON r.id = s.id
+ORDER BY r.number, 2
 ON CONFLICT DO NOTHING;
 
 UPDATE staged_series SET kernel = pg_temp.text_of(kernel), name = pg_temp.text_of(name);
 INSERT INTO history.series (scope, kernel, name, metric)
-SELECT scope, kernel, name, metric FROM staged_series ORDER BY number
+SELECT scope, kernel, name, metric FROM staged_series ORDER BY scope, kernel, name, metric
 ON CONFLICT DO NOTHING;
 
 -- Numbers of the history, and those of the server. Without statistics the last join would look up each value.
