@@ -9,6 +9,7 @@ row, and seconds of each question on the clock: the median over the rounds, with
 import argparse
 import pathlib
 import re
+import signal
 import statistics
 import subprocess
 import sys
@@ -118,6 +119,8 @@ def main():
     parser.add_argument("--samples", type=int, default=100000000, help="samples, which take 80 bytes each on the disk")
     parser.add_argument("--rounds", type=int, default=3)
     arguments = parser.parse_args()
+    # So that the server ends as well.
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     toolbox = arguments.build.resolve() / "tools" / "zanl_profile" / "zanl-profile"
     with tempfile.TemporaryDirectory() as name, postgres_server.Server(SETTINGS) as server:
         status, output = server.run("psql", "-X", "-q", "-f", str(postgres_server.SCRIPTS / "schema.sql"))

@@ -136,8 +136,12 @@ def check_histories(server, program, folder):
     load(server, "load_history.sh", folder / "runs.db")
     assert server.counts(HISTORY_TABLES) == expected
     check_queries(server, folder / "runs.db")
+    check_merged(server, program, folder, expected)
 
-    # Another history, whose runs have other numbers: the run of the 16th is in both, here with a label; one is new.
+
+def check_merged(server, program, folder, expected):
+    """Another history is added, whose runs have other numbers; texts that mean something to SQL stay what they are."""
+    # The run of the 16th is in both, here with a label; one is new.
     other = folder / "other"
     other.mkdir()
     history_queries.add_run(program, other, "2026-12-01", 119, "c", {"aggregate": 140}, 50, 900)
@@ -154,6 +158,13 @@ def check_histories(server, program, folder):
     assert server.rows(values + " ORDER BY date") == [("2026-11-15", 7), ("2026-11-16", 9), ("2026-11-22T23:00:00", 6)]
     status, output = server.run(SCRIPTS / "load_history.sh", folder / "absent.db")
     assert status == 2 and "absent.db: there is no such file" in output, output
+
+    odd = ("a\n\\.\nb", "'; DROP TABLE history.run; --", "\\N", "", '"')
+    labels = [word for number, text in enumerate(odd) for word in ("--label", f"odd{number}={text}")]
+    subprocess.run([program, "-q", "history", "add", "runs.db", "s.json", *labels], cwd=other, check=True)
+    load(server, "load_history.sh", other / "runs.db")
+    found = server.rows("SELECT 'value ' || value FROM label WHERE name LIKE 'odd_' ORDER BY name")
+    assert found == [("value " + text,) for text in odd], found
 
 
 def export_samples(program, folder):

@@ -18,17 +18,17 @@ here=$(dirname "$(readlink -f "$0")")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# In one transaction, so that no run is half there.
+# In one transaction, so that no run is half there. Texts are written by their bytes: psql takes a line "\." in one for the end.
 (cd "$folder" && sqlite3 -batch -bail "$database") <<SQL
 .timeout 30000
 .mode csv
 BEGIN;
 .once run.csv
-SELECT number, id, date, input FROM run WHERE date >= '$since' ORDER BY number;
+SELECT number, id, date, hex(input) FROM run WHERE date >= '$since' ORDER BY number;
 .once label.csv
-SELECT run, name, value FROM label WHERE run IN (SELECT number FROM run WHERE date >= '$since');
+SELECT run, hex(name), hex(value) FROM label WHERE run IN (SELECT number FROM run WHERE date >= '$since');
 .once series.csv
-SELECT number, scope, kernel, name, metric FROM series;
+SELECT number, scope, hex(kernel), hex(name), metric FROM series;
 .once value.csv
 SELECT v.series, v.run, v.value FROM series s CROSS JOIN run r JOIN value v ON v.series = s.number AND v.run = r.number
 WHERE r.date >= '$since';

@@ -17,34 +17,52 @@ CREATE TEMPORARY TABLE staged_value (series bigint, run bigint, value double pre
 \copy staged_series FROM 'series.csv' WITH (FORMAT csv)
 \copy staged_value FROM 'value.csv' WITH (FORMAT csv)
 
-CREATE TEMPORARY TABLE new_run (number bigint, id text) ON COMMIT DROP;
+-- The text of bytes in hexadecimal digits. What is no text to the server stays as digits.
+CREATE FUNCTION pg_temp.text_of(digits text) RETURNS text LANGUAGE plpgsql AS $$
+BEGIN
+    RETURN convert_from(decode(digits, 'hex'), 'UTF8');
+EXCEPTION WHEN OTHERS THEN
+    RETURN '\x' || digits;
+END
+$$;
+
+CREATE TEMPORARY TABLE new_run (number integer, id text) ON COMMIT DROP;
 WITH added AS (
     INSERT INTO history.run (id, date, input)
-    SELECT id, date, input FROM staged_run ORDER BY number
+    SELECT id, date, pg_temp.text_of(input) FROM staged_run ORDER BY number
     ON CONFLICT DO NOTHING
     RETURNING number, id
 )
 INSERT INTO new_run SELECT number, id FROM added;
 
 INSERT INTO history.label (run, name, value)
-SELECT r.number, l.name, l.value
+SELECT r.number, pg_temp.text_of(l.name), pg_temp.text_of(l.value)
 FROM staged_label l
 JOIN staged_run s ON s.number = l.run
 JOIN history.run r ON r.id = s.id
 ON CONFLICT DO NOTHING;
 
+UPDATE staged_series SET kernel = pg_temp.text_of(kernel), name = pg_temp.text_of(name);
 INSERT INTO history.series (scope, kernel, name, metric)
 SELECT scope, kernel, name, metric FROM staged_series ORDER BY number
 ON CONFLICT DO NOTHING;
 
-ANALYZE staged_value;
+-- Numbers of the history, and those of the server. Without statistics the last join would look up each value.
+CREATE TEMPORARY TABLE run_number ON COMMIT DROP AS
+SELECT s.number AS staged, n.number FROM staged_run s JOIN new_run n ON n.id = s.id;
+CREATE TEMPORARY TABLE series_number ON COMMIT DROP AS
+SELECT t.number AS staged, k.number
+FROM staged_series t
+JOIN history.series k ON k.scope = t.scope AND k.kernel = t.kernel AND k.name = t.name AND k.metric = t.metric;
+ANALYZE run_number, series_number, staged_value;
+
+-- In the order of the key, whose index then is built from one end to the other.
 INSERT INTO history.value (series, run, value)
-SELECT k.number, n.number, v.value
+SELECT t.number, r.number, v.value
 FROM staged_value v
-JOIN staged_run s ON s.number = v.run
-JOIN new_run n ON n.id = s.id
-JOIN staged_series t ON t.number = v.series
-JOIN history.series k ON k.scope = t.scope AND k.kernel = t.kernel AND k.name = t.name AND k.metric = t.metric
-ORDER BY k.number, n.number
+JOIN run_number r ON r.staged = v.run
+JOIN series_number t ON t.staged = v.series
+ORDER BY t.number, r.number
 ON CONFLICT DO NOTHING;
+DROP FUNCTION pg_temp.text_of;
 COMMIT;

@@ -91,8 +91,8 @@ CREATE TABLE IF NOT EXISTS export.port_sample (
     port_id integer NOT NULL, i integer NOT NULL, metric text NOT NULL
 ) PARTITION BY RANGE (run_date);
 -- Of ranges of pages: rows of a run lie side by side, so this index stays tiny.
-CREATE INDEX IF NOT EXISTS sample_of_run ON export.sample USING brin (run_id) WITH (pages_per_range = 16);
-CREATE INDEX IF NOT EXISTS port_sample_of_run ON export.port_sample USING brin (run_id) WITH (pages_per_range = 16);
+CREATE INDEX IF NOT EXISTS sample_of_run ON export.sample USING brin (run_id) WITH (autosummarize = on);
+CREATE INDEX IF NOT EXISTS port_sample_of_run ON export.port_sample USING brin (run_id) WITH (autosummarize = on);
 
 -- Makes the partitions of the month of that day and of the months after it, where they are missing: sample_2026_11 and
 -- port_sample_2026_11. Loads do so for their own month; a role that may not make tables needs them made before.
