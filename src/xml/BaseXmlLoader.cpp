@@ -38,8 +38,7 @@ XMLDocument* BaseXmlLoader::parse_file(const char* filename) {
 // Unlike parse_file it prints nothing: the text comes from a package, whose reader has its own message.
 XMLDocument* BaseXmlLoader::parse_xml(const char* xml) {
     ZAN_CONTRACT(xml != nullptr, "xml != __null");
-    m_source_name = memory_source_name;
-    reset_errors();
+    begin_text();
     std::unique_ptr<XMLDocument> doc = new_document();
     doc->Parse(xml, nul_terminated);
     if (!doc->Error()) {
@@ -48,6 +47,11 @@ XMLDocument* BaseXmlLoader::parse_xml(const char* xml) {
     }
     set_last_error(doc.get());
     return nullptr;
+}
+
+void BaseXmlLoader::begin_text() {
+    m_source_name = memory_source_name;
+    reset_errors();
 }
 
 // The parser takes a text apart where it has copied it to, so that two names are as far from each other there

@@ -65,6 +65,9 @@ class BaseXmlLoader : public VisitorCallbacks {
     template <typename Model, typename Visitor, typename... Options>
     Model* load_model(XMLDocument* doc, bool debug_mode, Options... options);
 
+    // What a load of a text in memory begins with: its source name, and no messages.
+    void begin_text();
+
     const char* m_source_name = nullptr; // not owned
     std::vector<std::string> m_errors;
     std::vector<std::string> m_warnings;

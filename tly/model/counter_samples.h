@@ -50,23 +50,21 @@ class CounterSamples {
     using Samples = SampleList<long long>;
 
     // Makes a list for a family, which starts with zeros for the samples so far. Has to come before
-    // the family's first value.
+    // the family's first value. Lists may move.
     void activate(Counter counter);
 
     // The life of a sample: sums to zero, values added modulo 2^64, the sums onto the lists.
     void start_line() {
-        for (const Counter counter : m_active)
-            m_sums[index_of(counter)] = 0;
+        for (const Family& family : m_families)
+            m_sums[index_of(family.counter)] = 0;
     }
     void add(Counter counter, long long value) {
         long long& sum = m_sums[index_of(counter)];
         sum = wrapping_sum(sum, value);
     }
     void end_line() {
-        for (const Counter counter : m_active) {
-            const std::size_t index = index_of(counter);
-            m_samples[index].push_back(m_sums[index]);
-        }
+        for (Family& family : m_families)
+            family.samples.push_back(m_sums[index_of(family.counter)]);
         m_zeros.push_back(0);
     }
     // The same for `count` lines at once. The sums are those of the last line.
@@ -76,17 +74,22 @@ class CounterSamples {
     void clear();
 
     const Samples& operator[](Counter counter) const {
-        const std::size_t index = index_of(counter);
+        const std::size_t place = m_places[index_of(counter)];
         // cppcheck-suppress returnTempReference ; both are members
-        return m_is_active[index] ? m_samples[index] : m_zeros;
+        return place == 0 ? m_zeros : m_families[place - 1].samples;
     }
 
   private:
     static std::size_t index_of(Counter counter) { return static_cast<std::size_t>(counter); }
 
-    std::vector<Counter> m_active;
-    std::array<bool, num_counters> m_is_active{};
+    // A list for each of all families would be half of what a design with thousands of instances takes.
+    struct Family {
+        Counter counter;
+        Samples samples;
+    };
+
+    std::vector<Family> m_families;                     // those that have been activated
+    std::array<unsigned char, num_counters> m_places{}; // in m_families, from 1; 0 for others
     std::array<long long, num_counters> m_sums{};
-    std::array<Samples, num_counters> m_samples; // those of inactive families stay empty
     Samples m_zeros;
 };

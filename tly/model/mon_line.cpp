@@ -2,20 +2,27 @@
 #include "mon_line.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <iterator>
+#include <limits>
 
 #include "decimal_digits.h"
 #include "number_text.h"
 
 namespace {
 
-// Numbers of up to this many digits fit a long long whatever the digits are.
-constexpr std::ptrdiff_t safe_digits = 18;
+// Numbers of up to this many digits fit an unsigned long long whatever the digits are. Times in nanoseconds
+// since 1970 have as many.
+constexpr std::ptrdiff_t most_digits = 19;
+constexpr unsigned long long largest = std::numeric_limits<long long>::max();
 
 // Fields that are held. The widest lines of the benchmarks have 1,448.
 constexpr std::size_t most_fields = 4096;
+
+constexpr std::array<unsigned long long, 9> powers_of_ten = {
+    1, 10, 100, 1'000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000};
 
 // How far from a mark's beginning a field without a mark may end. Two marks are more than this apart, so that
 // they take less memory than the line.
@@ -35,7 +42,8 @@ const char* read_field(const char* begin, const char* end, MonField& field) {
         ++position;
     }
     const std::ptrdiff_t num_digits = position - digits;
-    if ((position == end || *position == ',') && num_digits != 0 && num_digits <= safe_digits) {
+    if ((position == end || *position == ',') && num_digits != 0 && num_digits <= most_digits &&
+        magnitude <= largest) {
         field.text = std::string_view(begin, position);
         field.value = negative ? -static_cast<long long>(magnitude) : static_cast<long long>(magnitude);
         field.is_number = true;
@@ -48,34 +56,48 @@ const char* read_field(const char* begin, const char* end, MonField& field) {
     return position;
 }
 
-// Reads digits with a sign or none from `position` on, and leaves it after them; false if there are none.
-// Most numbers end within the next eight characters, which read_digits takes at once. Near the end of a line
-// there may be fewer; there digits are read one by one, since the bytes after the line are not to be touched.
+// The digits of the next eight characters, all of which must be there.
+inline DigitRun take_digits(const char*& position) {
+    std::uint64_t characters;
+    std::memcpy(&characters, position, sizeof characters);
+    const DigitRun run = read_digits(characters);
+    position += run.length;
+    return run;
+}
+
+// Reads digits with a sign or none from `position` on, and leaves it after them; false if there are none, or
+// if they are too large a number. Most numbers end within the next eight characters, which are taken at once;
+// only where numbers are long (times) it pays to take the next eight, too. Near the end of a line there may
+// be fewer; there digits are read one by one, since the bytes after the line are not to be touched.
+template <bool are_long>
 inline bool read_plain(const char*& position, const char* end, long long& value) {
-    const char* const begin = position;
     const bool negative = position != end && *position == '-';
     if (negative)
         ++position;
-    long long magnitude = 0;
+    const char* const digits = position;
+    unsigned long long magnitude = 0;
+    bool is_whole = false;
     if (has_digit_blocks && end - position >= 8) {
-        std::uint64_t characters;
-        std::memcpy(&characters, position, sizeof characters);
-        const DigitRun run = read_digits(characters);
-        magnitude = run.value;
-        position += run.length;
-        if (run.length < sizeof characters) {
-            value = negative ? -magnitude : magnitude;
-            return run.length != 0;
+        const DigitRun first = take_digits(position);
+        magnitude = first.value;
+        is_whole = first.length < 8;
+        if (are_long && !is_whole && end - position >= 8) {
+            const DigitRun second = take_digits(position);
+            magnitude = magnitude * powers_of_ten[second.length] + second.value;
+            is_whole = second.length < 8;
         }
     }
-    // The rest of a longer number, or the end of a line. Reading ends at 18 digits; one more is neither a
-    // comma nor the end, so that a number which could overflow is no plain one.
-    while (position != end && static_cast<unsigned>(*position - '0') < 10 && position - begin < safe_digits) {
-        magnitude = magnitude * 10 + (*position - '0');
+    // The rest of a longer number, or the end of a line. What comes after the last digit that is read is
+    // neither a comma nor the end if it is a digit, so that a number which could overflow is no plain one.
+    while (!is_whole && position != end && static_cast<unsigned>(*position - '0') < 10 &&
+           position - digits < most_digits) {
+        magnitude = magnitude * 10 + static_cast<unsigned>(*position - '0');
         ++position;
     }
-    value = negative ? -magnitude : magnitude;
-    return position - begin > (negative ? 1 : 0);
+    if (position == digits || magnitude > largest)
+        return false;
+    value = negative ? -static_cast<long long>(magnitude) : static_cast<long long>(magnitude);
+    return true;
 }
 
 } // namespace
@@ -86,7 +108,7 @@ MonField read_mon_field(std::string_view text) {
 }
 
 bool PlainFields::digits(long long& value) {
-    return read_plain(m_position, m_end, value);
+    return read_plain<true>(m_position, m_end, value);
 }
 
 bool PlainFields::text(std::string_view& text) {
@@ -105,7 +127,7 @@ bool PlainFields::last_numbers(long long* values, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         if (i != 0 && (position == m_end || *position++ != ','))
             return false;
-        if (!read_plain(position, m_end, values[i]))
+        if (!read_plain<false>(position, m_end, values[i]))
             return false;
     }
     m_position = position;

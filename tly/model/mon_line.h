@@ -20,8 +20,8 @@ struct MonField {
 // The field that a text stands for, commas and all.
 MonField read_mon_field(std::string_view text);
 
-// Reads a line piece by piece, as long as it is what nearly all lines are: plain numbers of up to 18 digits,
-// which fit a long long whatever the digits are. A piece that is anything else ends the reading; then the
+// Reads a line piece by piece, as long as it is what nearly all lines are: plain numbers that fit a long
+// long, of up to 19 digits. A piece that is anything else ends the reading; then the
 // line has to be split. What is read is what the split line has.
 class PlainFields {
   public:

@@ -2,6 +2,7 @@
 // A kernel and what one invocation of it has produced so far.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -11,6 +12,7 @@
 #include "sample_list.h"
 #include "tly_constants.h"
 #include "tly_module_inst.h"
+#include "unique_number.h"
 
 // The reader adds one entry to each sample list for every monitor line of the kernel, the report makes a node
 // of what has accumulated, and resetKernel makes room for the next invocation. A kernel points to its module
@@ -31,6 +33,8 @@ class TlyKernel {
     const std::string& get_user_friendly_name() const { return m_user_friendly_name; }
     const std::string& get_filename() const { return m_filename; }
     int get_line_num() const { return m_line_num; }
+    // Changes with what the getters above return, and is the number of no other kernel.
+    std::uint64_t description_number() const { return m_description_number; }
     bool is_autorun_kernel() const { return m_autorun; }
     void set_autorun() { m_autorun = true; }
     // How many copies of the kernel the design has.
@@ -77,12 +81,12 @@ class TlyKernel {
     // error and left out. With `reset` the kernel is reset afterwards.
     ptree getJSON(bool reset, std::unordered_map<std::string, TlyExtMem*>& ext_mems);
 
-    void set_name(std::string name) { m_name = std::move(name); }
+    void set_name(std::string name) { change(m_name, std::move(name)); }
     const std::string& get_original_name() const { return m_original_name; }
     void set_original_name(std::string name) { m_original_name = std::move(name); }
-    void set_user_friendly_name(std::string name) { m_user_friendly_name = std::move(name); }
-    void set_filename(std::string filename) { m_filename = std::move(filename); }
-    void set_line_num(int line_num) { m_line_num = line_num; }
+    void set_user_friendly_name(std::string name) { change(m_user_friendly_name, std::move(name)); }
+    void set_filename(std::string filename) { change(m_filename, std::move(filename)); }
+    void set_line_num(int line_num) { change(m_line_num, line_num); }
     void set_autorun_manual(bool autorun) { m_autorun = autorun; }
     std::vector<int> get_device_ids() const { return m_device_ids.to_vector(); }
     void set_device_ids(SampleList<int> ids) { m_device_ids = std::move(ids); }
@@ -98,6 +102,13 @@ class TlyKernel {
     void set_extmem_module_inst(TlyModuleInst* inst) { m_extmem_module_inst = inst; }
 
   private:
+    template <class Member>
+    void change(Member& member, Member value) {
+        member = std::move(value);
+        m_description_number = unique_number();
+    }
+
+    std::uint64_t m_description_number = unique_number();
     std::string m_name;
     std::string m_original_name;
     std::string m_user_friendly_name;

@@ -45,18 +45,22 @@ TlyModuleInst::TlyModuleInst(std::string name, std::string module, std::string f
 
 void TlyModuleInst::addFilename(std::string filename) {
     m_filenames.push_back(std::move(filename));
+    m_description_number = unique_number();
 }
 
 void TlyModuleInst::addLine(int line) {
     m_lines.push_back(line);
+    m_description_number = unique_number();
 }
 
 void TlyModuleInst::addColNum(int column) {
     m_col_nums.push_back(column);
+    m_description_number = unique_number();
 }
 
 void TlyModuleInst::addIsCallsite(bool is_callsite) {
     m_is_callsite.push_back(is_callsite);
+    m_description_number = unique_number();
 }
 
 int TlyModuleInst::getNumFilenames() const {

@@ -2,6 +2,7 @@
 // A profiled hardware block of a kernel and its samples.
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -16,6 +17,7 @@
 #include "sample_list.h"
 #include "tly_constants.h"
 #include "tly_ext_mem.h"
+#include "unique_number.h"
 
 // One module instance: a load-store unit, a channel access, a loop, a kernel's function wrapper. It has
 // - static attributes from the profiler description;
@@ -60,6 +62,8 @@ class TlyModuleInst {
     int getNumFilenames() const;
     int getNumLines() const;
     int getNumCols() const;
+    // Changes with the name, the attributes and the locations, and is the number of no other instance.
+    std::uint64_t description_number() const { return m_description_number; }
     // The entry at i. For an index outside the list: an empty text, and -1 for the others. getIsCallsite
     // returns 0 or 1.
     const std::string& getFileName(int i) const;
@@ -276,6 +280,7 @@ class TlyModuleInst {
     std::vector<int> m_lines;
     std::vector<int> m_col_nums;
     std::vector<bool> m_is_callsite;
+    std::uint64_t m_description_number = unique_number();
     std::vector<std::string> m_filenames;
     std::string m_attr_memory_type;
     std::string m_attr_rw;

@@ -6,6 +6,10 @@
 // includes the whole block, as more is copied than stays. Plain values are written where they are; those of a
 // list are read into a block first, as a list may store them in 32 bits, or not at all.
 //
+// The text of a part that comes again is kept and copied. A run that repeats a part doesn't take more memory
+// for it than most_kept, and the parts of a run without repetition are never kept, as FoldedNodes announce a
+// part from its second time on.
+//
 // Measured: with two writers, of trees and of folded nodes, over a third class with the text of nodes, a run
 // of 1,000 short invocations took 2.6% more instructions.
 #include "json_writer.h"
@@ -48,6 +52,10 @@ constexpr std::array<Separator, num_separators> separators = [] {
 }();
 
 constexpr std::size_t chunk = 256; // numbers that are written at once
+
+constexpr std::size_t most_kept = std::size_t{1} << 20; // bytes of parts
+constexpr std::size_t longest_part = std::size_t{1} << 14;
+static_assert(longest_part <= TextBuffer::capacity);
 
 } // namespace
 
@@ -113,6 +121,34 @@ void JsonWriter::array(std::string_view key, const ReportArray& values) {
     open(key, Form::array);
     values.visit([&](const auto& numbers) { write_numbers(numbers); });
     close();
+}
+
+void JsonWriter::part(std::uint64_t number, const NodePart& nodes) {
+    const auto known = m_parts.find(number);
+    if (known == m_parts.end())
+        return keep_part(number, nodes);
+    const KnownPart& part = known->second;
+    if (part.depth != m_open.size() || part.parent != m_open.back())
+        return nodes.write_to(*this);
+    std::memcpy(m_out.reserve(part.text.size()), part.text.data(), part.text.size());
+    m_out.skip(part.text.size());
+    m_open.pop_back();
+    m_open.insert(m_open.end(), part.open.begin(), part.open.end());
+}
+
+// A text is taken from the buffer, so it is kept only if it is there as a whole.
+void JsonWriter::keep_part(std::uint64_t number, const NodePart& nodes) {
+    const std::size_t depth = m_open.size();
+    const OpenNode parent = m_open.back();
+    m_out.reserve(longest_part);
+    const TextBuffer::Mark begin = m_out.mark();
+    nodes.write_to(*this);
+    const std::string_view text = m_out.since(begin);
+    if (text.empty() || text.size() > longest_part || m_parts_size + text.size() > most_kept)
+        return;
+    const auto first_open = m_open.begin() + static_cast<std::ptrdiff_t>(depth) - 1;
+    m_parts.emplace(number, KnownPart{depth, parent, std::string(text), {first_open, m_open.end()}});
+    m_parts_size += text.size();
 }
 
 void JsonWriter::finish() {

@@ -3,8 +3,11 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "report_sink.h"
@@ -26,6 +29,7 @@ class JsonWriter final : public ReportSink {
     void open(std::string_view key, Form form) override;
     void close() override;
     void array(std::string_view key, const ReportArray& values) override;
+    void part(std::uint64_t number, const NodePart& nodes) override;
     // Closes the object; to be called once, after all nodes. The bytes may still be in the buffer.
     void finish();
 
@@ -34,9 +38,18 @@ class JsonWriter final : public ReportSink {
         Form form;
         bool is_member; // has a key
         bool has_children;
+        bool operator==(const OpenNode&) const = default;
+    };
+    // The text of a part. It is the same wherever the depth and the node around it are.
+    struct KnownPart {
+        std::size_t depth;
+        OpenNode parent;
+        std::string text;
+        std::vector<OpenNode> open; // the parent and what is open in it after the part
     };
 
     void append_indent(std::size_t depth);
+    void keep_part(std::uint64_t number, const NodePart& nodes);
     void begin_children();
     void begin_child(std::string_view key);
     template <class T>
@@ -46,4 +59,6 @@ class JsonWriter final : public ReportSink {
 
     TextBuffer& m_out;
     std::vector<OpenNode> m_open;
+    std::unordered_map<std::uint64_t, KnownPart> m_parts;
+    std::size_t m_parts_size = 0; // of all their texts
 };

@@ -49,12 +49,18 @@ void write_ext_mems(ReportSink& children, const TlyModuleInst& wrapper,
 
 void write_invocation(ReportSink& node, const KernelInvocation& invocation) {
     const SampleList<long long>& timestamps = invocation.sample_timestamps;
-    node.text("type", "kernel");
-    node.text("name", invocation.name);
-    node.number("compute_unit", invocation.compute_unit);
-    node.open("sourcefile", Form::object);
-    write_source(node, invocation.sourcefile.c_str(), static_cast<int>(invocation.line));
-    node.close();
+    const auto write_description = [&](ReportSink& sink) {
+        sink.text("type", "kernel");
+        sink.text("name", invocation.name);
+        sink.number("compute_unit", invocation.compute_unit);
+        sink.open("sourcefile", Form::object);
+        write_source(sink, invocation.sourcefile.c_str(), static_cast<int>(invocation.line));
+        sink.close();
+    };
+    if (invocation.description_number != 0)
+        node.part_of(invocation.description_number, write_description);
+    else
+        write_description(node);
     node.samples("device_ids", invocation.device_ids);
     node.samples("command_queue_id", invocation.command_queues);
     node.number("start_time", invocation.start_time);
@@ -84,7 +90,9 @@ void write_kernel(ReportSink& node, const TlyKernel& kernel,
                             .sample_timestamps = kernel.sample_timestamps(),
                             .total_cycles = sample_cycles,
                             .is_autorun = kernel.is_autorun_kernel(),
-                            .shared_type = kernel.get_shared_run_type()});
+                            .shared_type = kernel.get_shared_run_type(),
+                            // The number of the kernel doesn't change with the compute unit.
+                            .description_number = compute_unit == 0 ? kernel.description_number() : 0});
     const std::string function_inst = name + function_inst_suffix;
     const std::string wrapper_inst = name + wrapper_inst_suffix;
     node.open("children", Form::array);

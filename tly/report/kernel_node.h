@@ -2,6 +2,7 @@
 // The node of a kernel's invocation.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -27,6 +28,9 @@ struct KernelInvocation {
     const SampleList<long long>& total_cycles;
     bool is_autorun;
     SharedCounterTypes shared_type;
+    // A number that stands for the name, the source, the line and the compute unit, and for no others of
+    // these; 0 if there is none.
+    std::uint64_t description_number = 0;
 };
 
 // Writes all members but the children.

@@ -183,15 +183,21 @@ DerivedSamples average_burst_sizes(const TlyModuleInst& inst) {
     return averages;
 }
 
+// What the description says of the instance, up to the first of its samples. The details stay open.
+void write_description(ReportSink& node, const TlyModuleInst& inst) {
+    node.text("type", "moduleinst");
+    node.text("name", inst.getName());
+    write_sources(node, inst);
+    node.open("module_inst_details", Form::object);
+    if (!inst.getAttrMemoryType().empty())
+        node.text("mem_type", inst.getAttrMemoryType());
+    if (!inst.getAttrRw().empty())
+        node.text("operation_type", inst.getAttrRw());
+}
+
 void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples& sample_cycles) {
-    const std::string& memory_type = inst.getAttrMemoryType();
-    const std::string& operation = inst.getAttrRw();
-    if (!memory_type.empty())
-        details.text("mem_type", memory_type);
-    if (!operation.empty())
-        details.text("operation_type", operation);
     details.samples("occupancy_samples", inst.samples(Counter::ivalid));
-    if (memory_type == loop_module)
+    if (inst.getAttrMemoryType() == loop_module)
         return;
 
     const Kind kind(inst);
@@ -213,12 +219,9 @@ void write_details(ReportSink& details, const TlyModuleInst& inst, const Samples
 } // namespace
 
 void write_module(ReportSink& node, const TlyModuleInst& inst, const Samples& sample_cycles) {
-    node.text("type", "moduleinst");
-    node.text("name", inst.getName());
     if (inst.getNumLines() != inst.getNumFilenames() || inst.getNumLines() != inst.getNumCols())
         diagnose(Message::locations_differ, of_inst(inst));
-    write_sources(node, inst);
-    node.open("module_inst_details", Form::object);
+    node.part_of(inst.description_number(), [&](ReportSink& sink) { write_description(sink, inst); });
     write_details(node, inst, sample_cycles);
     node.close();
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "report_array.h"
@@ -12,6 +13,16 @@
 
 // What the children of a node are: members of an object, each with a key, or elements of an array.
 enum class Form { object, array };
+
+class ReportSink;
+
+// Nodes that are written again and again, such as the name of a block and where it stands in the source.
+class NodePart {
+  public:
+    virtual ~NodePart() = default;
+    // Writes the same nodes each time. It may leave nodes open, and closes none that was open before.
+    virtual void write_to(ReportSink& sink) const = 0;
+};
 
 // Takes the children of one node, in their order. `key` is the name of a member; it is empty for an element.
 // Views and spans hold until the call returns. Nothing is checked: callers close what they open, and the keys
@@ -37,11 +48,25 @@ class ReportSink {
         });
     }
 
+    // Nodes that are the same whenever they come with this number, which is above 0: a sink may keep what it
+    // made of them, and need not ask for them again.
+    virtual void part(std::uint64_t, const NodePart& nodes) { nodes.write_to(*this); }
+
     // The report's text of a number.
     template <ReportNumber T>
     void number(std::string_view key, T value) {
         char digits[max_number_text];
         text(key, std::string_view(digits, write_number(digits, value)));
+    }
+    // The same of what `write` writes to the sink that it is handed.
+    template <class Write>
+    void part_of(std::uint64_t number, const Write& write) {
+        struct Part final : NodePart {
+            explicit Part(const Write& function) : m_write(function) {}
+            void write_to(ReportSink& sink) const override { m_write(sink); }
+            const Write& m_write;
+        };
+        part(number, Part(write));
     }
     void boolean(std::string_view key, bool value) { text(key, value ? "true" : "false"); }
     // The array of the samples; an empty list has no child.

@@ -4,4 +4,5 @@
 void TextBuffer::flush() {
     m_good = m_good && m_target.write(m_bytes.get(), m_size);
     m_size = 0;
+    ++m_num_flushes;
 }

@@ -27,6 +27,19 @@ class TextBuffer {
         return m_bytes.get() + m_size;
     }
     void advance(const char* end) { m_size = static_cast<std::size_t>(end - m_bytes.get()); }
+    void skip(std::size_t size) { m_size += size; }
+
+    // A place in the text, and what was written since; nothing if a part of that has gone to the target.
+    struct Mark {
+        std::size_t size;
+        std::size_t num_flushes;
+    };
+    Mark mark() const { return {m_size, m_num_flushes}; }
+    std::string_view since(const Mark& mark) const {
+        if (mark.num_flushes != m_num_flushes)
+            return {};
+        return {m_bytes.get() + mark.size, m_size - mark.size};
+    }
 
     // A literal has a size that the compiler knows, which makes the copy an instruction or two.
     template <std::size_t size>
@@ -56,5 +69,6 @@ class TextBuffer {
     ByteTarget& m_target;
     std::unique_ptr<char[]> m_bytes;
     std::size_t m_size = 0;
+    std::size_t m_num_flushes = 0;
     bool m_good = true;
 };

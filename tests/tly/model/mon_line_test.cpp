@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -43,6 +45,55 @@ std::string random_fields(std::mt19937_64& random, std::size_t count) {
     return text;
 }
 
+struct LongNumber {
+    const char* text;
+    std::optional<long long> value; // none if it is left to std::stoll
+};
+
+TEST(PlainFields, NumbersHaveUpToNineteenDigits) {
+    constexpr LongNumber numbers[] = {
+        {"12345678", 12345678},
+        {"123456789", 123456789},
+        {"1234567890123456", 1234567890123456},
+        {"12345678901234567", 12345678901234567},
+        {"-123456789012345678", -123456789012345678},
+        {"1700000000000040000", 1700000000000040000},
+        {"-1700000000000040000", -1700000000000040000},
+        {"9223372036854775807", 9223372036854775807},
+        {"-9223372036854775807", -9223372036854775807},
+        {"0000000000000000001", 1},
+        {"-9223372036854775808", std::nullopt}, // fits, but not without its sign
+        {"9223372036854775808", std::nullopt},
+        {"9999999999999999999", std::nullopt},
+        {"10000000000000000000", std::nullopt},
+        {"00000000000000000001", std::nullopt},
+    };
+    for (const auto& [text, value] : numbers) {
+        // At the end of the line and before other fields digits are read in other ways.
+        for (const char* rest : {"", ",1", ",12345678,1"}) {
+            const std::string line = std::string(text) + rest;
+            long long last[3] = {};
+            const std::size_t count = 1 + static_cast<std::size_t>(std::count(line.begin(), line.end(), ','));
+            EXPECT_EQ(PlainFields(line).last_numbers(last, count), value.has_value()) << line;
+            long long next = 0;
+            EXPECT_EQ(PlainFields(line).number(next), value.has_value() && count > 1) << line;
+            if (value) {
+                EXPECT_EQ(last[0], *value) << line;
+                if (count > 1) {
+                    EXPECT_EQ(next, *value) << line;
+                }
+            }
+            MonLine split;
+            split.split(line);
+            const auto number = split.fields()[0].number();
+            EXPECT_EQ(number, parse_long_long(text)) << line;
+            if (value) {
+                EXPECT_EQ(number, value) << line;
+            }
+        }
+    }
+}
+
 TEST(PlainFields, AreReadAsTheSplitLineHasThem) {
     std::mt19937_64 random(4);
     int num_plain = 0;
@@ -67,7 +118,7 @@ TEST(PlainFields, AreReadAsTheSplitLineHasThem) {
 TEST(PlainFields, EndWhereSomethingElseStands) {
     long long value = 0;
     std::string_view text;
-    for (const char* line : {"", ",1", "-,1", "x,1", " 1,1", "+1,1", "1", "1x,1", "1234567890123456789,1"})
+    for (const char* line : {"", ",1", "-,1", "x,1", " 1,1", "+1,1", "1", "1x,1", "9223372036854775808,1"})
         EXPECT_FALSE(PlainFields(line).number(value)) << line;
     EXPECT_FALSE(PlainFields("name").text(text));
     for (const char* line : {"1", "1,2,", "1,2,3", "1,,2", "1,2\r"})

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "inst_builder.h"
 
 namespace {
@@ -26,6 +28,26 @@ TEST(TlyKernel, ABareNameMakesAnEmptyKernel) {
     EXPECT_TRUE(kernel.get_sample_totalcycles().empty());
     EXPECT_TRUE(kernel.get_module_insts().empty());
     EXPECT_EQ(kernel.get_extmem_module_inst(), nullptr);
+}
+
+TEST(TlyKernel, AChangeOfTheDescriptionHasANumberOfItsOwn) {
+    TlyKernel kernel("k");
+    std::vector<std::uint64_t> numbers{TlyKernel("k").description_number(), kernel.description_number()};
+    kernel.set_name("n");
+    numbers.push_back(kernel.description_number());
+    kernel.set_user_friendly_name("u");
+    numbers.push_back(kernel.description_number());
+    kernel.set_filename("f");
+    numbers.push_back(kernel.description_number());
+    kernel.set_line_num(3);
+    numbers.push_back(kernel.description_number());
+    std::sort(numbers.begin(), numbers.end());
+    EXPECT_EQ(std::adjacent_find(numbers.begin(), numbers.end()), numbers.end());
+    EXPECT_GT(numbers.front(), 0u);
+    const std::uint64_t last = kernel.description_number();
+    kernel.set_start_time(5);
+    kernel.resetKernel();
+    EXPECT_EQ(kernel.description_number(), last);
 }
 
 TEST(TlyKernel, TheFriendlyNameComesBeforeTheOriginalOne) {

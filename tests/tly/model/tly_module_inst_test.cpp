@@ -4,12 +4,34 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "capture.h"
 #include "inst_builder.h"
 
 namespace {
 
 using Values = std::vector<long long>;
+
+TEST(TlyModuleInst, AChangeOfTheLocationsHasANumberOfItsOwn) {
+    const auto other = InstBuilder{.function = "described"}.make();
+    const auto inst = InstBuilder{.function = "described"}.make();
+    std::vector<std::uint64_t> numbers{other->description_number(), inst->description_number()};
+    inst->addLine(1);
+    numbers.push_back(inst->description_number());
+    inst->addFilename("f");
+    numbers.push_back(inst->description_number());
+    inst->addColNum(2);
+    numbers.push_back(inst->description_number());
+    inst->addIsCallsite(true);
+    numbers.push_back(inst->description_number());
+    std::sort(numbers.begin(), numbers.end());
+    EXPECT_EQ(std::adjacent_find(numbers.begin(), numbers.end()), numbers.end());
+    EXPECT_GT(numbers.front(), 0u);
+    const std::uint64_t last = inst->description_number();
+    inst->reset();
+    EXPECT_EQ(inst->description_number(), last);
+}
 
 TEST(TlyModuleInst, KeepsItsAttributes) {
     const TlyModuleInst inst("n", "m", "f", "mt", "rw", "lsu", "gm", "bw", "opt", true, 3, true);

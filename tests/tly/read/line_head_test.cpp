@@ -96,8 +96,9 @@ TEST(LineHead, ALineThatIsNotPlainIsNotReadFromTheFront) {
              "1,2,k, 3,4,-1,5,6",
              "1,2,k,3x,4,-1,5,6", // numbers for std::stoll alone
              "1,2,k,3,4,-1,2147483648,6",
-             "2147483648,2,k,3,4,-1,5,6",          // no int
-             "1,2,k,1234567890123456789,4,-1,5,6", // more than 18 digits
+             "2147483648,2,k,3,4,-1,5,6",           // no int
+             "1,2,k,9223372036854775808,4,-1,5,6",  // no long long
+             "1,2,k,00000000000000000001,4,-1,5,6", // more than 19 digits
          })
         EXPECT_EQ(read_from_front(line), std::nullopt) << line;
 }

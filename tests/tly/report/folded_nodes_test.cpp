@@ -133,6 +133,91 @@ TEST(FoldedNodes, KeepTheirValuesWhenTheListGrows) {
         EXPECT_EQ(value.data(), "7");
 }
 
+// Writes the same nodes each time, counts how often it was asked, and leaves a node open.
+struct CountedPart final : NodePart {
+    explicit CountedPart(std::string text) : name(std::move(text)) {}
+    void write_to(ReportSink& sink) const override {
+        ++num_writes;
+        sink.text("name", name);
+        sink.open("list", Form::array);
+    }
+    std::string name;
+    mutable int num_writes = 0;
+};
+
+void write_with_part(ReportSink& sink, std::uint64_t number, const NodePart& part, const char* value) {
+    sink.open({}, Form::object);
+    sink.part(number, part);
+    sink.text({}, value);
+    sink.close();
+    sink.close();
+}
+
+std::string written_nodes(std::shared_ptr<FoldedNodes> nodes) {
+    ptree tree;
+    tree.put("nodes", "").data() = ReportValue(std::move(nodes));
+    return written(tree);
+}
+
+TEST(FoldedNodes, APartIsAskedForOnceAndWrittenEachTime) {
+    const CountedPart a("a");
+    const CountedPart b("b");
+    const auto nodes = std::make_shared<FoldedNodes>();
+    nodes->open({}, Form::object); // the first entry makes a block, and a part has to lie in one
+    nodes->close();
+    for (const char* value : {"1", "2", "3"}) {
+        write_with_part(*nodes, 7, a, value);
+        write_with_part(*nodes, 8, b, value);
+    }
+    EXPECT_EQ(a.num_writes, 1);
+    EXPECT_EQ(b.num_writes, 1);
+    ptree tree;
+    TreeSink sink(tree.put("nodes", ""));
+    sink.open({}, Form::object);
+    sink.close();
+    for (const char* value : {"1", "2", "3"}) {
+        write_with_part(sink, 7, a, value);
+        write_with_part(sink, 8, b, value);
+    }
+    EXPECT_EQ(a.num_writes, 4); // a tree asks each time
+    EXPECT_EQ(written_nodes(nodes), written(tree));
+}
+
+TEST(FoldedNodes, APartThatFitsNoBlockIsAskedForAgain) {
+    const CountedPart part(std::string(300'000, 'x')); // blocks have 256 KiB at most
+    const auto nodes = std::make_shared<FoldedNodes>();
+    write_with_part(*nodes, 7, part, "1");
+    write_with_part(*nodes, 7, part, "2");
+    EXPECT_EQ(part.num_writes, 2);
+    ptree tree;
+    TreeSink sink(tree.put("nodes", ""));
+    write_with_part(sink, 7, part, "1");
+    write_with_part(sink, 7, part, "2");
+    EXPECT_TRUE(written_nodes(nodes) == written(tree));
+}
+
+TEST(FoldedNodes, KeysOfEachLengthAreKept) {
+    const auto nodes = std::make_shared<FoldedNodes>();
+    ptree tree;
+    TreeSink sink(tree.put("nodes", ""));
+    nodes->open({}, Form::object);
+    sink.open({}, Form::object);
+    // Keys of one length differ in one letter, at each place in turn.
+    for (std::size_t size = 1; size < 40; ++size) {
+        for (std::size_t at = 0; at < size; ++at) {
+            std::string key(size, 'k');
+            key[at] = 'x';
+            for (int i = 0; i < 2; ++i) {
+                nodes->text(key, "v");
+                sink.text(key, "v");
+            }
+        }
+    }
+    nodes->close();
+    sink.close();
+    EXPECT_EQ(written_nodes(nodes), written(tree));
+}
+
 TEST(FoldedNodes, TextsLongerThanABlockAreWhole) {
     const std::string text(1'000'000, 'x');
     const auto nodes = std::make_shared<FoldedNodes>();

@@ -147,4 +147,82 @@ TEST(JsonWriter, KeysAreQuotedLikeTextsAndNeedNotLast) {
               "{\n    \"a\\/b\":\n    {\n        \"xxx\": \"\"\n    }\n}\n");
 }
 
+// What a block of a kernel starts with: texts, a whole node, and one that stays open.
+struct BlockHead final : NodePart {
+    explicit BlockHead(std::size_t size) : name(size, 'n') {}
+    void write_to(ReportSink& sink) const override {
+        ++num_writes;
+        sink.text("name", name);
+        sink.open("empty", Form::array);
+        sink.close();
+        sink.open("values", Form::array);
+    }
+    std::string name;
+    mutable int num_writes = 0;
+};
+
+template <class WriteHead>
+void write_blocks(ReportSink& sink, int count, WriteHead write_head) {
+    sink.open("blocks", Form::array);
+    for (int i = 0; i < count; ++i) {
+        sink.open({}, Form::object);
+        write_head(sink);
+        sink.number({}, i);
+        sink.close();
+        sink.close();
+    }
+    sink.close();
+}
+
+TEST(JsonWriter, APartIsAskedForOnceInNodesOfOneKind) {
+    const BlockHead head(3);
+    const auto with_parts = text_of(
+        [&](ReportSink& sink) { write_blocks(sink, 5, [&](ReportSink& node) { node.part(9, head); }); });
+    EXPECT_EQ(head.num_writes, 1);
+    const auto without = text_of(
+        [&](ReportSink& sink) { write_blocks(sink, 5, [&](ReportSink& node) { head.write_to(node); }); });
+    EXPECT_EQ(with_parts, without);
+}
+
+// Deeper in, after another child, and in a node without a key, the text is another one.
+TEST(JsonWriter, APartIsAskedForAgainElsewhere) {
+    const BlockHead head(3);
+    const auto nodes = [&](ReportSink& sink, auto write_head) {
+        write_head(sink);
+        sink.text({}, "1");
+        sink.close();
+        sink.open("deeper", Form::object);
+        write_head(sink);
+        sink.close();
+        sink.text("other", "2");
+        write_head(sink);
+        sink.close();
+        sink.close();
+        write_head(sink);
+        sink.close();
+    };
+    const auto with_parts =
+        text_of([&](ReportSink& sink) { nodes(sink, [&](ReportSink& node) { node.part(9, head); }); });
+    EXPECT_EQ(head.num_writes, 4); // the first one is in a node without children, all others aren't
+    EXPECT_EQ(with_parts, text_of([&](ReportSink& sink) {
+                  nodes(sink, [&](ReportSink& node) { head.write_to(node); });
+              }));
+}
+
+TEST(JsonWriter, LongPartsAndManyPartsAreWrittenAsTheyAre) {
+    // Longer than what is kept of one part; and 2,000 of a KiB are more than what is kept of all.
+    for (const std::size_t size : {std::size_t{20'000}, std::size_t{300'000}, std::size_t{1'000}}) {
+        const BlockHead head(size);
+        const int num_blocks = size == 1'000 ? 4'000 : 20;
+        std::uint64_t number = 0;
+        const auto with_parts = text_of([&](ReportSink& sink) {
+            write_blocks(sink, num_blocks, [&](ReportSink& node) { node.part(1 + number++ % 2'000, head); });
+        });
+        const auto without = text_of([&](ReportSink& sink) {
+            write_blocks(sink, num_blocks, [&](ReportSink& node) { head.write_to(node); });
+        });
+        EXPECT_TRUE(with_parts == without) << size;
+    }
+}
+
 } // namespace

@@ -65,6 +65,19 @@ TEST(TextBuffer, WhatHasNoRoomComesAfterAFlush) {
     EXPECT_EQ(target.writes, (std::vector<std::string>{most + "b", "cd"}));
 }
 
+TEST(TextBuffer, WhatWasWrittenSinceAMarkIsThereUntilAFlush) {
+    KeptBytes target;
+    TextBuffer buffer(target);
+    append(buffer, "before");
+    const TextBuffer::Mark mark = buffer.mark();
+    EXPECT_EQ(buffer.since(mark), "");
+    append(buffer, "since");
+    EXPECT_EQ(buffer.since(mark), "since");
+    buffer.flush();
+    append(buffer, "since, and as long");
+    EXPECT_EQ(buffer.since(mark), "");
+}
+
 TEST(TextBuffer, AfterARefusalNothingIsWritten) {
     KeptBytes target(1);
     TextBuffer buffer(target);
