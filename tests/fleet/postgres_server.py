@@ -228,11 +228,16 @@ def check_refused(server, program, folder, exports, tables):
     # Another run with the number 1, and one that was cut off within its last table.
     report = TOP / "samples/vector_add/expected_report.json"
     subprocess.run([program, "-q", "export", report, "--to", "csv", "-o", folder / "other", "--run-id", "1"], check=True)
-    for number in (100, 101):
+    for number in (100, 101, 102):
         name = folder / str(number)
         subprocess.run([program, "-q", "export", report, "--to", "csv", "-o", name, "--run-id", str(number)], check=True)
     cut = folder / "100" / "sample.csv"
     cut.write_bytes(cut.read_bytes()[:-10])
+    # A line that psql takes for the end of the file, even in quotes.
+    named = folder / "102" / "kernel.csv"
+    named.write_bytes(named.read_bytes().replace(b",vector_add,", b',"vector\n\\.\nadd",'))
+    status, output = server.run(SCRIPTS / "load_exports.sh", "2027-01-31", folder / "102")
+    assert status == 1 and "unterminated CSV quoted field" in output and server.counts(names) == before, output
     status, output = server.run(SCRIPTS / "load_exports.sh", "2027-01-31", folder / "other", folder / "100", exports[2])
     assert status == 1 and "another run has the number 1; export with another --run-id" in output, output
     assert f"{folder / '100'} was not loaded" in output, output
