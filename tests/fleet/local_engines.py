@@ -33,8 +33,13 @@ class Fleet:
 
     def take_calls(self):
         """The names of the pairs that were run since the last call, sorted."""
-        lines = self.calls.read_text(encoding="utf-8").splitlines() if self.calls.exists() else []
+        names = self.names_of_calls()
         self.calls.unlink(missing_ok=True)
+        return names
+
+    def names_of_calls(self):
+        """The same, without taking them."""
+        lines = self.calls.read_text(encoding="utf-8").splitlines() if self.calls.exists() else []
         return sorted(os.path.basename(line.split()[2]).removesuffix(".zanx") for line in lines)
 
     def check_results(self, numbers):

@@ -220,13 +220,15 @@ def test_slurm(program, folder):
         wait_until(lambda: len(list(results.glob("*.summary.json"))) >= NUM_PAIRS // 2, 180, "no results")
         assert not (folder / "runs.db").exists(), "the last job waits for the array"
         number = cluster.kill_node(NODES[1], set(GOOD))
+        # On a slow machine a task is killed before it runs the program.
+        calls_before = fleet.names_of_calls().count(name_of(number))
         wait_until(lambda: not cluster.output("squeue", "-h").strip(), 240, lambda: cluster.output("squeue"))
         details = cluster.output("scontrol", "show", "job", f"{array}_{number}")
         assert "Restarts=1 " in details and "NodeList=n1" in details, details
         assert "JobState=COMPLETED" in cluster.output("scontrol", "show", "job", last)
         fleet.check_results(GOOD)
-        # The task that was killed ran twice.
+        # The task that was killed ran once more.
         calls = fleet.take_calls()
-        assert sorted(set(calls)) == [name_of(good) for good in GOOD] and calls.count(name_of(number)) == 2, calls
+        assert sorted(set(calls)) == [name_of(good) for good in GOOD] and calls.count(name_of(number)) == calls_before + 1, calls
     assert not [process for process in descendants() if environment_of(process).get("SLURM_CONF")]
     shutil.rmtree(folder)
