@@ -75,15 +75,20 @@ show_progress() {
     printf '%s' "$returned"
 }
 
+# install_node_packages FOLDER: those of its package.json.
+install_node_packages() {
+    [ "$1/node_modules/.package-lock.json" -nt "$1/package-lock.json" ] ||
+        (cd "$1" && npm ci) >build/npm.log 2>&1 </dev/null || tail -n 5 build/npm.log >&2
+}
+
 # Installs what only the tests of the viewer need. Where it can't, they say what they leave out.
 prepare_viewer_tests() {
-    local missing=() packages=tests/viewer/node_modules/.package-lock.json
+    local missing=()
     node --version &>/dev/null || missing+=(nodejs)
     npm --version &>/dev/null || missing+=(npm)
     { chromium --version || chromium-browser --version || google-chrome --version; } &>/dev/null || missing+=(chromium)
     [ ${#missing[@]} -eq 0 ] || (need "${missing[@]}") || true
-    [ $packages -nt tests/viewer/package-lock.json ] ||
-        (cd tests/viewer && npm ci) >build/npm.log 2>&1 </dev/null || tail -n 5 build/npm.log >&2
+    install_node_packages tests/viewer
 }
 
 # What clang's sanitizers and fuzzers need; the package is named after the version of clang.

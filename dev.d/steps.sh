@@ -63,17 +63,28 @@ test_walks() {
     tail -n 1 build/walks.log
 }
 
-# With the programs that the step "release" has built.
-test_viewer() {
+# Reads the log of a step whose tests are no programs of ours: what passed, and what couldn't be run.
+show_passed() {
     local what
+    grep ' tests passed$' "$1"
+    while IFS= read -r what; do not_run+=("$what"); done < <(sed -n 's/^not run: //p' "$1")
+}
+
+# This and the next with the programs that the step "release" has built.
+test_viewer() {
     logged build/viewer.log tests/viewer/run_tests.py --program build/release/tools/zanl_profile/zanl-profile
-    grep ' tests passed$' build/viewer.log
-    while IFS= read -r what; do not_run+=("$what"); done < <(sed -n 's/^not run: //p' build/viewer.log)
+    show_passed build/viewer.log
+}
+
+test_exports() {
+    logged build/exports.log tests/exports/run_tests.py build/release/tools/zanl_profile/zanl-profile
+    show_passed build/exports.log
 }
 
 # The examples for many machines, on real engines; what can't be started is named.
 test_fleet() {
     (need make parallel slurmctld slurmd slurm-client munge) || true
+    (need postgresql-15 sqlite3) || true
     build_release zanl-profile
     tests/fleet/run_tests.py build/release/tools/zanl_profile/zanl-profile
 }

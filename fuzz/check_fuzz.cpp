@@ -8,7 +8,6 @@
 #include "memory_file.h"
 #include "run_check.h"
 #include "run_files.h"
-#include "temp_dir.h"
 
 namespace {
 
@@ -30,14 +29,6 @@ void check_files(const std::string& package, std::string_view monitor_lines) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const TempDir folder;
-    static const std::string path = folder.path("design.zanx");
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
-    if (!has_sections(input)) {
-        const MemoryFile package(input);
-        check_files(package.path(), "0,0,kernel,1,2,-1,0\n");
-        return 0;
-    }
-    check_files(path, write_package(input, path));
+    with_run_files({reinterpret_cast<const char*>(data), size}, check_files);
     return 0;
 }

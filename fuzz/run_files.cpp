@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
+#include "memory_file.h"
 #include "pkg_editor.h"
+#include "temp_dir.h"
 
 namespace {
 
@@ -28,12 +30,7 @@ Part next_part(std::string_view& input) {
     return part;
 }
 
-} // namespace
-
-bool has_sections(std::string_view input) {
-    return input.starts_with(mark);
-}
-
+// Makes the package of the sections, and returns the monitor file's text.
 std::string_view write_package(std::string_view input, const std::string& path) {
     std::string_view monitor_lines;
     zan_pkg_file* const package = zan_pkg_open_file(path.c_str(), ZAN_PKG_READ_WRITE | ZAN_PKG_CREATE);
@@ -47,4 +44,20 @@ std::string_view write_package(std::string_view input, const std::string& path) 
     }
     zan_pkg_close_file(package);
     return monitor_lines;
+}
+
+} // namespace
+
+void with_run_files(
+    std::string_view input,
+    const std::function<void(const std::string& package, std::string_view monitor_lines)>& use) {
+    static const TempDir folder;
+    static const std::string path = folder.path("design.zanx");
+    if (input.starts_with(mark)) {
+        const std::string_view monitor_lines = write_package(input, path);
+        use(path, monitor_lines);
+    } else {
+        const MemoryFile package(input);
+        use(package.path(), "0,0,kernel,1,2,-1,0\n");
+    }
 }

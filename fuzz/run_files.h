@@ -2,12 +2,15 @@
 // The files of a run, of which each byte comes from the input.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
-// Whether the input has the sections of a package: lines "--- NAME" begin the sections ".zan.NAME"; those
-// after the line "--- profile.mon" are the monitor file. Any other input is a package itself.
-bool has_sections(std::string_view input);
-
-// Makes the package at `path` of the sections, and returns the monitor file's text. Contract: has_sections().
-std::string_view write_package(std::string_view input, const std::string& path);
+// Calls `use` with the path of a package and the text of a monitor file.
+//
+// Lines "--- NAME" of the input begin the sections ".zan.NAME" of the package; what follows the line "---
+// profile.mon" is the monitor file. An input that begins with no such line is a package itself, with a
+// monitor file of one line.
+void with_run_files(
+    std::string_view input,
+    const std::function<void(const std::string& package, std::string_view monitor_lines)>& use);

@@ -87,7 +87,7 @@ LAYERS = [
         ["lib/contract", *TLY, *[folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")]],
         [],
     ),
-    ("profile/history", ["profile/base", "profile/database", "profile/model", "profile/summary"], []),
+    ("profile/history", ["profile/base", "profile/database", "profile/model", "profile/summary"], ["zlib"]),
     ("profile/database", [], ["sqlite"]),
     ("profile/summary", [folder for folder in PROFILE if folder not in ("profile/check", "profile/compare")], []),
     ("tools/zanl_profile/base", ["lib/contract", "lib/pkg_editor/src", *TLY, "profile/model"], []),

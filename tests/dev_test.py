@@ -189,11 +189,12 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.stand_in("ctest", "folder=build/$2/Testing/Temporary; mkdir -p $folder && echo '[  PASSED  ] 7 tests.' >$folder/LastTest.log")
         for name in ("node", "npm", "chromium", "chromium-browser", "google-chrome"):
             self.stand_in(name, "exit 1")
-        tests = self.script.parent / "tests" / "viewer"
-        tests.mkdir(parents=True)
-        (tests / "package-lock.json").write_text("{}")
-        (tests / "run_tests.py").write_text("#!/bin/sh\ncat <<END\n" + "\n".join(lines) + "\nEND\n")
-        (tests / "run_tests.py").chmod(0o755)
+        for name, printed in (("viewer", lines), ("exports", ["4 tests passed"])):
+            tests = self.script.parent / "tests" / name
+            tests.mkdir(parents=True)
+            (tests / "package-lock.json").write_text("{}")
+            (tests / "run_tests.py").write_text("#!/bin/sh\ncat <<END\n" + "\n".join(printed) + "\nEND\n")
+            (tests / "run_tests.py").chmod(0o755)
 
     def test_what_the_viewers_tests_leave_out_is_named_at_the_end_and_run_again(self):
         self.viewer_runs_on_stand_ins(["3 tests passed", "not run: the page (Chromium is missing)"])

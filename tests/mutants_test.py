@@ -65,7 +65,7 @@ class Mutants(unittest.TestCase):
                 calls.append((program, "a - 1" in (self.sources / "tly/run/a.cpp").read_text()))
                 return True
 
-            def passes(self, program):
+            def passes(self, program, choice=None):
                 return calls[-1][1] or program != "end_to_end_test"
 
         with tempfile.TemporaryDirectory() as folder:
@@ -81,6 +81,19 @@ class Mutants(unittest.TestCase):
             calls,
             [("tly_read_test", whole), ("tly_read_test", changed), ("end_to_end_test", whole), ("end_to_end_test", changed)],
         )
+
+    def test_the_tests_of_the_source_come_first_then_those_of_its_folder(self):
+        with tempfile.TemporaryDirectory() as folder:
+            tests = pathlib.Path(folder) / "tests" / "tly" / "run"
+            tests.mkdir(parents=True)
+            (tests / "a_test.cpp").write_text("TEST(Second, One) {\n}\n\nTEST_F(First, Two) {\n}\n")
+            (tests / "b_test.cpp").write_text("TEST_P(Third, One) {\n}\n")
+            self.assertEqual(
+                list(mutate.choices_of("tly/run/a.cpp", pathlib.Path(folder))),
+                ["--gtest_filter=First.*:*/First.*:Second.*:*/Second.*",
+                 "--gtest_filter=First.*:*/First.*:Second.*:*/Second.*:Third.*:*/Third.*"],
+            )
+            self.assertEqual(list(mutate.choices_of("tly/read/a.cpp", pathlib.Path(folder))), [])
 
     def test_what_is_known_isnt_tried_again(self):
         mutants = mutate.mutants_of("a.cpp", SOURCE)

@@ -42,6 +42,12 @@ Statement& Statement::bind(int parameter, std::string_view text) {
     return *this;
 }
 
+Statement& Statement::bind_bytes(int parameter, std::string_view bytes) {
+    const char* const address = bytes.empty() ? "" : bytes.data();
+    check(sqlite3_bind_blob64(m_statement.get(), parameter, address, bytes.size(), SQLITE_STATIC));
+    return *this;
+}
+
 Statement& Statement::bind_null(int parameter) {
     check(sqlite3_bind_null(m_statement.get(), parameter));
     return *this;

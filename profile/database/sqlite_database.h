@@ -38,6 +38,7 @@ class Statement {
     Statement& bind(int parameter, std::int64_t value);
     Statement& bind(int parameter, double value);
     Statement& bind(int parameter, std::string_view text);
+    Statement& bind_bytes(int parameter, std::string_view bytes); // as a text
     Statement& bind_null(int parameter);
 
     // Runs it to its next row; false at the end, after which it can be run again.
@@ -51,7 +52,7 @@ class Statement {
     bool is_null(int column) const;
     std::int64_t integer(int column) const;
     double real(int column) const;
-    std::string text(int column) const;
+    std::string text(int column) const; // or bytes
 
   private:
     struct Finalize {

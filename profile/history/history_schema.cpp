@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "packed_text.h"
 #include "run_id.h"
 #include "run_values.h"
 #include "summary_json.h"
@@ -47,6 +48,27 @@ CREATE TABLE value (
 PRAGMA user_version = 2;
 )";
 
+// A summary is three quarters of a run as text, and a fifth packed. In a table of its own it isn't read with
+// the dates and names of runs.
+constexpr const char* packed_summaries = R"(
+CREATE TABLE summary (
+  run INTEGER PRIMARY KEY, length INTEGER NOT NULL, packed BLOB NOT NULL
+) STRICT;
+PRAGMA user_version = 3;
+)";
+
+// What SQLite makes of a definition when a column is dropped may change; so the table is made anew.
+constexpr const char* runs_without_summaries = R"(
+CREATE TEMP TABLE old_run AS SELECT number, id, date, input FROM run;
+DROP TABLE run;
+CREATE TABLE run (
+  number INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, date TEXT NOT NULL, input TEXT NOT NULL
+) STRICT;
+INSERT INTO run SELECT number, id, date, input FROM old_run;
+CREATE INDEX run_of_date ON run (date, number);
+DROP TABLE old_run;
+)";
+
 // Version 1 had another canonical form, in which a package with its capture was another run than its report:
 // the first of equal runs stays, with the labels of all. The older ones of its labels count.
 void set_id(Database& database, std::int64_t run, const std::string& id) {
@@ -70,15 +92,19 @@ void set_id(Database& database, std::int64_t run, const std::string& id) {
         Statement(database, sql).bind(1, run).run();
 }
 
-// A summary that can't be read has no values; its run stays as it is, and can be removed.
-void add_values(Database& database) {
+std::vector<std::int64_t> runs_of(Database& database) {
     std::vector<std::int64_t> runs;
     Statement numbers(database, "SELECT number FROM run ORDER BY number");
     while (numbers.step())
         runs.push_back(numbers.integer(0));
+    return runs;
+}
+
+// A summary that can't be read has no values; its run stays as it is, and can be removed.
+void add_values(Database& database) {
     RunValues values(database);
     Statement query(database, "SELECT summary FROM run WHERE number = ?");
-    for (const std::int64_t run : runs) {
+    for (const std::int64_t run : runs_of(database)) {
         query.bind(1, run).step();
         const auto read = summary_from_json(query.text(0));
         query.reset();
@@ -90,12 +116,24 @@ void add_values(Database& database) {
     }
 }
 
+void pack_summaries(Database& database) {
+    Statement query(database, "SELECT summary FROM run WHERE number = ?");
+    for (const std::int64_t run : runs_of(database)) {
+        query.bind(1, run).step();
+        insert_summary(database, run, query.text(0));
+        query.reset();
+    }
+}
+
 struct HistoryStep {
     const char* sql; // also sets the version
-    void (*fill)(Database& database);
+    void (*fill)(Database& database) = nullptr;
+    const char* end = "";
 };
 // From version 0 to 1, and so on.
-constexpr HistoryStep history_steps[] = {{runs_and_labels, nullptr}, {values_of_metrics, add_values}};
+constexpr HistoryStep history_steps[] = {{runs_and_labels},
+                                         {values_of_metrics, add_values},
+                                         {packed_summaries, pack_summaries, runs_without_summaries}};
 static_assert(std::size(history_steps) == history_version);
 static_assert(history_application == 1515210825);
 
@@ -103,7 +141,7 @@ static_assert(history_application == 1515210825);
 std::string definitions_in(Database& database) {
     Statement query(database,
                     "SELECT type, name, coalesce(sql, '') FROM sqlite_schema WHERE lower(tbl_name) IN "
-                    "('run', 'label', 'series', 'value') ORDER BY type, name");
+                    "('run', 'label', 'series', 'value', 'summary') ORDER BY type, name");
     std::string text;
     while (query.step())
         text += query.text(0) + " " + query.text(1) + "\n" + query.text(2) + "\n";
@@ -114,8 +152,10 @@ std::string definitions_in(Database& database) {
 
 bool has_tables_of(Database& database, std::int64_t version) {
     Database made(":memory:", OpenMode::create);
-    for (std::int64_t step = 0; step < version; ++step)
+    for (std::int64_t step = 0; step < version; ++step) {
         made.execute(history_steps[step].sql);
+        made.execute(history_steps[step].end);
+    }
     return definitions_in(database) == definitions_in(made);
 }
 
@@ -124,7 +164,17 @@ void bring_up_to_date(Database& database, std::int64_t version) {
         database.execute(history_steps[step].sql);
         if (history_steps[step].fill)
             history_steps[step].fill(database);
+        database.execute(history_steps[step].end);
     }
+}
+
+void insert_summary(Database& database, std::int64_t run, std::string_view json) {
+    const std::string packed = pack_text(json);
+    Statement(database, "INSERT INTO summary VALUES (?, ?, ?)")
+        .bind(1, run)
+        .bind(2, static_cast<std::int64_t>(json.size()))
+        .bind_bytes(3, packed)
+        .run();
 }
 
 } // namespace zan::profile

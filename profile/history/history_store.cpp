@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "history_schema.h"
+#include "packed_text.h"
 #include "run_values.h"
 #include "summary_fields.h"
 #include "summary_json.h"
@@ -144,8 +145,9 @@ HistoryStore::HistoryStore(const std::string& path, OpenMode mode, const CopyKee
       }()) {
     guarded([&] {
         m_database.wait_for_locks(wait_milliseconds);
-        m_database.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON");
+        m_database.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = OFF");
         prepare(mode, keep_copy);
+        m_database.execute("PRAGMA foreign_keys = ON");
     });
 }
 
@@ -220,18 +222,18 @@ std::vector<Added> HistoryStore::add(std::span<const HistoryEntry> entries) {
 
 Added HistoryStore::add_one(const HistoryEntry& entry, RunValues& values) {
     const std::string id = run_id_of(entry.summary);
-    const std::string json = summary_to_json(entry.summary);
     Statement insert(m_database,
-                     "INSERT INTO run (id, date, input, summary) VALUES (?, ?, ?, ?) "
-                     "ON CONFLICT (id) DO NOTHING");
+                     "INSERT INTO run (id, date, input) VALUES (?, ?, ?) ON CONFLICT (id) DO NOTHING");
     insert.bind(1, std::string_view(id)).bind(2, std::string_view(entry.date));
-    insert.bind(3, std::string_view(entry.summary.input)).bind(4, std::string_view(json)).run();
+    insert.bind(3, std::string_view(entry.summary.input)).run();
     const bool is_new = m_database.num_changed() == 1;
     Statement number(m_database, "SELECT number FROM run WHERE id = ?");
     number.bind(1, std::string_view(id)).step();
     const std::int64_t run = number.integer(0);
-    if (is_new)
+    if (is_new) {
+        insert_summary(m_database, run, summary_to_json(entry.summary));
         values.add(run, entry.summary);
+    }
     Labels labels = is_new ? labels_of(entry.summary) : Labels();
     for (const auto& [name, value] : entry.labels)
         labels[name] = value;
@@ -317,10 +319,13 @@ HistoryRun HistoryStore::find_by_id(const std::string& name) {
 
 ProfileSummary HistoryStore::summary(const HistoryRun& run) {
     return guarded([&] {
-        Statement query(m_database, "SELECT summary FROM run WHERE number = ?");
+        Statement query(m_database, "SELECT packed, length FROM summary WHERE run = ?");
         if (!query.bind(1, run.number).step())
             throw HistoryFault(m_path + ": the run was removed meanwhile", true);
-        auto read = summary_from_json(query.text(0));
+        auto json = unpack_text(query.text(0), query.integer(1));
+        if (!json)
+            throw HistoryFault(m_path + ": the summary of " + run.id + " is damaged: it can't be unpacked");
+        auto read = summary_from_json(std::move(*json));
         if (const auto* const fault = std::get_if<SummaryFault>(&read))
             throw HistoryFault(m_path + ": the summary of " + run.id + " is damaged: " + describe(*fault));
         return std::get<ProfileSummary>(std::move(read));
@@ -331,6 +336,7 @@ void HistoryStore::remove(const HistoryRun& run) {
     guarded([&] {
         Transaction transaction(m_database);
         Statement(m_database, "DELETE FROM label WHERE run = ?").bind(1, run.number).run();
+        Statement(m_database, "DELETE FROM summary WHERE run = ?").bind(1, run.number).run();
         // Series by series, as their keys begin with it.
         Statement(m_database, "DELETE FROM value WHERE run = ? AND series IN (SELECT number FROM series)")
             .bind(1, run.number)

@@ -14,13 +14,18 @@ constexpr double half_of_bytes = 50.0; // percent
 class AmountUpTo {
   public:
     AmountUpTo(const TimeBins& amounts, std::span<const TimeSpan> ran) : m_bins(amounts) {
+        if (amounts.empty())
+            return;
         TimeBins covered = covered_bins(ran, amounts.shift());
         align(m_bins, covered);
+        m_before.reserve(m_bins.values().size());
+        m_rates.reserve(m_bins.values().size());
+        const double width = m_bins.width();
         double sum = 0.0;
         for (std::int64_t i = m_bins.first(); i < m_bins.last(); ++i) {
             m_before.push_back(sum);
             m_rates.push_back(covered.at(i) > 0.0 ? m_bins.at(i) / covered.at(i) : 0.0);
-            sum += m_rates.back() * m_bins.width();
+            sum += m_rates.back() * width;
         }
         m_sum = sum;
     }

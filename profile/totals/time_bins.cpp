@@ -135,22 +135,23 @@ void TimeBins::merge(int steps) {
     m_shift += steps;
     if (m_values.empty() || steps == 0)
         return;
-    const std::int64_t first = m_first >> steps;
-    std::int64_t number = first;
+    // The first bin of the result may begin before the first one of these.
+    const std::uint64_t in_bin = (std::uint64_t{1} << steps) - 1;
+    std::size_t num_left = (in_bin + 1) - (static_cast<std::uint64_t>(m_first) & in_bin);
     std::size_t num_merged = 0;
-    double sum = 0.0;
-    for (std::size_t i = 0; i < m_values.size(); ++i) {
-        const std::int64_t next = (m_first + static_cast<std::int64_t>(i)) >> steps;
-        if (next != number) {
-            m_values[num_merged++] = sum;
-            sum = 0.0;
-            number = next;
-        }
-        sum += m_values[i];
+    for (std::size_t i = 0; i < m_values.size();) {
+        const std::size_t end = i + std::min<std::size_t>(num_left, m_values.size() - i);
+        double sum = 0.0;
+        for (; i < end; ++i)
+            sum += m_values[i];
+        m_values[num_merged++] = sum;
+        num_left = in_bin + 1;
+        // The usual step, which makes bins twice as wide.
+        for (; steps == 1 && i + 2 <= m_values.size(); i += 2)
+            m_values[num_merged++] = 0.0 + m_values[i] + m_values[i + 1];
     }
-    m_values[num_merged++] = sum;
     m_values.resize(num_merged);
-    m_first = first;
+    m_first >>= steps;
 }
 
 void align(TimeBins& a, TimeBins& b) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The commands of zanl-profile that read a run where system calls fail: each prints or writes all, or ends
 // with one line and leaves what was there.
+#include <algorithm>
+#include <set>
+
 #include "make_package.h"
 #include "sample_runs.h"
 #include "traced_fixture.h"
@@ -17,9 +20,14 @@ struct RunCase {
 const std::vector<RunCase> run_cases = {
     {"RunInPlaceOfAReport", {"run", "--quiet", "design.zanx", "profile.mon", "report.json"}},
     {"Check", {"check", "design.zanx", "profile.mon"}},
+    {"Summary", {"summary", "design.zanx", "profile.mon"}},
+    {"SummaryAsJson", {"summary", "design.zanx", "profile.mon", "--json"}},
+    {"SummaryOfAReport", {"summary", "whole.json"}},
+    {"Diff", {"diff", "design.zanx", "profile.mon", "whole.json"}},
     {"View", {"view", "design.zanx", "profile.mon", "-o", "page.html"}},
     {"ExportTables", {"export", "design.zanx", "profile.mon", "--to", "csv", "-o", "tables"}},
     {"ExportDatabase", {"export", "design.zanx", "profile.mon", "--to", "sqlite", "-o", "run.db"}},
+    {"ExportTrace", {"export", "design.zanx", "profile.mon", "--to", "perfetto", "-o", "run.trace"}},
 };
 
 class RunCommandFaults : public Traced<FaultTest>, public testing::WithParamInterface<RunCase> {
@@ -32,15 +40,20 @@ class RunCommandFaults : public Traced<FaultTest>, public testing::WithParamInte
         make_package(dir.path("design.zanx"), sections);
         write("profile.mon", read_file(sample / "profile.mon"));
         write("report.json", "old");
+        write("whole.json", read_file(sample / "expected_report.json"));
         before = tree();
         whole = run_whole(body);
         after = tree();
     }
 
-    void expect_all_or_nothing(Calls calls, int error, bool lasting, const std::string& spared) const {
+    // Returns the calls that have failed.
+    std::set<std::string> expect_all_or_nothing(Calls calls, int error, bool lasting,
+                                                const std::string& spared) const {
+        std::set<std::string> struck;
         with_each_call_failing(
             body, calls, error, lasting, [&] { restore(before); },
             [&](const TracedRun& run) {
+                struck.insert(run.struck);
                 if (run.outcome.status == "0") {
                     EXPECT_THAT(run.struck, testing::MatchesRegex(spared));
                     EXPECT_EQ(run.outcome, whole.outcome);
@@ -49,6 +62,7 @@ class RunCommandFaults : public Traced<FaultTest>, public testing::WithParamInte
                     expect_failure(run.outcome);
                 }
             });
+        return struck;
     }
 
     void expect_failure(const Outcome& outcome) const {
@@ -83,6 +97,14 @@ TEST_P(RunCommandFaults, AFullDiskLeavesAllAsItWas) {
 // A folder that can't have files without a name, which is asked for by opening it, has one with a name.
 TEST_P(RunCommandFaults, AFileThatCannotBeOpenedLeavesAllAsItWas) {
     expect_all_or_nothing(Calls::opens, EMFILE, false, "openat (\\.|.*/)");
+}
+
+// Permissions are kept where that is possible. What is exported has reached the disk before it gets its name.
+TEST_P(RunCommandFaults, AnyOtherFailureLeavesAllAsItWas) {
+    const auto struck = expect_all_or_nothing(Calls::others, EIO, false, "f?chmod .*|newfstatat .*|lseek .*");
+    const bool is_export = GetParam().arguments.front() == "export";
+    EXPECT_EQ(std::ranges::any_of(struck, [](const auto& call) { return call.starts_with("fsync "); }),
+              is_export);
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, RunCommandFaults, testing::ValuesIn(run_cases),

@@ -5,6 +5,7 @@ import json
 import re
 import sqlite3
 import subprocess
+import zlib
 
 from fleet_pairs import TOP
 
@@ -27,22 +28,33 @@ def add_run(program, folder, date, build, board, times, lost, memory):
     subprocess.run([program, "-q", "history", "add", "runs.db", "s.json", "--date", date], cwd=folder, check=True)
 
 
-def test_queries(program, folder):
-    folder.mkdir()
+def make_history(program, folder):
+    """Four runs of two kernels on two boards."""
     add_run(program, folder, "2026-11-15", 116, "a", {"aggregate": 100, "blur": 7}, 90, 500)
     add_run(program, folder, "2026-11-16", 116, "b", {"aggregate": 110, "blur": 9}, 20, 250)
     add_run(program, folder, "2026-11-22T23:00:00", 117, "b", {"aggregate": 130, "blur": 6}, 30, 750)
     add_run(program, folder, "2026-11-22T08:00:00", 118, "a", {"aggregate": 102}, 10, 100)
-    expected = {
-        # The run of the 15th is of the week before.
-        "The worst blocks of a week": [("aggregate", "load", 30, 3)],
-        "A kernel over time": [("2026-11-15", 100, 100, 1), ("2026-11-16", 110, 110, 1), ("2026-11-22", 102, 130, 2)],
-        # (110 + 130) / 2 and (100 + 102) / 2
-        "Boards that differ": [("b", 120, 2), ("a", 101, 2)],
-        "Memories against their limits": [("DDR", 75, 4)],
-        # (100 + 110) / 2 and 130; (7 + 9) / 2 and 6
-        "Two builds compared": [("aggregate", 105, 130), ("blur", 8, 6)],
-    }
+
+
+# The rows of the queries, asked the history above.
+EXPECTED = {
+    # The run of the 15th is of the week before.
+    "The worst blocks of a week": [("aggregate", "load", 30, 3)],
+    "A kernel over time": [("2026-11-15", 100, 100, 1), ("2026-11-16", 110, 110, 1), ("2026-11-22", 102, 130, 2)],
+    # (110 + 130) / 2 and (100 + 102) / 2
+    "Boards that differ": [("b", 120, 2), ("a", 101, 2)],
+    "Memories against their limits": [("DDR", 75, 4)],
+    # (100 + 110) / 2 and 130; (7 + 9) / 2 and 6
+    "Two builds compared": [("aggregate", 105, 130), ("blur", 8, 6)],
+}
+
+
+def test_queries(program, folder):
+    folder.mkdir()
+    make_history(program, folder)
     connection = sqlite3.connect(folder / "runs.db")
     found = {title: connection.execute(query).fetchall() for title, query in queries().items()}
-    assert found == expected, found
+    assert found == EXPECTED, found
+    packed, length = connection.execute("SELECT packed, length FROM summary WHERE run = 1").fetchone()
+    text = zlib.decompress(packed)
+    assert len(text) == length and json.loads(text)["board"] == "a", text

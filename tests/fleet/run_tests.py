@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Runs examples/fleet on real engines: make, GNU parallel, and Slurm with its daemons in a temporary folder.
+"""Runs examples/fleet on real engines: make, GNU parallel, and PostgreSQL and Slurm with their daemons in temporary folders.
 
-usage: run_tests.py PROGRAM [NAME...]      PROGRAM is a built zanl-profile; NAME is queries, make, parallel or slurm
+usage: run_tests.py PROGRAM [NAME...]      PROGRAM is a built zanl-profile; NAME is queries, postgres, make, parallel or slurm
 
 Prints how many tests passed. A line "not run: ..." names what can't be tested here, and why. The exit status is 1 if a test
 failed. All processes that it has started are ended, also then.
@@ -15,8 +15,10 @@ import sys
 import tempfile
 import traceback
 
+import daemons
 import history_queries
 import local_engines
+import postgres_server
 import slurm_engine
 
 LIMIT_SECONDS = 900  # far more than it takes: a test that hangs shall end
@@ -30,6 +32,7 @@ def missing(*programs):
 # name: test, and why it can't run here
 TESTS = {
     "queries": (history_queries.test_queries, lambda: ""),
+    "postgres": (postgres_server.test_postgres, lambda: missing("sqlite3", "psql") or postgres_server.why_not()),
     "make": (local_engines.test_make, lambda: missing("make")),
     "parallel": (local_engines.test_parallel, lambda: missing("parallel")),
     "slurm": (slurm_engine.test_slurm, lambda: missing(*slurm_engine.PROGRAMS) or slurm_engine.why_not()),
@@ -44,7 +47,7 @@ def run_test(name, program, folder):
         try:
             test(program, folder / name)
             return True
-        except slurm_engine.NotStarted as fault:
+        except daemons.NotStarted as fault:
             reason = str(fault)
         except Exception:  # pylint: disable=broad-except
             print(f"{name}: failed", file=sys.stderr)

@@ -9,11 +9,11 @@ import ctypes
 import os
 import pathlib
 import shutil
-import signal
 import socket
 import subprocess
 import time
 
+from daemons import NotStarted, kill
 from fleet_pairs import GOOD, NUM_PAIRS, name_of
 from local_engines import EXAMPLES, Fleet
 
@@ -54,10 +54,6 @@ NodeName=n1 NodeHostname={host} NodeAddr=127.0.0.1 Port={ports[1]} CPUs=1
 NodeName=n2 NodeHostname={host} NodeAddr=127.0.0.1 Port={ports[2]} CPUs=1
 PartitionName=all Nodes=n1,n2 Default=YES State=UP
 """
-
-
-class NotStarted(Exception):
-    """A daemon can't be started here; the text says why."""
 
 
 def why_not():
@@ -112,14 +108,6 @@ def environment_of(process):
     except OSError:
         return {}
     return dict(entry.decode(errors="replace").split("=", 1) for entry in entries if b"=" in entry)
-
-
-def kill(processes):
-    for process in processes:
-        try:
-            os.kill(process, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
 
 
 class Cluster:

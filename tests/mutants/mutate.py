@@ -7,7 +7,8 @@ usage: mutate.py [--count N] [--seed N] [--build FOLDER] [--again MUTANT] [--sum
 The mutants are drawn by a fixed random seed, so that each run draws the same ones. Results are kept in
 FOLDER/results.jsonl, a line for each mutant, and a run goes on where the one before stopped. The work tree isn't
 touched: its sources are copied to FOLDER/sources, where the faults are made. Each mutant takes one source to compile, and
-the test programs of its folder until one of them fails.
+the test programs of its folder until one of them fails: of each first the tests of the source itself, then those of its
+folder, then all.
 
 With --summary: the numbers by folder, and the mutants that survived. With --again: one mutant once more, by its number.
 """
@@ -35,7 +36,7 @@ PROGRAMS = {
     "zan_profiler": ["zan_profiler_test", "tly_read_test"],
     "src/profiler": ["zan_profiler_test", "tly_read_test", "end_to_end_test"],
     "src/board": ["zan_board_test", "end_to_end_test"],
-    "profile": ["zan_profile_test"],
+    "profile": ["zan_profile_test", "zanl_profile_test"],
     "tly/base": ["tly_model_test", "tly_report_test", "tly_read_test", "end_to_end_test"],
     "tly/model": ["tly_model_test", "tly_report_test", "tly_read_test", "end_to_end_test", "differential_test",
                   "tly_allocation_test"],
@@ -65,6 +66,8 @@ CHANGES = [
     ("call left out", re.compile(r"^(\s+)[a-z_][\w.:>-]*\([^{}]*\);$"), lambda m: m[1] + ";"),
     ("step left out", re.compile(r"(?<=^\s{4})(\s*)(\+\+|--)[\w.]+;$"), lambda m: m[1] + ";"),
 ]
+
+SUITE = re.compile(r"^TEST(?:_F|_P)?\((\w+),", re.MULTILINE)
 
 Mutant = collections.namedtuple("Mutant", "file line column kind before after")
 
@@ -145,7 +148,7 @@ class Bench:
             # Sources one by one, so that a mutant compiles only its own.
             options = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_CXX_COMPILER=clang++",
                        "-DCMAKE_UNITY_BUILD=ON", "-DZAN_BUILD_BENCH=OFF", "-DZAN_TESTS_BY_NAME=OFF", "-DZAN_HARDENED=OFF",
-                       "-DZAN_NOT_JOINED=pkg_editor;zan_xml;zan_profiler;zan_board;tly;zanl_profile", *launcher]
+                       "-DZAN_NOT_JOINED=pkg_editor;zan_xml;zan_profiler;zan_board;tly;zan_profile;zanl_profile", *launcher]
             subprocess.run(["cmake", "-G", "Ninja", "-S", self.sources, "-B", self.build, *options], check=True,
                            stdout=subprocess.DEVNULL)
 
@@ -165,9 +168,10 @@ class Bench:
                                 stderr=subprocess.STDOUT)
         return result.returncode == 0
 
-    def passes(self, program):
+    def passes(self, program, choice=None):
+        """`choice`: the filter of the tests to run; None for all."""
         path = self.build / "tests" / PLACES.get(program, "") / program
-        command = [path, "--gtest_fail_fast", "--gtest_brief=1", *filter(None, [FILTERS.get(program)])]
+        command = [path, "--gtest_fail_fast", "--gtest_brief=1", *filter(None, [choice or FILTERS.get(program)])]
         # A process group of its own, so that what a mutant leaves running ends with it.
         process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                    stdin=subprocess.DEVNULL, cwd=path.parent, start_new_session=True)
@@ -193,11 +197,24 @@ class Bench:
             try:
                 if not self.make(program):
                     return "not compiled"
-                if not self.passes(program):
+                if not all(self.passes(program, choice) for choice in [*choices_of(mutant.file, self.sources), None]):
                     return "killed by " + program
             finally:
                 path.write_text(text)
         return "survived"
+
+
+def choices_of(file, top):
+    """Filters for the tests of a source, and for those of its folder; without the ones that would choose nothing. A
+    program that has none of them passes at once."""
+    folder = top / "tests" / pathlib.Path(file).parent
+    stem = pathlib.Path(file).stem
+    of_source = sorted(folder.glob(f"{stem}*_test.cpp"))
+    of_folder = sorted(folder.glob("*_test.cpp"))
+    for tests in (of_source, of_folder):
+        suites = {suite for test in tests for suite in SUITE.findall(test.read_text())}
+        if suites:
+            yield "--gtest_filter=" + ":".join(f"{suite}.*:*/{suite}.*" for suite in sorted(suites))
 
 
 def key_of(mutant):

@@ -89,6 +89,19 @@ TEST(ChunkCodec, Base64IsThatOfTheStandard) {
     EXPECT_EQ(base64("\xff\xfe\xfd"), "//79");
 }
 
+// 400 values, the same eight over and over: the eight, and then matches of up to 258 values each. Without
+// matches each value takes three bits, 150 bytes in all.
+TEST(ChunkCodec, FewValuesThatRepeatArePackedAsRepeats) {
+    constexpr std::int64_t period[] = {3, 99, 41, 7, 120, 64, 12, 85};
+    std::vector<std::int64_t> values;
+    for (std::size_t i = 0; i < 400; ++i)
+        values.push_back(period[i % 8]);
+    ChunkPacker packer;
+    const PackedChunk chunk = packer.pack(values);
+    EXPECT_LT(chunk.bytes.size(), 60u);
+    EXPECT_EQ(unpacked(chunk, values.size()), values);
+}
+
 // The lowest bytes are noise, the ones above repeat every 1,000 values, the highest are 0: each is packed in
 // its own way, as one stream.
 TEST(ChunkCodec, PlanesOfEachKindComeBack) {

@@ -138,6 +138,16 @@ TEST(GateRule, KernelsAndBlocksCanBeChosen) {
               Lines{"1 compared, 0 missing"});
 }
 
+TEST(GateRule, AKernelWithAnotherNameIsChosenByEither) {
+    SubjectComparison renamed;
+    renamed.scope = MetricScope::kernel;
+    renamed.kernel = "writer_v2";
+    renamed.old_kernel = "writer";
+    EXPECT_TRUE((SubjectFilter{{"writer_v2"}, {}}.takes(renamed)));
+    EXPECT_TRUE((SubjectFilter{{"writer"}, {}}.takes(renamed)));
+    EXPECT_FALSE((SubjectFilter{{"reader"}, {}}.takes(renamed)));
+}
+
 TEST(GateRule, RunAndMemoriesAreAlwaysChosen) {
     const ProfileSummary before =
         run_of({}, {memory_of("DDR", {{Metric::memory_full, 10}})}, {{Metric::span, 100}});

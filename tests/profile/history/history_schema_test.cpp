@@ -5,6 +5,7 @@
 
 #include "first_history.h"
 #include "run_id.h"
+#include "second_history.h"
 #include "temp_dir.h"
 #include "two_runs.h"
 
@@ -24,30 +25,37 @@ std::string tables_of(Database& database) {
 TEST(HistorySchema, ANewHistoryIsAnUpgradedOne) {
     Database made(":memory:", OpenMode::create);
     bring_up_to_date(made, 0);
-    Database first(":memory:", OpenMode::create);
-    bring_up_to_date(first, 0);
-    first.execute("DROP TABLE value; DROP TABLE series; PRAGMA user_version = 1");
-    bring_up_to_date(first, 1);
-    EXPECT_EQ(tables_of(first), tables_of(made));
-    EXPECT_EQ(first.number("PRAGMA user_version"), history_version);
-    EXPECT_EQ(first.number("PRAGMA application_id"), history_application);
-    bring_up_to_date(first, history_version);
-    EXPECT_EQ(tables_of(first), tables_of(made));
+    const TempDir dir;
+    const std::vector<ProfileSummary> runs = {run_of({kernel_of("k", {{Metric::kernel_time, 7}})})};
+    make_first_history(dir.path("1.db"), runs);
+    make_second_history(dir.path("2.db"), runs);
+    for (const int version : {1, 2}) {
+        Database older(dir.path(std::to_string(version) + ".db"), OpenMode::write);
+        EXPECT_TRUE(has_tables_of(older, version));
+        bring_up_to_date(older, version);
+        EXPECT_EQ(tables_of(older), tables_of(made));
+        EXPECT_EQ(older.number("PRAGMA user_version"), history_version);
+        EXPECT_EQ(older.number("PRAGMA application_id"), history_application);
+        EXPECT_EQ(older.number("SELECT count(*) FROM pragma_foreign_key_check"), 0);
+        EXPECT_EQ(older.number("SELECT count(*) FROM pragma_integrity_check WHERE integrity_check <> 'ok'"),
+                  0);
+        bring_up_to_date(older, history_version);
+        EXPECT_EQ(tables_of(older), tables_of(made));
+    }
 }
 
 TEST(HistorySchema, ASummaryThatCantBeReadHasNoValues) {
-    Database database(":memory:", OpenMode::create);
-    bring_up_to_date(database, 0);
-    database.execute(
-        "DROP TABLE value; DROP TABLE series; PRAGMA user_version = 1;"
-        "INSERT INTO run VALUES (1, 'a', '2026-11-20', 'x', '{')");
-    Statement insert(database, "INSERT INTO run VALUES (2, 'b', '2026-11-20', 'y', ?)");
-    const std::string json = summary_to_json(run_of({kernel_of("k", {{Metric::kernel_time, 7}})}));
-    insert.bind(1, std::string_view(json)).run();
+    const TempDir dir;
+    const ProfileSummary run = run_of({kernel_of("k", {{Metric::kernel_time, 7}})});
+    const ProfileSummary other = run_of({kernel_of("k", {{Metric::kernel_time, 8}})});
+    make_first_history(dir.path("h.db"), {other, run});
+    Database database(dir.path("h.db"), OpenMode::write);
+    database.execute("UPDATE run SET summary = '{' WHERE number = 1");
     bring_up_to_date(database, 1);
     EXPECT_EQ(database.number("SELECT count(*) FROM run"), 2);
     EXPECT_EQ(database.number("SELECT count(*) FROM value"), 1);
     EXPECT_EQ(database.number("SELECT run FROM value"), 2);
+    EXPECT_EQ(database.number("SELECT length FROM summary WHERE packed = CAST('{' AS BLOB) AND run = 1"), 1);
 }
 
 // To the first version a package with its capture was another run than its report.
@@ -84,7 +92,7 @@ TEST(HistorySchema, TablesAreThoseOfTheirVersion) {
     };
     EXPECT_TRUE(has_tables_after(""));
     EXPECT_FALSE(has_tables_after("", 1));
-    EXPECT_TRUE(has_tables_after("DROP TABLE value; DROP TABLE series", 1));
+    EXPECT_FALSE(has_tables_after("", 2));
     // What users add doesn't matter.
     EXPECT_TRUE(has_tables_after("CREATE VIEW mine AS SELECT * FROM run; CREATE TABLE t (run); ANALYZE"));
     for (

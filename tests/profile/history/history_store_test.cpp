@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "first_history.h"
+#include "second_history.h"
 #include "summary_json.h"
 #include "temp_dir.h"
 #include "two_runs.h"
@@ -197,9 +198,9 @@ TEST_F(History, OtherFilesStayAsTheyAre) {
 
 TEST_F(History, ANewerSchemaIsRefused) {
     add({entry_of(1)});
-    Database(path, OpenMode::write).execute("PRAGMA user_version = 3");
+    Database(path, OpenMode::write).execute("PRAGMA user_version = 4");
     const std::string bytes = read_file(path);
-    EXPECT_THAT(history_fault_of([&] { add({entry_of(2)}); }), HasSubstr("it has version 3 of the schema"));
+    EXPECT_THAT(history_fault_of([&] { add({entry_of(2)}); }), HasSubstr("it has version 4 of the schema"));
     EXPECT_EQ(read_file(path), bytes);
 }
 
@@ -234,6 +235,28 @@ TEST_F(History, AnOlderSchemaIsReadWithoutAChange) {
     EXPECT_FALSE(std::filesystem::exists(path + "-journal"));
 }
 
+TEST_F(History, SummariesOfTheSecondVersionAreReadAndKept) {
+    make_second_history(path, {run_of_time(5), run_of_time(6)});
+    const std::string bytes = read_file(path);
+    EXPECT_EQ(HistoryStore(path, OpenMode::read).summary(HistoryStore(path, OpenMode::read).find("last")),
+              run_of_time(6));
+    EXPECT_EQ(read_file(path), bytes);
+    HistoryStore store(path, OpenMode::write, [](const std::string&, const auto&) {});
+    EXPECT_EQ(store.summary(store.find("last~1")), run_of_time(5));
+    EXPECT_EQ(store.list({{"commit", "1f3a"}}).size(), 2u);
+    const HistoryEntry entry = entry_of(6);
+    EXPECT_THAT(store.add({&entry, 1}), ElementsAre(Added::was_there));
+}
+
+TEST_F(History, ASummaryThatCantBeUnpackedIsDamaged) {
+    add({entry_of(1)});
+    Database(path, OpenMode::write).execute("UPDATE summary SET length = length + 1");
+    HistoryStore store(path, OpenMode::read);
+    const HistoryRun run = store.find("last");
+    EXPECT_EQ(history_fault_of([&] { store.summary(run); }),
+              path + ": the summary of " + run.id + " is damaged: it can't be unpacked");
+}
+
 TEST_F(History, WritingBringsAnOlderSchemaUpToDateAfterACopy) {
     make_first_history(path, {run_of_time(5), run_of_time(6)});
     const std::string bytes = read_file(path);
@@ -248,7 +271,7 @@ TEST_F(History, WritingBringsAnOlderSchemaUpToDateAfterACopy) {
     EXPECT_EQ(name, path + ".bak");
     EXPECT_EQ(copy, bytes);
     Database database(path, OpenMode::read);
-    EXPECT_EQ(database.number("PRAGMA user_version"), 2);
+    EXPECT_EQ(database.number("PRAGMA user_version"), 3);
     // Old runs have their values as the new one does.
     EXPECT_EQ(database.number("SELECT count(*) FROM value JOIN series ON series = series.number "
                               "WHERE kernel = 'k' AND metric = 'kernel_time_ns' AND value IN (5, 6, 7)"),
@@ -292,8 +315,8 @@ TEST_F(History, BringingUpToDateIsWholeOrNotThere) {
         num_cut += WIFSIGNALED(status) ? 1 : 0;
         ASSERT_EQ(HistoryStore(path, OpenMode::read).list().size(), 50u);
         Database database(path, OpenMode::write);
-        if (database.number("PRAGMA user_version") == 2)
-            ASSERT_EQ(database.number("SELECT count(*) FROM value"), 50);
+        if (database.number("PRAGMA user_version") == 3)
+            ASSERT_EQ(database.number("SELECT count(*) FROM value JOIN summary USING (run)"), 50);
         else
             ASSERT_EQ(database.number("SELECT count(*) FROM sqlite_schema WHERE name = 'value'"), 0);
     }

@@ -47,6 +47,14 @@ TEST(MemoryMetrics, BandwidthsOfKernelsAddUpWhereTheyOverlap) {
     EXPECT_EQ(memory.max_burst, 16.0);
 }
 
+// 7 MB/s of 10 are 70% of the peak, from 0 to 100; the span is 200.
+TEST(MemoryMetrics, AMemoryIsFullFrom70PercentOfItsPeakOn) {
+    const StreamReport report{.kernels = {with_port("a", 0, 100, 7.0f), with_port("b", 100, 150, 6.75f),
+                                          with_port("c", 190, 200, 0.0f)},
+                              .memories = {{.name = "DDR", .peak = 10.0f}}};
+    EXPECT_NEAR(known(summary_of(report).memories.at(0).metrics[Metric::memory_full]), 50.0, 1e-9);
+}
+
 TEST(MemoryMetrics, WithoutPortsTheAccessesThatNameItCount) {
     StreamKernel kernel{.stamps = {100}, .cycles = {100}};
     kernel.blocks = {access("read", 300.0f), access("write", 100.0f), access("read", 50.0f, "HBM")};

@@ -186,6 +186,17 @@ TEST(PackedNumbers, AnElementThatIsCutIsNotTaken) {
     }
 }
 
+// What stands between two numbers is compared with what stood there before, eight bytes at a time.
+TEST(PackedNumbers, ASeparatorThatDiffersInOneByteIsNoSeparator) {
+    const std::string separator = ",                      \""; // 24 bytes
+    for (std::size_t i = 0; i < separator.size(); ++i) {
+        std::string other = separator;
+        other[i] = 'x';
+        const std::string rest = other + "2\"";
+        EXPECT_EQ(rest_after(separator + "1\"" + rest), (Rest{rest, {"key integers 0 1"}})) << i;
+    }
+}
+
 TEST(PackedNumbers, ASeparatorOfAnyLengthIsTaken) {
     for (const std::size_t blanks :
          std::initializer_list<std::size_t>{0, 1, 5, 6, 7, 8, 50, 61, 62, 63, 64, 200}) {

@@ -54,6 +54,11 @@ TEST(Diagnosis, ALoopWithGapsIsRankedByItsCyclesBesideWorkAndStalls) {
     summary.clock_mhz.reset();
     summary.kernels[0].metrics[Metric::kernel_total] = 200'000;
     EXPECT_NEAR(ranking(summary)[0].time.value(), 152'000, 1e-6);
+    // Without the share of valid cycles, which a saved summary may lack, it isn't known.
+    summary.kernels[0].blocks[1].metrics[Metric::valid].reset();
+    ranked = ranking(summary);
+    EXPECT_EQ(ranked[1].block, 1u);
+    EXPECT_EQ(ranked[1].time, Value());
     // Any other loop has no time.
     loop.metrics[Metric::net] = 1.5;
     ranked = ranking(diagnosed({made::kernel("k", {loop, store})}));

@@ -45,6 +45,23 @@ TEST(TimeBins, SplitAnAmountWhereItCrossesWideBins) {
     EXPECT_EQ(bins.at(2), 1.0);
 }
 
+// Bins of width 1 at -5 to 6 hold 1 to 12. In bins of width 2 the first one, of -6 and -5, holds 1 alone, as
+// does that of width 4, of -8 to -5.
+TEST(TimeBins, MergeFromTheMiddleOfAWiderBin) {
+    TimeBins bins;
+    for (int i = 0; i < 12; ++i)
+        bins.add(i - 5, i - 4, i + 1.0);
+    TimeBins twice = bins;
+    twice.widen(1);
+    EXPECT_EQ(twice.first(), -3);
+    EXPECT_EQ(std::vector<double>(twice.values().begin(), twice.values().end()),
+              (std::vector<double>{1.0, 5.0, 9.0, 13.0, 17.0, 21.0, 12.0}));
+    bins.widen(2);
+    EXPECT_EQ(bins.first(), -2);
+    EXPECT_EQ(std::vector<double>(bins.values().begin(), bins.values().end()),
+              (std::vector<double>{1.0, 14.0, 30.0, 33.0}));
+}
+
 TEST(TimeBins, TakeTimesThatGoBackwardsAndBelowZero) {
     TimeBins bins(1024);
     for (std::int64_t time = 500; time > -500; --time)

@@ -100,6 +100,12 @@ TEST(Totals, JudgeALongAutorunKernelByTheBlocksSoFar) {
     EXPECT_EQ(summed.cycles, 300.0);
     EXPECT_EQ(summed.all_cycles, 400.0);
 
+    // With four bandwidths it has ten.
+    kernel.blocks[0].bandwidth = {1.0f, 2.0f, 3.0f, 4.0f};
+    Totals with_rates(7);
+    write_stream(with_rates.sink(), {.kernels = {kernel}});
+    EXPECT_EQ(with_rates.kernels().at(0).blocks[0].sums.valid.weight, 200.0);
+
     const auto as_a_whole = totals_of({.kernels = {kernel}});
     EXPECT_FALSE(as_a_whole->kernels()[0].activity_in_part);
     EXPECT_EQ(as_a_whole->kernels()[0].blocks[0].sums.valid.weight, 300.0);

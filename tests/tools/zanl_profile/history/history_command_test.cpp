@@ -58,6 +58,24 @@ TEST_F(HistoryCommand, SaysWhatBecameOfEachRun) {
     EXPECT_EQ(history({"add", "h.db", "base.json", "-q"}), silent_success);
 }
 
+// 64 runs are added at once; the names of those after them are right, too.
+TEST_F(HistoryCommand, SaysWhatBecameOfEachOfManyRuns) {
+    std::string names;
+    std::string expected;
+    for (int i = 0; i < 66; ++i) {
+        const std::string name = "run" + std::to_string(i) + ".json";
+        write(name, read(i == 65 ? "new.json" : "base.json"));
+        names += name + "\n";
+        expected += "  " + name + (i == 0 || i == 65 ? ": added\n" : ": was there\n");
+    }
+    write("names", names);
+    std::istringstream lines(shell("$T history add h.db --from-list - <names").err);
+    std::string found;
+    for (std::string line; std::getline(lines, line);)
+        found += line.substr(12) + "\n"; // without the run's id
+    EXPECT_EQ(found, expected);
+}
+
 TEST_F(HistoryCommand, ABadFileIsSkipped) {
     write("bad.json", "{");
     const Outcome outcome = shell("ls bad.json base.json new.json | $T history add h.db --from-list -");

@@ -63,6 +63,18 @@ TEST(TrendPage, PlacesPointsInProportion) {
     EXPECT_THAT(page, HasSubstr("<line class=\"median\" x1=\"84\" x2=\"976\" y1=\"254.8\" y2=\"254.8\">"));
 }
 
+// A fifth of the 99 above is 19.8, so there are lines at 20, 40, 60, 80 and 100: the first 20 + 84.5 / 99 *
+// 246 = 230 from the top, the third 20 + 44.5 / 99 * 246 = 130.6, the last as the point of 100.
+TEST(TrendPage, HasLinesAtRoundValues) {
+    const std::string page = trend_page(view_of_values({10, 100}));
+    EXPECT_EQ(count_of(page, "<line class=\"grid\""), 5u);
+    EXPECT_THAT(page, HasSubstr("<line class=\"grid\" x1=\"84\" x2=\"976\" y1=\"230\" y2=\"230\">"));
+    EXPECT_THAT(page, HasSubstr("<text x=\"76\" y=\"234\" text-anchor=\"end\">20.0%</text>"));
+    EXPECT_THAT(page, HasSubstr("<line class=\"grid\" x1=\"84\" x2=\"976\" y1=\"130.6\" y2=\"130.6\">"));
+    EXPECT_THAT(page, HasSubstr("<line class=\"grid\" x1=\"84\" x2=\"976\" y1=\"31.2\" y2=\"31.2\">"));
+    EXPECT_THAT(page, HasSubstr(">100.0%</text>"));
+}
+
 TEST(TrendPage, OneRunIsAPointInTheMiddle) {
     const std::string page = trend_page(view_of_values({0}));
     EXPECT_THAT(page, HasSubstr("points=\"530,143\"")); // between 84 and 976, between 20 and 266
@@ -129,6 +141,17 @@ TEST_F(TrendPageFile, IsWrittenBesideTheText) {
     const Outcome piped = trend("-");
     EXPECT_EQ(piped.out, read("t.html"));
     EXPECT_EQ(trend("no/such/folder.html").status, "2");
+}
+
+TEST_F(TrendPageFile, ANewestRunWithoutAValueIsNamed) {
+    HistoryStore store(dir.path("h.db"), OpenMode::write);
+    ProfileSummary run;
+    run.kernels.resize(1);
+    run.kernels[0].name = "other";
+    const HistoryEntry entry = {run, "2026-11-23", {}};
+    store.add({&entry, 1});
+    const Outcome outcome = trend("t.html");
+    EXPECT_THAT(outcome.err, testing::ContainsRegex("the newest run, [0-9a-f]{12}, has no busy of k\n"));
 }
 
 } // namespace
