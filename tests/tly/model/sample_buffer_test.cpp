@@ -38,6 +38,42 @@ TEST(SampleBuffer, ValuesThatFit32BitsTakeFourBytes) {
     EXPECT_EQ(values_of(buffer), (Values{1, INT_MAX, INT_MIN}));
 }
 
+TEST(SampleBuffer, ValuesThatFitFewBytesTakeAsFew) {
+    Buffer buffer;
+    append(buffer, {127, -128, 0});
+    EXPECT_EQ(static_cast<const std::int8_t*>(buffer.data())[1], -128);
+    EXPECT_EQ(values_of(buffer), (Values{127, -128, 0}));
+    append(buffer, {128});
+    EXPECT_EQ(static_cast<const std::int16_t*>(buffer.data())[1], -128);
+    EXPECT_EQ(static_cast<const std::int16_t*>(buffer.data())[3], 128);
+    append(buffer, {32767, -32768});
+    EXPECT_EQ(static_cast<const std::int16_t*>(buffer.data())[5], -32768);
+    buffer.push_back(-32769);
+    EXPECT_EQ(static_cast<const std::int32_t*>(buffer.data())[6], -32769);
+    EXPECT_EQ(values_of(buffer), (Values{127, -128, 0, 128, 32767, -32768, -32769}));
+}
+
+// From each width to each wider one, with a length at which the storage grows along.
+TEST(SampleBuffer, EachWidthBecomesEachOther) {
+    for (int from = 0; from < 63; ++from) {
+        for (int to = from + 1; to < 63; ++to) {
+            for (const long long sign : {1, -1}) {
+                Values values;
+                for (long long i = 0; i < 8; ++i)
+                    values.push_back(sign * (1LL << from) - i % 2);
+                Buffer buffer;
+                append(buffer, values);
+                const Values more = {5, -sign * (1LL << to), -6};
+                append(buffer, more);
+                buffer.append_zeros(2);
+                values.insert(values.end(), more.begin(), more.end());
+                values.resize(values.size() + 2);
+                ASSERT_EQ(values_of(buffer), values) << from << " to " << to;
+            }
+        }
+    }
+}
+
 TEST(SampleBuffer, TheFirstValueThatDoesNotFitWidensAll) {
     for (const long long wide : {INT_MAX + 1LL, INT_MIN - 1LL, LLONG_MAX, LLONG_MIN}) {
         Buffer buffer;
