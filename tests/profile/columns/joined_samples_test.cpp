@@ -3,22 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include "series_units.h"
 #include "temp_dir.h"
 
 using namespace zan::profile;
 
 namespace {
-
-std::vector<std::int64_t> units_of(Series& series, const ChunkStore& store) {
-    series.finish();
-    std::vector<std::int64_t> values;
-    for (const StoredChunk& chunk : series.chunks()) {
-        std::vector<std::int64_t> part(chunk.values);
-        store.get(chunk, part);
-        values.insert(values.end(), part.begin(), part.end());
-    }
-    return values;
-}
 
 // Four samples of 10 cycles that move 1, 2, 3 and 6 MB/s through a port: two and two become one.
 TEST(JoinedSamples, OfAPortHaveTheirMeansByCycles) {

@@ -55,6 +55,13 @@ TEST(MemoryMetrics, AMemoryIsFullFrom70PercentOfItsPeakOn) {
     EXPECT_NEAR(known(summary_of(report).memories.at(0).metrics[Metric::memory_full]), 50.0, 1e-9);
 }
 
+TEST(MemoryMetrics, InNoTimeThereIsNoMean) {
+    const StreamReport report{.kernels = {with_port("a", 100, 100, 7.0f)}, .memories = {{.name = "DDR"}}};
+    const ProfileSummary summary = summary_of(report);
+    EXPECT_EQ(summary.memories.at(0).metrics[Metric::memory_mean], std::nullopt);
+    EXPECT_EQ(summary.memories.at(0).metrics[Metric::memory_full], std::nullopt);
+}
+
 TEST(MemoryMetrics, WithoutPortsTheAccessesThatNameItCount) {
     StreamKernel kernel{.stamps = {100}, .cycles = {100}};
     kernel.blocks = {access("read", 300.0f), access("write", 100.0f), access("read", 50.0f, "HBM")};

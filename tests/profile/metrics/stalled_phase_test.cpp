@@ -43,6 +43,16 @@ TEST(StalledPhase, CountsTheTimeThatTheKernelRan) {
     EXPECT_NEAR(phase->part, 0.1, 1e-12);
 }
 
+// Half of the stalls are at the beginning, half at the end.
+TEST(StalledPhase, IsTheFirstOfThoseOfOneLength) {
+    TimeBins stalls;
+    stalls.add(0, 1, 5.0);
+    stalls.add(90, 91, 5.0);
+    const auto phase = find_stalled_phase(stalls, std::vector<TimeSpan>{{0, 100}});
+    ASSERT_TRUE(phase);
+    EXPECT_EQ(phase->time, (TimeSpan{0, 1}));
+}
+
 TEST(StalledPhase, IsNoneWithoutStalls) {
     EXPECT_FALSE(find_stalled_phase(TimeBins(), std::vector<TimeSpan>{{0, 10}}));
 }

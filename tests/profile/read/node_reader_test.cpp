@@ -198,6 +198,30 @@ TEST(NodeReader, TakesNumbersOfAnyType) {
     EXPECT_EQ(arrays[Counts::idle], (SampleList<long long>{4}));
 }
 
+// A block that lacks what the one before it has.
+TEST(NodeReader, ABlockKeepsNothingOfTheOneBeforeIt) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    reader.open("kernels", Form::object);
+    reader.open("nodes", Form::array);
+    reader.open({}, Form::object);
+    reader.open("children", Form::array);
+    write_stream_block(reader, {.name = "load", .operation = "read", .valid = {1}});
+    reader.open({}, Form::object);
+    reader.text("type", "moduleinst");
+    reader.text("name", "loop");
+    reader.open("module_inst_details", Form::object);
+    for (int i = 0; i < 6; ++i)
+        reader.close();
+    ASSERT_EQ(nodes.blocks.size(), 2U);
+    EXPECT_EQ(nodes.blocks[0].operation, "read");
+    EXPECT_EQ(nodes.blocks[1].name, "loop");
+    EXPECT_EQ(nodes.blocks[1].operation, "");
+    EXPECT_EQ(nodes.blocks[1].memory_type, "");
+    EXPECT_TRUE(nodes.blocks[1].sources.empty());
+    EXPECT_TRUE(nodes.blocks[1].arrays[Counts::valid].empty());
+}
+
 TEST(NodeReader, SkipsWhatItDoesntKnow) {
     TakenNodes nodes;
     NodeReader reader(nodes);
