@@ -22,7 +22,7 @@ class ProfilerConfigXmlLoader : public zan::xml::BaseXmlLoader {
 
     // `filename` isn't copied and has to live as long as the load.
     ProfilerConfig* load_file(const char* filename);
-    ProfilerConfig* load_xml(const char* xml);
+    ProfilerConfig* load_xml(const char* text);
     // Deletes the document. For a null one it returns null and reports nothing.
     ProfilerConfig* load_profiler_config(zan::xml::XMLDocument* doc);
 

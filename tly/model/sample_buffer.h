@@ -103,7 +103,7 @@ class SampleBuffer {
         function(T{});
     }
     // The bytes that each of these values fits.
-    static std::size_t value_size_of(const T* values, std::size_t count) {
+    static std::size_t value_size_of(const long long* values, std::size_t count) {
         std::uint64_t bits = 0; // all those that differ from the sign
         for (std::size_t i = 0; i < count; ++i)
             bits |= static_cast<std::uint64_t>(values[i] ^ (values[i] >> 63));
@@ -111,7 +111,7 @@ class SampleBuffer {
     }
 
     template <class Stored>
-    Stored at(std::size_t index) const {
+    T at(std::size_t index) const {
         Stored value;
         std::memcpy(&value, m_bytes + index * sizeof(Stored), sizeof(Stored));
         return value;
