@@ -7,6 +7,12 @@ if(NOT SCDOC)
 endif()
 set(dist_folder ${PROJECT_BINARY_DIR}/files)
 
+# To compile the sources of one of these takes a gigabyte of memory, so they come one after the other.
+set_property(GLOBAL APPEND PROPERTY JOB_POOLS large=1)
+foreach(target zan_profile zanl_profile)
+    set_property(TARGET ${target} PROPERTY JOB_POOL_COMPILE large)
+endforeach()
+
 # zan_portable(<program>): the program once more, with all libraries in itself. It still runs at an address that differs from
 # run to run.
 function(zan_portable program)
