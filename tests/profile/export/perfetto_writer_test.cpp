@@ -48,6 +48,13 @@ TEST(PerfettoWriter, ACounterHasItsValueWhereTheSampleBegins) {
     EXPECT_THAT(trace_of(odd_report), HasSubstr("\x0a\x10"s + packet));
 }
 
+// The kernel's track, number 1, has a name of nine bytes after its number; those of counters name it before.
+TEST(PerfettoWriter, CountersAreBelowTheTrackOfTheirKernel) {
+    const std::string trace = trace_of(odd_report);
+    EXPECT_THAT(trace, HasSubstr("\x08\x01\x12\x09=cmd(\"x\")"s));
+    EXPECT_THAT(trace, HasSubstr("\x08\x03\x28\x01\x12"s));
+}
+
 TEST(PerfettoWriter, NamesAndPlacesAreThere) {
     const std::string trace = trace_of(odd_report);
     EXPECT_THAT(trace, HasSubstr("=cmd(\"x\")"));
