@@ -64,7 +64,8 @@ inline long long marked_number([[maybe_unused]] const char* end, [[maybe_unused]
     const __m128i fours = _mm_madd_epi16(pairs, _mm_set1_epi32(100 | 1 << 16));
     const __m128i eights = _mm_madd_epi16(_mm_packs_epi32(fours, zero), _mm_set1_epi32(10'000 | 1 << 16));
     const auto both = static_cast<std::uint64_t>(_mm_cvtsi128_si64(eights));
-    return static_cast<long long>((both & 0xFFFF'FFFF) * 100'000'000 + (both >> 32));
+    const std::uint64_t number = (both & 0xFFFF'FFFF) * 100'000'000 + (both >> 32);
+    return static_cast<long long>(number);
 #else
     return 0;
 #endif
