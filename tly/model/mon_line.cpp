@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "decimal_digits.h"
+#include "digit_marks.h"
 #include "number_text.h"
 
 namespace {
@@ -122,15 +123,43 @@ bool PlainFields::text(std::string_view& text) {
     return true;
 }
 
+// Reads up to `count` numbers with the commas after them, as far as they have no sign and up to 16 digits;
+// returns how many. Windows of the line are searched for what ends numbers; the last one is never read here,
+// so that each window has a comma after each number.
+std::size_t PlainFields::short_numbers(long long* values, std::size_t count) {
+    std::size_t num_read = 0;
+    const char* begin = m_position; // of the next number
+    while (begin - m_begin >= most_marked_digits && m_end - m_begin >= marks_size && begin != m_end) {
+        const char* const window = std::min(begin, m_end - marks_size);
+        const char* const first = begin;
+        std::uint64_t marks = marks_of_others(window) >> (first - window);
+        while (marks != 0) {
+            const char* const stop = first + static_cast<std::size_t>(std::countr_zero(marks));
+            const auto length = static_cast<std::size_t>(stop - begin);
+            if (length - 1 >= most_marked_digits || *stop != ',' || num_read == count)
+                break;
+            values[num_read++] = marked_number(stop, length);
+            begin = stop + 1;
+            marks &= marks - 1;
+        }
+        if (marks != 0 || begin == first)
+            break;
+    }
+    m_position = begin;
+    return num_read;
+}
+
 bool PlainFields::last_numbers(long long* values, std::size_t count) {
-    const char* position = m_position; // kept in a register
-    for (std::size_t i = 0; i < count; ++i) {
-        if (i != 0 && (position == m_end || *position++ != ','))
+    std::size_t num_read = 0;
+    while (num_read < count) {
+        if (has_digit_marks && num_read + 1 < count)
+            num_read += short_numbers(values + num_read, count - 1 - num_read);
+        if (!read_plain<false>(m_position, m_end, values[num_read]))
             return false;
-        if (!read_plain<false>(position, m_end, values[i]))
+        ++num_read;
+        if (num_read < count && !comma())
             return false;
     }
-    m_position = position;
     return m_position == m_end;
 }
 

@@ -25,7 +25,8 @@ MonField read_mon_field(std::string_view text);
 // line has to be split. What is read is what the split line has.
 class PlainFields {
   public:
-    explicit PlainFields(std::string_view line) : m_position(line.data()), m_end(line.data() + line.size()) {}
+    explicit PlainFields(std::string_view line)
+        : m_begin(line.data()), m_position(m_begin), m_end(m_begin + line.size()) {}
 
     bool at_sign() const { return m_position != m_end && *m_position == '-'; }
     // Reads a number and the comma after it; false if that isn't what stands there.
@@ -37,6 +38,7 @@ class PlainFields {
 
   private:
     bool digits(long long& value);
+    std::size_t short_numbers(long long* values, std::size_t count);
     bool comma() {
         if (m_position == m_end || *m_position != ',')
             return false;
@@ -44,6 +46,7 @@ class PlainFields {
         return true;
     }
 
+    const char* m_begin;
     const char* m_position;
     const char* m_end;
 };

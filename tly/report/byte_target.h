@@ -36,5 +36,11 @@ class FileTarget final : public ByteTarget {
     bool close();
 
   private:
+    void reserve_ahead(std::size_t size);
+    void return_reserved();
+
     int m_descriptor;
+    std::size_t m_size = 0;     // of the file
+    std::size_t m_reserved = 0; // bytes of the file that have a place on the disk, if that is more
+    bool m_can_reserve = true;
 };

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Nearly all bytes of a report are numbers in arrays, so write_numbers() is what counts here: it makes room
-// for many numbers at once, and copies what stands between two of them as a block of a fixed size.
+// for many numbers at once, and writes them in groups (separated_numbers.h).
 //
-// What must hold: a separator of any depth that is written so fits into its block, and the room for a number
-// includes the whole block, as more is copied than stays. Plain values are written where they are; those of a
+// What must hold: a separator of any depth that is written so fits its room, and the room for a number
+// includes all of that, as more is copied than stays. Plain values are written where they are; those of a
 // list are read into a block first, as a list may store them in 32 bits, or not at all.
 //
 // The text of a part that comes again is kept and copied. A run that repeats a part doesn't take more memory
@@ -19,14 +19,11 @@
 #include <cstring>
 
 #include "quoted_text.h"
+#include "separated_numbers.h"
 
 namespace {
 
 constexpr std::size_t indent_width = 4;
-
-// What stands between two numbers of an array: the end of a line, the blanks of the next one, and quotes.
-constexpr std::size_t separator_block = 64;
-using Separator = std::array<char, separator_block>;
 
 constexpr std::size_t separator_size(std::size_t depth) {
     return depth * indent_width + 4;
@@ -34,19 +31,20 @@ constexpr std::size_t separator_size(std::size_t depth) {
 
 // Arrays of numbers in a report are up to seven levels deep; deeper ones than these are written value by
 // value.
-constexpr std::size_t num_separators = 16;
-static_assert(separator_size(num_separators - 1) <= separator_block);
+constexpr std::size_t num_separators = 12;
+static_assert(separator_size(num_separators - 1) <= Separator::room);
 
 // By depth. Each one ends in what is overwritten by the next number.
 constexpr std::array<Separator, num_separators> separators = [] {
     std::array<Separator, num_separators> table{};
     for (std::size_t depth = 0; depth < num_separators; ++depth) {
         Separator& separator = table[depth];
-        separator.fill(' ');
-        separator[0] = '"';
-        separator[1] = ',';
-        separator[2] = '\n';
-        separator[separator_size(depth) - 1] = '"';
+        separator.size = separator_size(depth);
+        separator.text.fill(' ');
+        separator.text[0] = '"';
+        separator.text[1] = ',';
+        separator.text[2] = '\n';
+        separator.text[separator.size - 1] = '"';
     }
     return table;
 }();
@@ -168,8 +166,6 @@ void JsonWriter::write_numbers(const SampleList<T>& numbers) {
     }
 }
 
-// Each number is followed by a whole block that starts with the separator: copying a fixed size takes a few
-// instructions, and what is too much is overwritten.
 template <class T>
 void JsonWriter::write_numbers(std::span<const T> numbers) {
     const std::size_t depth = m_open.size();
@@ -178,19 +174,14 @@ void JsonWriter::write_numbers(std::span<const T> numbers) {
             number({}, value);
         return;
     }
-    const Separator separator = separators[depth];
-    const std::size_t size = separator_size(depth);
+    const Separator& separator = separators[depth];
     while (!numbers.empty()) {
         const auto some = numbers.first(std::min(chunk, numbers.size()));
         numbers = numbers.subspan(some.size());
         begin_child({});
         m_out.append("\"");
-        char* out = m_out.reserve(some.size() * (max_number_text + separator_block));
-        for (const T value : some) {
-            out = write_number(out, value);
-            std::memcpy(out, separator.data(), separator_block);
-            out += size;
-        }
-        m_out.advance(out - size + 1); // the quote that ends the last number
+        char* const begin = m_out.reserve(some.size() * (max_number_text + Separator::room));
+        char* const end = write_separated(begin, some, separator);
+        m_out.advance(end - separator.size + 1); // the quote that ends the last number
     }
 }

@@ -115,6 +115,41 @@ TEST(PlainFields, AreReadAsTheSplitLineHasThem) {
     EXPECT_GT(num_plain, 10000);
 }
 
+// Long lines are read in windows, which end anywhere in a number. The fields of the split line say what has
+// to be read; text that isn't in a buffer of its own would hide a read past its end.
+TEST(PlainFields, LongLinesAreReadWhereverTheirNumbersEnd) {
+    std::mt19937_64 random(5);
+    int num_plain = 0;
+    int num_others = 0;
+    for (int i = 0; i < 20000; ++i) {
+        const std::size_t count = 20 + random() % 60;
+        std::string text = std::to_string(random() % 100);
+        for (std::size_t k = 1; k < count; ++k) {
+            const int shift = random() % 10 == 0 ? 1 : 34; // up to 19 digits, or 9
+            text += (random() % 40 == 0 ? ",-" : ",") + std::to_string(random() >> shift >> random() % 30);
+        }
+        if (i % 2 == 0)
+            text[random() % text.size()] = "/:,- x\x80"[random() % 7];
+        MonLine line;
+        line.split(text);
+        bool is_plain = line.fields().size() == count;
+        for (std::size_t k = 0; is_plain && k < count; ++k) {
+            const std::string_view field = line.fields()[k].text;
+            is_plain = line.fields()[k].is_number &&
+                       field.find_first_not_of("0123456789", field[0] == '-') == std::string_view::npos;
+        }
+        std::vector<long long> values(count);
+        const std::vector<char> bytes(text.begin(), text.end());
+        PlainFields fields(std::string_view(bytes.data(), bytes.size()));
+        ASSERT_EQ(fields.last_numbers(values.data(), count), is_plain) << text;
+        ++(is_plain ? num_plain : num_others);
+        for (std::size_t k = 0; is_plain && k < count; ++k)
+            ASSERT_EQ(values[k], line.fields()[k].value) << text;
+    }
+    EXPECT_GT(num_plain, 9000);
+    EXPECT_GT(num_others, 3000);
+}
+
 TEST(PlainFields, EndWhereSomethingElseStands) {
     long long value = 0;
     std::string_view text;

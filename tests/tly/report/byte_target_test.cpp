@@ -3,8 +3,12 @@
 #include "byte_target.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <boost/property_tree/json_parser/error.hpp>
+#include <csignal>
+#include <filesystem>
 #include <sstream>
 
 #include "temp_dir.h"
@@ -23,6 +27,59 @@ TEST(ByteTarget, AFileHoldsWhatWasWrittenInPlaceOfWhatWasThere) {
     EXPECT_TRUE(file.write(" two", 4));
     EXPECT_TRUE(file.close());
     EXPECT_EQ(read_file(path), "one two");
+}
+
+constexpr std::size_t block_size = std::size_t{1} << 18;
+
+// What the file takes on the disk, in bytes.
+std::size_t place_of(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
+    return static_cast<std::size_t>(status.st_blocks) * 512;
+}
+
+// 10 blocks and 1,000 bytes. Where a place is reserved ahead, that is 1 MiB from the second block on, again
+// from the sixth, and 2.25 MiB from the tenth; the file is as large as its bytes, and takes no more than they
+// do.
+TEST(ByteTarget, ALargeFileTakesNoMorePlaceThanItsBytes) {
+    const TempDir dir;
+    const std::string path = dir.path("report.json");
+    std::string expected;
+    FileTarget file(path);
+    for (char letter = 'a'; letter <= 'j'; ++letter) {
+        const std::string block(block_size, letter);
+        EXPECT_TRUE(file.write(block.data(), block.size()));
+        expected += block;
+        EXPECT_EQ(std::filesystem::file_size(path), expected.size());
+    }
+    EXPECT_TRUE(file.write(expected.data(), 1000));
+    EXPECT_TRUE(file.close());
+    EXPECT_EQ(read_file(path), expected + expected.substr(0, 1000));
+    EXPECT_LT(place_of(path), expected.size() + 128 * 1024);
+}
+
+// A limit of six and a half blocks, as a disk that is full then.
+TEST(ByteTarget, AFileThatMayNotGrowKeepsWhatWasWritten) {
+    const TempDir dir;
+    const std::string path = dir.path("report.json");
+    struct rlimit before {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit limit = before;
+    limit.rlim_cur = block_size * 13 / 2;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    int num_written = 0;
+    {
+        FileTarget file(path);
+        const std::string block(block_size, 'x');
+        while (file.write(block.data(), block.size()))
+            ++num_written;
+    }
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(num_written, 6);
+    EXPECT_EQ(read_file(path), std::string(block_size * 13 / 2, 'x'));
+    EXPECT_LT(place_of(path), block_size * 13 / 2 + 128 * 1024);
 }
 
 TEST(ByteTarget, AFileThatCannotBeMadeThrowsItsPath) {

@@ -53,16 +53,47 @@ TEST(TextBuffer, BlanksAreAsManyAsWanted) {
     }
 }
 
-TEST(TextBuffer, WhatHasNoRoomComesAfterAFlush) {
+// 288 KiB have no room for more: 256 leave. The next 200 have room after the other 32 and 2 bytes, but 200
+// more only if all of those leave, as none is past the next multiple.
+TEST(TextBuffer, WritesEndAtMultiplesOfTheirSize) {
+    constexpr std::size_t kib = 1024;
     KeptBytes target;
     TextBuffer buffer(target);
-    const std::string most(TextBuffer::capacity - 1, 'a');
-    append(buffer, most);
-    append(buffer, "b");
+    std::string text(288 * kib, 'a');
+    append(buffer, text);
     EXPECT_TRUE(target.writes.empty());
-    buffer.append("cd");
+    buffer.append("bc");
+    ASSERT_EQ(target.writes.size(), 1u);
+    EXPECT_EQ(target.writes[0].size(), 256 * kib);
+    const std::string more(200 * kib, 'd');
+    append(buffer, more);
+    append(buffer, more);
     buffer.flush();
-    EXPECT_EQ(target.writes, (std::vector<std::string>{most + "b", "cd"}));
+    std::vector<std::size_t> sizes;
+    std::string joined;
+    for (const std::string& written : target.writes) {
+        sizes.push_back(written.size());
+        joined += written;
+    }
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{256 * kib, 232 * kib + 2, 200 * kib}));
+    EXPECT_EQ(joined, text + "bc" + more + more);
+}
+
+// 255 KiB end before the first multiple, so all of them leave; then one KiB is up to it.
+TEST(TextBuffer, AWriteBeforeTheFirstMultipleIsMadeUpForByTheNext) {
+    constexpr std::size_t kib = 1024;
+    KeptBytes target;
+    TextBuffer buffer(target);
+    append(buffer, std::string(255 * kib, 'a'));
+    append(buffer, std::string(100 * kib, 'b'));
+    append(buffer, std::string(250 * kib, 'c'));
+    ASSERT_EQ(target.writes.size(), 2u);
+    EXPECT_EQ(target.writes[0], std::string(255 * kib, 'a'));
+    EXPECT_EQ(target.writes[1], std::string(100 * kib, 'b'));
+    append(buffer, std::string(38 * kib, 'd'));
+    append(buffer, std::string(1, 'e'));
+    ASSERT_EQ(target.writes.size(), 3u);
+    EXPECT_EQ(target.writes[2].size(), 157 * kib); // 255 + 100 + 157 are 512
 }
 
 TEST(TextBuffer, WhatWasWrittenSinceAMarkIsThereUntilAFlush) {
