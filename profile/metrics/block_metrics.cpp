@@ -112,7 +112,7 @@ Value memory_use(const SummaryContext& context, const BlockSummary& block, const
     for (const BlockPart& part : joined) {
         MemoryUse& memory = part.kernel.run->memory(block.memory);
         const TimeBins weights =
-            has_stalls ? part.totals->stalls : covered_bins(part.kernel.times().work, memory.shift());
+            has_stalls ? part.totals->stalls.bins() : covered_bins(part.kernel.times().work, memory.shift());
         const double weight = weights.total();
         if (const Value rate = memory.mean_rate(weights))
             rates.add(*rate * weight, weight);
@@ -126,7 +126,7 @@ void set_phase(BlockSummary& block, const SummaryContext& context, const JoinedB
         return;
     const BlockPart& part = joined.front();
     const std::optional<StalledPhase> phase =
-        find_stalled_phase(part.totals->stalls, part.kernel.times().work);
+        find_stalled_phase(part.totals->stalls.bins(), part.kernel.times().work);
     if (!phase)
         return;
     const std::int64_t start = part.kernel.run->times.span.begin;

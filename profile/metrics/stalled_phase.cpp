@@ -7,9 +7,8 @@
 
 namespace zan::profile {
 
-std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span<const TimeSpan> ran) {
-    TimeBins stalled = stalls;
-    TimeBins covered = covered_bins(ran, stalls.shift());
+std::optional<StalledPhase> find_stalled_phase(TimeBins stalled, std::span<const TimeSpan> ran) {
+    TimeBins covered = covered_bins(ran, stalled.shift());
     align(stalled, covered);
     const double whole = covered.total();
     const double half = stalled.total() / 2.0;

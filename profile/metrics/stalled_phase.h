@@ -17,6 +17,6 @@ struct StalledPhase {
 
 // The shortest stretch that holds at least half of the stalls, measured by the time in it that the kernel
 // ran. So "most of it between here and there" is true. Nothing without stalls.
-std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span<const TimeSpan> ran);
+std::optional<StalledPhase> find_stalled_phase(TimeBins stalled, std::span<const TimeSpan> ran);
 
 } // namespace zan::profile

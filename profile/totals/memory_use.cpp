@@ -5,6 +5,15 @@
 
 namespace zan::profile {
 
+TimeBins KernelTraffic::all() const {
+    if (from_ports())
+        return access.by_ports.bins();
+    TimeBins sum;
+    sum.add(access.reads.bins());
+    sum.add(access.writes.bins());
+    return sum;
+}
+
 MemoryUse::MemoryUse(const Totals& totals, const RunTimes& times, const std::string& memory) {
     std::vector<TimeSpan> used;
     for (std::size_t i = 0; i < totals.kernels().size(); ++i) {
@@ -12,21 +21,11 @@ MemoryUse::MemoryUse(const Totals& totals, const RunTimes& times, const std::str
         const auto access = std::ranges::find(kernel.accesses, memory, &AccessTotals::memory);
         if (access == kernel.accesses.end())
             continue;
-        KernelTraffic& traffic = m_kernels.emplace_back();
-        traffic.kernel = i;
-        traffic.reads = access->reads;
-        traffic.writes = access->writes;
-        if (!access->by_ports.empty()) {
-            m_from_ports = true;
-            traffic.all = access->by_ports;
-        } else {
-            traffic.all.add(access->reads);
-            traffic.all.add(access->writes);
-        }
+        const KernelTraffic& traffic = m_kernels.emplace_back(KernelTraffic{i, *access});
+        m_from_ports |= traffic.from_ports();
+        m_traffic.add(traffic.all());
         used.insert(used.end(), times.kernels[i].ran.begin(), times.kernels[i].ran.end());
     }
-    for (const KernelTraffic& traffic : m_kernels)
-        m_traffic.add(traffic.all);
     m_covered = covered_bins(union_of(std::move(used)), m_traffic.shift());
     align(m_traffic, m_covered);
 }

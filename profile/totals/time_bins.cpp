@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <limits>
 #include <numeric>
 
@@ -20,6 +19,14 @@ std::uint64_t num_bins(std::int64_t first, std::int64_t last) {
 // The first sample takes up to 2^first_bits bins. Narrower ones would soon be merged.
 constexpr int first_bits = 9;
 
+// The first unit of time that an amount comes in, and the last one.
+std::int64_t first_time(std::int64_t begin, std::int64_t end) {
+    return std::min(begin, end);
+}
+std::int64_t last_time(std::int64_t begin, std::int64_t end) {
+    return begin < end ? end - 1 : end;
+}
+
 } // namespace
 
 std::size_t bins_for_each(std::size_t budget, std::size_t num_series) {
@@ -34,27 +41,21 @@ double time_between(std::int64_t begin, std::int64_t end) {
                : static_cast<double>(static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin));
 }
 
-double TimeBins::width() const {
-    return std::ldexp(1.0, m_shift);
-}
-
-double TimeBins::at(std::int64_t number) const {
-    if (number < m_first || number >= last())
-        return 0.0;
-    return m_values[static_cast<std::size_t>(number - m_first)];
-}
-
 double TimeBins::total() const {
     return std::accumulate(m_values.begin(), m_values.end(), 0.0);
 }
 
 void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
-    const bool has_length = begin < end;
-    const std::int64_t begin_time = has_length ? begin : end;
-    const std::int64_t last_time = has_length ? end - 1 : end;
-    cover(begin_time, last_time);
-    const auto from = static_cast<std::size_t>((begin_time >> m_shift) - m_first);
-    const auto to = static_cast<std::size_t>((last_time >> m_shift) - m_first);
+    cover(first_time(begin, end), last_time(begin, end));
+    spread(begin, end, amount);
+}
+
+// Into bins that are there.
+void TimeBins::spread(std::int64_t begin, std::int64_t end, double amount) {
+    const std::int64_t first = first_time(begin, end);
+    const std::int64_t last = last_time(begin, end);
+    const auto from = static_cast<std::size_t>((first >> m_shift) - m_first);
+    const auto to = static_cast<std::size_t>((last >> m_shift) - m_first);
     if (from == to) {
         m_values[from] += amount;
         return;
@@ -62,26 +63,53 @@ void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
     const std::uint64_t in_bin = (std::uint64_t{1} << m_shift) - 1;
     const double rate = amount / time_between(begin, end);
     const double each = rate * width();
-    m_values[from] += rate * (width() - static_cast<double>(static_cast<std::uint64_t>(begin_time) & in_bin));
+    m_values[from] += rate * (width() - static_cast<double>(static_cast<std::uint64_t>(first) & in_bin));
     for (std::size_t i = from + 1; i < to; ++i)
         m_values[i] += each;
-    m_values[to] += rate * (static_cast<double>(static_cast<std::uint64_t>(last_time) & in_bin) + 1.0);
+    m_values[to] += rate * (static_cast<double>(static_cast<std::uint64_t>(last) & in_bin) + 1.0);
+}
+
+void TimeBins::fit_first(std::int64_t begin, std::int64_t end) {
+    if (!m_values.empty() || end <= begin)
+        return;
+    const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
+    widen(static_cast<int>(std::bit_width(length)) - first_bits);
 }
 
 void TimeBins::add_sample(std::int64_t begin, std::int64_t end, double amount) {
-    if (m_values.empty() && begin < end) {
-        const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
-        widen(static_cast<int>(std::bit_width(length)) - first_bits);
-    }
+    fit_first(begin, end);
     add(begin, end, amount);
+}
+
+void TimeBins::add_samples(std::span<const TimedSample> samples) {
+    if (samples.empty())
+        return;
+    fit_first(samples.front().begin, samples.front().end);
+    std::int64_t first = std::numeric_limits<std::int64_t>::max();
+    std::int64_t last = std::numeric_limits<std::int64_t>::min();
+    for (const TimedSample& sample : samples) {
+        first = std::min(first, first_time(sample.begin, sample.end));
+        last = std::max(last, last_time(sample.begin, sample.end));
+    }
+    cover(first, last);
+    for (const TimedSample& sample : samples)
+        spread(sample.begin, sample.end, sample.amount);
 }
 
 void TimeBins::add(const TimeBins& other) {
     widen(other.m_shift);
-    for (std::int64_t number = other.m_first; number < other.last(); ++number) {
-        const std::int64_t time = number << other.m_shift;
-        if (const double amount = other.at(number); amount != 0.0)
-            add(time, time, amount);
+    std::int64_t from = other.first();
+    std::int64_t to = other.last();
+    while (from < to && other.at(from) == 0.0)
+        ++from;
+    while (from < to && other.at(to - 1) == 0.0)
+        --to;
+    if (from == to)
+        return;
+    cover(from << other.m_shift, (to - 1) << other.m_shift);
+    for (std::int64_t number = from; number < to; ++number) {
+        const std::int64_t own = (number << other.m_shift) >> m_shift;
+        m_values[static_cast<std::size_t>(own - m_first)] += other.at(number);
     }
 }
 
@@ -98,16 +126,17 @@ void TimeBins::widen(int shift) {
         merge(shift - m_shift);
 }
 
-// Makes the bins of both times, wider ones where there are too many. Room is made in steps that grow with the
-// bins, so that times which go backwards don't move all bins each time.
-void TimeBins::cover(std::int64_t begin, std::int64_t end) {
-    std::int64_t low = begin >> m_shift;
-    std::int64_t high = end >> m_shift;
+// Room is made in steps that grow with the bins, so that times which go backwards don't move all bins each
+// time.
+void TimeBins::cover(std::int64_t first, std::int64_t last) {
+    std::int64_t low = first >> m_shift;
+    std::int64_t high = last >> m_shift;
+    const std::int64_t past = this->last();
     if (!m_values.empty()) {
-        if (low >= m_first && high < last())
+        if (low >= m_first && high < past)
             return;
         low = std::min(low, m_first);
-        high = std::max(high, last() - 1);
+        high = std::max(high, past - 1);
     }
     int steps = 0;
     while (num_bins(low >> steps, high >> steps) - 1 >= m_capacity)
@@ -126,7 +155,7 @@ void TimeBins::cover(std::int64_t begin, std::int64_t end) {
         m_values.insert(m_values.begin(), static_cast<std::size_t>(m_first - low) + more, 0.0);
         m_first = low - static_cast<std::int64_t>(more);
     }
-    if (high >= last())
+    if (high >= this->last())
         m_values.resize(static_cast<std::size_t>(high - m_first) + 1);
 }
 

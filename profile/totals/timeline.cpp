@@ -40,6 +40,8 @@ std::vector<TimeSpan> intersection_of(std::span<const TimeSpan> a, std::span<con
 TimeBins covered_bins(std::span<const TimeSpan> spans, int shift) {
     TimeBins bins;
     bins.widen(shift);
+    if (!spans.empty() && spans.front().begin < spans.back().end)
+        bins.cover(spans.front().begin, spans.back().end - 1);
     for (const TimeSpan span : spans)
         bins.add(span.begin, span.end, time_between(span.begin, span.end));
     return bins;

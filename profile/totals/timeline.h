@@ -20,7 +20,7 @@ std::vector<TimeSpan> union_of(std::vector<TimeSpan> spans, double shortest_gap 
 // The time in both. Each is in order, and its spans don't touch.
 std::vector<TimeSpan> intersection_of(std::span<const TimeSpan> a, std::span<const TimeSpan> b);
 
-// How much of each bin of width 2^shift the spans cover.
+// How much of each bin of width 2^shift the spans, which are in order, cover.
 TimeBins covered_bins(std::span<const TimeSpan> spans, int shift);
 
 // The length of all of them together, if they don't overlap.
