@@ -51,15 +51,20 @@ double MemoryUse::rate(int shift, std::int64_t number) {
 }
 
 Value MemoryUse::mean_rate(const TimeBins& weights) {
-    TimeBins wide = weights;
-    wide.widen(m_traffic.shift());
+    if (weights.shift() < m_traffic.shift()) {
+        TimeBins wide = weights;
+        wide.widen(m_traffic.shift());
+        return mean_rate(wide);
+    }
+    const Coarse& bins = coarse(weights.shift());
+    const double width = bins.traffic.width();
     double sum = 0.0;
     double total = 0.0;
-    for (std::int64_t i = wide.first(); i < wide.last(); ++i) {
-        const double weight = wide.at(i);
+    for (std::int64_t i = weights.first(); i < weights.last(); ++i) {
+        const double weight = weights.at(i);
         if (weight <= 0.0)
             continue;
-        sum += weight * rate(wide.shift(), i);
+        sum += weight * rate_of(bins.traffic.at(i), bins.covered.at(i), width);
         total += weight;
     }
     return total > 0.0 ? Value(sum / total) : std::nullopt;

@@ -47,6 +47,15 @@ TimeBins covered_bins(std::span<const TimeSpan> spans, int shift) {
     return bins;
 }
 
+const TimeBins& CoveredBins::of(int shift) {
+    if (shift != m_asked) {
+        m_bins = covered_bins(m_spans, shift);
+        m_total = m_bins.total();
+        m_asked = shift;
+    }
+    return m_bins;
+}
+
 double total_time(std::span<const TimeSpan> spans) {
     double total = 0.0;
     for (const TimeSpan span : spans)
