@@ -7,6 +7,7 @@ namespace zan::profile {
 
 void TimedAmounts::limit(std::size_t capacity) {
     m_capacity = capacity;
+    m_range.limit(capacity);
     m_bins.limit(capacity);
     if (m_samples.size() > most_samples())
         fill_bins();
@@ -14,19 +15,22 @@ void TimedAmounts::limit(std::size_t capacity) {
 
 double TimedAmounts::total() const {
     double sum = m_bins.total();
-    for (const TimedSample& sample : m_samples)
+    for (const Sample& sample : m_samples)
         sum += sample.amount;
     return sum;
 }
 
 TimeBins TimedAmounts::bins() const {
-    TimeBins bins = m_bins;
-    bins.add_samples(m_samples);
+    if (m_samples.empty())
+        return m_bins;
+    TimeBins bins(m_capacity, m_range);
+    for (const Sample& sample : m_samples)
+        bins.add(sample.begin, sample.end, sample.amount);
     return bins;
 }
 
 void TimedAmounts::fill_bins() {
-    m_bins.add_samples(m_samples);
+    m_bins = bins();
     m_samples = {};
 }
 

@@ -23,6 +23,10 @@ class TimedAmounts {
             m_bins.add_sample(begin, end, amount);
             return;
         }
+        if (m_samples.empty())
+            m_range.fit_sample(begin, end);
+        if (!m_range.covers(first_time(begin, end), last_time(begin, end)))
+            m_range.cover(first_time(begin, end), last_time(begin, end), m_capacity);
         m_samples.push_back({begin, end, amount});
         if (m_samples.size() > most_samples())
             fill_bins();
@@ -40,7 +44,13 @@ class TimedAmounts {
     std::size_t most_samples() const { return m_capacity / 4; }
     void fill_bins();
 
-    std::vector<TimedSample> m_samples; // none as soon as there are bins
+    struct Sample {
+        std::int64_t begin;
+        std::int64_t end;
+        double amount;
+    };
+    std::vector<Sample> m_samples; // none as soon as there are bins
+    BinRange m_range;              // of their bins
     TimeBins m_bins;
     std::size_t m_capacity;
 };
