@@ -75,6 +75,8 @@ void TimeBins::limit(std::size_t capacity) {
 }
 
 void TimeBins::widen(int shift) {
+    if (shift <= m_range.shift)
+        return;
     BinRange range = m_range;
     range.widen(shift);
     reshape(range);

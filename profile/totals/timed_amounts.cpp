@@ -5,7 +5,7 @@
 
 namespace zan::profile {
 
-void TimedAmounts::limit(std::size_t capacity) {
+void TimedAmounts::change_limit(std::size_t capacity) {
     m_capacity = capacity;
     m_range.limit(capacity);
     m_bins.limit(capacity);

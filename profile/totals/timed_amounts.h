@@ -32,7 +32,10 @@ class TimedAmounts {
             fill_bins();
     }
     // From now on at most `capacity` bins, which is at least 2.
-    void limit(std::size_t capacity);
+    void limit(std::size_t capacity) {
+        if (capacity != m_capacity)
+            change_limit(capacity);
+    }
 
     bool empty() const { return m_samples.empty() && m_bins.empty(); }
     double total() const;
@@ -42,6 +45,7 @@ class TimedAmounts {
   private:
     // 24 bytes for every fourth bin of 8 bytes, and room of as much again while the list grows.
     std::size_t most_samples() const { return m_capacity / 4; }
+    void change_limit(std::size_t capacity);
     void fill_bins();
 
     struct Sample {
