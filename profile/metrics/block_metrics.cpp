@@ -106,9 +106,9 @@ void set_burst(BlockSummary& block, const BlockSums& sums, const SummaryContext&
         block.metrics[Metric::burst_share] = percent_of(*burst, *block.max_burst);
 }
 
-void set_phase(BlockSummary& block, const SummaryContext& context, const SummaryRun& run, TimeBins stalls,
+void set_phase(BlockSummary& block, const SummaryContext& context, const SummaryRun& run, TimeBins& stalls,
                CoveredBins& worked) {
-    const std::optional<StalledPhase> phase = find_stalled_phase(std::move(stalls), worked);
+    const std::optional<StalledPhase> phase = find_stalled_phase(stalls, worked);
     if (!phase)
         return;
     const std::int64_t start = run.times.span.begin;
@@ -136,7 +136,7 @@ void set_stalled_times(BlockSummary& block, const SummaryContext& context, const
                 rates.add(*rate * weight, weight);
         }
         if (has_stalls && joined.size() == 1)
-            set_phase(block, context, *part.kernel.run, std::move(stalls), worked);
+            set_phase(block, context, *part.kernel.run, stalls, worked);
     }
     const Value use = context.megabytes_per_second(rates.ratio());
     block.metrics[Metric::memory_use] = use && peak ? percent_of(*use, *peak) : std::nullopt;

@@ -20,13 +20,15 @@ class AmountUpTo {
         align(amounts, covered);
         m_shift = amounts.shift();
         m_first = amounts.first();
-        m_bins.reserve(amounts.values().size());
+        m_before.reserve(amounts.values().size());
+        m_rates.reserve(amounts.values().size());
         const double width = amounts.width();
         std::int64_t number = m_first;
         for (const double amount : amounts.values()) {
             const double time = covered.at(number++);
-            m_bins.push_back({m_sum, time > 0.0 ? amount / time : 0.0});
-            m_sum += m_bins.back().rate * width;
+            m_before.push_back(m_sum);
+            m_rates.push_back(time > 0.0 ? amount / time : 0.0);
+            m_sum += m_rates.back() * width;
         }
     }
 
@@ -43,16 +45,13 @@ class AmountUpTo {
         if (number < m_first)
             return 0.0;
         const auto place = static_cast<std::uint64_t>(number) - static_cast<std::uint64_t>(m_first);
-        if (place >= m_bins.size())
+        if (place >= m_rates.size())
             return m_sum;
-        return m_bins[place].before + m_bins[place].rate * time_between(number << m_shift, time);
+        return m_before[place] + m_rates[place] * time_between(number << m_shift, time);
     }
 
-    struct Bin {
-        double before; // what came before it
-        double rate;   // for each unit of time
-    };
-    std::vector<Bin> m_bins;
+    std::vector<double> m_before; // each bin
+    std::vector<double> m_rates;  // for each unit of time
     std::int64_t m_first = 0;
     int m_shift = 0;
     double m_sum = 0.0;

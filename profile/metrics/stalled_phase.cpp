@@ -5,7 +5,7 @@
 
 namespace zan::profile {
 
-std::optional<StalledPhase> find_stalled_phase(TimeBins stalled, CoveredBins& ran) {
+std::optional<StalledPhase> find_stalled_phase(TimeBins& stalled, CoveredBins& ran) {
     const TimeBins& covered = ran.of(stalled.shift());
     stalled.widen(covered.shift());
     const double whole = ran.total();

@@ -15,6 +15,7 @@ struct StalledPhase {
 
 // The shortest stretch that holds at least half of the stalls, measured by the time in it that the kernel
 // ran. So "most of it between here and there" is true. Nothing without stalls.
-std::optional<StalledPhase> find_stalled_phase(TimeBins stalled, CoveredBins& ran);
+// The bins of the stalls become wider where those of `ran` are.
+std::optional<StalledPhase> find_stalled_phase(TimeBins& stalled, CoveredBins& ran);
 
 } // namespace zan::profile

@@ -31,7 +31,7 @@ TimeBins TimedAmounts::bins() const {
 
 void TimedAmounts::fill_bins() {
     m_bins = bins();
-    m_samples = {};
+    m_samples = std::vector<Sample>(); // an empty list in braces would keep the memory
 }
 
 } // namespace zan::profile

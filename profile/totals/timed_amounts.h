@@ -19,17 +19,12 @@ class TimedAmounts {
 
     // As TimeBins::add_sample does.
     void add_sample(std::int64_t begin, std::int64_t end, double amount) {
-        if (!m_bins.empty()) {
-            m_bins.add_sample(begin, end, amount);
-            return;
-        }
-        if (m_samples.empty())
-            m_range.fit_sample(begin, end);
-        if (!m_range.covers(first_time(begin, end), last_time(begin, end)))
-            m_range.cover(first_time(begin, end), last_time(begin, end), m_capacity);
-        m_samples.push_back({begin, end, amount});
-        if (m_samples.size() > most_samples())
+        if (m_bins.empty() && m_samples.size() == most_samples())
             fill_bins();
+        if (m_bins.empty() && m_samples.size() < most_samples())
+            hold({begin, end, amount});
+        else
+            m_bins.add_sample(begin, end, amount);
     }
     // From now on at most `capacity` bins, which is at least 2.
     void limit(std::size_t capacity) {
@@ -43,16 +38,25 @@ class TimedAmounts {
     TimeBins bins() const;
 
   private:
-    // 24 bytes for every fourth bin of 8 bytes, and room of as much again while the list grows.
+    // 24 bytes for every fourth bin of 8 bytes: three quarters of what the bins would take.
     std::size_t most_samples() const { return m_capacity / 4; }
-    void change_limit(std::size_t capacity);
-    void fill_bins();
-
     struct Sample {
         std::int64_t begin;
         std::int64_t end;
         double amount;
     };
+    void hold(const Sample& sample) {
+        const std::int64_t first = first_time(sample.begin, sample.end);
+        const std::int64_t last = last_time(sample.begin, sample.end);
+        if (m_samples.empty())
+            m_range.fit_sample(sample.begin, sample.end);
+        if (!m_range.covers(first, last))
+            m_range.cover(first, last, m_capacity);
+        m_samples.push_back(sample);
+    }
+    void change_limit(std::size_t capacity);
+    void fill_bins();
+
     std::vector<Sample> m_samples; // none as soon as there are bins
     BinRange m_range;              // of their bins
     TimeBins m_bins;

@@ -9,7 +9,7 @@ using namespace zan::profile;
 
 namespace {
 
-std::optional<StalledPhase> phase_of(const TimeBins& stalls, const std::vector<TimeSpan>& spans) {
+std::optional<StalledPhase> phase_of(TimeBins stalls, const std::vector<TimeSpan>& spans) {
     CoveredBins ran(spans);
     return find_stalled_phase(stalls, ran);
 }

@@ -85,6 +85,14 @@ TEST(TimedAmounts, GoOnInBinsAfterALimit) {
     EXPECT_EQ(values_of(amounts.bins()), (std::vector<double>{7.0, 0.0, 0.0, 5.0}));
 }
 
+// Two bins are fewer than one sample would take.
+TEST(TimedAmounts, AreInBinsFromTheFirstIfTheseAreFew) {
+    TimedAmounts amounts(2);
+    amounts.add_sample(0, 1, 3.0);
+    amounts.add_sample(1, 2, 4.0);
+    EXPECT_EQ(values_of(amounts.bins()), (std::vector<double>{3.0, 4.0}));
+}
+
 TEST(TimedAmounts, TakeTimesThatGoBackwards) {
     TimedAmounts amounts;
     amounts.add_sample(6, 8, 2.0);
