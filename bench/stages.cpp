@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
     });
     measure("reading", [&] {
         FoldedMonitorNodes nodes;
-        read_monitor_file(*model, nodes, argv[2]);
+        read_monitor_file(*model, nodes, argv[2], LineDecoding::in_blocks, AfterInvocation::release);
         nodes.append_to(tree);
     });
     measure("writing", [&] { write_report(argv[3], tree); });

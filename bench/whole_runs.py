@@ -14,7 +14,7 @@ HOT_LOOPS = [
     ("fields to numbers", r"PlainFields::|MonLine::split|read_field"),
     ("numbers to lists", r"decode_column|append_lines|TlyModuleInst::updateCounters|Sample(Buffer|List)<.*append"),
     ("metrics", r"write_details|write_port_metrics|megabytes_per_second|average_channel_depth"),
-    ("numbers to text", r"write_number|write_numbers|SampleList<.*::read"),
+    ("numbers to text", r"write_number|write_group|write_separated|Sample(List|Buffer)<.*::read"),
     ("description", r"tinyxml2|zan::|import_profiler|meaning_of_tag"),
 ]
 

@@ -22,6 +22,12 @@ void CounterSamples::append_lines(const CounterColumns& columns, std::size_t cou
     m_zeros.append_zeros(count);
 }
 
+void CounterSamples::release() {
+    for (Family& family : m_families)
+        family.samples = Samples();
+    m_zeros.clear();
+}
+
 void CounterSamples::clear() {
     start_line();
     for (Family& family : m_families)

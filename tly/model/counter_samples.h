@@ -72,6 +72,8 @@ class CounterSamples {
 
     // Empties the lists and sets the sums to zero; families keep their lists.
     void clear();
+    // Empties the lists and frees what no copy of them shares.
+    void release();
 
     const Samples& operator[](Counter counter) const {
         const std::size_t place = m_places[index_of(counter)];

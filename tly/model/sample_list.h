@@ -23,8 +23,8 @@ class StoredSamples {
     std::size_t size() const { return m_size; }
     bool empty() const { return m_size == 0; }
     T operator[](std::size_t index) const { return (*m_buffer)[index]; }
-    // Where they are: the same place for lists that share their storage.
-    const void* data() const { return m_buffer ? m_buffer->data() : nullptr; }
+    // Which storage holds them: the same for lists that share it.
+    const void* storage() const { return m_buffer; }
 
   private:
     const SampleBuffer<T>* m_buffer;

@@ -103,6 +103,10 @@ class TlyModuleInst {
     void pushValuesOnVectors();
     void reset();
 
+    // Frees the samples of all families, which are empty then. For an instance that no line comes for any
+    // more.
+    void release_samples() { m_counters.release(); }
+
     // All samples of a family. A copy of the list shares its storage.
     const Samples& samples(Counter counter) const { return m_counters[counter]; }
 

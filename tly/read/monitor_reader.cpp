@@ -124,7 +124,8 @@ bool MonitorReader::add_sample(const LineTarget& target, const LineHead& head) {
     const bool sets_start_time = known_start == -1 || known_start != head.start_time;
     if (sets_start_time && known_start != -1) {
         for (TlyKernel* kernel : target.kernels())
-            close_invocation(*kernel, m_nodes, true, m_model.ext_mems, m_model.compute_unit);
+            close_invocation(*kernel, m_nodes, AfterInvocation::reset, m_model.ext_mems,
+                             m_model.compute_unit);
     }
     target.add_head(head);
     if (sets_start_time) {
@@ -161,31 +162,32 @@ bool MonitorReader::update_instances(const LineTarget& target, SharedCounterType
 }
 
 // The pseudo-kernel is neither written nor warned of, whether a line named it or not.
-void MonitorReader::finish() {
+void MonitorReader::finish(AfterInvocation after) {
     decode_all();
     for (const auto& [name, kernel] : m_model.kernels) {
         if (kernel->is_in_mon_file() || kernel->get_name() == autorun_profile_dummy_kernel)
-            close_invocation(*kernel, m_nodes, false, m_model.ext_mems, m_model.compute_unit);
+            close_invocation(*kernel, m_nodes, after, m_model.ext_mems, m_model.compute_unit);
         else
             diagnose(kernel->is_autorun_kernel() ? Message::no_autorun_samples : Message::no_samples,
                      {.kernel = kernel->get_name()});
     }
 }
 
-void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, AfterInvocation after,
                       const ProfileModel::ExtMems& ext_mems, int compute_unit) {
     if (kernel.get_name() == autorun_profile_dummy_kernel)
         return;
     ReportSink& sink = nodes.kernels(kernel);
     sink.open({}, Form::object);
-    write_kernel(sink, kernel, ext_mems, compute_unit);
+    write_kernel(sink, kernel, ext_mems, compute_unit,
+                 after == AfterInvocation::release ? WrittenSamples::released : WrittenSamples::kept);
     sink.close();
-    if (reset)
+    if (after == AfterInvocation::reset)
         kernel.resetKernel();
 }
 
 StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const std::string& mon_path,
-                              LineDecoding decoding) {
+                              LineDecoding decoding, AfterInvocation last) {
     LineReader lines(mon_path);
     if (!lines.is_open()) {
         diagnose(Message::monitor_file_unreadable);
@@ -199,6 +201,6 @@ StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const st
             return StageResult::failed;
         }
     }
-    reader.finish();
+    reader.finish(last);
     return StageResult::done;
 }

@@ -48,6 +48,10 @@ class FoldedMonitorNodes final : public MonitorNodes {
 // How kernel lines are decoded. The results are the same, and lines in blocks are faster; tests compare them.
 enum class LineDecoding { in_blocks, line_by_line };
 
+// What becomes of a kernel whose invocation has been written: its samples stay, it is reset for the next
+// invocation, or its samples are freed as there is none, and nothing else asks for them.
+enum class AfterInvocation { keep, reset, release };
+
 // Reads the lines of a monitor file, from the first to the last.
 class MonitorReader {
   public:
@@ -64,8 +68,9 @@ class MonitorReader {
     bool takes_transfer() const { return m_is_transfer; }
     // Decodes the lines that still wait for that. The samples are not complete before.
     void decode_all() { m_blocks.decode_all(); }
-    // Closes the last invocation of each kernel, and warns of the kernels that no line named.
-    void finish();
+    // Closes the last invocation of each kernel, and warns of the kernels that no line named. No line may
+    // come any more if samples are released.
+    void finish(AfterInvocation after = AfterInvocation::keep);
 
   private:
     bool find_target(LineTarget& target);
@@ -98,11 +103,13 @@ class MonitorReader {
 // kernel when it has ended. Unless the design is described, unknown kernels are made, and counters are not
 // read. Lines with faults have a message and are left out. Fails with a message if the file can't be opened,
 // or if the design and the run differ about shared counters. Throws std::out_of_range for a line of digits
-// and commas alone, and for an original name of a kernel that isn't in the model.
+// and commas alone, and for an original name of a kernel that isn't in the model. `last` is what becomes of
+// the kernels at the end.
 StageResult read_monitor_file(ProfileModel& model, MonitorNodes& nodes, const std::string& mon_path,
-                              LineDecoding decoding = LineDecoding::in_blocks);
+                              LineDecoding decoding = LineDecoding::in_blocks,
+                              AfterInvocation last = AfterInvocation::keep);
 
-// Writes the node of the kernel's current invocation, and resets the kernel if `reset` is set. Does nothing
-// for the kernel that stands for all autorun kernels. `compute_unit` is the one whose counters were read.
-void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, bool reset,
+// Writes the node of the kernel's current invocation. Does nothing for the kernel that stands for all autorun
+// kernels. `compute_unit` is the one whose counters were read.
+void close_invocation(TlyKernel& kernel, MonitorNodes& nodes, AfterInvocation after,
                       const ProfileModel::ExtMems& ext_mems, int compute_unit = 0);

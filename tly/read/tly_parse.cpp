@@ -103,6 +103,6 @@ int pullKernelInfo(
     TlyKernel* kernel, ptree* tree, bool reset,
     std::unordered_map<std::string, TlyExtMem*>& ext_mems) { // cppcheck-suppress constParameter
     TreeNodes nodes(*tree);
-    close_invocation(*kernel, nodes, reset, ext_mems);
+    close_invocation(*kernel, nodes, reset ? AfterInvocation::reset : AfterInvocation::keep, ext_mems);
     return 1;
 }

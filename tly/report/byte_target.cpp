@@ -80,7 +80,7 @@ void FileTarget::reserve_ahead(std::size_t size) {
         m_can_reserve = false;
 }
 
-void FileTarget::return_reserved() {
+void FileTarget::return_reserved() const {
     if (m_reserved <= m_size)
         return;
     // The bytes are there even if this fails.

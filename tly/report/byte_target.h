@@ -37,7 +37,7 @@ class FileTarget final : public ByteTarget {
 
   private:
     void reserve_ahead(std::size_t size);
-    void return_reserved();
+    void return_reserved() const;
 
     int m_descriptor;
     std::size_t m_size = 0;     // of the file

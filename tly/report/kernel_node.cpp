@@ -75,7 +75,8 @@ void write_invocation(ReportSink& node, const KernelInvocation& invocation) {
 
 // The instance of the function itself counts the clock of the kernel, and has no node.
 void write_kernel(ReportSink& node, const TlyKernel& kernel,
-                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems, int compute_unit) {
+                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems, int compute_unit,
+                  WrittenSamples samples) {
     const std::string& name = kernel.get_name();
     const std::string& display_name = kernel.get_user_friendly_name();
     const std::string& sourcefile = kernel.get_filename();
@@ -96,13 +97,15 @@ void write_kernel(ReportSink& node, const TlyKernel& kernel,
     const std::string function_inst = name + function_inst_suffix;
     const std::string wrapper_inst = name + wrapper_inst_suffix;
     node.open("children", Form::array);
-    for (const TlyModuleInst* inst : kernel.get_module_insts()) {
+    for (TlyModuleInst* inst : kernel.get_module_insts()) {
         if (inst->getName() == wrapper_inst) {
             write_ext_mems(node, *inst, sample_cycles, ext_mems);
         } else if (inst->getName() != function_inst) {
             node.open({}, Form::object);
             write_module(node, *inst, sample_cycles);
             node.close();
+            if (samples == WrittenSamples::released)
+                inst->release_samples();
         }
     }
     node.close();

@@ -36,8 +36,13 @@ struct KernelInvocation {
 // Writes all members but the children.
 void write_invocation(ReportSink& node, const KernelInvocation& invocation);
 
+// What becomes of the samples of module instances that are written.
+enum class WrittenSamples { kept, released };
+
 // Writes the current invocation of the kernel with its children: the module instances, and the ports of
 // external memories at the place of the wrapper instance. A memory that `ext_mems` lacks is reported on
-// standard error and left out. `compute_unit` is the one whose counters were read.
+// standard error and left out. `compute_unit` is the one whose counters were read. Samples that are released
+// go as soon as the node of their module instance is written.
 void write_kernel(ReportSink& node, const TlyKernel& kernel,
-                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems, int compute_unit = 0);
+                  const std::unordered_map<std::string, TlyExtMem*>& ext_mems, int compute_unit = 0,
+                  WrittenSamples samples = WrittenSamples::kept);

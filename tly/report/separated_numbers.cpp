@@ -84,7 +84,7 @@ constexpr std::array<ExponentStep, 256> exponent_steps = [] {
 constexpr int no_exponent = 100; // of a float that isn't a usual one
 
 struct FloatGroup {
-    std::array<long long, group_size> digits; // seven and a zero
+    std::array<std::uint64_t, group_size> digits; // a number of seven and a zero, then each in its byte
     std::array<int, group_size> exponents;
 };
 
@@ -100,17 +100,17 @@ void take_floats(const float* values, FloatGroup& group) {
         const double scaled = static_cast<double>(std::bit_cast<float>(usual_bits)) *
                               usual_powers[static_cast<std::size_t>(usual_digits - 1 - exponent)];
         const auto digits = static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(scaled + shift));
-        group.digits[i] = std::int64_t{digits} * 10;
+        group.digits[i] = std::uint64_t{digits} * 10;
         group.exponents[i] = is_usual && digits != digits_limit ? exponent : no_exponent;
     }
 }
 
 // Where digits, their zeros and the point go, for one decimal exponent.
 struct PointForm {
-    std::uint64_t first; // which of the first eight characters are digits: all or none
-    std::uint8_t before; // digits before the point
-    std::uint8_t point;  // its place
-    std::uint8_t after;  // the place of the digits after it
+    std::uint64_t first;  // which of the first eight characters are digits: all or none
+    std::uint32_t before; // digits before the point
+    std::uint32_t point;  // its place
+    std::uint32_t after;  // the place of the digits after it
 };
 
 constexpr int least_exponent = -4;
@@ -118,11 +118,11 @@ constexpr std::array<PointForm, 11> point_forms = [] {
     std::array<PointForm, 11> forms{};
     for (int exponent = least_exponent; exponent < usual_digits; ++exponent) {
         PointForm& form = forms[static_cast<std::size_t>(exponent - least_exponent)];
-        const auto before = static_cast<std::uint8_t>(exponent < 0 ? 0 : exponent + 1);
-        const auto zeros = static_cast<std::uint8_t>(exponent < 0 ? -exponent : 0);
+        const auto before = static_cast<std::uint32_t>(exponent < 0 ? 0 : exponent + 1);
+        const auto zeros = static_cast<std::uint32_t>(exponent < 0 ? -exponent : 0);
         form = {before == 0 ? 0 : ~std::uint64_t{0}, before,
-                static_cast<std::uint8_t>(before == 0 ? 1 : before),
-                static_cast<std::uint8_t>(before + zeros + 1)};
+                static_cast<std::uint32_t>(before == 0 ? 1 : before),
+                static_cast<std::uint32_t>(before + zeros + 1)};
     }
     return forms;
 }();
@@ -134,22 +134,19 @@ char* write_usual_float(char* out, std::uint64_t digits, int exponent) {
     store_characters(out, (digits & form.first) | zero_characters);
     out[form.point] = '.';
     store_characters(out + form.after, characters >> (8 * form.before));
-    const std::int64_t significant = 8 - std::countl_zero(digits | 1) / 8;
-    const std::int64_t fraction = significant - form.before;
-    const std::int64_t has_fraction = -fraction >> 63; // all bits or none
-    return out + form.before + ((form.after - form.before + fraction) & has_fraction);
+    const auto significant = (static_cast<unsigned>(std::bit_width(digits | 1)) + 7) / 8;
+    return out + (significant > form.before ? form.after + significant - form.before : form.before);
 }
 
 bool write_group(char*& out, const float* values, const Separator& separator) {
     FloatGroup group;
     take_floats(values, group);
-    DigitGroup digits;
-    digits_of_group(group.digits, digits);
+    digits_in_place(group.digits);
     const Separator in_registers = separator;
     char* end = out;
     for (std::size_t i = 0; i < group_size; ++i) {
         end = group.exponents[i] == no_exponent ? write_number(end, values[i])
-                                                : write_usual_float(end, digits.low[i], group.exponents[i]);
+                                                : write_usual_float(end, group.digits[i], group.exponents[i]);
         end = append_separator(end, in_registers);
     }
     out = end;

@@ -39,7 +39,8 @@ struct Run {
 
 StageResult read_monitor_file(Run& run) {
     FoldedMonitorNodes nodes;
-    const StageResult result = read_monitor_file(run.model, nodes, run.mon_path);
+    const StageResult result =
+        read_monitor_file(run.model, nodes, run.mon_path, LineDecoding::in_blocks, AfterInvocation::release);
     nodes.append_to(run.tree);
     return result;
 }

@@ -118,4 +118,15 @@ TEST(CounterSamples, ClearingKeepsTheFamilies) {
     EXPECT_EQ(values_of(counters, Counter::ivalid), (Values{0, 7}));
 }
 
+TEST(CounterSamples, ReleasedListsAreEmptyAndCopiesStay) {
+    CounterSamples counters;
+    counters.activate(Counter::ivalid);
+    add_line(counters, Counter::ivalid, 5);
+    const CounterSamples::Samples copy = counters[Counter::ivalid];
+    counters.release();
+    EXPECT_EQ(values_of(counters, Counter::ivalid), Values());
+    EXPECT_EQ(values_of(counters, Counter::idle), Values());
+    EXPECT_EQ(copy.to_vector(), Values{5});
+}
+
 } // namespace

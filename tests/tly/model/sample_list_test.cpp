@@ -58,8 +58,8 @@ TEST(SampleList, AppendingToACopyLeavesTheOriginalAlone) {
 TEST(SampleList, CopiesShareTheirStorage) {
     const List list{1, 2, 3};
     const List copy = list;
-    EXPECT_EQ(copy.stored().data(), list.stored().data());
-    EXPECT_EQ(list.first(2).stored().data(), list.stored().data());
+    EXPECT_EQ(copy.stored().storage(), list.stored().storage());
+    EXPECT_EQ(list.first(2).stored().storage(), list.stored().storage());
 }
 
 TEST(SampleList, FirstValuesCanBeAppendedTo) {

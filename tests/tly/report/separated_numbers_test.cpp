@@ -156,6 +156,11 @@ TEST(DigitGroups, AreTheDigitsOfEachNumber) {
             ASSERT_EQ(digits.top[i], static_cast<std::uint64_t>(numbers[i] / 100'000'000));
             ASSERT_EQ(digits.low[i], digits_of(static_cast<std::uint32_t>(numbers[i] % 100'000'000)));
         }
+        std::array<std::uint64_t, group_size> low;
+        for (std::size_t i = 0; i < group_size; ++i)
+            low[i] = static_cast<std::uint64_t>(numbers[i] % 100'000'000);
+        digits_in_place(low);
+        ASSERT_EQ(low, digits.low);
     }
 }
 
