@@ -95,4 +95,5 @@ prepare_viewer_tests() {
 need_sanitizers() {
     need "${test_packages[@]}"
     need "libclang-rt-$(clang -dumpversion | cut -d . -f 1)-dev"
+    [ -r /proc/self/maps ] || fail "the sanitizers need /proc; mount it first: mount -t proc proc /proc"
 }

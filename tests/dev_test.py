@@ -65,7 +65,7 @@ class Dev(unittest.TestCase):
         self.assertEqual(self.dev("need")[0], 2)
 
     def test_test_refuses_what_it_does_not_know(self):
-        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, walks, fleet, --again or nothing, not 'release'\n"))
+        self.assertEqual(self.dev("test", "release"), (1, "", "dev: test takes quick, all, walks, fleet, --again or nothing, not 'release'\n"))
 
     def test_fuzz_names_the_fuzzers_that_there_are(self):
         for name in ((), ("none",)):
@@ -204,14 +204,32 @@ case "$*" in *--build*) for n in $(seq 30); do echo "[$n/30] Building"; done ;; 
         self.assertEqual(out.splitlines()[-1], "not tested: the page (Chromium is missing)")
         again = self.dev("test")[1]
         self.assertIn("viewer          3 tests passed\n", again)
-        self.assertIn("asan            unchanged since it passed\n", again)
+        self.assertIn("release         unchanged since it passed\n", again)
         self.assertEqual(again.splitlines()[-1], "not tested: the page (Chromium is missing)")
 
     def test_with_all_of_the_viewers_tests_nothing_is_named(self):
         self.viewer_runs_on_stand_ins(["3 tests passed"])
         status, out, _ = self.dev("test")
-        self.assertEqual((status, out.splitlines()[-1]), (0, "asan            building, testing: 7 tests passed"))
+        self.assertEqual((status, out.splitlines()[-1]), (0, "exports         4 tests passed"))
         self.assertIn("viewer          unchanged since it passed\n", self.dev("test")[1])
+
+    def test_one_build_is_tested_then_on_demand_all_that_there_are(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed"])
+        def steps_of(words):
+            return [line.split()[0] for line in self.dev("test", *words)[1].splitlines()]
+        one_build = ["sources", "scripts", "release", "viewer", "exports"]
+        self.assertEqual(steps_of([]), one_build)
+        self.assertEqual([call for call in self.calls_of("cmake") if " --build " not in call], ["cmake --preset release"])
+        self.assertEqual(steps_of(["all"]), one_build + ["walks", "release-clang", "asan"])
+        self.assertEqual([call for call in self.calls_of("cmake") if " --build " not in call],
+                         ["cmake --preset release", "cmake --preset release-clang", "cmake --preset asan"])
+
+    def test_again_runs_what_is_unchanged(self):
+        self.viewer_runs_on_stand_ins(["3 tests passed"])
+        self.dev("test", "all")
+        self.assertEqual(self.dev("test", "all")[1].count("unchanged since it passed"), 8)
+        for words in (["all", "--again"], ["--again", "all"]):
+            self.assertNotIn("unchanged", self.dev("test", *words)[1])
 
     def test_what_the_viewers_tests_need_is_installed(self):
         self.viewer_runs_on_stand_ins(["3 tests passed"])

@@ -7,7 +7,8 @@ NOT_COPIED = {".git", "build", "node_modules", "__pycache__"}
 
 
 def update_copy(source, target):
-    """Makes `target` the same as `source`; files that are the same already keep their times."""
+    """Makes `target` the same as `source`. Files that are the same already keep their times; others get that of now, as a
+    build would take an older one for known."""
     target.mkdir(parents=True, exist_ok=True)
     names = {path.name for path in source.iterdir()} - NOT_COPIED
     for path in target.iterdir():
@@ -17,4 +18,4 @@ def update_copy(source, target):
         if (source / name).is_dir():
             update_copy(source / name, target / name)
         elif not (target / name).is_file() or (source / name).read_bytes() != (target / name).read_bytes():
-            shutil.copy2(source / name, target / name)
+            shutil.copy(source / name, target / name)

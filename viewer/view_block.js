@@ -134,12 +134,8 @@ class BlockPage {
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
         this.base = this.base_block();
-        this.update_rest = after_rest(() => {
-            this.update_words();
-            this.update_stats(false);
-            this.update_stepper();
-        });
-        this.update_words();
+        this.has_numbers = false;
+        this.update_after_rest = after_rest(() => this.update_numbers());
     }
 
     /** The same block of the base. */
@@ -177,8 +173,16 @@ class BlockPage {
         if (redraws) this.draw_charts();
         else if (what.has("selection")) draw_ruler(this.ruler, this.app.stretch, this.app.model.unit, this.plot());
         this.update_overlay();
-        if (redraws || what.has("selection")) this.update_rest();
+        // With the first charts at once: then no one zooms yet.
+        if (redraws || what.has("selection")) this.has_numbers ? this.update_after_rest() : this.update_numbers();
         else if (what.has("cursor")) this.update_stats(true);
+    }
+
+    update_numbers() {
+        this.has_numbers = this.block.kernel.clock.is_ready;
+        this.update_words();
+        this.update_stats(false);
+        this.update_stepper();
     }
 
     draw_charts() {

@@ -8,7 +8,7 @@ namespace zan::profile {
 TrafficIntegral::TrafficIntegral(const MemoryUse& memory) {
     TimeBins all;
     for (const KernelTraffic& kernel : memory.kernels())
-        all.add(kernel.all);
+        all.add(kernel.all());
     m_first = static_cast<double>(all.first()) * all.width();
     m_width = all.width();
     m_sums.push_back(0.0);

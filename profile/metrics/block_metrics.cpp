@@ -5,12 +5,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "stalled_phase.h"
 
 namespace zan::profile {
 
 namespace {
+
+// When a kernel worked, by its times in each run.
+using WorkedBins = std::map<const KernelTimes*, CoveredBins>;
 
 // Whether the valid, stalled and idle cycles leave 5% of the cycles or more to what wasn't counted.
 bool leaves_cycles(const BlockSums& sums) {
@@ -102,37 +106,40 @@ void set_burst(BlockSummary& block, const BlockSums& sums, const SummaryContext&
         block.metrics[Metric::burst_share] = percent_of(*burst, *block.max_burst);
 }
 
-// While the block was stalled; of one that never was, while its kernel ran.
-Value memory_use(const SummaryContext& context, const BlockSummary& block, const JoinedBlock& joined) {
-    const Value peak = context.peak(block.memory);
-    if (block.memory.empty() || !peak)
-        return std::nullopt;
-    const bool has_stalls = block.metrics[Metric::stall].value_or(0.0) > 0.0;
-    WeightedSum rates;
-    for (const BlockPart& part : joined) {
-        MemoryUse& memory = part.kernel.run->memory(block.memory);
-        const TimeBins weights =
-            has_stalls ? part.totals->stalls : covered_bins(part.kernel.times().work, memory.shift());
-        const double weight = weights.total();
-        if (const Value rate = memory.mean_rate(weights))
-            rates.add(*rate * weight, weight);
-    }
-    const Value use = context.megabytes_per_second(rates.ratio());
-    return use ? percent_of(*use, *peak) : std::nullopt;
-}
-
-void set_phase(BlockSummary& block, const SummaryContext& context, const JoinedBlock& joined) {
-    if (joined.size() != 1 || !block.metrics[Metric::stall])
-        return;
-    const BlockPart& part = joined.front();
-    const std::optional<StalledPhase> phase =
-        find_stalled_phase(part.totals->stalls, part.kernel.times().work);
+void set_phase(BlockSummary& block, const SummaryContext& context, const SummaryRun& run, TimeBins& stalls,
+               CoveredBins& worked) {
+    const std::optional<StalledPhase> phase = find_stalled_phase(stalls, worked);
     if (!phase)
         return;
-    const std::int64_t start = part.kernel.run->times.span.begin;
+    const std::int64_t start = run.times.span.begin;
     block.stalled_part = phase->part * 100.0;
     block.stalled_from = context.time(time_between(start, phase->time.begin));
     block.stalled_to = context.time(time_between(start, phase->time.end));
+}
+
+// What depends on when the block was stalled: its phase, unless it is of several runs, and the use of its
+// memory meanwhile; of a block that never was, while its kernel ran.
+void set_stalled_times(BlockSummary& block, const SummaryContext& context, const JoinedBlock& joined,
+                       WorkedBins& worked_bins) {
+    const Value peak = block.memory.empty() ? std::nullopt : context.peak(block.memory);
+    const bool has_stalls = block.metrics[Metric::stall].value_or(0.0) > 0.0;
+    WeightedSum rates;
+    for (const BlockPart& part : joined) {
+        const KernelTimes& times = part.kernel.times();
+        CoveredBins& worked = worked_bins.try_emplace(&times, times.work).first->second;
+        TimeBins stalls = has_stalls ? part.totals->stalls.bins() : TimeBins();
+        if (peak) {
+            MemoryUse& memory = part.kernel.run->memory(block.memory);
+            const TimeBins& weights = has_stalls ? stalls : worked.of(memory.shift());
+            const double weight = weights.total();
+            if (const Value rate = memory.mean_rate(weights))
+                rates.add(*rate * weight, weight);
+        }
+        if (has_stalls && joined.size() == 1)
+            set_phase(block, context, *part.kernel.run, stalls, worked);
+    }
+    const Value use = context.megabytes_per_second(rates.ratio());
+    block.metrics[Metric::memory_use] = use && peak ? percent_of(*use, *peak) : std::nullopt;
 }
 
 BlockSums sums_of(const JoinedBlock& joined) {
@@ -142,7 +149,8 @@ BlockSums sums_of(const JoinedBlock& joined) {
     return sums;
 }
 
-BlockSummary summarize_block(const SummaryContext& context, const JoinedBlock& joined, double cycles) {
+BlockSummary summarize_block(const SummaryContext& context, const JoinedBlock& joined, double cycles,
+                             WorkedBins& worked_bins) {
     const BlockTotals& first = *joined.front().totals;
     BlockSummary block;
     block.name = first.name;
@@ -166,8 +174,7 @@ BlockSummary summarize_block(const SummaryContext& context, const JoinedBlock& j
     block.metrics[Metric::unaligned] = percent(sums.unaligned.ratio());
     set_fill(block, sums);
     set_burst(block, sums, context);
-    block.metrics[Metric::memory_use] = memory_use(context, block, joined);
-    set_phase(block, context, joined);
+    set_stalled_times(block, context, joined, worked_bins);
     return block;
 }
 
@@ -204,8 +211,9 @@ std::vector<BlockSummary> summarize_blocks(const SummaryContext& context, const 
         num_invocations += static_cast<double>(part.totals().invocations.size());
     }
     std::vector<BlockSummary> blocks;
+    WorkedBins worked_bins;
     for (const JoinedBlock& joined : join_blocks(kernel))
-        blocks.push_back(summarize_block(context, joined, cycles));
+        blocks.push_back(summarize_block(context, joined, cycles, worked_bins));
     set_iterations(blocks, num_invocations);
     return blocks;
 }

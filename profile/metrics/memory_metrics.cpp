@@ -60,9 +60,9 @@ MemorySums sums_of(const SummaryContext& context, const std::string& name) {
         sums.from_ports |= memory.from_ports();
         sums.is_used |= !memory.kernels().empty();
         for (const KernelTraffic& kernel : memory.kernels()) {
-            sums.reads += kernel.reads.total();
-            sums.writes += kernel.writes.total();
-            sums.knows_directions &= kernel.all.empty() || !kernel.reads.empty() || !kernel.writes.empty();
+            sums.reads += kernel.access.reads.total();
+            sums.writes += kernel.access.writes.total();
+            sums.knows_directions &= kernel.empty() || kernel.knows_directions();
         }
         memory.for_each_bin([&](double rate, double time) {
             sums.max_rate = std::max(sums.max_rate, rate);

@@ -13,21 +13,23 @@ constexpr double half_of_bytes = 50.0; // percent
 // An amount over time as what has come up to any time, for times in which the kernel ran.
 class AmountUpTo {
   public:
-    AmountUpTo(const TimeBins& amounts, std::span<const TimeSpan> ran) : m_bins(amounts) {
+    AmountUpTo(TimeBins amounts, std::span<const TimeSpan> ran) {
         if (amounts.empty())
             return;
         TimeBins covered = covered_bins(ran, amounts.shift());
-        align(m_bins, covered);
-        m_before.reserve(m_bins.values().size());
-        m_rates.reserve(m_bins.values().size());
-        const double width = m_bins.width();
-        double sum = 0.0;
-        for (std::int64_t i = m_bins.first(); i < m_bins.last(); ++i) {
-            m_before.push_back(sum);
-            m_rates.push_back(covered.at(i) > 0.0 ? m_bins.at(i) / covered.at(i) : 0.0);
-            sum += m_rates.back() * width;
+        align(amounts, covered);
+        m_shift = amounts.shift();
+        m_first = amounts.first();
+        m_before.reserve(amounts.values().size());
+        m_rates.reserve(amounts.values().size());
+        const double width = amounts.width();
+        std::int64_t number = m_first;
+        for (const double amount : amounts.values()) {
+            const double time = covered.at(number++);
+            m_before.push_back(m_sum);
+            m_rates.push_back(time > 0.0 ? amount / time : 0.0);
+            m_sum += m_rates.back() * width;
         }
-        m_sum = sum;
     }
 
     double within(std::span<const TimeSpan> spans) const {
@@ -39,18 +41,19 @@ class AmountUpTo {
 
   private:
     double up_to(std::int64_t time) const {
-        const std::int64_t number = time >> m_bins.shift();
-        if (number < m_bins.first())
+        const std::int64_t number = time >> m_shift;
+        if (number < m_first)
             return 0.0;
-        if (number >= m_bins.last())
+        const auto place = static_cast<std::uint64_t>(number) - static_cast<std::uint64_t>(m_first);
+        if (place >= m_rates.size())
             return m_sum;
-        const auto place = static_cast<std::size_t>(number - m_bins.first());
-        return m_before[place] + m_rates[place] * time_between(number << m_bins.shift(), time);
+        return m_before[place] + m_rates[place] * time_between(number << m_shift, time);
     }
 
-    TimeBins m_bins;
     std::vector<double> m_before; // each bin
     std::vector<double> m_rates;  // for each unit of time
+    std::int64_t m_first = 0;
+    int m_shift = 0;
     double m_sum = 0.0;
 };
 
@@ -74,10 +77,10 @@ bool uses(const KernelSummary& kernel, const std::string& memory) {
 void add_traffic(std::vector<SharedTraffic>& sums, std::span<const JoinedKernel> joined,
                  const std::vector<bool>& wanted, const SummaryRun& run, const KernelTraffic& traffic) {
     const std::vector<TimeSpan>& ran = run.times.kernels[traffic.kernel].ran;
-    const AmountUpTo all(traffic.all, ran);
-    const AmountUpTo reads(traffic.reads, ran);
-    const AmountUpTo writes(traffic.writes, ran);
-    const bool knows_directions = traffic.all.empty() || !traffic.reads.empty() || !traffic.writes.empty();
+    const AmountUpTo all(traffic.all(), ran);
+    const AmountUpTo reads(traffic.access.reads.bins(), ran);
+    const AmountUpTo writes(traffic.access.writes.bins(), ran);
+    const bool knows_directions = traffic.empty() || traffic.knows_directions();
     for (std::size_t i = 0; i < joined.size(); ++i) {
         for (const KernelPart& part : joined[i]) {
             if (!wanted[i] || part.run != &run)

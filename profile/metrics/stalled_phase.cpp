@@ -3,15 +3,12 @@
 
 #include <algorithm>
 
-#include "timeline.h"
-
 namespace zan::profile {
 
-std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span<const TimeSpan> ran) {
-    TimeBins stalled = stalls;
-    TimeBins covered = covered_bins(ran, stalls.shift());
-    align(stalled, covered);
-    const double whole = covered.total();
+std::optional<StalledPhase> find_stalled_phase(TimeBins& stalled, CoveredBins& ran) {
+    const TimeBins& covered = ran.of(stalled.shift());
+    stalled.widen(covered.shift());
+    const double whole = ran.total();
     const double half = stalled.total() / 2.0;
     if (!(half > 0.0) || !(whole > 0.0))
         return std::nullopt;
@@ -30,10 +27,10 @@ std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span
         if (held >= half && (!best || length / whole < best->part)) {
             const int shift = stalled.shift();
             const std::int64_t last_time = (end << shift) | ((std::int64_t{1} << shift) - 1);
-            best = {length / whole, {begin << shift, std::min(last_time, ran.back().end - 1) + 1}};
+            best = {length / whole, {begin << shift, std::min(last_time, ran.spans().back().end - 1) + 1}};
         }
     }
-    best->time.begin = std::max(best->time.begin, ran.front().begin);
+    best->time.begin = std::max(best->time.begin, ran.spans().front().begin);
     return best;
 }
 

@@ -3,10 +3,8 @@
 #pragma once
 
 #include <optional>
-#include <span>
 
-#include "invocations.h"
-#include "time_bins.h"
+#include "timeline.h"
 
 namespace zan::profile {
 
@@ -17,6 +15,7 @@ struct StalledPhase {
 
 // The shortest stretch that holds at least half of the stalls, measured by the time in it that the kernel
 // ran. So "most of it between here and there" is true. Nothing without stalls.
-std::optional<StalledPhase> find_stalled_phase(const TimeBins& stalls, std::span<const TimeSpan> ran);
+// The bins of the stalls become wider where those of `ran` are.
+std::optional<StalledPhase> find_stalled_phase(TimeBins& stalled, CoveredBins& ran);
 
 } // namespace zan::profile

@@ -9,7 +9,7 @@
 
 #include "profile_summary.h"
 #include "sample_block.h"
-#include "time_bins.h"
+#include "timed_amounts.h"
 
 namespace zan::profile {
 
@@ -88,7 +88,7 @@ struct BlockTotals {
     std::vector<CallChain> sources;
     BlockSums sums;
     MovedSum moved;
-    TimeBins stalls;             // stalled cycles
+    TimedAmounts stalls;         // stalled cycles
     double unnamed = 0.0;        // MB/s · c of samples whose memory the report doesn't name
     std::uint64_t last_node = 0; // number of the kernel's node that it was in last, from 1
 

@@ -12,7 +12,7 @@
 #include "block_totals.h"
 #include "invocations.h"
 #include "profile_nodes.h"
-#include "time_bins.h"
+#include "timed_amounts.h"
 
 namespace zan::profile {
 
@@ -41,9 +41,9 @@ class WorkSpans {
 // the memory; a report may have one of them or both.
 struct AccessTotals {
     std::string memory;
-    TimeBins by_ports;
-    TimeBins reads;
-    TimeBins writes;
+    TimedAmounts by_ports;
+    TimedAmounts reads;
+    TimedAmounts writes;
 };
 
 struct KernelTotals {

@@ -5,6 +5,15 @@
 
 namespace zan::profile {
 
+TimeBins KernelTraffic::all() const {
+    if (from_ports())
+        return access.by_ports.bins();
+    TimeBins sum;
+    sum.add(access.reads.bins());
+    sum.add(access.writes.bins());
+    return sum;
+}
+
 MemoryUse::MemoryUse(const Totals& totals, const RunTimes& times, const std::string& memory) {
     std::vector<TimeSpan> used;
     for (std::size_t i = 0; i < totals.kernels().size(); ++i) {
@@ -12,21 +21,11 @@ MemoryUse::MemoryUse(const Totals& totals, const RunTimes& times, const std::str
         const auto access = std::ranges::find(kernel.accesses, memory, &AccessTotals::memory);
         if (access == kernel.accesses.end())
             continue;
-        KernelTraffic& traffic = m_kernels.emplace_back();
-        traffic.kernel = i;
-        traffic.reads = access->reads;
-        traffic.writes = access->writes;
-        if (!access->by_ports.empty()) {
-            m_from_ports = true;
-            traffic.all = access->by_ports;
-        } else {
-            traffic.all.add(access->reads);
-            traffic.all.add(access->writes);
-        }
+        const KernelTraffic& traffic = m_kernels.emplace_back(KernelTraffic{i, *access});
+        m_from_ports |= traffic.from_ports();
+        m_traffic.add(traffic.all());
         used.insert(used.end(), times.kernels[i].ran.begin(), times.kernels[i].ran.end());
     }
-    for (const KernelTraffic& traffic : m_kernels)
-        m_traffic.add(traffic.all);
     m_covered = covered_bins(union_of(std::move(used)), m_traffic.shift());
     align(m_traffic, m_covered);
 }
@@ -52,15 +51,20 @@ double MemoryUse::rate(int shift, std::int64_t number) {
 }
 
 Value MemoryUse::mean_rate(const TimeBins& weights) {
-    TimeBins wide = weights;
-    wide.widen(m_traffic.shift());
+    if (weights.shift() < m_traffic.shift()) {
+        TimeBins wide = weights;
+        wide.widen(m_traffic.shift());
+        return mean_rate(wide);
+    }
+    const Coarse& bins = coarse(weights.shift());
+    const double width = bins.traffic.width();
     double sum = 0.0;
     double total = 0.0;
-    for (std::int64_t i = wide.first(); i < wide.last(); ++i) {
-        const double weight = wide.at(i);
+    for (std::int64_t i = weights.first(); i < weights.last(); ++i) {
+        const double weight = weights.at(i);
         if (weight <= 0.0)
             continue;
-        sum += weight * rate(wide.shift(), i);
+        sum += weight * rate_of(bins.traffic.at(i), bins.covered.at(i), width);
         total += weight;
     }
     return total > 0.0 ? Value(sum / total) : std::nullopt;

@@ -15,10 +15,15 @@ namespace zan::profile {
 
 // What one kernel moved from and to the memory: MB/s · cycles, over time.
 struct KernelTraffic {
-    std::size_t kernel = 0; // its place in the totals
-    TimeBins all;
-    TimeBins reads; // by accesses; empty if none names the memory
-    TimeBins writes;
+    std::size_t kernel;         // its place in the totals
+    const AccessTotals& access; // of the totals
+
+    bool from_ports() const { return !access.by_ports.empty(); }
+    bool empty() const { return !from_ports() && !knows_directions(); }
+    // Whether accesses name the memory.
+    bool knows_directions() const { return !access.reads.empty() || !access.writes.empty(); }
+    // By ports if there are any, else by accesses. Bins are made for each call.
+    TimeBins all() const;
 };
 
 // One memory in one run. A bin's bandwidth is what was moved in it, over the part of it in which a kernel

@@ -3,24 +3,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
-#include <limits>
 #include <numeric>
 
 namespace zan::profile {
-
-namespace {
-
-// From the first bin to the last, both included. There are never 2^64 of them, as bins of width 1 are widened
-// before they get that many.
-std::uint64_t num_bins(std::int64_t first, std::int64_t last) {
-    return static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first) + 1;
-}
-
-// The first sample takes up to 2^first_bits bins. Narrower ones would soon be merged.
-constexpr int first_bits = 9;
-
-} // namespace
 
 std::size_t bins_for_each(std::size_t budget, std::size_t num_series) {
     constexpr std::size_t fewest = 64;
@@ -34,110 +19,91 @@ double time_between(std::int64_t begin, std::int64_t end) {
                : static_cast<double>(static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin));
 }
 
-double TimeBins::width() const {
-    return std::ldexp(1.0, m_shift);
-}
-
-double TimeBins::at(std::int64_t number) const {
-    if (number < m_first || number >= last())
-        return 0.0;
-    return m_values[static_cast<std::size_t>(number - m_first)];
-}
-
 double TimeBins::total() const {
     return std::accumulate(m_values.begin(), m_values.end(), 0.0);
 }
 
 void TimeBins::add(std::int64_t begin, std::int64_t end, double amount) {
-    const bool has_length = begin < end;
-    const std::int64_t begin_time = has_length ? begin : end;
-    const std::int64_t last_time = has_length ? end - 1 : end;
-    cover(begin_time, last_time);
-    const auto from = static_cast<std::size_t>((begin_time >> m_shift) - m_first);
-    const auto to = static_cast<std::size_t>((last_time >> m_shift) - m_first);
+    const std::int64_t begin_time = first_time(begin, end);
+    const std::int64_t end_time = last_time(begin, end);
+    cover(begin_time, end_time);
+    const auto from = static_cast<std::size_t>((begin_time >> shift()) - first());
+    const auto to = static_cast<std::size_t>((end_time >> shift()) - first());
     if (from == to) {
         m_values[from] += amount;
         return;
     }
-    const std::uint64_t in_bin = (std::uint64_t{1} << m_shift) - 1;
+    const std::uint64_t in_bin = (std::uint64_t{1} << shift()) - 1;
     const double rate = amount / time_between(begin, end);
     const double each = rate * width();
     m_values[from] += rate * (width() - static_cast<double>(static_cast<std::uint64_t>(begin_time) & in_bin));
     for (std::size_t i = from + 1; i < to; ++i)
         m_values[i] += each;
-    m_values[to] += rate * (static_cast<double>(static_cast<std::uint64_t>(last_time) & in_bin) + 1.0);
+    m_values[to] += rate * (static_cast<double>(static_cast<std::uint64_t>(end_time) & in_bin) + 1.0);
 }
 
 void TimeBins::add_sample(std::int64_t begin, std::int64_t end, double amount) {
-    if (m_values.empty() && begin < end) {
-        const auto length = static_cast<std::uint64_t>(end) - static_cast<std::uint64_t>(begin);
-        widen(static_cast<int>(std::bit_width(length)) - first_bits);
-    }
+    if (empty())
+        m_range.fit_sample(begin, end);
     add(begin, end, amount);
 }
 
+// Room is made at both ends of what has amounts, as if these came one by one.
 void TimeBins::add(const TimeBins& other) {
-    widen(other.m_shift);
-    for (std::int64_t number = other.m_first; number < other.last(); ++number) {
-        const std::int64_t time = number << other.m_shift;
-        if (const double amount = other.at(number); amount != 0.0)
-            add(time, time, amount);
+    widen(other.shift());
+    std::int64_t from = other.first();
+    std::int64_t to = other.last();
+    while (from < to && other.at(from) == 0.0)
+        ++from;
+    while (from < to && other.at(to - 1) == 0.0)
+        --to;
+    if (from == to)
+        return;
+    for (const std::int64_t end : {from, to - 1})
+        cover(end << other.shift(), end << other.shift());
+    for (std::int64_t number = from; number < to; ++number) {
+        const std::int64_t own = (number << other.shift()) >> shift();
+        m_values[static_cast<std::size_t>(own - first())] += other.at(number);
     }
 }
 
 void TimeBins::limit(std::size_t capacity) {
     m_capacity = capacity;
-    int steps = 0;
-    while (!m_values.empty() && num_bins(m_first >> steps, (last() - 1) >> steps) > m_capacity)
-        ++steps;
-    merge(steps);
+    BinRange range = m_range;
+    range.limit(capacity);
+    reshape(range);
 }
 
 void TimeBins::widen(int shift) {
-    if (m_shift < shift)
-        merge(shift - m_shift);
+    if (shift <= m_range.shift)
+        return;
+    BinRange range = m_range;
+    range.widen(shift);
+    reshape(range);
 }
 
-// Makes the bins of both times, wider ones where there are too many. Room is made in steps that grow with the
-// bins, so that times which go backwards don't move all bins each time.
-void TimeBins::cover(std::int64_t begin, std::int64_t end) {
-    std::int64_t low = begin >> m_shift;
-    std::int64_t high = end >> m_shift;
-    if (!m_values.empty()) {
-        if (low >= m_first && high < last())
-            return;
-        low = std::min(low, m_first);
-        high = std::max(high, last() - 1);
-    }
-    int steps = 0;
-    while (num_bins(low >> steps, high >> steps) - 1 >= m_capacity)
-        ++steps;
-    merge(steps);
-    low >>= steps;
-    high >>= steps;
-    if (m_values.empty())
-        m_first = low;
-    const std::size_t spare = m_capacity - static_cast<std::size_t>(num_bins(low, high));
-    const std::size_t step = std::min(spare, m_values.size());
-    if (low < m_first) {
-        const std::int64_t lowest = std::numeric_limits<std::int64_t>::min() >> m_shift;
-        const std::uint64_t room = num_bins(lowest, low) - 1;
-        const auto more = static_cast<std::size_t>(std::min<std::uint64_t>(room, step));
-        m_values.insert(m_values.begin(), static_cast<std::size_t>(m_first - low) + more, 0.0);
-        m_first = low - static_cast<std::int64_t>(more);
-    }
-    if (high >= last())
-        m_values.resize(static_cast<std::size_t>(high - m_first) + 1);
+void TimeBins::make_room(std::int64_t begin, std::int64_t end) {
+    BinRange range = m_range;
+    range.cover(begin, end, m_capacity);
+    reshape(range);
+}
+
+// Makes the bins of `range`, which are wider or more.
+void TimeBins::reshape(const BinRange& range) {
+    merge(range.shift - m_range.shift);
+    if (range.first < m_range.first && !empty())
+        m_values.insert(m_values.begin(), static_cast<std::size_t>(m_range.first - range.first), 0.0);
+    m_values.resize(range.size);
+    m_range = range;
 }
 
 // Makes the bins 2^steps times as wide.
 void TimeBins::merge(int steps) {
-    m_shift += steps;
     if (m_values.empty() || steps == 0)
         return;
     // The first bin of the result may begin before the first one of these.
     const std::uint64_t in_bin = (std::uint64_t{1} << steps) - 1;
-    std::size_t num_left = (in_bin + 1) - (static_cast<std::uint64_t>(m_first) & in_bin);
+    std::size_t num_left = (in_bin + 1) - (static_cast<std::uint64_t>(first()) & in_bin);
     std::size_t num_merged = 0;
     for (std::size_t i = 0; i < m_values.size();) {
         const std::size_t end = i + std::min<std::size_t>(num_left, m_values.size() - i);
@@ -151,7 +117,7 @@ void TimeBins::merge(int steps) {
             m_values[num_merged++] = 0.0 + m_values[i] + m_values[i + 1];
     }
     m_values.resize(num_merged);
-    m_first >>= steps;
+    m_range.widen(m_range.shift + steps);
 }
 
 void align(TimeBins& a, TimeBins& b) {

@@ -7,6 +7,8 @@
 #include <span>
 #include <vector>
 
+#include "bin_range.h"
+
 namespace zan::profile {
 
 // The most bins of one series.
@@ -18,12 +20,22 @@ std::size_t bins_for_each(std::size_t budget, std::size_t num_series);
 // The length of time from `begin` to `end`; 0 if it is none. Neither overflows.
 double time_between(std::int64_t begin, std::int64_t end);
 
-// Adds amounts to bins of one width, a power of two of the unit of time, which begins at 1 and doubles as the
-// covered time grows. Bin number n covers the times from n·width to (n + 1)·width, so bins of different
-// series line up, and times may come in any order. Amounts that were exact stay exact while the width is 1.
+// The first unit of time of what is spread from `begin` to `end`, and the last one. If that is no time, all
+// of it is at `end`.
+inline std::int64_t first_time(std::int64_t begin, std::int64_t end) {
+    return begin < end ? begin : end;
+}
+inline std::int64_t last_time(std::int64_t begin, std::int64_t end) {
+    return begin < end ? end - 1 : end;
+}
+
+// Adds amounts to bins of one width, which begins at 1 and doubles as the covered time grows. Times may come
+// in any order. Amounts that were exact stay exact while the width is 1.
 class TimeBins {
   public:
-    explicit TimeBins(std::size_t capacity = max_time_bins) : m_capacity(capacity) {}
+    // Begins with the bins of `range`, of which there are at most `capacity`, and nothing in them.
+    explicit TimeBins(std::size_t capacity = max_time_bins, const BinRange& range = {})
+        : m_values(range.size), m_range(range), m_capacity(capacity) {}
 
     // Spreads `amount` evenly from `begin` to `end`. If that is no time, all of it is at `end`.
     void add(std::int64_t begin, std::int64_t end, double amount);
@@ -32,29 +44,37 @@ class TimeBins {
     void add_sample(std::int64_t begin, std::int64_t end, double amount);
     // Adds another series, bin by bin; the greater width is that of the sum.
     void add(const TimeBins& other);
+    // Makes the bins of both times and those between, wider ones where there are too many.
+    void cover(std::int64_t begin, std::int64_t end) {
+        if (!m_range.covers(begin, end))
+            make_room(begin, end);
+    }
     // From now on at most `capacity` bins, which is at least 2.
     void limit(std::size_t capacity);
     // Doubles the width until it is 2^shift; a width that is greater stays.
     void widen(int shift);
 
     bool empty() const { return m_values.empty(); }
-    int shift() const { return m_shift; } // the width is 2^shift
-    double width() const;
+    int shift() const { return m_range.shift; } // the width is 2^shift
+    double width() const { return static_cast<double>(std::uint64_t{1} << shift()); }
     // The number of the first bin, and one past the last; both 0 if it is empty.
-    std::int64_t first() const { return m_first; }
-    std::int64_t last() const { return m_first + static_cast<std::int64_t>(m_values.size()); }
+    std::int64_t first() const { return m_range.first; }
+    std::int64_t last() const { return m_range.last(); }
     // The amount in bin `number`; 0 outside of what is covered.
-    double at(std::int64_t number) const;
+    double at(std::int64_t number) const {
+        const std::uint64_t place = static_cast<std::uint64_t>(number) - static_cast<std::uint64_t>(first());
+        return place < m_values.size() ? m_values[place] : 0.0;
+    }
     std::span<const double> values() const { return m_values; }
     double total() const;
 
   private:
-    void cover(std::int64_t begin, std::int64_t end);
+    void make_room(std::int64_t begin, std::int64_t end);
+    void reshape(const BinRange& range);
     void merge(int steps);
 
     std::vector<double> m_values;
-    std::int64_t m_first = 0;
-    int m_shift = 0;
+    BinRange m_range;
     std::size_t m_capacity;
 };
 

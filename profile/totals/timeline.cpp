@@ -40,9 +40,20 @@ std::vector<TimeSpan> intersection_of(std::span<const TimeSpan> a, std::span<con
 TimeBins covered_bins(std::span<const TimeSpan> spans, int shift) {
     TimeBins bins;
     bins.widen(shift);
+    if (!spans.empty() && spans.front().begin < spans.back().end)
+        bins.cover(spans.front().begin, spans.back().end - 1);
     for (const TimeSpan span : spans)
         bins.add(span.begin, span.end, time_between(span.begin, span.end));
     return bins;
+}
+
+const TimeBins& CoveredBins::of(int shift) {
+    if (shift != m_asked) {
+        m_bins = covered_bins(m_spans, shift);
+        m_total = m_bins.total();
+        m_asked = shift;
+    }
+    return m_bins;
 }
 
 double total_time(std::span<const TimeSpan> spans) {

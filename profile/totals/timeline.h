@@ -20,8 +20,27 @@ std::vector<TimeSpan> union_of(std::vector<TimeSpan> spans, double shortest_gap 
 // The time in both. Each is in order, and its spans don't touch.
 std::vector<TimeSpan> intersection_of(std::span<const TimeSpan> a, std::span<const TimeSpan> b);
 
-// How much of each bin of width 2^shift the spans cover.
+// How much of each bin of width 2^shift the spans, which are in order, cover.
 TimeBins covered_bins(std::span<const TimeSpan> spans, int shift);
+
+// The same for one width after another. The series of a kernel mostly have one, so the last bins are kept.
+class CoveredBins {
+  public:
+    // Spans are in order and don't touch, and outlive this.
+    explicit CoveredBins(std::span<const TimeSpan> spans) : m_spans(spans) {}
+
+    std::span<const TimeSpan> spans() const { return m_spans; }
+    // Bins of that width, or of a greater one if there would be too many. They hold until the next call.
+    const TimeBins& of(int shift);
+    // The sum of these bins.
+    double total() const { return m_total; }
+
+  private:
+    std::span<const TimeSpan> m_spans;
+    TimeBins m_bins;
+    double m_total = 0.0;
+    int m_asked = -1; // the width that m_bins were made for; none at first
+};
 
 // The length of all of them together, if they don't overlap.
 double total_time(std::span<const TimeSpan> spans);

@@ -185,7 +185,7 @@ void Totals::add_block(const BlockNode& node, std::size_t place) {
     const std::size_t num_samples = m_node->arrays[Counts::timestamps].size();
     TimesReader times_reader(m_node->arrays, m_begin, m_node->autorun ? &m_active : nullptr);
     BlockReader reader(node, m_node->shared, num_samples);
-    TimeBins* traffic = nullptr;
+    TimedAmounts* traffic = nullptr;
     if (block.kind == BlockKind::global && !block.memory.empty()) {
         AccessTotals& access = access_of(block.memory);
         traffic = block.direction == Direction::read ? &access.reads : &access.writes;

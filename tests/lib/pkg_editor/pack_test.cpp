@@ -303,33 +303,14 @@ TEST_F(Pack, OfALargeSizeTheLow32BitsCount) {
     EXPECT_EQ(records_of(read_file("out")), (std::vector<Record>{{file_type, mode("a"), "a", "123"}}));
 }
 
-#ifndef __SANITIZE_ADDRESS__ // which would add nothing but seconds
-// 5 GiB are 1 GiB in 32 bits. The file has holes in place of most of its bytes, all of them zeros.
-TEST_F(Pack, AFileOf5GiBIsCutTo1) {
+// 4 GiB and 1 MiB are 1 MiB in 32 bits. The file has holes in place of most of its bytes, all of them zeros.
+TEST_F(Pack, AFileOf4GiBAnd1MiBIsCutTo1MiB) {
     write_file("large", "beginning");
-    fs::resize_file("large", 5ull << 30);
+    fs::resize_file("large", (4ull << 30) + (1 << 20));
     EXPECT_EQ(pack({"large"}), good);
-    z_stream zlib{};
-    ASSERT_EQ(inflateInit(&zlib), Z_OK);
-    const std::string stream = read_file("out");
-    std::string piece(1 << 20, '\0');
-    std::string beginning;
-    std::uint64_t size = 0;
-    zlib.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(stream.data()));
-    zlib.avail_in = static_cast<uInt>(stream.size());
-    for (int ret = Z_OK; ret == Z_OK;) {
-        zlib.next_out = reinterpret_cast<Bytef*>(piece.data());
-        zlib.avail_out = static_cast<uInt>(piece.size());
-        ret = inflate(&zlib, Z_NO_FLUSH);
-        if (size == 0)
-            beginning = piece.substr(0, 35);
-        size += piece.size() - zlib.avail_out;
-    }
-    inflateEnd(&zlib);
-    EXPECT_EQ(beginning, header_bytes({stream_magic, file_type, mode("large"), 6, 1u << 30}) +
-                             std::string("large\0beginning", 15));
-    EXPECT_EQ(size, 20 + 6 + (1ull << 30) + 20);
+    const std::string kept = "beginning" + std::string((1 << 20) - 9, '\0');
+    EXPECT_TRUE(records_of(read_file("out")) ==
+                (std::vector<Record>{{file_type, mode("large"), "large", kept}}));
 }
-#endif
 
 } // namespace

@@ -55,9 +55,13 @@ TEST(MemoryMetrics, AMemoryIsFullFrom70PercentOfItsPeakOn) {
     EXPECT_NEAR(known(summary_of(report).memories.at(0).metrics[Metric::memory_full]), 50.0, 1e-9);
 }
 
+// Times that don't fit the cycles, in a unit that the user states: 7 MB/s for 50 cycles, and no time between
+// start and end.
 TEST(MemoryMetrics, InNoTimeThereIsNoMean) {
-    const StreamReport report{.kernels = {with_port("a", 100, 100, 7.0f)}, .memories = {{.name = "DDR"}}};
-    const ProfileSummary summary = summary_of(report);
+    StreamReport report{.kernels = {with_port("a", 100, 100, 7.0f)}, .memories = {{.name = "DDR"}}};
+    report.kernels[0].cycles = {50};
+    const ProfileSummary summary =
+        summary_of(report, {.input = "", .nanoseconds = 1.0, .knows_units = false, .units = {}});
     EXPECT_EQ(summary.memories.at(0).metrics[Metric::memory_mean], std::nullopt);
     EXPECT_EQ(summary.memories.at(0).metrics[Metric::memory_full], std::nullopt);
 }

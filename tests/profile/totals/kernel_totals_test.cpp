@@ -26,7 +26,7 @@ TEST(KernelTotals, FindAPortByAllOfItsNames) {
 
 TEST(KernelTotals, HaveAnAccessForEachMemory) {
     KernelTotals kernel;
-    kernel.access_of("DDR").reads.add(0, 1, 5.0);
+    kernel.access_of("DDR").reads.add_sample(0, 1, 5.0);
     EXPECT_EQ(kernel.access_of("DDR").reads.total(), 5.0);
     EXPECT_EQ(kernel.access_of("HBM").reads.total(), 0.0);
     EXPECT_EQ(kernel.accesses.size(), 2U);

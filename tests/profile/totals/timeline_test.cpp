@@ -27,6 +27,23 @@ TEST(Timeline, CoversBinsInPart) {
     EXPECT_EQ(bins.at(1), 2.0);
 }
 
+// From 1 to 6 and from 9 to 10, in bins of width 4, of width 1, and again of width 4.
+TEST(Timeline, CoversBinsOfAnyWidth) {
+    const Spans spans = {{1, 6}, {9, 10}};
+    CoveredBins covered(spans);
+    for (const int shift : {2, 0, 2, 2}) {
+        const TimeBins& bins = covered.of(shift);
+        EXPECT_EQ(bins.shift(), shift);
+        EXPECT_EQ(bins.at(1), shift == 2 ? 2.0 : 1.0); // 4 to 6, or 1 to 2
+        EXPECT_EQ(bins.at(2), 1.0);                    // 9 to 10, or 2 to 3
+        EXPECT_EQ(bins.at(9), shift == 2 ? 0.0 : 1.0);
+        EXPECT_EQ(covered.total(), 6.0);
+    }
+    CoveredBins none({});
+    EXPECT_TRUE(none.of(0).empty());
+    EXPECT_EQ(none.total(), 0.0);
+}
+
 // A runs from 0 to 10 and from 20 to 25, B from 5 to 15.
 TEST(Timeline, WalksThroughWhatRunsWhen) {
     const std::vector<Spans> series = {{{0, 10}, {20, 25}}, {{5, 15}}};

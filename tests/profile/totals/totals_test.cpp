@@ -13,10 +13,10 @@ std::size_t num_bins_of(const Totals& totals) {
     std::size_t count = 0;
     for (const KernelTotals& kernel : totals.kernels()) {
         for (const BlockTotals& block : kernel.blocks)
-            count += block.stalls.values().size();
+            count += block.stalls.bins().values().size();
         for (const AccessTotals& access : kernel.accesses)
-            count += access.by_ports.values().size() + access.reads.values().size() +
-                     access.writes.values().size();
+            count += access.by_ports.bins().values().size() + access.reads.bins().values().size() +
+                     access.writes.bins().values().size();
     }
     return count;
 }
