@@ -18,17 +18,17 @@
 // Values of 64 bits take one, two, four or eight bytes, as many as the widest of them needs: counters rarely
 // need more than four.
 template <class T>
-class SampleBlock {
+class BufferBlock {
   public:
     static constexpr std::size_t max_size = 1024;
 
-    SampleBlock() = default;
-    SampleBlock(SampleBlock&& other) noexcept { swap(other); }
-    SampleBlock& operator=(SampleBlock&& other) noexcept {
+    BufferBlock() = default;
+    BufferBlock(BufferBlock&& other) noexcept { swap(other); }
+    BufferBlock& operator=(BufferBlock&& other) noexcept {
         swap(other);
         return *this;
     }
-    ~SampleBlock() { std::free(m_bytes); }
+    ~BufferBlock() { std::free(m_bytes); }
 
     std::size_t size() const { return m_size; }
     const void* data() const { return m_bytes; }
@@ -149,7 +149,7 @@ class SampleBlock {
         }
     }
     void set_size(std::size_t size) { m_size = static_cast<std::uint16_t>(size); }
-    void swap(SampleBlock& other) noexcept {
+    void swap(BufferBlock& other) noexcept {
         std::swap(m_bytes, other.m_bytes);
         std::swap(m_size, other.m_size);
         std::swap(m_capacity, other.m_capacity);
@@ -227,22 +227,22 @@ class SampleBuffer {
     }
 
   private:
-    static constexpr std::size_t block_size = SampleBlock<T>::max_size;
+    static constexpr std::size_t block_size = BufferBlock<T>::max_size;
 
-    const SampleBlock<T>& block(std::size_t index) const {
+    const BufferBlock<T>& block(std::size_t index) const {
         return index < m_full.size() ? m_full[index] : m_last;
     }
     // How many of `count` values go to the last block, which has room for one at least.
     std::size_t room_for(std::size_t count) {
         if (m_last.size() == block_size) {
             m_full.push_back(std::move(m_last));
-            m_last = SampleBlock<T>();
+            m_last = BufferBlock<T>();
         }
         return std::min(count, block_size - m_last.size());
     }
     // Many lists have few values. One that is longer than a block will fill the next one, too.
     std::size_t first_capacity() const { return m_full.empty() ? 4 : block_size; }
 
-    std::vector<SampleBlock<T>> m_full;
-    SampleBlock<T> m_last;
+    std::vector<BufferBlock<T>> m_full;
+    BufferBlock<T> m_last;
 };

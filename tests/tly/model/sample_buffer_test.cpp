@@ -10,7 +10,7 @@
 namespace {
 
 using Buffer = SampleBuffer<long long>;
-using Block = SampleBlock<long long>;
+using Block = BufferBlock<long long>;
 using Values = std::vector<long long>;
 
 template <class Storage>
@@ -36,7 +36,7 @@ TEST(SampleBuffer, StartsEmpty) {
     EXPECT_EQ(values_of(buffer), Values());
 }
 
-TEST(SampleBlock, ValuesThatFit32BitsTakeFourBytes) {
+TEST(BufferBlock, ValuesThatFit32BitsTakeFourBytes) {
     Block block;
     append(block, {1, INT_MAX, INT_MIN});
     const auto* const stored = static_cast<const std::int32_t*>(block.data());
@@ -45,7 +45,7 @@ TEST(SampleBlock, ValuesThatFit32BitsTakeFourBytes) {
     EXPECT_EQ(values_of(block), (Values{1, INT_MAX, INT_MIN}));
 }
 
-TEST(SampleBlock, ValuesThatFitFewBytesTakeAsFew) {
+TEST(BufferBlock, ValuesThatFitFewBytesTakeAsFew) {
     Block block;
     append(block, {127, -128, 0});
     EXPECT_EQ(static_cast<const std::int8_t*>(block.data())[1], -128);
@@ -81,7 +81,7 @@ TEST(SampleBuffer, EachWidthBecomesEachOther) {
     }
 }
 
-TEST(SampleBlock, TheFirstValueThatDoesNotFitWidensAll) {
+TEST(BufferBlock, TheFirstValueThatDoesNotFitWidensAll) {
     for (const long long wide : {INT_MAX + 1LL, INT_MIN - 1LL, LLONG_MAX, LLONG_MIN}) {
         Block block;
         append(block, {1, -2, 3});
