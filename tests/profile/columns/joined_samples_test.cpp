@@ -3,12 +3,103 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "series_units.h"
 #include "temp_dir.h"
 
 using namespace zan::profile;
 
 namespace {
+
+// Samples of 10 cycles each, of a block whose series have these values.
+template <class T>
+using ValuesOfSeries = std::vector<std::pair<BlockSeries, std::array<T, 4>>>;
+
+struct BlockJoinedInPairs {
+    explicit BlockJoinedInPairs(const ValuesOfSeries<std::int64_t>& numbers,
+                                const ValuesOfSeries<float>& floats) {
+        KernelColumns kernel(store);
+        kernel.num_samples = 4;
+        kernel.invocations.push_back({0, 40, 0, SharedType::none});
+        for (std::int64_t end = 10; end <= 40; end += 10) {
+            kernel.time.series.add(end);
+            kernel.cycles.series.add(std::int64_t{10});
+        }
+        BlockColumns& block = kernel.blocks.emplace_back();
+        add(block, numbers);
+        add(block, floats);
+        joined = joined_samples(kernel, {{0, 0, 4}}, 2, store);
+    }
+    template <class T>
+    void add(BlockColumns& block, const ValuesOfSeries<T>& all) {
+        for (const auto& [series, values] : all) {
+            auto& column = block.columns[static_cast<std::size_t>(series)];
+            column = std::make_unique<Column>(store);
+            for (const T value : values)
+                column->series.add(value);
+        }
+    }
+    Column& column(BlockSeries series) const {
+        return *joined->blocks.at(0).columns[static_cast<std::size_t>(series)];
+    }
+    std::vector<std::int64_t> units(BlockSeries series) const {
+        return units_of(column(series).series, store);
+    }
+
+    const TempDir dir;
+    ChunkStore store{dir.path()};
+    std::unique_ptr<KernelColumns> joined;
+};
+
+using Units = std::vector<std::int64_t>;
+
+// Two and two become one: counts are added up.
+TEST(JoinedSamples, OfABlockHaveTheSumsOfItsCounts) {
+    const BlockJoinedInPairs block({{BlockSeries::valid, {4, 6, 2, 3}},
+                                    {BlockSeries::stall, {1, 3, 0, 2}},
+                                    {BlockSeries::idle, {5, 1, 8, 5}},
+                                    {BlockSeries::requests, {3, 1, 0, 0}},
+                                    {BlockSeries::hits, {5, 5, 1, 2}}},
+                                   {});
+    EXPECT_EQ(block.units(BlockSeries::valid), (Units{10, 5}));
+    EXPECT_EQ(block.units(BlockSeries::stall), (Units{4, 2}));
+    EXPECT_EQ(block.units(BlockSeries::idle), (Units{6, 13}));
+    EXPECT_EQ(block.units(BlockSeries::requests), (Units{4, 0}));
+    EXPECT_EQ(block.units(BlockSeries::hits), (Units{10, 3}));
+    // Charts show shares of the cycles, in hundredths of a percent: 40% and 60%, 20% and 30%.
+    const Column& valid = block.column(BlockSeries::valid);
+    EXPECT_EQ(units_of(valid.peaks->least, block.store), (Units{4000, 2000}));
+    EXPECT_EQ(units_of(valid.peaks->range, block.store), (Units{2000, 1000}));
+}
+
+// With three decimals more than whole numbers have, and five for the efficiencies, which have two.
+TEST(JoinedSamples, OfABlockHaveMeansByWhatWasMovedAndAskedFor) {
+    const BlockJoinedInPairs block({{BlockSeries::stall, {1, 3, 0, 2}},
+                                    {BlockSeries::requests, {3, 1, 0, 0}},
+                                    {BlockSeries::fill, {2, 4, 1, 5}},
+                                    {BlockSeries::max_fill, {7, 3, 2, 9}}},
+                                   {{BlockSeries::bandwidth, {1.0f, 3.0f, 2.0f, 4.0f}},
+                                    {BlockSeries::efficiency, {0.5f, 1.0f, 1.0f, 0.25f}},
+                                    {BlockSeries::burst, {0.0f, 4.0f, 2.0f, 4.0f}}});
+    EXPECT_EQ(block.units(BlockSeries::bandwidth), (Units{2000, 3000})); // by cycles, which are the same
+    // By bandwidth: (0.5 · 1 + 1 · 3) / 4 = 0.875 and (1 · 2 + 0.25 · 4) / 6 = 0.5.
+    EXPECT_EQ(block.units(BlockSeries::efficiency), (Units{87500, 50000}));
+    // By requests and stalls: (2 · 4 + 4 · 4) / 8 = 3; of the third sample there are none.
+    EXPECT_EQ(block.units(BlockSeries::fill), (Units{3000, 5000}));
+    EXPECT_EQ(block.units(BlockSeries::max_fill), (Units{7, 9}));
+    EXPECT_EQ(block.units(BlockSeries::burst), (Units{4000, 3000})); // 0 words are no burst
+}
+
+TEST(JoinedSamples, WithoutWhatWeighsThemThereAreNoMeans) {
+    const BlockJoinedInPairs block({{BlockSeries::fill, {2, 4, 1, 5}}},
+                                   {{BlockSeries::efficiency, {0.5f, 1.0f, 1.0f, 0.25f}}});
+    for (const BlockSeries series : {BlockSeries::fill, BlockSeries::efficiency})
+        EXPECT_EQ(block.column(series).series.marks(), (std::vector<MarkRun>{{0, 2, Mark::missing}}));
+}
 
 // Four samples of 10 cycles that move 1, 2, 3 and 6 MB/s through a port: two and two become one.
 TEST(JoinedSamples, OfAPortHaveTheirMeansByCycles) {

@@ -115,4 +115,77 @@ TEST(DiffJson, NamesWhatIsInOneRunAlone) {
     EXPECT_NE(json.find("\"passed\": true"), std::string::npos);
 }
 
+// The same pair the other way round, so that the block of one run alone is gone, and one that never had a
+// place.
+TEST(DiffJson, NamesWhatIsGone) {
+    TwoRuns runs = slower_writer();
+    std::swap(runs.before, runs.after);
+    runs.before.kernels[0].blocks.push_back(block_of("made up", {}));
+    runs.before.transfers = {{".write", 0, 1, 30, 30, 3}};
+    const std::string json = json_of(runs.result());
+    EXPECT_NE(json.find(R"("disappeared": [
+        {
+            "kernel": "writer",
+            "block": "log",
+            "base_file": "image.cl",
+            "base_line": 40
+        },
+        {
+            "kernel": "writer",
+            "block": "made up"
+        }
+    ])"),
+              std::string::npos)
+        << json;
+    EXPECT_NE(json.find(R"("base_count": 1,
+            "new_count": 0,
+            "base_ns": 30.0,
+            "new_ns": null,
+            "delta_ns": null,
+            "delta_percent": null)"),
+              std::string::npos)
+        << json;
+}
+
+// Of 0 there is no share.
+TEST(DiffJson, MemoriesAndTheRunHaveNoKernel) {
+    TwoRuns runs;
+    runs.before = run_of({}, {memory_of("DDR", {{Metric::memory_full, 5}})}, {{Metric::span, 0}});
+    runs.after = run_of({}, {memory_of("DDR", {{Metric::memory_full, 15}})}, {{Metric::span, 50}});
+    const std::string json = json_of(runs.result());
+    EXPECT_NE(json.find(R"(        {
+            "memory": "DDR",
+            "metric": "memory_full",
+            "verdict": "worse",
+            "base_percent": 5.0,
+            "new_percent": 15.0,
+            "delta_points": 10.0
+        })"),
+              std::string::npos)
+        << json;
+    EXPECT_NE(json.find(R"(        {
+            "metric": "span",)"),
+              std::string::npos)
+        << json;
+}
+
+TEST(DiffJson, AKernelOfAnotherNameHasBoth) {
+    TwoRuns runs = slower_writer();
+    runs.before.kernels[0].source = {"image.cl", 30, 0};
+    runs.after = runs.before;
+    runs.after.kernels[0].name = "writer_2";
+    runs.after.kernels[0].metrics[Metric::kernel_time] = 9'200;
+    DiffResult result = runs.result();
+    result.match = MatchBy::source;
+    result.comparison = compare(runs.before, runs.after, MatchBy::source);
+    const std::string json = json_of(result);
+    EXPECT_NE(json.find(R"("match": "source")"), std::string::npos) << json;
+    EXPECT_NE(json.find(R"(        {
+            "kernel": "writer_2",
+            "base_kernel": "writer",
+            "metric": "kernel_time",)"),
+              std::string::npos)
+        << json;
+}
+
 } // namespace

@@ -86,4 +86,16 @@ TEST(DiffView, TransfersAreComparedByCountAndTotal) {
     EXPECT_EQ(view.disappeared, Texts{"transfers .read, queue 1"});
 }
 
+// From 3 with 100 ns to 1 with 60 ns; another queue has the same count.
+TEST(DiffView, FewerTransfersAreNeitherAndLessOfTheirTimeIsBetter) {
+    TwoRuns runs = slower_writer();
+    runs.after = runs.before;
+    runs.before.transfers = {{".read", 0, 3, 100, 50, 10}, {".read", 1, 2, 500, 50, 10}};
+    runs.after.transfers = {{".read", 0, 1, 60, 60, 10}, {".read", 1, 2, 500, 50, 10}};
+    const DiffView view = make_view(runs.result());
+    EXPECT_EQ(view.other, (Rows{{".read, queue 0", "count", "3", "1", "-2"}}));
+    EXPECT_EQ(view.better, (Rows{{".read, queue 0", "total time", "100 ns", "60 ns", "-40.0%"}}));
+    EXPECT_EQ(view.worse, Rows());
+}
+
 } // namespace
