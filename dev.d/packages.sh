@@ -7,7 +7,7 @@ program_packages=(g++ cmake ninja-build libboost-dev libcli11-dev libelf-dev lib
 format_packages=(clang-format git)
 test_packages=("${program_packages[@]}" "${format_packages[@]}" clang python3 binutils elfutils libgtest-dev
     libgmock-dev libbenchmark-dev protobuf-compiler scdoc mandoc zsh fish pkg-config)
-coverage_packages=("${test_packages[@]}" gcovr)
+coverage_packages=("${test_packages[@]}" llvm)
 dist_packages=("${program_packages[@]}" git python3 scdoc dpkg-dev file binutils lintian util-linux)
 lint_packages=("${test_packages[@]}" clang-tidy cppcheck)
 

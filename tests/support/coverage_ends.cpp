@@ -3,14 +3,12 @@
 // written also where the program ends by a signal on purpose, or a process of a test without ado.
 #include <csignal>
 
-extern "C" {
-#include <gcov.h> // says nothing of C itself
-}
+extern "C" int __llvm_profile_write_file(); // of the compiler's runtime, which has no header for it
 
 namespace {
 
 void write_counts_and_abort(int) {
-    __gcov_dump();
+    __llvm_profile_write_file();
     std::signal(SIGABRT, SIG_DFL);
     std::raise(SIGABRT);
 }
@@ -28,12 +26,12 @@ int __real_raise(int signal);
 
 int __wrap_raise(int signal) {
     if (signal != SIGABRT)
-        __gcov_dump();
+        __llvm_profile_write_file();
     return __real_raise(signal);
 }
 
 void __wrap__exit(int status) {
-    __gcov_dump();
+    __llvm_profile_write_file();
     __real__exit(status);
 }
 
