@@ -78,7 +78,7 @@ class BufferBlock {
     void append_zeros(std::size_t count, std::size_t capacity) {
         reserve(count, capacity);
         if (count != 0)
-            std::memset(m_bytes + m_size * m_value_size, 0, count * m_value_size);
+            std::memset(m_bytes + size() * m_value_size, 0, count * m_value_size);
         set_size(m_size + count);
     }
     // Leaves the first `size` values, of which there are as many or more. The memory is kept.
