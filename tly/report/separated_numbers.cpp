@@ -100,7 +100,7 @@ void take_floats(const float* values, FloatGroup& group) {
         const double scaled = static_cast<double>(std::bit_cast<float>(usual_bits)) *
                               usual_powers[static_cast<std::size_t>(usual_digits - 1 - exponent)];
         const auto digits = static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(scaled + shift));
-        group.digits[i] = std::uint64_t{digits} * 10;
+        group.digits[i] = static_cast<std::uint64_t>(digits) * 10;
         group.exponents[i] = is_usual && digits != digits_limit ? exponent : no_exponent;
     }
 }
