@@ -14,7 +14,6 @@ namespace zan::tool {
 
 namespace {
 
-constexpr auto time_before_bar = std::chrono::seconds(1);
 constexpr auto time_between_drawings = std::chrono::milliseconds(100);
 constexpr std::size_t longest_bar = 40;
 constexpr std::size_t around_bar = std::string_view(" [] 100%").size();
@@ -27,11 +26,12 @@ std::size_t part_of(std::size_t whole, std::uint64_t done, std::uint64_t total) 
 
 } // namespace
 
-Progress::Progress(const Console& console, std::string what, std::uint64_t total)
+Progress::Progress(const Console& console, std::string what, std::uint64_t total,
+                   std::chrono::milliseconds delay)
     : m_enabled(!console.quiet && ::isatty(STDERR_FILENO) == 1),
       m_what(std::move(what)),
       m_total(total),
-      m_next(Clock::now() + time_before_bar) {
+      m_next(Clock::now() + delay) {
 }
 
 Progress::~Progress() {

@@ -14,8 +14,12 @@ namespace zan::tool {
 // taken over a second. The bar goes away with the object, and before each message.
 class Progress {
   public:
-    // `what` is the work, in a word or two: "reading". `total` is in any unit; 0 if it isn't known.
-    Progress(const Console& console, std::string what, std::uint64_t total);
+    static constexpr std::chrono::milliseconds usual_delay{1000};
+
+    // `what` is the work, in a word or two: "reading". `total` is in any unit; 0 if it isn't known. There is
+    // no bar before the `delay` is over.
+    Progress(const Console& console, std::string what, std::uint64_t total,
+             std::chrono::milliseconds delay = usual_delay);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress();

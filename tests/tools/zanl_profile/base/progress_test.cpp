@@ -40,9 +40,7 @@ std::string on_terminal(Body body) {
     return text;
 }
 
-void wait_a_second() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1050));
-}
+constexpr std::chrono::milliseconds at_once{0};
 
 // 30 columns: "reading" has 7, " [] 100%" has 8, and one stays free. That leaves 14 for the bar.
 TEST(ProgressText, ABarFillsItsLine) {
@@ -72,7 +70,7 @@ TEST(ProgressTest, ShortWorkShowsNothing) {
 TEST(ProgressTest, LongWorkShowsABarThatIsRemoved) {
     EXPECT_EQ(on_terminal([] {
                   Progress progress({}, "reading", 100);
-                  wait_a_second();
+                  std::this_thread::sleep_for(std::chrono::milliseconds(1050));
                   progress.at(50);
               }),
               "\rreading [############............]  50%\x1b[K\r\x1b[K");
@@ -81,8 +79,7 @@ TEST(ProgressTest, LongWorkShowsABarThatIsRemoved) {
 TEST(ProgressTest, TheBarIsDrawnTenTimesASecondAtMost) {
     const auto begin = std::chrono::steady_clock::now();
     const std::string text = on_terminal([] {
-        Progress progress({}, "reading", 100);
-        wait_a_second();
+        Progress progress({}, "reading", 100, at_once);
         for (int i = 0; i < 1000; ++i)
             progress.at(50);
     });
@@ -93,8 +90,7 @@ TEST(ProgressTest, TheBarIsDrawnTenTimesASecondAtMost) {
 
 TEST(ProgressTest, ANoteTakesThePlaceOfTheBar) {
     const std::string text = on_terminal([] {
-        Progress progress({}, "reading", 100);
-        wait_a_second();
+        Progress progress({}, "reading", 100, at_once);
         progress.at(50);
         print_note({}, "note");
     });
@@ -103,8 +99,7 @@ TEST(ProgressTest, ANoteTakesThePlaceOfTheBar) {
 
 TEST(ProgressTest, QuietWorkShowsNothing) {
     EXPECT_EQ(on_terminal([] {
-                  Progress progress({.quiet = true}, "reading", 100);
-                  wait_a_second();
+                  Progress progress({.quiet = true}, "reading", 100, at_once);
                   progress.at(50);
               }),
               "");
@@ -112,8 +107,7 @@ TEST(ProgressTest, QuietWorkShowsNothing) {
 
 TEST(ProgressTest, AFileGetsNoBar) {
     EXPECT_EQ(stderr_of([] {
-                  Progress progress({}, "reading", 100);
-                  wait_a_second();
+                  Progress progress({}, "reading", 100, at_once);
                   progress.at(50);
               }),
               "");
