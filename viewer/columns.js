@@ -61,17 +61,12 @@ export class Clock {
 
     async read() {
         const series = this.kernel.invocations;
-        [this.start, this.end, this.first, this.type] = await Promise.all(
-            [series.start, series.end, series.first, series.type].map((id) => this.store.values(id)));
-        if (this.lowest_step === 1) {
-            this.ends_by_step.set(1, await this.store.values(this.kernel.time));
-        } else {
-            const [least, range] = this.store.table.pyramid[this.kernel.time];
-            const ends = (await this.store.values(least)).slice();
-            const ranges = await this.store.values(range);
-            for (let i = 0; i < ends.length; ++i) ends[i] += ranges[i];
-            this.ends_by_step.set(stored_step, ends);
-        }
+        const is_single = this.lowest_step === 1;
+        const times = is_single ? [this.kernel.time] : this.store.table.pyramid[this.kernel.time].slice(0, 2);
+        let least, range;
+        [this.start, this.end, this.first, this.type, least, range] = await Promise.all(
+            [series.start, series.end, series.first, series.type, ...times].map((id) => this.store.values(id)));
+        this.ends_by_step.set(this.lowest_step, is_single ? least : least.map((value, i) => value + range[i]));
         this.is_ready = true;
         this.changed();
         return this;
@@ -176,6 +171,8 @@ export class Track {
     }
 
     async read() {
+        // What an invocation measured decides which values count.
+        if (this.column.shared) await this.clock.load();
         if (!has_stored_level(this.clock.n)) return levels_from(await this.single(0, this.clock.n));
         const ids = this.store.table.pyramid[this.column.id];
         const [least, range, sum] = await Promise.all(ids.slice(0, 3).map((id) => this.store.values(id)));

@@ -45,6 +45,7 @@ string(REGEX REPLACE "([{,] ?[a-z_]+): " "\\1:" script "${script}")
 string(REGEX REPLACE ", ([[{(]|[a-z_0-9]+[[(.])" ",\\1" script "${script}")
 string(REGEX REPLACE "([])]), " "\\1," script "${script}")
 string(REGEX REPLACE "[)] ([a-z]+[ (.;])" ")\\1" script "${script}")
+string(REGEX REPLACE "(const|return) ([[{])" "\\1\\2" script "${script}")
 # The end of a statement before that of a block; no loop is empty.
 string(REPLACE ";\n}" "\n}" script "${script}")
 file(READ "${folder}/style.css" style)

@@ -16,8 +16,9 @@ export function bytes_of_base64(text) {
 
 /** What the browser has for packed data. @param {Uint8Array<ArrayBuffer>} packed @returns {Promise<Uint8Array>} */
 export async function inflate_in_browser(packed) {
-    const stream = new Blob([packed]).stream().pipeThrough(new DecompressionStream("deflate-raw"));
-    return new Uint8Array(await new Response(stream).arrayBuffer());
+    // A Blob's stream would take the bytes through another process.
+    const { body } = /** @type {{body: ReadableStream<BufferSource>}} */ (new Response(packed));
+    return new Uint8Array(await new Response(body.pipeThrough(new DecompressionStream("deflate-raw"))).arrayBuffer());
 }
 
 /**

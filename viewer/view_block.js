@@ -134,8 +134,17 @@ class BlockPage {
             this.sentence, this.facts, this.plots.length > 0 ? element("section", { class: "card", "aria-label": "Charts" }, surface)
                 : element("p", { class: "second" }, "Nothing was counted for this block."));
         this.base = this.base_block();
-        this.has_numbers = false;
+        this.has_values = this.has_numbers = false;
         this.update_after_rest = after_rest(() => this.update_numbers());
+        this.load();
+    }
+
+    /** Unpacks the values of all charts while the browser lays the page out. They are drawn together: each frame takes its time. */
+    async load() {
+        const tracks = this.plots.flatMap((plot) => plot.tracks);
+        await Promise.allSettled([this.block.kernel.clock, this.base?.kernel.clock, ...tracks].map((part) => part?.load()));
+        this.has_values = true;
+        this.app.redraw("data");
     }
 
     /** The same block of the base. */
@@ -148,6 +157,7 @@ class BlockPage {
     make_chart(chart) {
         const { block, app } = this;
         const canvas = picture(`${chart.title} of ${safe_name(block.block.name)} over time; the button "as table" has its numbers`);
+        canvas.style.height = `${chart.height}px`;
         const stats = element("dl", { class: "stats" });
         const tracks = chart.metrics.map((metric) => app.tracks.of_block(block.kernel, block.number, metric)).filter((t) => t !== undefined);
         const legend = chart.looks.length > 1 && element("span", { class: "legend" }, chart.looks.map((look) => element("span", null, mark(look), look)));
@@ -170,16 +180,16 @@ class BlockPage {
     /** @param {Set<string>} what */
     draw(what) {
         const redraws = what.has("stretch") || what.has("data");
-        if (redraws) this.draw_charts();
-        else if (what.has("selection")) draw_ruler(this.ruler, this.app.stretch, this.app.model.unit, this.plot());
+        if (redraws && this.has_values) this.draw_charts();
+        else if (redraws || what.has("selection")) draw_ruler(this.ruler, this.app.stretch, this.app.model.unit, this.plot());
         this.update_overlay();
-        // With the first charts at once: then no one zooms yet.
+        // Numbers of the first charts come with them: then no one zooms yet.
         if (redraws || what.has("selection")) this.has_numbers ? this.update_after_rest() : this.update_numbers();
         else if (what.has("cursor")) this.update_stats(true);
     }
 
     update_numbers() {
-        this.has_numbers = this.block.kernel.clock.is_ready;
+        this.has_numbers = this.has_values;
         this.update_words();
         this.update_stats(false);
         this.update_stepper();
@@ -219,7 +229,6 @@ class BlockPage {
         const { stretch } = this.app;
         const ours = this.block.kernel.clock;
         const theirs = /** @type {ModelBlock} */ (this.base).kernel.clock;
-        if (!theirs.is_ready) theirs.load().catch(() => {});
         if (!ours.is_ready || !theirs.is_ready) return null;
         // Where several invocations are shown, each is where it was.
         const number = place_after(ours.start, stretch.to);

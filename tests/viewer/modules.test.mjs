@@ -85,7 +85,7 @@ test("no text has an operator between blanks, or blanks inside of braces, which 
         const code = text_of(name).replace(/\/\*\*[^*]*\*\/|^ *\/\/.*$|^ *\*.*$/gm, "").replaceAll("\\\"", "");
         for (const line of code.split("\n")) {
             const texts = [...line.matchAll(/"[^"]*"/g), ...line.replace(/\$\{[^{}]*\}/g, "x").matchAll(/`[^`]*`/g)];
-            for (const [text] of texts) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*/?:<>-]) |\{ | \}|\) \{|(?:if|for|while) \(|, [a-z_.0-9]+\)|[{,] ?[a-z_]+: |, (?:[[{(]|[a-z_0-9]+[[(.])|[\])], |\) [a-z]+[ (.;]/, `${name}: ${line}`);
+            for (const [text] of texts) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*/?:<>-]) |\{ | \}|\) \{|(?:if|for|while) \(|, [a-z_.0-9]+\)|[{,] ?[a-z_]+: |, (?:[[{(]|[a-z_0-9]+[[(.])|[\])], |\) [a-z]+[ (.;]|(?:const|return) [[{]/, `${name}: ${line}`);
             assert.ok(!has_empty_loop(line), `${name}: a loop without a body, whose ; may be dropped: ${line}`);
             assert.doesNotMatch(line, / (?:\+ \+|- -|\/ \/)/, `${name}: without blanks this is another operator: ${line}`);
         }
