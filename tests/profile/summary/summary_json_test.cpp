@@ -2,6 +2,7 @@
 #include "summary_json.h"
 
 #include <limits>
+#include <typeinfo>
 
 #include "diagnosis.h"
 #include "gmock/gmock.h"
@@ -102,6 +103,22 @@ ProfileSummary read_back(const ProfileSummary& summary) {
     return std::holds_alternative<ProfileSummary>(read) ? std::get<ProfileSummary>(read) : ProfileSummary();
 }
 
+// Puts each of these members of a part of the full summary back to its usual value, one at a time: the
+// summary is another one then, and is read back as that.
+template <class Find, class Part, class... Types>
+void expect_members_count(Find find, Types Part::*... members) {
+    const ProfileSummary summary = full();
+    int number = 0;
+    const auto expect_counts = [&](auto member) {
+        SCOPED_TRACE(std::string(typeid(Part).name()) + ", member " + std::to_string(++number));
+        ProfileSummary changed = summary;
+        find(changed).*member = Part().*member;
+        EXPECT_NE(changed, summary);
+        EXPECT_EQ(read_back(changed), changed);
+    };
+    (expect_counts(members), ...);
+}
+
 std::string fault_of(const std::string& json) {
     const auto read = summary_from_json(json);
     return std::holds_alternative<SummaryFault>(read) ? describe(std::get<SummaryFault>(read)) : "read";
@@ -131,6 +148,64 @@ TEST(SummaryJson, ReadsBackWithoutAUnitOfTime) {
 TEST(SummaryJson, ReadsBackASummaryOfNothing) {
     EXPECT_EQ(read_back(ProfileSummary()), ProfileSummary());
     EXPECT_EQ(summary_to_json(ProfileSummary()), document("") + "\n");
+}
+
+TEST(SummaryJson, EachMemberOfARunCounts) {
+    expect_members_count([](ProfileSummary& run) -> ProfileSummary& { return run; }, &ProfileSummary::input,
+                         &ProfileSummary::program_version, &ProfileSummary::zanx_version,
+                         &ProfileSummary::board, &ProfileSummary::clock_text, &ProfileSummary::clock_mhz,
+                         &ProfileSummary::nanoseconds, &ProfileSummary::start, &ProfileSummary::kernel_time,
+                         &ProfileSummary::transfer_only, &ProfileSummary::num_invocations,
+                         &ProfileSummary::num_samples, &ProfileSummary::metrics, &ProfileSummary::kernels,
+                         &ProfileSummary::memories, &ProfileSummary::transfers, &ProfileSummary::notes,
+                         &ProfileSummary::answers);
+    expect_members_count([](ProfileSummary& run) -> Answers& { return run.answers; }, &Answers::kernel,
+                         &Answers::block, &Answers::source, &Answers::memory, &Answers::leading_kernel,
+                         &Answers::culprit_kernel, &Answers::culprit_block);
+    expect_members_count([](ProfileSummary& run) -> Note& { return run.notes[0]; }, &Note::code, &Note::text);
+    expect_members_count([](ProfileSummary& run) -> TransferSummary& { return run.transfers[0]; },
+                         &TransferSummary::type, &TransferSummary::queue, &TransferSummary::num,
+                         &TransferSummary::total, &TransferSummary::median, &TransferSummary::busy);
+}
+
+TEST(SummaryJson, EachMemberOfAMemoryCounts) {
+    expect_members_count([](ProfileSummary& run) -> MemorySummary& { return run.memories[0]; },
+                         &MemorySummary::name, &MemorySummary::peak, &MemorySummary::max_burst,
+                         &MemorySummary::from_ports, &MemorySummary::lower_bound, &MemorySummary::read_share,
+                         &MemorySummary::write_share, &MemorySummary::interfaces, &MemorySummary::metrics);
+    expect_members_count(
+        [](ProfileSummary& run) -> InterfaceSummary& { return run.memories[0].interfaces[0]; },
+        &InterfaceSummary::name, &InterfaceSummary::bytes, &InterfaceSummary::use);
+    expect_members_count([](ProfileSummary& run) -> PortSummary& { return run.kernels[0].ports[0]; },
+                         &PortSummary::memory, &PortSummary::interface, &PortSummary::port,
+                         &PortSummary::reads, &PortSummary::writes, &PortSummary::mean, &PortSummary::max,
+                         &PortSummary::bytes, &PortSummary::read_burst, &PortSummary::write_burst);
+}
+
+TEST(SummaryJson, EachMemberOfAKernelCounts) {
+    expect_members_count([](ProfileSummary& run) -> KernelSummary& { return run.kernels[0]; },
+                         &KernelSummary::name, &KernelSummary::compute_unit, &KernelSummary::num_units,
+                         &KernelSummary::device, &KernelSummary::source, &KernelSummary::autorun,
+                         &KernelSummary::shared_types, &KernelSummary::num_invocations,
+                         &KernelSummary::num_samples, &KernelSummary::shortest, &KernelSummary::longest,
+                         &KernelSummary::median_low, &KernelSummary::median_high, &KernelSummary::gaps,
+                         &KernelSummary::union_time, &KernelSummary::team, &KernelSummary::culprit,
+                         &KernelSummary::metrics, &KernelSummary::blocks, &KernelSummary::ports);
+    expect_members_count(
+        [](ProfileSummary& run) -> BlockSummary& { return run.kernels[0].blocks[0]; }, &BlockSummary::name,
+        &BlockSummary::kind, &BlockSummary::direction, &BlockSummary::memory, &BlockSummary::coalesced,
+        &BlockSummary::sources, &BlockSummary::num_samples, &BlockSummary::num_left_out,
+        &BlockSummary::stall_counted, &BlockSummary::cycles, &BlockSummary::iterations, &BlockSummary::port,
+        &BlockSummary::own_share, &BlockSummary::block_share, &BlockSummary::read_share,
+        &BlockSummary::write_share, &BlockSummary::rivals, &BlockSummary::max_burst,
+        &BlockSummary::access_bytes, &BlockSummary::port_limit, &BlockSummary::max_valid,
+        &BlockSummary::stalled_part, &BlockSummary::stalled_from, &BlockSummary::stalled_to,
+        &BlockSummary::metrics, &BlockSummary::innermost, &BlockSummary::sentence);
+    expect_members_count([](ProfileSummary& run) -> Sentence& { return run.kernels[0].blocks[0].sentence; },
+                         &Sentence::rule, &Sentence::tone, &Sentence::text);
+    expect_members_count(
+        [](ProfileSummary& run) -> SourcePlace& { return run.kernels[0].blocks[0].sources[0][1]; },
+        &SourcePlace::file, &SourcePlace::line, &SourcePlace::column);
 }
 
 TEST(SummaryJson, NumbersKeepAllTheirBits) {
