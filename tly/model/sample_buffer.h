@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "narrow_integers.h"
+
 // Up to `max_size` values of a list, which are appended to and cut at their end.
 //
 // Values of 64 bits take one, two, four or eight bytes, as many as the widest of them needs: counters rarely
@@ -57,7 +59,7 @@ class BufferBlock {
     void append(const T* values, std::size_t count, std::size_t capacity) {
         if constexpr (can_be_narrow) {
             if (m_value_size != sizeof(T)) {
-                const std::size_t needed = value_size_of(values, count);
+                const std::size_t needed = bytes_needed(values, count);
                 if (needed > m_value_size)
                     widen(needed, std::max(m_size + count, capacity));
             }
@@ -90,26 +92,10 @@ class BufferBlock {
     // Calls `function` with a zero of the type that values are stored in.
     template <class Function>
     void with_type(Function function) const {
-        if constexpr (can_be_narrow) {
-            switch (m_value_size) {
-                case sizeof(std::int8_t):
-                    return function(std::int8_t{});
-                case sizeof(std::int16_t):
-                    return function(std::int16_t{});
-                case sizeof(std::int32_t):
-                    return function(std::int32_t{});
-                default:
-                    break;
-            }
-        }
-        function(T{});
-    }
-    // The bytes that each of these values fits.
-    static std::size_t value_size_of(const long long* values, std::size_t count) {
-        std::uint64_t bits = 0; // all those that differ from the sign
-        for (std::size_t i = 0; i < count; ++i)
-            bits |= static_cast<std::uint64_t>(values[i] ^ (values[i] >> 63));
-        return bits < 1u << 7 ? 1 : bits < 1u << 15 ? 2 : bits < 1u << 31 ? 4 : 8;
+        if constexpr (can_be_narrow)
+            with_integer_of(m_value_size, function);
+        else
+            function(T{});
     }
 
     template <class Stored>

@@ -38,9 +38,8 @@ class FoldedNodes final : public ReportSink {
         open_object,
         open_array,
         close,
-        ints,       // number of values, their bytes
-        long_longs, // number of values, their bytes
-        narrow,     // long longs as 32 bits: number of values, their bytes
+        ints,       // number of values and their width, their bytes
+        long_longs, // number of values and their width, their bytes
         floats,     // number of values, their bytes
         int_list,   // number of the list
         long_list,  // number of the list
@@ -75,7 +74,8 @@ class FoldedNodes final : public ReportSink {
     template <class T>
     void add_array(std::string_view key, std::span<const T> values);
     template <class T>
-    void add_bytes(Entry entry, std::string_view key, std::span<const T> values);
+    void add_integers(Entry entry, std::string_view key, std::span<const T> values);
+    void add_floats(std::string_view key, std::span<const float> values);
     void write_entries(Reader reader, ReportSink& sink) const;
     void write_entry(Entry entry, Reader& reader, ReportSink& sink) const;
     void write_part(const Part& part, ReportSink& sink) const;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 
 #include "written_report.h"
@@ -97,6 +98,40 @@ TEST(FoldedNodes, AreWrittenAsTheSameText) {
         const Trees trees(seed);
         ASSERT_TRUE(written(trees.folded) == written(trees.plain)) << "seed " << seed;
     }
+}
+
+// Integers are held in one, two, four or eight bytes, as many as the widest of their array needs.
+template <class T>
+void expect_kept(const std::vector<T>& values) {
+    const auto nodes = std::make_shared<FoldedNodes>();
+    nodes->array("", std::span<const T>(values));
+    nodes->text("", "next");
+    ptree tree;
+    tree.put("nodes", "").data() = ReportValue(nodes);
+    const auto kept = expanded(tree);
+    const auto& children = kept.get_child("nodes");
+    ASSERT_EQ(children.size(), 2u);
+    std::vector<T> numbers;
+    for (const auto& [key, value] : children.front().second)
+        numbers.push_back(value.template get_value<T>());
+    EXPECT_EQ(numbers, values);
+    EXPECT_EQ(children.back().second.data(), "next"); // it begins where the integers end
+}
+
+TEST(FoldedNodes, IntegersOfEachWidthAreKept) {
+    for (const long long limit : {1LL << 7, 1LL << 15, 1LL << 31}) {
+        expect_kept<long long>({limit - 1, -limit, 0, 1, -1});
+        expect_kept<long long>({0, limit});
+        expect_kept<long long>({-limit - 1, 5});
+    }
+    constexpr auto least = std::numeric_limits<long long>::min();
+    constexpr auto greatest = std::numeric_limits<long long>::max();
+    expect_kept<long long>({least, greatest});
+    expect_kept<int>({127, -128});
+    expect_kept<int>({32'767, -32'768, 128});
+    expect_kept<int>({std::numeric_limits<int>::min(), std::numeric_limits<int>::max()});
+    expect_kept(std::vector<long long>(64, -1)); // the longest that is copied: 64 * 4 + 0 takes two bytes
+    expect_kept(std::vector<long long>(64, greatest));
 }
 
 TEST(FoldedNodes, NoneAreAnEmptyText) {
