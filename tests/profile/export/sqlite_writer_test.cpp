@@ -32,25 +32,29 @@ TEST(SqliteWriter, WritesNullForWhatIsNotKnown) {
 
 // 70 samples are two statements of 32 rows and six of one row.
 TEST(SqliteWriter, KeepsTheOrderOfLongSeries) {
-    std::string report = odd_report;
-    std::string stamps;
-    std::string cycles;
-    for (int i = 1; i <= 70; ++i) {
-        stamps += (i > 1 ? ", \"" : "\"") + std::to_string(100 + 10 * i) + "\"";
-        cycles += (i > 1 ? ", \"" : "\"") + std::to_string(i) + "\"";
-    }
-    report.replace(report.find("\"110\", \"130\""), 12, stamps);
-    report.replace(report.find("\"10\", \"20\""), 10, cycles);
     const TempDir dir;
     {
         SqliteWriter writer(dir.path("r.db"), 1);
-        export_text(report, writer);
+        export_text(odd_report_of_samples(70), writer);
     }
     Database database(dir.path("r.db"), OpenMode::read);
     EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE metric = 'cycles' AND value = i + 1 AND "
                               "t = 110 + 10 * i"),
               70);
     EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE metric = 'stall' AND value IS NULL"), 69);
+}
+
+// The samples of a kernel without a start belong to no invocation.
+TEST(SqliteWriter, SamplesWithoutAnInvocationHaveNull) {
+    const TempDir dir;
+    {
+        SqliteWriter writer(dir.path("r.db"), 1);
+        export_text(odd_report_without("\"start_time\": \"100\", "), writer);
+    }
+    Database database(dir.path("r.db"), OpenMode::read);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE invocation_id IS NULL"), 6);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample"), 6);
+    EXPECT_EQ(database.number("SELECT count(*) FROM invocation"), 0);
 }
 
 TEST(SqliteWriter, AllTablesAreStrict) {
