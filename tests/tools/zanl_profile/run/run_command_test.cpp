@@ -25,6 +25,9 @@ TEST_F(RunCommand, WritesTheReportAndTheNumbersOfLines) {
     EXPECT_EQ(shell("$T run -q - p.mon - < d.zanx"), (Outcome{read("r.json"), "", "0"}));
     EXPECT_EQ(shell("cat d.zanx | $T run -q - p.mon -"), (Outcome{read("r.json"), "", "0"}));
     EXPECT_EQ(shell("cat p.mon | $T run -q d.zanx - -"), (Outcome{read("r.json"), "", "0"}));
+    EXPECT_EQ(shell("$T run -q d.zanx p.mon - | cat"), (Outcome{read("r.json"), "", "0"}));
+    EXPECT_EQ(shell("TMPDIR=none $T run -q d.zanx p.mon -"),
+              trouble("can't make a temporary file: No such file or directory"));
 }
 
 TEST_F(RunCommand, ReportsFaultsWithTheirLines) {
