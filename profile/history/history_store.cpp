@@ -166,8 +166,10 @@ void HistoryStore::explain(const DatabaseError& error) const {
     std::string text = error.what();
     if ((error.code() & 0xff) == result_busy) {
         const pid_t holder = lock_holder(m_path);
-        text = holder > 0 ? "process " + std::to_string(holder) + " is writing to it; wait for it to end"
-                          : "another process is writing to it; wait for it to end";
+        text = "another process";
+        if (holder > 0)
+            text = "process " + std::to_string(holder);
+        text += " is writing to it; wait for it to end";
     } else if ((error.code() & 0xff) == result_no_database) {
         text = "it is no history";
     }
