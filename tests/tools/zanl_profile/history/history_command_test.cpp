@@ -90,10 +90,11 @@ std::string utc_text(std::time_t time) {
     return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::gmtime(&time))};
 }
 
-// By default it is that of the file that the run has written, in universal time.
+// By default it is that of the file that the run has written, in universal time; '-' is no file, even if
+// there is one of that name.
 TEST_F(HistoryCommand, ARunHasTheDateOfItsFile) {
     const std::string before = utc_text(std::time(nullptr));
-    ASSERT_EQ(shell("touch -d 2026-11-19T07:08:09Z base.json; export TZ=Asia/Tokyo; "
+    ASSERT_EQ(shell("touch -d 2026-11-19T07:08:09Z base.json ./-; export TZ=Asia/Tokyo; "
                     "$T history add h.db base.json -q; $T history add h.db - -q <new.json"),
               silent_success);
     const std::string after = utc_text(std::time(nullptr));
