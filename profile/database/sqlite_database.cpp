@@ -87,7 +87,9 @@ double Statement::real(int column) const {
 std::string Statement::text(int column) const {
     const void* const bytes = sqlite3_column_blob(m_statement.get(), column);
     const int size = sqlite3_column_bytes(m_statement.get(), column);
-    return bytes ? std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size)) : "";
+    if (!bytes) // of null, or without bytes
+        return {};
+    return {static_cast<const char*>(bytes), static_cast<std::size_t>(size)};
 }
 
 void Database::Close::operator()(sqlite3* database) const {

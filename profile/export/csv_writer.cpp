@@ -15,6 +15,13 @@ constexpr std::size_t csv_piece = std::size_t{1} << 18;
 // The longest end of a line of samples: two numbers, the value, commas and the line's end.
 constexpr std::size_t most_line_end = 3 * max_number_text + 8;
 
+// Nothing where there is no number.
+void append_id(std::string& text, const std::optional<std::int64_t>& id) {
+    if (id)
+        text += std::to_string(*id);
+    text += ',';
+}
+
 } // namespace
 
 CsvWriter::CsvWriter(Target target, const CsvOptions& options)
@@ -54,8 +61,8 @@ void CsvWriter::row(ExportTable table, std::span<const ExportCell> cells) {
 // All lines of a series begin alike.
 void CsvWriter::series(const SampleSeries& series) {
     std::string prefix = std::to_string(m_options.run_id) + ",";
-    prefix += series.invocation ? std::to_string(*series.invocation) : "";
-    prefix += "," + (series.owner ? std::to_string(*series.owner) : "") + ",";
+    append_id(prefix, series.invocation);
+    append_id(prefix, series.owner);
     prefix += series.metric.name;
     prefix += ",";
     SeriesReader reader(series);

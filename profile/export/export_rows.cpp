@@ -201,7 +201,10 @@ void RowMaker::write_ports() const {
 }
 
 std::string place_text(const SourcePlace& place) {
-    return place.line > 0 ? place.file + ":" + std::to_string(place.line) : place.file;
+    std::string text = place.file;
+    if (place.line > 0)
+        text += ":" + std::to_string(place.line);
+    return text;
 }
 
 } // namespace

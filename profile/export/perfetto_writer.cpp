@@ -148,9 +148,11 @@ std::int64_t PerfettoWriter::add_track(std::int64_t parent, const std::string& n
 }
 
 void PerfettoWriter::new_kernel(std::int64_t, const KernelNode& node) {
-    const std::string unit = node.compute_unit == 0 ? "" : "#" + std::to_string(node.compute_unit);
+    std::string name = node.name;
+    if (node.compute_unit != 0)
+        name += "#" + std::to_string(node.compute_unit);
     m_places.push_back(call_chain_text({{node.source}}));
-    m_kernels.push_back(add_track(0, node.name + unit, m_places.back(), nullptr));
+    m_kernels.push_back(add_track(0, name, m_places.back(), nullptr));
 }
 
 void PerfettoWriter::new_block(std::int64_t id, std::int64_t, const BlockNode& node) {
@@ -174,7 +176,10 @@ std::int64_t PerfettoWriter::counter_of(const SampleSeries& series) {
     counter.bytes(counter_descriptor::unit_name, series.metric.unit);
     counter.bytes(counter_descriptor::y_axis_share_key,
                   std::to_string(series.kernel) + " " + std::string(series.metric.unit));
-    const std::string name = (owner.name.empty() ? "" : owner.name + " ") + std::string(series.metric.name);
+    std::string name = owner.name;
+    if (!name.empty())
+        name += " ";
+    name += series.metric.name;
     const std::int64_t track =
         add_track(m_kernels[static_cast<std::size_t>(series.kernel) - 1], name, owner.description, &counter);
     m_counters.emplace(key, track);

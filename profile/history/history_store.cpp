@@ -83,6 +83,17 @@ Labels labels_of_run(Statement& query, std::int64_t run) {
     return labels;
 }
 
+// The first columns of `query` are number, id, date and input.
+HistoryRun run_of_row(Statement& query, Statement& labels) {
+    HistoryRun run;
+    run.number = query.integer(0);
+    run.id = query.text(1);
+    run.date = query.text(2);
+    run.input = query.text(3);
+    run.labels = labels_of_run(labels, run.number);
+    return run;
+}
+
 bool has_labels(const HistoryRun& run, const Labels& where) {
     return std::all_of(where.begin(), where.end(), [&](const auto& label) {
         const auto found = run.labels.find(label.first);
@@ -155,8 +166,10 @@ void HistoryStore::explain(const DatabaseError& error) const {
     std::string text = error.what();
     if ((error.code() & 0xff) == result_busy) {
         const pid_t holder = lock_holder(m_path);
-        text = holder > 0 ? "process " + std::to_string(holder) + " is writing to it; wait for it to end"
-                          : "another process is writing to it; wait for it to end";
+        text = "another process";
+        if (holder > 0)
+            text = "process " + std::to_string(holder);
+        text += " is writing to it; wait for it to end";
     } else if ((error.code() & 0xff) == result_no_database) {
         text = "it is no history";
     }
@@ -257,8 +270,7 @@ std::vector<HistoryRun> HistoryStore::list(const Labels& where) {
         Statement labels(m_database, labels_sql);
         Statement query(m_database, "SELECT number, id, date, input FROM run ORDER BY date, number");
         while (query.step()) {
-            HistoryRun run{query.integer(0), query.text(1), query.text(2), query.text(3), {}};
-            run.labels = labels_of_run(labels, run.number);
+            HistoryRun run = run_of_row(query, labels);
             if (has_labels(run, where))
                 runs.push_back(std::move(run));
         }
@@ -270,10 +282,8 @@ std::vector<HistoryRun> HistoryStore::list(const Labels& where) {
 HistoryRun HistoryStore::first_of(Statement& query, const std::string& name) {
     if (!query.step())
         throw HistoryFault(m_path + ": there is no run '" + name + "'", true);
-    HistoryRun run{query.integer(0), query.text(1), query.text(2), query.text(3), {}};
     Statement labels(m_database, labels_sql);
-    run.labels = labels_of_run(labels, run.number);
-    return run;
+    return run_of_row(query, labels);
 }
 
 HistoryRun HistoryStore::find(const std::string& name) {
@@ -374,8 +384,7 @@ TrendLine HistoryStore::trend(const TrendQuery& query) {
             "LEFT JOIN value v ON v.series = ? AND v.run = r.number ORDER BY r.date DESC, r.number DESC");
         runs.bind(1, *series);
         while (line.points.size() < query.most.value_or(line.points.size() + 1) && runs.step()) {
-            HistoryRun run{runs.integer(0), runs.text(1), runs.text(2), runs.text(3), {}};
-            run.labels = labels_of_run(labels, run.number);
+            HistoryRun run = run_of_row(runs, labels);
             if (!has_labels(run, query.where))
                 continue;
             if (!runs.is_null(4))

@@ -24,7 +24,9 @@ std::string pack_text(std::string_view text) {
     if (status != Z_OK)
         throw std::runtime_error("zlib has no memory");
     packed.resize(size);
-    return packed.size() < text.size() ? packed : std::string(text);
+    if (packed.size() >= text.size())
+        return std::string(text);
+    return packed;
 }
 
 std::optional<std::string> unpack_text(std::string_view packed, std::int64_t length) {

@@ -31,6 +31,20 @@ TEST(SqliteDatabase, KeepsWhatIsBound) {
     EXPECT_FALSE(query.step());
 }
 
+TEST(SqliteDatabase, BytesWithoutALengthAreNotNull) {
+    Database database(":memory:", OpenMode::create);
+    database.execute("CREATE TABLE t (a BLOB) STRICT");
+    Statement insert(database, "INSERT INTO t VALUES (?)");
+    insert.bind_bytes(1, {}).run();
+    insert.bind_bytes(1, std::string_view("a\0b", 3)).run();
+    Statement query(database, "SELECT a FROM t");
+    ASSERT_TRUE(query.step());
+    EXPECT_FALSE(query.is_null(0));
+    EXPECT_EQ(query.text(0), "");
+    ASSERT_TRUE(query.step());
+    EXPECT_EQ(query.text(0), std::string("a\0b", 3));
+}
+
 TEST(SqliteDatabase, FaultsAreThrownWithReasons) {
     Database database(":memory:", OpenMode::create);
     EXPECT_THROW(database.execute("CREATE"), DatabaseError);
@@ -64,6 +78,37 @@ TEST(SqliteDatabase, ACopyInMemoryIsOfItsOwn) {
     EXPECT_EQ(copy.number("PRAGMA user_version"), 5);
     copy.execute("DELETE FROM t");
     EXPECT_EQ(read_file(dir.path("x")), bytes);
+}
+
+TEST(SqliteDatabase, WhatAnotherWritesIsNotCopied) {
+    const TempDir dir;
+    Database writer(dir.path("x"), OpenMode::create);
+    writer.execute("CREATE TABLE t (a); BEGIN EXCLUSIVE");
+    const Database reader(dir.path("x"), OpenMode::read);
+    try {
+        reader.copy_in_memory();
+        ADD_FAILURE() << "it is locked";
+    } catch (const DatabaseError& error) {
+        EXPECT_EQ(error.code(), 5); // SQLITE_BUSY
+        EXPECT_STREQ(error.what(), "database is locked");
+    }
+}
+
+TEST(SqliteDatabase, AFileThatIsCutWhileItIsReadIsAFault) {
+    const TempDir dir;
+    Database database(dir.path("x"), OpenMode::create);
+    database.execute("CREATE TABLE t (a); INSERT INTO t VALUES (zeroblob(1048576))");
+    int num_pieces = 0;
+    try {
+        database.read_file([&](std::string_view) {
+            ++num_pieces;
+            std::filesystem::resize_file(dir.path("x"), 4096);
+        });
+        ADD_FAILURE() << "most of it is gone";
+    } catch (const DatabaseError& error) {
+        EXPECT_STREQ(error.what(), "disk I/O error");
+    }
+    EXPECT_EQ(num_pieces, 1);
 }
 
 // 1 MiB of content makes several pieces.

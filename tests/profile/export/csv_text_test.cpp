@@ -28,6 +28,7 @@ TEST(CsvText, IsQuotedWhereItHasTo) {
     EXPECT_EQ(field("a\nb"), "\"a\nb\"");
     EXPECT_EQ(field("a\rb"), "\"a\rb\"");
     EXPECT_EQ(field(" a"), "\" a\"");
+    EXPECT_EQ(field("a "), "\"a \"");
     EXPECT_EQ(field(""), "\"\"");
 }
 

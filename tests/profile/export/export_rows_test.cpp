@@ -65,6 +65,35 @@ TEST(ExportRows, TimesWithoutAUnitAreTicks) {
     EXPECT_EQ(table.rows[ExportTable::run].at(0)["tick_ns"], ExportCell());
 }
 
+TEST(ExportRows, ABlockWithoutASourceHasNoPlace) {
+    RowTable table;
+    export_text(odd_report_without(",\n  \"sourcefiles\": [{\"filename\": \"a.cl\", \"line\": \"7\", "
+                                   "\"callsite\": [{\"filename\": \"m.cl\", \"line\": \"9\"}]}]"),
+                table);
+    RowTable::Row block = table.rows[ExportTable::block].at(0);
+    EXPECT_EQ(block["name"], ExportCell(std::string("load")));
+    for (const char* const column : {"file", "line", "call_chain"})
+        EXPECT_EQ(block[column], ExportCell()) << column;
+}
+
+// The summary has no memory of a block that makes no accesses to it; its row has what is known, and is a
+// lower bound.
+TEST(ExportRows, AMemoryThatIsOnlyNamedHasARow) {
+    std::string report = odd_report;
+    report.replace(report.find("\"__global\""), 10, "\"__local\", \"global_mem_name\": \"HBM\"");
+    RowTable table;
+    export_text(report, table);
+    ASSERT_EQ(table.rows[ExportTable::memory].size(), 1u);
+    const RowTable::Row memory = table.rows[ExportTable::memory][0];
+    const std::map<std::string, ExportCell> known = {{"run_id", ExportCell(std::int64_t{3})},
+                                                     {"memory_id", ExportCell(std::int64_t{1})},
+                                                     {"name", ExportCell(std::string("HBM"))},
+                                                     {"lower_bound", ExportCell(std::int64_t{1})}};
+    for (const auto& [column, cell] : memory)
+        EXPECT_EQ(cell, known.contains(column) ? known.at(column) : ExportCell()) << column;
+    EXPECT_EQ(table.rows[ExportTable::block].at(0)["memory_id"], ExportCell(std::int64_t{1}));
+}
+
 TEST(ExportRows, CallChainsAreTexts) {
     EXPECT_EQ(call_chain_text({{{"a.cl", 12, 1}, {"main.cl", 30, 1}}, {{"b.cl", 0, 0}}}),
               "a.cl:12 < main.cl:30; b.cl");

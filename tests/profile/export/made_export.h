@@ -26,6 +26,30 @@ inline constexpr const char* odd_report = R"report({
 "run_info": {"nodes": [{"fmax": "1000.0"}]}
 })report";
 
+// The same, with that many samples: the first lasts from 100 to 110 and 1 cycle, and each one after it 10
+// ticks and one cycle more.
+inline std::string odd_report_of_samples(int count) {
+    std::string stamps;
+    std::string cycles;
+    for (int i = 1; i <= count; ++i) {
+        stamps += (i > 1 ? ", \"" : "\"") + std::to_string(100 + 10 * i) + "\"";
+        cycles += (i > 1 ? ", \"" : "\"") + std::to_string(i) + "\"";
+    }
+    std::string report = odd_report;
+    report.replace(report.find("\"110\", \"130\""), 12, stamps);
+    report.replace(report.find("\"10\", \"20\""), 10, cycles);
+    return report;
+}
+
+// The same without a part of its text.
+inline std::string odd_report_without(const std::string& part) {
+    std::string report = odd_report;
+    const std::size_t at = report.find(part);
+    if (at == std::string::npos)
+        throw std::logic_error("the report has no " + part);
+    return report.erase(at, part.size());
+}
+
 inline void export_text(const std::string& report, ExportWriter& writer) {
     const TempDir dir;
     write_file(dir.path("r.json"), report);

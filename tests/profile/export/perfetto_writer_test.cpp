@@ -64,4 +64,65 @@ TEST(PerfettoWriter, NamesAndPlacesAreThere) {
     EXPECT_THAT(trace, Not(HasSubstr("queue 0")));
 }
 
+std::size_t count_in(const std::string& trace, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = trace.find(part); at != std::string::npos; at = trace.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
+// The kernel has the track 1, its counters have 2 to 4. The second invocation, from 120 to 150, begins before
+// the first one ends at 130, and is a slice on a track of its own; the third fits after the first.
+TEST(PerfettoWriter, InvocationsThatOverlapHaveTracksOfTheirOwn) {
+    const std::string node =
+        R"json(, {"name": "=cmd(\"x\")", "sourcefile": {"filename": "a,b.cl", "line": "3"},
+        "start_time": "120", "sample_timestamps": ["150"]})json";
+    std::string next = node;
+    next.replace(next.find("120"), 3, "130");
+    next.replace(next.find("150"), 3, "140");
+    std::string report = odd_report;
+    report.insert(report.find("]},\n\"memtransfers\""), node + next);
+    const std::string trace = trace_of(report);
+    EXPECT_THAT(trace, HasSubstr("\x08\x05\x12\x09=cmd(\"x\")"s));
+    EXPECT_EQ(count_in(trace, "\x48\x01\x58\x01"s), 2u); // begins of slices on track 1
+    EXPECT_EQ(count_in(trace, "\x48\x01\x58\x05"s), 1u);
+}
+
+TEST(PerfettoWriter, AComputeUnitIsPartOfTheNameOfATrack) {
+    std::string report = odd_report;
+    report.replace(report.find("\"compute_unit\": \"0\""), 19, "\"compute_unit\": \"12\"");
+    EXPECT_THAT(trace_of(report), HasSubstr("\x08\x01\x12\x0c=cmd(\"x\")#12"s));
+}
+
+TEST(PerfettoWriter, WithoutPlacesInSourcesThereAreNoArgumentsOfThem) {
+    EXPECT_THAT(trace_of(odd_report), HasSubstr("source of load"));
+    const std::string kernel_source = "\"sourcefile\": {\"filename\": \"a,b.cl\", \"line\": \"3\"},\n";
+    EXPECT_THAT(trace_of(odd_report), HasSubstr("\x52\x06source\x32"s));
+    EXPECT_THAT(trace_of(odd_report_without(kernel_source)), Not(HasSubstr("\x52\x06source\x32"s)));
+}
+
+// A sample whose time isn't known has no place: of three stalls and two times the third is left out, and
+// without a start there is no counter at all.
+TEST(PerfettoWriter, SamplesWithoutATimeAreLeftOut) {
+    std::string report = odd_report;
+    report.replace(report.find("\"5\", \"-1\""), 9, "\"5\", \"6\", \"7\"");
+    const std::string trace = trace_of(report);
+    EXPECT_EQ(count_in(trace, "\x48\x04\x58\x03\xf0\x01"s), 3u); // 5, 6, and the 0 at the end
+    EXPECT_EQ(count_in(trace, "\x48\x04\x58\x03\xf0\x01\x07"s), 0u);
+    EXPECT_EQ(count_in(trace_of(odd_report_without("\"start_time\": \"100\", ")), "\x48\x04"s), 0u);
+}
+
+// Each of the cycles 1 to 20,000 is a counter of track 2; they take more than the 256 KiB of a piece.
+TEST(PerfettoWriter, HandsOverLongTracesInPieces) {
+    std::vector<std::string> pieces;
+    PerfettoWriter writer({[&](std::string_view bytes) { pieces.emplace_back(bytes); },
+                           [](std::uint64_t, std::string_view) {}});
+    export_text(odd_report_of_samples(20'000), writer);
+    EXPECT_GT(pieces.size(), 1u);
+    std::size_t count = 0;
+    for (const std::string& piece : pieces)
+        count += count_in(piece, "\x48\x04\x58\x02\xf0\x01"s);
+    EXPECT_EQ(count, 20'001u); // and a 0 at the end
+}
+
 } // namespace

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "made_export.h"
 
 namespace {
@@ -32,25 +34,29 @@ TEST(SqliteWriter, WritesNullForWhatIsNotKnown) {
 
 // 70 samples are two statements of 32 rows and six of one row.
 TEST(SqliteWriter, KeepsTheOrderOfLongSeries) {
-    std::string report = odd_report;
-    std::string stamps;
-    std::string cycles;
-    for (int i = 1; i <= 70; ++i) {
-        stamps += (i > 1 ? ", \"" : "\"") + std::to_string(100 + 10 * i) + "\"";
-        cycles += (i > 1 ? ", \"" : "\"") + std::to_string(i) + "\"";
-    }
-    report.replace(report.find("\"110\", \"130\""), 12, stamps);
-    report.replace(report.find("\"10\", \"20\""), 10, cycles);
     const TempDir dir;
     {
         SqliteWriter writer(dir.path("r.db"), 1);
-        export_text(report, writer);
+        export_text(odd_report_of_samples(70), writer);
     }
     Database database(dir.path("r.db"), OpenMode::read);
     EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE metric = 'cycles' AND value = i + 1 AND "
                               "t = 110 + 10 * i"),
               70);
     EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE metric = 'stall' AND value IS NULL"), 69);
+}
+
+// The samples of a kernel without a start belong to no invocation.
+TEST(SqliteWriter, SamplesWithoutAnInvocationHaveNull) {
+    const TempDir dir;
+    {
+        SqliteWriter writer(dir.path("r.db"), 1);
+        export_text(odd_report_without("\"start_time\": \"100\", "), writer);
+    }
+    Database database(dir.path("r.db"), OpenMode::read);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample WHERE invocation_id IS NULL"), 6);
+    EXPECT_EQ(database.number("SELECT count(*) FROM sample"), 6);
+    EXPECT_EQ(database.number("SELECT count(*) FROM invocation"), 0);
 }
 
 TEST(SqliteWriter, AllTablesAreStrict) {
@@ -62,6 +68,38 @@ TEST(SqliteWriter, AllTablesAreStrict) {
     EXPECT_EQ(memory.number("SELECT count(*) FROM pragma_table_list WHERE type = 'table' AND strict = 1"),
               static_cast<std::int64_t>(num_export_tables));
     EXPECT_THROW(memory.execute("INSERT INTO sample VALUES ('x', 1, 1, 'stall', 0, 0, 0)"), DatabaseError);
+}
+
+// Writes into a file whose pages change before the database is finished, as on a bad disk.
+class DamagedExport final : public ExportWriter {
+  public:
+    explicit DamagedExport(const std::string& path) : m_path(path), m_writer(path, 1) {}
+    void series(const SampleSeries& series) override { m_writer.series(series); }
+    void transfer(std::int64_t id, const TransferNode& node) override { m_writer.transfer(id, node); }
+    void finish(const WholeRun& run) override {
+        constexpr std::streamoff page = 16384;
+        std::fstream file(m_path, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(100 * page).write(std::string(page, '#').data(), page);
+        file.close();
+        m_writer.finish(run);
+    }
+
+  private:
+    const std::string m_path;
+    SqliteWriter m_writer;
+};
+
+// Three series of 150,000 samples are more than the 8 MiB that are kept in memory.
+TEST(SqliteWriter, ADamagedDatabaseIsAFault) {
+    const TempDir dir;
+    DamagedExport writer(dir.path("r.db"));
+    try {
+        export_text(odd_report_of_samples(150'000), writer);
+        ADD_FAILURE() << "a page is no page";
+    } catch (const DatabaseError& error) {
+        EXPECT_EQ(error.code(), 11); // SQLITE_CORRUPT
+        EXPECT_THAT(error.what(), testing::HasSubstr("the database is damaged: "));
+    }
 }
 
 TEST(SqliteWriter, AFolderIsNoDatabase) {

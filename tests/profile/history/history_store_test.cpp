@@ -3,18 +3,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
-#include <thread>
 
 #include "first_history.h"
+#include "history_fixture.h"
 #include "second_history.h"
 #include "summary_json.h"
-#include "temp_dir.h"
-#include "two_runs.h"
 #include "whole_file.h"
 
 namespace {
@@ -23,22 +18,6 @@ using namespace zan::profile;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// A run that took that many nanoseconds.
-ProfileSummary run_of_time(double time) {
-    ProfileSummary summary;
-    summary.input = "r.json";
-    summary.board = "vela";
-    summary.clock_mhz = 240.5;
-    summary.nanoseconds = 1.0;
-    summary.kernels = {kernel_of("k", {{Metric::kernel_time, time}})};
-    summary.kernels[0].device = 2;
-    return summary;
-}
-
-HistoryEntry entry_of(double time, const std::string& date = "2026-11-22", Labels labels = {}) {
-    return {run_of_time(time), date, std::move(labels)};
-}
-
 std::vector<std::string> dates_of(const std::vector<HistoryRun>& runs) {
     std::vector<std::string> dates;
     for (const HistoryRun& run : runs)
@@ -46,24 +25,7 @@ std::vector<std::string> dates_of(const std::vector<HistoryRun>& runs) {
     return dates;
 }
 
-template <class Work>
-std::string history_fault_of(Work work) {
-    try {
-        work();
-    } catch (const HistoryFault& fault) {
-        return fault.what();
-    }
-    return "no fault";
-}
-
-class History : public testing::Test {
-  protected:
-    std::vector<Added> add(std::vector<HistoryEntry> entries) const {
-        return HistoryStore(path, OpenMode::create).add(entries);
-    }
-    const TempDir dir;
-    const std::string path = dir.path("runs.db");
-};
+using History = HistoryTest;
 
 TEST_F(History, KeepsSummariesAndLabels) {
     EXPECT_THAT(add({entry_of(5, "2026-11-20", {{"commit", "1f3a"}})}), ElementsAre(Added::is_new));
@@ -74,6 +36,19 @@ TEST_F(History, KeepsSummariesAndLabels) {
     EXPECT_EQ(runs[0].labels,
               (Labels{{"board", "vela"}, {"clock", "240.5"}, {"commit", "1f3a"}, {"device", "2"}}));
     EXPECT_EQ(store.summary(runs[0]), run_of_time(5));
+}
+
+TEST_F(History, ARunOfSeveralDevicesIsLabelledWithAll) {
+    ProfileSummary summary = run_of_time(5);
+    for (const int device : {0, 2, 0}) {
+        summary.kernels.push_back(summary.kernels[0]);
+        summary.kernels.back().device = device;
+    }
+    EXPECT_EQ(labels_of(summary).at("device"), "2,0");
+    summary = run_of_time(5);
+    summary.kernels[0].device.reset();
+    summary.clock_mhz.reset();
+    EXPECT_EQ(labels_of(summary), (Labels{{"board", "vela"}}));
 }
 
 TEST_F(History, ARunIsAddedOnce) {
@@ -99,8 +74,20 @@ TEST_F(History, RunsAreFoundByNameAndInTheOrderOfTheirDates) {
     EXPECT_EQ(store.find("last~2").date, "2026-11-20");
     EXPECT_EQ(store.find("commit=b").date, "2026-11-22T09:00:00");
     EXPECT_EQ(store.find(run_id_of(run_of_time(2)).substr(0, 8)).date, "2026-11-20");
-    for (const char* const name : {"last~3", "last~x", "commit=c", "xyz", ""})
+    for (const char* const name : {"last~3", "last~x", "last~1x", "commit=c", "xyz", ""})
         EXPECT_THAT(history_fault_of([&] { store.find(name); }), HasSubstr("there is no run '")) << name;
+}
+
+TEST_F(History, ANameThatSeveralIdsBeginWithIsNoRun) {
+    add({entry_of(1, "2026-11-20"), entry_of(2, "2026-11-21"), entry_of(3, "2026-11-22")});
+    Database(path, OpenMode::write)
+        .execute(
+            "UPDATE run SET id = CASE date WHEN '2026-11-20' THEN 'a1' WHEN '2026-11-21' THEN 'a2' "
+            "ELSE 'b' END");
+    HistoryStore store(path, OpenMode::read);
+    EXPECT_EQ(history_fault_of([&] { store.find("a"); }), path + ": 2 runs begin with 'a'");
+    EXPECT_EQ(store.find("a2").date, "2026-11-21");
+    EXPECT_EQ(store.find("b").date, "2026-11-22");
 }
 
 TEST_F(History, ARemovedRunIsGone) {
@@ -148,6 +135,8 @@ TEST_F(History, ATrendIsOfOneBlockAndSaysIfTheNewestRunHasNone) {
     EXPECT_THAT(values_of_line(line), ElementsAre(28));
     EXPECT_EQ(line.newest_without, run_id_of(run_of_time(2)));
     EXPECT_EQ(store.trend({"k", "", Metric::kernel_time, {}, {}}).newest_without, "");
+    add({entry_of(3, "2026-11-22")}); // which is the newest of the two without the block
+    EXPECT_EQ(store.trend({"k", "b", Metric::stall, {}, {}}).newest_without, run_id_of(run_of_time(3)));
     EXPECT_THAT(store.names("k"), ElementsAre("b"));
 }
 
@@ -173,8 +162,9 @@ TEST_F(History, ATrendOfAnOlderSchemaIsTheSame) {
 TEST_F(History, DatesAreChecked) {
     for (const char* const good : {"2026-11-22", "2026-11-22T23:59:59"})
         EXPECT_EQ(date_fault(good), std::nullopt) << good;
-    for (const char* const bad : {"", "2026-13-01", "2026-11-00", "22.11.2026", "2026-11-22T24:00:00",
-                                  "2026-11-22 09:00:00", "2026-11-2x"})
+    for (const char* const bad :
+         {"", "2026-00-01", "2026-13-01", "2026-11-00", "2026-11-32", "22.11.2026", "2026-11-22T24:00:00",
+          "2026-11-22T23:60:00", "2026-11-22T23:59:60", "2026-11-22 09:00:00", "2026-11-2x"})
         EXPECT_NE(date_fault(bad), std::nullopt) << bad;
 }
 
@@ -257,6 +247,19 @@ TEST_F(History, ASummaryThatCantBeUnpackedIsDamaged) {
               path + ": the summary of " + run.id + " is damaged: it can't be unpacked");
 }
 
+// A text of one byte is stored as it is.
+TEST_F(History, ASummaryThatIsNoJsonIsDamaged) {
+    add({entry_of(1)});
+    Database(path, OpenMode::write).execute("UPDATE summary SET length = 1, packed = CAST('{' AS BLOB)");
+    HistoryStore store(path, OpenMode::read);
+    const HistoryRun run = store.find("last");
+    const auto read = summary_from_json("{");
+    const std::string text = history_fault_of([&] { store.summary(run); });
+    EXPECT_EQ(text,
+              path + ": the summary of " + run.id + " is damaged: " + describe(std::get<SummaryFault>(read)));
+    EXPECT_THAT(text, testing::Not(testing::EndsWith("damaged: ")));
+}
+
 TEST_F(History, WritingBringsAnOlderSchemaUpToDateAfterACopy) {
     make_first_history(path, {run_of_time(5), run_of_time(6)});
     const std::string bytes = read_file(path);
@@ -292,112 +295,6 @@ TEST_F(History, WithoutACopyAnOlderSchemaStaysAsItIs) {
                 HasSubstr("it has version 1"));
     EXPECT_EQ(read_file(path), bytes);
     EXPECT_EQ(HistoryStore(path, OpenMode::read).list().size(), 1u);
-}
-
-// A killed writer leaves the old version, whole, or the new one.
-TEST_F(History, BringingUpToDateIsWholeOrNotThere) {
-    std::vector<ProfileSummary> runs;
-    for (int i = 0; i < 50; ++i)
-        runs.push_back(run_of_time(i + 1));
-    std::size_t num_cut = 0;
-    for (int kill = 0; kill < 40; ++kill) {
-        std::filesystem::remove(path);
-        make_first_history(path, runs);
-        const pid_t writer = ::fork();
-        if (writer == 0) {
-            HistoryStore(path, OpenMode::write, [](const std::string&, const auto&) {});
-            ::_exit(0);
-        }
-        std::this_thread::sleep_for(std::chrono::microseconds(kill * 300));
-        ::kill(writer, SIGKILL);
-        int status = 0;
-        ::waitpid(writer, &status, 0);
-        num_cut += WIFSIGNALED(status) ? 1 : 0;
-        ASSERT_EQ(HistoryStore(path, OpenMode::read).list().size(), 50u);
-        Database database(path, OpenMode::write);
-        if (database.number("PRAGMA user_version") == 3)
-            ASSERT_EQ(database.number("SELECT count(*) FROM value JOIN summary USING (run)"), 50);
-        else
-            ASSERT_EQ(database.number("SELECT count(*) FROM sqlite_schema WHERE name = 'value'"), 0);
-    }
-    EXPECT_GT(num_cut, 2u);
-}
-
-TEST_F(History, WaitsForAnotherWriterAndNamesIt) {
-    add({entry_of(1)});
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    const pid_t writer = ::fork();
-    if (writer == 0) {
-        Database database(path, OpenMode::write);
-        database.execute("BEGIN IMMEDIATE");
-        [[maybe_unused]] const ssize_t written = ::write(ready[1], "x", 1);
-        ::pause();
-        ::_exit(0);
-    }
-    char byte = 0;
-    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
-    HistoryStore store(path, OpenMode::write, {}, 50);
-    const HistoryEntry entry = entry_of(2);
-    EXPECT_EQ(history_fault_of([&] {
-                  store.add({&entry, 1});
-              }),
-              path + ": process " + std::to_string(writer) + " is writing to it; wait for it to end");
-    EXPECT_EQ(store.list().size(), 1u); // readers need not wait
-    ::kill(writer, SIGKILL);
-    ::waitpid(writer, nullptr, 0);
-    EXPECT_THAT(store.add({&entry, 1}), ElementsAre(Added::is_new));
-    ::close(ready[0]);
-    ::close(ready[1]);
-}
-
-TEST_F(History, TwoWritersBothSucceed) {
-    const auto write_runs = [&](int first) {
-        for (int i = 0; i < 20; ++i)
-            add({entry_of(first + i)});
-    };
-    const pid_t other = ::fork();
-    if (other == 0) {
-        write_runs(1000);
-        ::_exit(0);
-    }
-    write_runs(0);
-    int status = -1;
-    ::waitpid(other, &status, 0);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(HistoryStore(path, OpenMode::read).list().size(), 40u);
-}
-
-// A writer that is killed at any point leaves the runs before it, and its own whole or not at all.
-TEST_F(History, NothingIsLostByKills) {
-    add({entry_of(1e6)});
-    std::size_t num_before = 1;
-    std::size_t num_cut = 0;
-    for (int kill = 0; kill < 200; ++kill) {
-        const pid_t writer = ::fork();
-        if (writer == 0) {
-            for (int i = 0; i < 3; ++i)
-                add({entry_of(kill * 10 + i, "2026-11-22", {{"a", "1"}}),
-                     entry_of(kill * 10 + i + 5, "2026-11-22", {{"a", "1"}})});
-            ::_exit(0);
-        }
-        std::this_thread::sleep_for(std::chrono::microseconds(kill * 100));
-        ::kill(writer, SIGKILL);
-        int status = 0;
-        ::waitpid(writer, &status, 0);
-        num_cut += WIFSIGNALED(status) ? 1 : 0;
-        HistoryStore store(path, OpenMode::read);
-        const std::size_t num_runs = store.list().size();
-        ASSERT_GE(num_runs, num_before);
-        ASSERT_EQ(num_runs % 2, 1u) << "half of a change, after kill " << kill;
-        ASSERT_EQ(store.list({{"a", "1"}}).size(), num_runs - 1);
-        num_before = num_runs;
-    }
-    EXPECT_GT(num_cut, 20u);
-    EXPECT_EQ(Database(path, OpenMode::read)
-                  .number("SELECT count(*) FROM pragma_integrity_check "
-                          "WHERE integrity_check <> 'ok'"),
-              0);
 }
 
 } // namespace

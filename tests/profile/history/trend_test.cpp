@@ -74,7 +74,7 @@ TEST(Trend, ALimitIsAShareWithItsSign) {
     EXPECT_EQ(percent_of_limit("+0.5%"), 0.5);
     EXPECT_EQ(percent_of_limit("+0%"), 0);
     for (const char* const bad :
-         {"", "5%", "-5%", "+5", "+%", "+-5%", "+5 %", "+nan%", "+inf%", "+1e999%", "+5%%"})
+         {"", "5%", "-5%", "10%", "+5", "+10", "+%", "+-5%", "+5 %", "+nan%", "+inf%", "+1e999%", "+5%%"})
         EXPECT_EQ(percent_of_limit(bad), std::nullopt) << bad;
 }
 

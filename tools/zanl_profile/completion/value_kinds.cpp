@@ -58,7 +58,9 @@ constexpr ValueRow value_rows[] = {
 };
 
 bool is_below(std::string_view command, std::string_view other) {
-    return other.empty() || command == other || command.starts_with(std::string(other) + " ");
+    if (other.empty() || command == other)
+        return true;
+    return command.starts_with(other) && command[other.size()] == ' ';
 }
 
 // Of blocks, or also of kernels.

@@ -235,9 +235,10 @@ std::optional<std::string> text_of_place(const TrendView& view, std::string_view
         return page_text(view.database);
     if (place == "sentence") {
         const std::string sentence = trend_sentence(view);
-        return sentence.empty() ? ""
-                                : element("p", {{"class", view.fails() ? "sentence of-cause" : "sentence"}},
-                                          html_text(sentence));
+        if (sentence.empty())
+            return "";
+        const char* const look = view.fails() ? "sentence of-cause" : "sentence";
+        return element("p", {{"class", look}}, html_text(sentence));
     }
     if (place == "chart")
         return TrendChart(view).svg();

@@ -21,9 +21,9 @@ namespace {
 
 constexpr double widest_bar = 12; // columns
 
-// The greatest value has a bar of the full width; what is above 0 has at least the smallest one.
+// The greatest of all values has a bar of the full width; what is above 0 has at least the smallest one.
 std::string bar_of(double value, double greatest, bool has_utf8) {
-    if (!(value > 0) || !(greatest > 0))
+    if (!(value > 0))
         return {};
     constexpr const char* eighths[] = {"", "▏", "▎", "▍", "▌", "▋", "▊", "▉"};
     constexpr long steps = static_cast<long>(std::size(eighths));
@@ -114,7 +114,9 @@ std::string change_text(const TrendView& view) {
 
 std::string label_text(const TrendView& view, const HistoryRun& run) {
     const auto found = run.labels.find(view.label);
-    return found == run.labels.end() || found->second.empty() ? "-" : found->second;
+    if (found == run.labels.end() || found->second.empty())
+        return "-";
+    return found->second;
 }
 
 std::string trend_sentence(const TrendView& view) {
@@ -155,7 +157,9 @@ std::string trend_text(const TrendView& view, bool has_utf8, bool colors) {
         text += line + "\n";
     }
     const std::string sentence = trend_sentence(view);
-    return sentence.empty() ? text : text + styled(sentence, style, colors) + "\n";
+    if (!sentence.empty())
+        text += styled(sentence, style, colors) + "\n";
+    return text;
 }
 
 void print_trend_json(const TrendView& view, TextTarget target) {

@@ -360,6 +360,17 @@ TEST_F(CheckCommand, CounterCount) {
                  "    use the package that this run was started with\n");
 }
 
+// Up to five lines are all named.
+TEST_F(CheckCommand, LinesOfAFaultAreNamed) {
+    design(three_units());
+    const std::string line = "0,0,aggregate,0,1000,-1,4,100,100,90,90\n";
+    expect_among(line + line,
+                 "error   [counter-count] p.mon:1: aggregate has 4 counters here, the design has 6\n"
+                 "    0,0,aggregate,0,1000,-1,4,100,100,90,90\n"
+                 "    2 lines: 1, 2; 4 is 2 compute units, the design has 3\n"
+                 "    use the package that this run was started with\n");
+}
+
 TEST_F(CheckCommand, CounterCountOfSharedCounters) {
     // One field for the clock, and one that two counters share.
     design(Description()
@@ -529,6 +540,45 @@ TEST_F(CheckCommand, Json) {
 }
 )",
                                                                     "", "1"}));
+}
+
+// Without a capture no lines are read; a place in XML has a column.
+TEST_F(CheckCommand, JsonOfAPackage) {
+    design_with(".zan.profiler.xml", "<PROFILER>\n  <FUNCTION_LIST>\n</PROFILER>\n");
+    EXPECT_EQ(run({"check", "--json", "d.zanx"}), (Outcome{R"json({
+    "schema": "zanl-profile/check",
+    "schema_version": 1,
+    "package": "d.zanx",
+    "errors": 1,
+    "warnings": 0,
+    "notes": 0,
+    "findings": [
+        {
+            "level": "error",
+            "code": "not-xml",
+            "file": "d.zanx",
+            "section": ".zan.profiler.xml",
+            "line": 2,
+            "column_bytes": 3,
+            "message": "it is no XML: XMLElement name=FUNCTION_LIST (XML_ERROR_MISMATCHED_ELEMENT)",
+            "count": 1,
+            "line_text": "  <FUNCTION_LIST>",
+            "advice": "correct the description, or have the package made again"
+        }
+    ]
+}
+)json",
+                                                           "", "1"}));
+}
+
+TEST_F(CheckCommand, JsonHasTheDetailOfAFinding) {
+    design(with_load({"ivalid"}));
+    write("p.mon", "0,0,k,0,1000,-1,2,100,35\n");
+    EXPECT_THAT(run({"check", "--json", "d.zanx", "p.mon"}).out,
+                HasSubstr("            \"message\": \"k: no counter measures all cycles of 1 block\",\n"
+                          "            \"count\": 1,\n"
+                          "            \"detail\": \"measured: load (35%)\",\n"
+                          "            \"advice\": \"take such a 0 for unknown\"\n"));
 }
 
 TEST_F(CheckCommand, ColorsAreForLevels) {

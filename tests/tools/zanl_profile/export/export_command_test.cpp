@@ -176,6 +176,8 @@ TEST_F(ExportCommand, RefusesWhatHasNoSamples) {
               trouble("export takes one run, not 2"));
     EXPECT_EQ(run({"export", "none.json", "--to", "sqlite", "-o", "out"}),
               trouble("none.json: No such file or directory"));
+    EXPECT_EQ(run({"export", "d.zanx", "--to", "csv", "-o", "out"}),
+              trouble("d.zanx: a package needs its capture after it"));
     EXPECT_FALSE(exists("out"));
 }
 
@@ -194,6 +196,8 @@ TEST_F(ExportCommand, ReadsStandardInputAndNumbersItsRun) {
     ASSERT_EQ(shell("$T export - --to csv --run-id 12 -o out < r.json"), silent_success);
     EXPECT_THAT(read("out/run.csv"), HasSubstr("\r\n12,1,'-,")); // guarded, as any text
     EXPECT_THAT(read("out/kernel.csv"), HasSubstr("\r\n12,1,"));
+    ASSERT_EQ(shell("$T export - --to csv --raw -o raw < r.json"), silent_success);
+    EXPECT_THAT(read("raw/run.csv"), HasSubstr("\r\n1,1,-,"));
 }
 
 TEST_F(ExportCommand, AFullDiskLeavesNothing) {

@@ -85,6 +85,26 @@ TEST_F(HistoryCommand, ABadFileIsSkipped) {
     EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("base.json"));
 }
 
+std::string utc_text(std::time_t time) {
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::gmtime(&time))};
+}
+
+// By default it is that of the file that the run has written, in universal time; '-' is no file, even if
+// there is one of that name.
+TEST_F(HistoryCommand, ARunHasTheDateOfItsFile) {
+    const std::string before = utc_text(std::time(nullptr));
+    ASSERT_EQ(shell("touch -d 2026-11-19T07:08:09Z base.json ./-; export TZ=Asia/Tokyo; "
+                    "$T history add h.db base.json -q; $T history add h.db - -q <new.json"),
+              silent_success);
+    const std::string after = utc_text(std::time(nullptr));
+    EXPECT_THAT(history({"show", "h.db", "last~1"}).out, HasSubstr("\ndate   2026-11-19T07:08:09\n"));
+    const std::string piped = history({"show", "h.db", "last"}).out;
+    const std::string date = piped.substr(piped.find("\ndate   ") + 8, before.size());
+    EXPECT_LE(before, date);
+    EXPECT_LE(date, after);
+}
+
 PackageSections sections_of_sample(const std::string& name) {
     PackageSections sections;
     const auto folder = std::filesystem::path(ZAN_SAMPLES_FOLDER) / name / "sections";
@@ -119,6 +139,27 @@ TEST_F(HistoryCommand, ARunIsTheSameHoweverItIsRead) {
     add("image_pipeline", sections, true);
 }
 
+// An empty line is skipped; a package has its capture after a tab. The date is that of the capture.
+TEST_F(HistoryCommand, LinesOfAListAreInputs) {
+    make("d.zanx", sections_of_sample("vector_add"));
+    write("d.mon", read_file(std::filesystem::path(ZAN_SAMPLES_FOLDER) / "vector_add/profile.mon"));
+    const Outcome outcome = shell(
+        "touch -d 2026-11-18Z d.zanx; touch -d 2026-11-19T07:08:09Z d.mon; "
+        "printf 'base.json\\n\\nd.zanx\\td.mon\\n' | $T history add h.db --from-list -");
+    EXPECT_THAT(outcome.err, testing::MatchesRegex("[0-9a-f]{12}  base.json: added\n"
+                                                   "[0-9a-f]{12}  d.zanx: added\n"));
+    EXPECT_EQ(outcome.status, "0");
+    EXPECT_THAT(history({"list", "h.db"}).out, HasSubstr("  2026-11-19T07:08:09  d.zanx"));
+}
+
+// To SQLite ":memory:" is no file.
+TEST_F(HistoryCommand, AHistoryMayHaveAnyName) {
+    ASSERT_EQ(history({"add", ":memory:", "base.json", "-q"}), silent_success);
+    EXPECT_TRUE(exists(":memory:"));
+    EXPECT_THAT(history({"list", ":memory:"}).out, HasSubstr("base.json"));
+    EXPECT_EQ(history({"list", ":memory:", "--where", "commit=none"}), silent_success);
+}
+
 TEST_F(HistoryCommand, DiffIsThatOfTheFiles) {
     add_both();
     const Outcome outcome =
@@ -138,6 +179,10 @@ TEST_F(HistoryCommand, WrongUseIsTrouble) {
               trouble("--date: a date is YYYY-MM-DD, or YYYY-MM-DDTHH:MM:SS"));
     EXPECT_EQ(history({"add", "h.db", "base.json", "--label", "x"}),
               trouble("--label takes NAME=VALUE, not 'x'"));
+    EXPECT_EQ(history({"add", "h.db", "base.json", "d.zanx"}),
+              trouble("d.zanx: a package needs its capture after it"));
+    EXPECT_EQ(history({"add", "h.db", "--from-list", "names"}),
+              trouble("--from-list takes '-', standard input, not 'names'"));
     EXPECT_EQ(history({"list", "base.json"}), trouble("base.json: it is no history"));
     EXPECT_FALSE(exists("h.db"));
 }
@@ -171,14 +216,21 @@ TEST_F(HistoryCommand, AnOlderVersionIsBroughtUpToDateAfterACopy) {
 }
 
 TEST_F(HistoryCommand, AFileWhereTheCopyBelongsIsKept) {
-    make_first_history(dir.path("h.db"), {slower_writer().before});
+    zan::profile::ProfileSummary long_run = slower_writer().before;
+    long_run.zanx_version.assign(600'000, 'v'); // so that the copy is compared in several pieces
+    make_first_history(dir.path("h.db"), {long_run});
     const std::string bytes = read("h.db");
-    write("h.db.bak", "mine");
-    EXPECT_EQ(history({"remove", "h.db", "last"}),
-              trouble("'h.db' is of an older version, and 'h.db.bak', where a copy of it is kept, is taken; "
-                      "move that file away"));
-    EXPECT_EQ(read("h.db"), bytes);
-    EXPECT_EQ(read("h.db.bak"), "mine");
+    std::string other = bytes;
+    other.back() ^= 1;
+    for (const std::string& taken : {std::string("mine"), bytes + "x", other}) {
+        write("h.db.bak", taken);
+        EXPECT_EQ(
+            history({"remove", "h.db", "last"}),
+            trouble("'h.db' is of an older version, and 'h.db.bak', where a copy of it is kept, is taken; "
+                    "move that file away"));
+        EXPECT_EQ(read("h.db"), bytes);
+        EXPECT_EQ(read("h.db.bak"), taken);
+    }
     write("h.db.bak", bytes); // of a change that was interrupted
     EXPECT_EQ(history({"remove", "h.db", "last"}).status, "0");
     EXPECT_EQ(read("h.db.bak"), bytes);

@@ -94,6 +94,26 @@ TEST(TrendPage, AFailureIsMarkedAndTheLimitShown) {
     EXPECT_EQ(count_of(page, "<tr"), 7u); // and the head
 }
 
+// Of a bandwidth less is worse, so its limit is below the median: 100 - 50% of 100. One run has no median.
+TEST(TrendPage, TheLimitIsOnTheWorseSide) {
+    TrendView view = view_of_values({100, 100, 100, 100, 100, 100});
+    view.metric = &row_of(Metric::bandwidth);
+    view.limit = 50;
+    EXPECT_THAT(trend_page(view), HasSubstr(">limit 50 MB/s</text>"));
+    view.line.points.resize(1);
+    view.statistics.reset();
+    EXPECT_THAT(trend_page(view), Not(HasSubstr(">limit ")));
+}
+
+// The values have a range of 30, and the chart one of 33, a fifth of which is 6.6: more than 5, so lines are
+// 10 apart.
+TEST(TrendPage, LinesMayBeAPowerOfTenApart) {
+    const std::string page = trend_page(view_of_values({40, 70}));
+    EXPECT_EQ(count_of(page, "<line class=\"grid\""), 4u);
+    for (const char* const label : {">40.0%</text>", ">50.0%</text>", ">60.0%</text>", ">70.0%</text>"})
+        EXPECT_THAT(page, HasSubstr(label));
+}
+
 // Above 500 points only the newest is marked.
 TEST(TrendPage, ManyRunsAreALine) {
     const std::string page = trend_page(view_of_values(std::vector<double>(600, 3)));

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 using namespace zan::tool;
@@ -32,6 +34,7 @@ TEST(TrendView, ADeviationIsInTheUnitOfItsMedian) {
     EXPECT_EQ(deviation_text(view_of(Metric::bandwidth, {}), 250, 12'267), "250");
     EXPECT_EQ(deviation_text(view_of(Metric::moved, {}), 20'000, 1.28e6), "0.02");
     EXPECT_EQ(deviation_text(view_of(Metric::stall, {}), 0.4, 0), "0.4");
+    EXPECT_EQ(deviation_text(view_of(Metric::stall, {}), 0.4, -28), "0.4");
 }
 
 // The greatest value has 12 columns: 6 is half of 12, and 0.1 still has the smallest bar.
@@ -50,6 +53,69 @@ TEST(TrendView, BarsAreInProportion) {
               "2026-11-22  -   1.0%  █             -5.0 points\n"
               "median of the 2 runs before 6.0% (deviation 0.0)\n");
     EXPECT_THAT(trend_text(view_of(Metric::stall, {12, 0.66}), true, false), testing::HasSubstr("  ▋"));
+    // Nothing stands after a value of 0.
+    EXPECT_EQ(trend_text(view_of(Metric::stall, {0, 12}), false, false),
+              "2026-11-20  -   0.0%\n"
+              "2026-11-21  -  12.0%  ############  +12.0 points\n"
+              "median of the 1 run before 0.0% (deviation 0.0)\n");
+}
+
+TEST(TrendView, ALabelWithoutATextIsADash) {
+    const TrendView view = view_of(Metric::stall, {1});
+    HistoryRun run = view.line.points[0].run;
+    EXPECT_EQ(label_text(view, run), "-");
+    run.labels["commit"] = "";
+    EXPECT_EQ(label_text(view, run), "-");
+    run.labels["commit"] = "1f3a";
+    EXPECT_EQ(label_text(view, run), "1f3a");
+}
+
+std::string json_of(const TrendView& view) {
+    std::string text;
+    print_trend_json(view, [&](std::string_view piece) { text += piece; });
+    return text;
+}
+
+// One run has no median, and without a limit there is no verdict. JSON has no number for what isn't finite.
+TEST(TrendView, WhatIsNotKnownIsNullInJson) {
+    TrendView view = view_of(Metric::kernel_time, {std::numeric_limits<double>::infinity()});
+    EXPECT_EQ(json_of(view), R"({
+    "schema": "zanl-profile/history-trend",
+    "schema_version": 1,
+    "subject": "k",
+    "metric": "kernel_time",
+    "runs": [
+        {
+            "id": "id",
+            "date": "2026-11-20",
+            "labels": {},
+            "value_ns": null
+        }
+    ],
+    "runs_before": 0,
+    "median_ns": null,
+    "deviation_ns": null,
+    "change_percent": null
+}
+)");
+}
+
+// 6 runs of 4 and one of 3 are 25% less; of a median of 0 there is no share.
+TEST(TrendView, AChangeInJsonIsAShareOfTheMedian) {
+    TrendView view = view_of(Metric::stall, {4, 4, 4, 4, 4, 4, 3});
+    view.limit = 5;
+    view.verdict = judge(view.statistics, view.metric->better, *view.limit);
+    EXPECT_THAT(json_of(view), testing::HasSubstr("    \"runs_before\": 6,\n"
+                                                  "    \"median_percent\": 4.0,\n"
+                                                  "    \"deviation_percent\": 0.0,\n"
+                                                  "    \"change_percent\": -25.0,\n"
+                                                  "    \"limit_percent\": 5.0,\n"
+                                                  "    \"verdict\": \"holds\"\n}"));
+    EXPECT_THAT(json_of(view_of(Metric::stall, {0, 0, 3})),
+                testing::HasSubstr("    \"runs_before\": 2,\n"
+                                   "    \"median_percent\": 0.0,\n"
+                                   "    \"deviation_percent\": 0.0,\n"
+                                   "    \"change_percent\": null\n}"));
 }
 
 TEST(TrendView, OneRunHasNoMedian) {

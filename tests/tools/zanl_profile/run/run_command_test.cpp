@@ -25,6 +25,9 @@ TEST_F(RunCommand, WritesTheReportAndTheNumbersOfLines) {
     EXPECT_EQ(shell("$T run -q - p.mon - < d.zanx"), (Outcome{read("r.json"), "", "0"}));
     EXPECT_EQ(shell("cat d.zanx | $T run -q - p.mon -"), (Outcome{read("r.json"), "", "0"}));
     EXPECT_EQ(shell("cat p.mon | $T run -q d.zanx - -"), (Outcome{read("r.json"), "", "0"}));
+    EXPECT_EQ(shell("$T run -q d.zanx p.mon - | cat"), (Outcome{read("r.json"), "", "0"}));
+    EXPECT_EQ(shell("TMPDIR=none $T run -q d.zanx p.mon -"),
+              trouble("can't make a temporary file: No such file or directory"));
 }
 
 TEST_F(RunCommand, ReportsFaultsWithTheirLines) {
@@ -110,6 +113,8 @@ TEST_F(RunCommand, RefusesAReportThatIsAnInput) {
               trouble("the report 'hard' is the same file as the package 'd.zanx'"));
     EXPECT_EQ(shell("$T run d.zanx p.mon - >> p.mon"),
               trouble("the report '-' is the same file as the capture 'p.mon'"));
+    // What isn't a file loses nothing.
+    EXPECT_EQ(shell("$T run -q d.zanx - - </dev/null >/dev/null"), silent_success);
     EXPECT_EQ(read("p.mon"), two_good_lines);
     EXPECT_EQ(read("d.zanx"), package);
     EXPECT_EQ(run({"run", "-", "-", "r.json"}),
