@@ -198,6 +198,13 @@ TEST_F(ViewCommand, WhatIsNoReportIsRefused) {
     EXPECT_EQ(run({"view", "s.json", "-o", "r.html"}),
               trouble("s.json: a saved summary has no samples; name the report"));
     EXPECT_EQ(run({"view", "r.json", "r.json", "-o", "r.html"}), trouble("a page shows one run, not 2"));
+    EXPECT_EQ(run({"view", "d.zanx", "-o", "r.html"}),
+              trouble("d.zanx: a package needs its capture after it"));
+    EXPECT_EQ(run({"view", "r.json", "--base", "d.zanx", "-o", "r.html"}),
+              trouble("d.zanx: a package needs its capture after it"));
+    EXPECT_EQ(run({"view", "r.json", "--base", "r.json", "--base", "r.json", "-o", "r.html"}),
+              trouble("a page shows one base, not 2"));
+    EXPECT_FALSE(exists("r.html"));
 }
 
 TEST_F(ViewCommand, APageThatCannotBeWrittenLeavesTheOldOne) {
