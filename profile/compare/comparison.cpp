@@ -6,6 +6,7 @@
 
 #include "kernel_label.h"
 #include "matching.h"
+#include "source_place.h"
 
 namespace zan::profile {
 
@@ -229,10 +230,6 @@ std::string label_of(const SubjectComparison& subject) {
             break;
     }
     return subject.kernel + "/" + subject.name;
-}
-
-std::string source_place_text(const SourcePlace& place) {
-    return place.line > 0 ? place.file + ":" + std::to_string(place.line) : place.file;
 }
 
 } // namespace zan::profile

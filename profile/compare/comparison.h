@@ -88,7 +88,4 @@ RunComparison compare(const ProfileSummary& before, const ProfileSummary& after,
 // "writer", "writer/store_pixels", "HBM0", "run".
 std::string label_of(const SubjectComparison& subject);
 
-// "device/image.cl:34"; the file alone without a line.
-std::string source_place_text(const SourcePlace& place);
-
 } // namespace zan::profile

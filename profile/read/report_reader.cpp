@@ -11,6 +11,8 @@
 
 #include <rapidjson/error/en.h>
 
+#include <cctype>
+
 #include "packed_numbers.h"
 #include "plain_members.h"
 #include "text_pieces.h"
@@ -230,12 +232,11 @@ class NodeEvents {
     std::optional<ReportFault> m_fault;
 };
 
+// RapidJSON's texts are sentences; this is one without its point and its capital letter.
 std::string parse_error_text(rapidjson::ParseErrorCode code) {
     std::string text = rapidjson::GetParseError_En(code);
-    if (!text.empty() && text.back() == '.')
-        text.pop_back();
-    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z')
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
+    text.erase(text.find_last_not_of('.') + 1);                                     // npos + 1 is 0
+    text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0]))); // 0 stays 0
     return text;
 }
 

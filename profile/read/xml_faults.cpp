@@ -32,24 +32,23 @@ void set_place(Fault& fault, std::string_view text, int line, std::size_t offset
 // A message without its frame: the line "Error in '[mem]', line 3", and the newline at its end.
 std::string_view rule_of(std::string_view error) {
     error.remove_prefix(std::min(error.find('\n'), error.size() - 1) + 1);
-    const std::size_t end = error.find_last_not_of(" \n");
-    return error.substr(0, end == std::string_view::npos ? 0 : end + 1);
+    return error.substr(0, error.find_last_not_of(" \n") + 1); // npos + 1 is 0
 }
 
 // "XML error: NAME, Error=NAME ErrorID=14 (0xe) Line number=3: what" to "it is no XML: what (NAME)".
 std::string syntax_message(std::string_view error) {
     constexpr std::string_view head = "XML error: ";
     constexpr std::string_view line_word = "Line number=";
-    const std::size_t comma = error.find(',');
-    if (!error.starts_with(head) || comma == std::string_view::npos)
-        return "it is no XML";
-    const std::string name(error.substr(head.size(), comma - head.size()));
+    error.remove_prefix(std::min(head.size(), error.size()));
+    const std::string_view name = error.substr(0, error.find(','));
     std::string_view what = error.substr(std::min(error.find(line_word), error.size()));
     const std::size_t colon = what.find(": ");
     what = colon == std::string_view::npos ? std::string_view() : what.substr(colon + 2);
     what = what.substr(0, what.find('\n'));
-    return what.empty() ? "it is no XML (" + name + ")"
-                        : "it is no XML: " + std::string(what) + " (" + name + ")";
+    std::string message = "it is no XML";
+    if (!what.empty())
+        message.append(": ").append(what);
+    return message.append(" (").append(name).append(")");
 }
 
 // Contracts that texts can break.

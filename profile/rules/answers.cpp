@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "block_facts.h"
+#include "source_place.h"
 #include "tly_constants.h"
 
 namespace zan::profile {
@@ -91,21 +92,15 @@ double unknown_blocks(const std::vector<const KernelSummary*>& team, double stal
     return unknown;
 }
 
-std::string answer_place(const SourcePlace& place) {
-    if (place.file.empty())
-        return {};
-    return place.line > 0 ? place.file + ":" + std::to_string(place.line) : place.file;
-}
-
 void add_culprit_facts(const KernelSummary& kernel, const BlockSummary& block, Facts& facts) {
     facts[Fact::has_culprit] = 1;
     facts[FactText::culprit] = kernel.name + "/" + block.name;
     if (block.sources.empty() || block.sources.front().empty())
         return;
     const CallChain& chain = block.sources.front();
-    facts[FactText::place] = answer_place(chain.front());
+    facts[FactText::place] = source_place_text(chain.front());
     if (chain.size() > 1)
-        facts[FactText::caller] = answer_place(chain.back());
+        facts[FactText::caller] = source_place_text(chain.back());
     if (block.sources.size() > 1)
         facts[Fact::more_places] = static_cast<double>(block.sources.size() - 1);
 }

@@ -50,6 +50,9 @@ struct StreamKernel {
     int shared = -1;
     bool autorun = false;
     int device = 0;
+    int compute_unit = 0;
+    int line = 1;
+    bool has_start = true;
 };
 
 struct StreamTransfer {
@@ -135,13 +138,14 @@ inline void write_stream_kernel(ReportSink& sink, const StreamKernel& kernel) {
     sink.open({}, Form::object);
     sink.text("type", "kernel");
     sink.text("name", kernel.name);
-    sink.text("compute_unit", "0");
+    sink.number("compute_unit", kernel.compute_unit);
     sink.open("sourcefile", Form::object);
     sink.text("filename", kernel.name + ".cl");
-    sink.text("line", "1");
+    sink.number("line", kernel.line);
     sink.close();
     write_array(sink, "device_ids", std::vector<int>(kernel.stamps.size(), kernel.device));
-    sink.number("start_time", kernel.start);
+    if (kernel.has_start)
+        sink.number("start_time", kernel.start);
     if (!kernel.stamps.empty())
         sink.number("end_time", kernel.stamps.back());
     sink.number("num_samples", kernel.stamps.size());

@@ -43,7 +43,7 @@ TEST_F(CaptureChecks, GoodLinesShowNothing) {
 
 TEST_F(CaptureChecks, LinesThatAreLeftOutShowNothingHere) {
     EXPECT_THAT(codes({"0,0,k,0,10,-1,1,5", "", "1,2", "0,0,k", "0,0,other,9,1,-1,1,1", "0,0,k,x,1,-1,1,1",
-                       "0,0,k,0,10,-1,3,5", "0,0,.reprogram,x,1"}),
+                       "0,0,k,0,10,-1,3,5", "0,0,.reprogram,x,1", "0,0,.reprogram,5,x", "0,0,.reprogram,5"}),
                 IsEmpty());
 }
 

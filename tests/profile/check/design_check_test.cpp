@@ -49,6 +49,24 @@ TEST(DesignCheck, WidthsOfBlocksThatNeedOne) {
                                                      "no-width: shown/channel has the width ''"));
 }
 
+TEST(DesignCheck, BothEndsOfAChannelNeedAWidth) {
+    Description description;
+    description.function("k").module("kdl_iowr", {"idle"}).module("kdl_iord", {"chread_idle"});
+    description.inst("k", "out", "kdl_iowr").connect("k", "out", "idle");
+    description.inst("k", "in", "kdl_iord").connect("k", "in", "chread_idle");
+    EXPECT_THAT(codes(description, "1"),
+                ElementsAre("no-width: k/out has the width ''", "no-width: k/in has the width ''"));
+}
+
+// What counts for the whole kernel is no access, whatever its memory is called.
+TEST(DesignCheck, AKernelsOwnInstancesNeedNoWidth) {
+    Description description;
+    description.function("k").module("m", {"ivalid"});
+    for (const char* name : {"k_function_inst", "k_function_wrapper_inst", "other_function_inst"})
+        description.inst("k", name, "m", "__global;read;x;DDR;;;x").connect("k", name, "ivalid");
+    EXPECT_THAT(codes(description, "1"), ElementsAre("no-width: k/other_function_inst has the width ''"));
+}
+
 TEST(DesignCheck, SeveralComputeUnits) {
     EXPECT_THAT(codes(Description().function("one").function("three", "", 3), "1"),
                 ElementsAre("compute-units: three has 3 compute units"));

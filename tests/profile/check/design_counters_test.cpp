@@ -35,6 +35,10 @@ TEST(DesignCounters, CountTheFieldsOfAllUnits) {
     EXPECT_EQ(DesignCounters::reason(*k, 4), "4 is 2 compute units, the design has 3");
     EXPECT_EQ(DesignCounters::reason(*k, 2), "2 is 1 compute unit, the design has 3");
     EXPECT_EQ(DesignCounters::reason(*k, 5), "");
+    EXPECT_EQ(DesignCounters::reason(*k, 6), "") << "as many as there are";
+    LineCounters odd = *k;
+    odd.num_fields = 7;
+    EXPECT_EQ(DesignCounters::reason(odd, 4), "") << "units that aren't alike";
     EXPECT_EQ(DesignCounters::reason(*k, 0), "");
 }
 
@@ -52,6 +56,8 @@ TEST(DesignCounters, SharedOnesTakeOneField) {
     EXPECT_EQ(k.num_unshared, 3); // the clock, valid and idle cycles
     EXPECT_TRUE(k.shares);
     EXPECT_EQ(DesignCounters::reason(k, 3), "3 is what it has without shared counters");
+    EXPECT_EQ(DesignCounters::reason(k, 4), "4 is 2 compute units, the design has 1");
+    EXPECT_EQ(DesignCounters::reason(k, 5), "");
 }
 
 TEST(DesignCounters, ThoseOfAutorunKernelsStandOnTheLinesOfThePseudoKernel) {

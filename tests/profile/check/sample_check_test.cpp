@@ -27,7 +27,8 @@ class SampleChecks : public testing::Test {
     }
     // An invocation from 0 on, and of block b its valid, stalled and idle cycles.
     void invocation(const Values& times, const Values& cycles, const Values& valid, const Values& stalls,
-                    const Values& idle, const char* shared = "-1", const char* autorun = "false") {
+                    const Values& idle, const char* shared = "-1", const char* autorun = "false",
+                    const char* block = "b") {
         m_check.open("kernels", Form::object);
         m_check.open("nodes", Form::array);
         m_check.open({}, Form::object);
@@ -39,7 +40,7 @@ class SampleChecks : public testing::Test {
         m_check.text("is_autorun", autorun);
         m_check.open("children", Form::array);
         m_check.open({}, Form::object);
-        m_check.text("name", "b");
+        m_check.text("name", block);
         m_check.open("module_inst_details", Form::object);
         add("occupancy_samples", valid);
         add("stall_samples", stalls);
@@ -85,6 +86,8 @@ TEST_F(SampleChecks, SumsOverAllSamplesCount) {
 TEST_F(SampleChecks, WhatWasNotMeasuredIsLeftOut) {
     invocation({1000}, {100}, {60}, {50}, {20}, "0"); // shared counters
     invocation({1000}, {100}, {-1}, {150}, {20});
+    invocation({1000}, {100}, {60}, {-1}, {150});
+    invocation({1000}, {100}, {60}, {150}, {-1});
     invocation({1000}, {0}, {60}, {50}, {20});
     invocation({1000}, {100, 100}, {60}, {50}, {20}); // two counters of the clock
     EXPECT_THAT(findings(), IsEmpty());
@@ -133,6 +136,58 @@ struct TwoOfAKind : SampleChecks {
 
 TEST_F(TwoOfAKind, TheirSumMayExceedTheCycles) {
     invocation({1000}, {100}, {160}, {20}, {10});
+    EXPECT_THAT(findings(), IsEmpty());
+}
+
+struct TwoOfStalls : SampleChecks {
+    TwoOfStalls() : SampleChecks(design({"ivalid", "memorystalls", "chread_fifo_stall", "idle"})) {}
+};
+
+TEST_F(TwoOfStalls, TheirSumMayExceedTheCycles) {
+    invocation({1000}, {100}, {20}, {160}, {10});
+    EXPECT_THAT(findings(), IsEmpty());
+}
+
+TEST_F(SampleChecks, ListsOutsideOfKernelsAreSkipped) {
+    invocation({1000}, {100}, {50}, {30}, {20});
+    const Values numbers = {80};
+    m_check.text("name", "k");
+    m_check.array("sample_timestamps", std::span<const long long>(numbers));
+    m_check.open("memtransfers", Form::object);
+    m_check.open("nodes", Form::array);
+    m_check.open({}, Form::object);
+    m_check.text("name", "k");
+    m_check.array("sample_timestamps", std::span<const long long>(numbers));
+    for (int i = 0; i < 3; ++i)
+        m_check.close();
+    EXPECT_THAT(findings(), IsEmpty());
+}
+
+// Seven blocks, of which five are listed.
+struct ManyBlocks : SampleChecks {
+    ManyBlocks() : SampleChecks(seven()) {}
+    static Description seven() {
+        Description description = Description().function("k").module("m", {"ivalid"});
+        for (const char* name : {"a", "b", "c", "d", "e", "f", "g"})
+            description.inst("k", name, "m", "x").connect("k", name, "ivalid");
+        return description;
+    }
+};
+
+TEST_F(ManyBlocks, OfThoseWithUncountedCyclesTheFirstAreListed) {
+    for (const char* name : {"a", "b", "c", "d", "e", "f", "g"})
+        invocation({1000}, {100}, {70}, {}, {}, "-1", "false", name);
+    EXPECT_THAT(findings(),
+                ElementsAre("uncounted: k: no counter measures all cycles of 7 blocks; measured: a (70%), "
+                            "b (70%), c (70%), d (70%), e (70%), ..."));
+}
+
+struct TwoOfIdle : SampleChecks {
+    TwoOfIdle() : SampleChecks(design({"ivalid", "memorystalls", "idle", "chread_idle"})) {}
+};
+
+TEST_F(TwoOfIdle, TheirSumMayExceedTheCycles) {
+    invocation({1000}, {100}, {20}, {10}, {160});
     EXPECT_THAT(findings(), IsEmpty());
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "source_place.h"
 #include "two_runs.h"
 
 using namespace zan::profile;
@@ -199,6 +200,54 @@ TEST(Comparison, TransfersAreMatchedByKindAndQueue) {
     EXPECT_EQ(comparison.transfers[1].after->num, 4u);
     EXPECT_EQ(comparison.transfers[2].queue, 1);
     EXPECT_EQ(comparison.transfers[2].after, nullptr);
+}
+
+// An inlined call may be all that is known of a block, or nothing of it.
+TEST(Comparison, ABlockWithoutAPlaceIsMatchedByItsName) {
+    BlockSummary before = block_of("b", {{Metric::stall, 10}});
+    BlockSummary after = block_of("b", {{Metric::stall, 20}}, 9);
+    for (const std::vector<CallChain>& unknown :
+         {std::vector<CallChain>{}, std::vector<CallChain>{{}}, std::vector<CallChain>{{{"", 9, 5}}}}) {
+        before.sources = unknown;
+        const ProfileSummary old_run = run_of({kernel_of("k", {}, {before})});
+        const ProfileSummary new_run = run_of({kernel_of("k", {}, {after})});
+        EXPECT_EQ(lines_of(old_run, new_run, MatchBy::source), Lines{"k/b: stall 10 -> 20 worse"});
+        EXPECT_FALSE(compare(old_run, new_run).subjects.at(2).has_moved());
+        EXPECT_FALSE(compare(new_run, old_run).subjects.at(2).has_moved());
+    }
+}
+
+TEST(Comparison, ABlockHasMovedToAnotherFileOnTheSameLine) {
+    BlockSummary before = block_of("b", {}, 9);
+    BlockSummary after = before;
+    after.sources[0][0].column = 40;
+    const auto moved = [&] {
+        return compare(run_of({kernel_of("k", {}, {before})}), run_of({kernel_of("k", {}, {after})}))
+            .subjects.at(2)
+            .has_moved();
+    };
+    EXPECT_FALSE(moved());
+    after.sources[0][0].file = "other.cl";
+    EXPECT_TRUE(moved());
+}
+
+// As a saved summary may have it.
+TEST(Comparison, AnIntervalWithOneEndSaysNothing) {
+    const ProfileSummary whole = run_of({timed(100, 90, 110)});
+    ProfileSummary half = run_of({timed(100, 90, 110)});
+    half.kernels[0].metrics[Metric::kernel_time] = 120;
+    const Lines changed = {"k: kernel_time 100 -> 120 worse"};
+    EXPECT_EQ(lines_of(whole, half), Lines{});
+    half.kernels[0].median_high = {};
+    EXPECT_EQ(lines_of(whole, half), changed);
+    half.kernels[0].median_low = {};
+    EXPECT_EQ(lines_of(whole, half), changed);
+    half.kernels[0].median_high = 110;
+    EXPECT_EQ(lines_of(whole, half), changed);
+    EXPECT_EQ(lines_of(half, whole), Lines{"k: kernel_time 120 -> 100 better"});
+    half.kernels[0].median_low = 90;
+    half.kernels[0].median_high = {};
+    EXPECT_EQ(lines_of(half, whole), Lines{"k: kernel_time 120 -> 100 better"});
 }
 
 } // namespace

@@ -182,4 +182,28 @@ TEST(GateRule, TimesWithoutAUnitAreOnlyComparedByTheirShare) {
     EXPECT_EQ(check("kernel_time:+3ns", before, after), Lines{"0 compared, 2 missing"});
 }
 
+TEST(GateRule, ABlockWithAnotherNameIsChosenByEither) {
+    SubjectComparison renamed;
+    renamed.scope = MetricScope::block;
+    renamed.kernel = "writer_v2#1";
+    renamed.old_kernel = "writer#1";
+    renamed.name = "store_2";
+    renamed.old_name = "store_1";
+    for (const char* name : {"store_1", "store_2", "writer#1/store_1", "writer_v2#1/store_2"})
+        EXPECT_TRUE((SubjectFilter{{}, {name}}.takes(renamed))) << name;
+    // The old kernel has the old block, and the new one the new.
+    for (const char* name : {"store", "writer#1/store_2", "writer_v2#1/store_1", "writer/store_1"})
+        EXPECT_FALSE((SubjectFilter{{}, {name}}.takes(renamed))) << name;
+    EXPECT_TRUE((SubjectFilter{{"writer"}, {"store_2"}}.takes(renamed)));
+    EXPECT_TRUE((SubjectFilter{{"other", "writer_v2#1"}, {"other", "store_2"}}.takes(renamed)));
+    EXPECT_FALSE((SubjectFilter{{"reader"}, {"store_2"}}.takes(renamed)));
+}
+
+TEST(GateRule, WhatOnlyTheNewRunMeasuredIsMissing) {
+    const ProfileSummary before = run_of({kernel_of("k", {}, {block_of("b", {})})});
+    const ProfileSummary after = run_of({kernel_of("k", {}, {block_of("b", {{Metric::stall, 90}})})});
+    EXPECT_EQ(check("stall:+5", before, after), Lines{"0 compared, 1 missing"});
+    EXPECT_EQ(check("stall:+5", after, before), Lines{"0 compared, 1 missing"});
+}
+
 } // namespace

@@ -170,6 +170,68 @@ TEST(MemoryMetrics, PortUseOfSeveralPortsIsKnownIfTheyAgree) {
     EXPECT_NEAR(known(summary.kernels[0].blocks[0].metrics[Metric::port_use]), 25.0, 1e-6);
 }
 
+// 12,000 and 14,000 of 16,000 MB/s are 75% and 87.5%: both ports are full, and the least is known. With one
+// at 25% it isn't known which one the block takes; nor with one that nothing measured.
+TEST(MemoryMetrics, PortUseOfSeveralPortsIsKnownIfAllAreFull) {
+    const auto use_of_ports = [](const std::vector<std::vector<float>>& bandwidths) {
+        StreamKernel kernel{.stamps = {4000}, .cycles = {1000}};
+        StreamBlock load = access("read", 6400.0f);
+        load.requests = {400}; // 25,600 bytes: 64 each
+        kernel.blocks = {load};
+        for (const auto& bandwidth : bandwidths)
+            kernel.ports.push_back(
+                {.port = "port_" + std::to_string(kernel.ports.size()), .bandwidth = bandwidth});
+        return summary_of({.kernels = {kernel}, .memories = {{.peak = 38400.0f}}, .clock = "250.0"})
+            .kernels[0]
+            .blocks[0]
+            .metrics[Metric::port_use];
+    };
+    EXPECT_NEAR(known(use_of_ports({{12'000.0f}, {14'000.0f}})), 75.0, 1e-6);
+    EXPECT_NEAR(known(use_of_ports({{14'000.0f}, {12'000.0f}})), 75.0, 1e-6);
+    EXPECT_NEAR(known(use_of_ports({{4'000.0f}, {8'000.0f}})), 50.0, 1e-6);
+    EXPECT_EQ(use_of_ports({{4'000.0f}, {14'000.0f}}), std::nullopt);
+    EXPECT_EQ(use_of_ports({{4'000.0f}, {}}), std::nullopt);
+    EXPECT_EQ(use_of_ports({}), std::nullopt);
+}
+
+TEST(MemoryMetrics, ABlockTakesAPortOfItsDirectionAndItsMemory) {
+    StreamKernel kernel{.stamps = {4000}, .cycles = {1000}};
+    kernel.blocks = {access("read", 6400.0f), access("write", 3200.0f)};
+    kernel.blocks[0].requests = kernel.blocks[1].requests = {400};
+    kernel.ports = {{.port = "in", .only = "read_only", .bandwidth = {8000.0f}},
+                    {.port = "out", .only = "write_only", .bandwidth = {4000.0f}},
+                    {.memory = "HBM", .port = "other", .bandwidth = {2000.0f}}};
+    const KernelSummary summary =
+        summary_of({.kernels = {kernel}, .memories = {{.peak = 38400.0f}}, .clock = "250.0"}).kernels[0];
+    EXPECT_EQ(summary.blocks[0].port, "in");
+    EXPECT_NEAR(known(summary.blocks[0].metrics[Metric::port_use]), 50.0, 1e-6);
+    EXPECT_EQ(summary.blocks[1].port, "out");
+    EXPECT_NEAR(known(summary.blocks[1].metrics[Metric::port_use]), 25.0, 1e-6);
+}
+
+// Ports are known by all three names. The second run has a port of its own, and of the others samples that
+// add up: 400 MB/s for 100 cycles and 100 for 300.
+TEST(MemoryMetrics, PortsOfRunsThatAreMergedAreKnownByTheirNames) {
+    StreamKernel kernel{.stamps = {100}, .cycles = {100}};
+    kernel.ports = {{.port = "p", .bandwidth = {400.0f}},
+                    {.interface = "ddr_1", .port = "p", .bandwidth = {10.0f}},
+                    {.memory = "HBM", .port = "p", .bandwidth = {20.0f}}};
+    StreamKernel other{.stamps = {300}, .cycles = {300}};
+    other.ports = {{.port = "p", .bandwidth = {100.0f}}, {.port = "q", .bandwidth = {30.0f}}};
+    const auto first_run = totals_of({.kernels = {kernel}});
+    const auto second_run = totals_of({.kernels = {other}});
+    const std::vector<const Totals*> runs = {first_run.get(), second_run.get()};
+    const std::vector<PortSummary> ports = summarize(runs).kernels.at(0).ports;
+    ASSERT_EQ(ports.size(), 4U);
+    EXPECT_EQ(ports[0].port + ports[0].interface, "pddr_0");
+    EXPECT_NEAR(known(ports[0].mean), (400.0 * 100 + 100.0 * 300) / 400, 1e-9);
+    EXPECT_EQ(ports[0].max, 400.0);
+    EXPECT_NEAR(known(ports[0].bytes), 40.0 + 30.0, 1e-9);
+    EXPECT_EQ(ports[1].port, "q");
+    EXPECT_EQ(ports[2].interface, "ddr_1");
+    EXPECT_EQ(ports[3].memory, "HBM");
+}
+
 // Accesses that are narrower than the port say nothing of how busy it is.
 TEST(MemoryMetrics, APortThatCarriesMoreThanItsAccessesCanIsWider) {
     const BlockSummary block = with_port_use(25600.0f, 1).kernels[0].blocks[0];

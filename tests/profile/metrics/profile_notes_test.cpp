@@ -87,4 +87,16 @@ TEST(ProfileNotes, NameKernelsWithSeveralUnitsAndTheirMemories) {
     EXPECT_NE(note_of(summary, "lower-bound").find("DDR"), std::string::npos);
 }
 
+TEST(ProfileNotes, SayThatAnAutorunKernelIsJudgedInPart) {
+    StreamKernel kernel = plain_kernel();
+    kernel.autorun = true;
+    Totals totals(1);
+    write_stream(totals.sink(), {.kernels = {kernel}});
+    EXPECT_EQ(
+        note_of(summarize(totals), "autorun-activity"),
+        "an autorun kernel has too many samples to hold: whether it worked is judged by the blocks that "
+        "stand before in the report");
+    EXPECT_EQ(note_of(summary_of({.kernels = {kernel}}), "autorun-activity"), "");
+}
+
 } // namespace

@@ -55,4 +55,20 @@ TEST(SummaryContext, KnowsTheBoardAndTheUnits) {
     EXPECT_EQ(percent_of(1.0, 0.0), std::nullopt);
 }
 
+TEST(SummaryContext, JoinsOnlyKernelsOfOneNameUnitSourceAndDevice) {
+    const StreamKernel kernel{.stamps = {10}, .cycles = {10}};
+    std::vector<StreamKernel> others(5, kernel);
+    others[0].name = "other";
+    others[1].compute_unit = 1;
+    others[2].line = 2;
+    others[3].device = 1;
+    for (std::size_t i = 0; i < others.size(); ++i) {
+        const auto first = totals_of({.kernels = {kernel}});
+        const auto second = totals_of({.kernels = {others[i]}});
+        const Totals* const runs[] = {first.get(), second.get()};
+        const SummaryContext context(runs, {});
+        EXPECT_EQ(join_kernels(context).size(), i == 4 ? 1U : 2U) << i;
+    }
+}
+
 } // namespace

@@ -7,6 +7,7 @@
 
 #include <system_error>
 
+#include "interrupted_pipe.h"
 #include "temp_dir.h"
 #include "whole_file.h"
 
@@ -77,6 +78,12 @@ TEST(ByteSource, NoMoreIsLookedAtThanThereIs) {
     PeekedSource source(memory);
     EXPECT_EQ(source.peek(10), "ab");
     EXPECT_EQ(read_all(source, 1), "ab");
+}
+
+TEST(ByteSource, AReadThatASignalInterruptsIsMadeAgain) {
+    const InterruptedPipe pipe("hello");
+    DescriptorSource source(pipe.reading_end());
+    EXPECT_EQ(read_all(source, 3), "hello");
 }
 
 } // namespace

@@ -52,8 +52,13 @@ TEST(FaultLog, ALongLineIsCutAroundTheColumn) {
     EXPECT_EQ(logged(fault).line_text, std::string(400, 'a'));
     EXPECT_EQ(logged(fault).cut_size, 0u);
     const std::string short_line(400, 'a');
-    fault.line_text = short_line;
-    EXPECT_FALSE(logged(fault).is_cut);
+    for (const std::size_t column : {0u, 400u}) {
+        fault.line_text = short_line;
+        fault.column = column;
+        EXPECT_EQ(logged(fault).line_text, short_line);
+        EXPECT_EQ(logged(fault).cut_size, 0u);
+        EXPECT_FALSE(logged(fault).is_cut);
+    }
 }
 
 TEST(FaultLog, PlacesHaveWhatIsKnown) {

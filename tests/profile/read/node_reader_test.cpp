@@ -24,7 +24,10 @@ class TakenNodes final : public NodeTaker {
     void board(const std::string& type) override { board_type = type; }
     void board_memory(const BoardMemoryNode& memory) override { memories.push_back(memory); }
     void clock(const std::string& text) override { clock_text = text; }
-    void versions(const std::string& program, const std::string&) override { version = program; }
+    void versions(const std::string& program, const std::string& zanx) override {
+        version = program;
+        zanx_version = zanx;
+    }
 
     bool needs = true;
     std::vector<KernelNode> kernels;
@@ -36,6 +39,7 @@ class TakenNodes final : public NodeTaker {
     std::vector<BoardMemoryNode> memories;
     std::string clock_text;
     std::string version;
+    std::string zanx_version;
 };
 
 TakenNodes nodes_of(const StreamReport& report) {
@@ -265,6 +269,127 @@ TEST(NodeReader, ReadsWhatStandsAroundTheKernels) {
     EXPECT_EQ(nodes.transfers.at(0).type, ".reprogram");
     EXPECT_EQ(nodes.transfers[0].queue, 4);
     EXPECT_EQ(nodes.transfers[0].end, 20);
+}
+
+// Each node has a key, or a type, that a later version may write.
+TEST(NodeReader, KeysThatItDoesntKnowChangeNothing) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    const auto close = [&](int count) {
+        for (int i = 0; i < count; ++i)
+            reader.close();
+    };
+    reader.open("versions", Form::object);
+    for (const char* key : {"profiler_json_version", "zanx_version", "later"})
+        reader.text(key, key);
+    reader.close();
+    reader.open("kernels", Form::object);
+    reader.open("nodes", Form::array);
+    reader.open({}, Form::object);
+    for (const char* key : {"name", "later"})
+        reader.text(key, key);
+    reader.open("children", Form::array);
+    for (const char* type : {"moduleinst", "extmem", "later"}) {
+        reader.open({}, Form::object);
+        for (const char* key : {"name", "interface", "port", "later"})
+            reader.text(key, key);
+        reader.text("type", type);
+        reader.open("sourcefiles", Form::array);
+        reader.open({}, Form::object);
+        for (const char* key : {"filename", "later"})
+            reader.text(key, key);
+        close(2);
+        reader.open("module_inst_details", Form::object);
+        for (const char* key : {"mem_type", "operation_type", "global_mem_name", "later"})
+            reader.text(key, key);
+        close(2);
+    }
+    close(4);
+    EXPECT_EQ(nodes.version, "profiler_json_version");
+    EXPECT_EQ(nodes.zanx_version, "zanx_version");
+    ASSERT_EQ(nodes.kernels.size(), 1u);
+    EXPECT_EQ(nodes.kernels[0].name, "name");
+    ASSERT_EQ(nodes.blocks.size(), 1u) << "one of each kind that is known";
+    ASSERT_EQ(nodes.ports.size(), 1u);
+    EXPECT_EQ(nodes.blocks[0].name, "name");
+    EXPECT_EQ(nodes.blocks[0].memory_type, "mem_type");
+    EXPECT_EQ(nodes.blocks[0].operation, "operation_type");
+    EXPECT_EQ(nodes.blocks[0].memory, "global_mem_name");
+    EXPECT_EQ(nodes.blocks[0].sources, (std::vector<CallChain>{{{"filename", 0, 0}}}));
+    EXPECT_EQ(nodes.ports[0].memory, "name");
+    EXPECT_EQ(nodes.ports[0].port, "port");
+}
+
+TEST(NodeReader, ElementsOutsideOfAListOfNumbersAreSkipped) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    const std::vector<long long> numbers = {1, 2};
+    open_details(reader);
+    reader.open("later", Form::array);
+    reader.elements(std::span<const long long>(numbers));
+    reader.close();
+    reader.open("stall_samples", Form::array);
+    reader.elements(std::span<const long long>(numbers));
+    reader.close();
+    reader.elements(std::span<const long long>(numbers));
+    close_details(reader);
+    EXPECT_EQ(nodes.blocks.at(0).arrays[Counts::stall], (SampleList<long long>{1, 2}));
+}
+
+// A number that no memory can have is unknown.
+TEST(NodeReader, PeaksAreNumbersAboveZero) {
+    for (const char* text : {"inf", "-1", "0", "nan", "1e99", "5 MB", ""}) {
+        TakenNodes nodes;
+        NodeReader reader(nodes);
+        reader.open("boards", Form::object);
+        reader.open("nodes", Form::array);
+        reader.open({}, Form::object);
+        reader.open("children", Form::array);
+        reader.open({}, Form::object);
+        reader.text("global_memory_name", "DDR");
+        reader.text("max_theoretical_globalmem_bw", text);
+        for (int i = 0; i < 5; ++i)
+            reader.close();
+        ASSERT_EQ(nodes.memories.size(), 1u);
+        EXPECT_EQ(nodes.memories[0].name, "DDR");
+        EXPECT_EQ(nodes.memories[0].peak, std::nullopt) << text;
+    }
+}
+
+TEST(NodeReader, ARunWithSharedCountersIsOfOneOfFourKinds) {
+    const std::pair<const char*, SharedType> rows[] = {
+        {"0", SharedType::valid}, {"3", static_cast<SharedType>(3)}, {"4", SharedType::none},
+        {"-1", SharedType::none}, {"-2", SharedType::none},          {"x", SharedType::none}};
+    for (const auto& [text, type] : rows) {
+        TakenNodes nodes;
+        NodeReader reader(nodes);
+        reader.open("kernels", Form::object);
+        reader.open("nodes", Form::array);
+        reader.open({}, Form::object);
+        reader.text("shared_counter_run_type", text);
+        for (int i = 0; i < 3; ++i)
+            reader.close();
+        ASSERT_EQ(nodes.kernels.size(), 1u);
+        EXPECT_EQ(nodes.kernels[0].shared, type) << text;
+    }
+}
+
+// An empty list is a text in a report.
+TEST(NodeReader, AKernelBeginsAtItsListOfChildrenEvenIfThatIsEmpty) {
+    TakenNodes nodes;
+    NodeReader reader(nodes);
+    reader.open("kernels", Form::object);
+    reader.open("nodes", Form::array);
+    reader.open({}, Form::object);
+    reader.text("name", "k");
+    EXPECT_TRUE(nodes.kernels.empty());
+    reader.text("children", "");
+    ASSERT_EQ(nodes.kernels.size(), 1u);
+    EXPECT_EQ(nodes.kernels[0].name, "k");
+    for (int i = 0; i < 3; ++i)
+        reader.close();
+    EXPECT_EQ(nodes.kernels.size(), 1u);
+    EXPECT_EQ(nodes.num_ended, 1);
 }
 
 } // namespace

@@ -276,4 +276,11 @@ TEST(ReportReader, AReadFailureIsAFault) {
     }
 }
 
+TEST(ReportReader, FaultsOfTheSyntaxAreInWordsOfRapidJson) {
+    // Without the point at the end of the sentence, and its capital letter.
+    EXPECT_EQ(describe(fault_of_text("hello")), "byte 0: this is no report: invalid value");
+    EXPECT_EQ(fault_of_text(start + ",\"a\" \"1\"}").text, "missing a colon after a name of object member");
+    EXPECT_EQ(fault_of_text(start + "} x").text, "the document root must not be followed by other values");
+}
+
 } // namespace

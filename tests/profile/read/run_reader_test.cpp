@@ -410,4 +410,25 @@ TEST_F(RunReaderFiles, AnExceptionOfTheReceiverReachesTheCaller) {
     EXPECT_THROW(read_run(package(one_unit()), capture("\n"), {}, writer, faults), std::out_of_range);
 }
 
+TEST_F(RunReaderFiles, ThatThereIsNotEnoughMemoryIsAFault) {
+    struct NoMemoryForNodes final : ReportSink {
+        void text(std::string_view, std::string_view) override {}
+        void open(std::string_view, Form) override { throw std::bad_alloc(); }
+        void close() override {}
+        void array(std::string_view, const ReportArray&) override {}
+    };
+    struct NoMemoryForTheDesign final : RunObserver {
+        void take_design(const ProfileModel&, const std::string&) override { throw std::bad_alloc(); }
+    };
+    TakenFaults faults;
+    NoMemoryForNodes nodes;
+    const std::string mon = capture("0,0,k,0,10,-1,2,5,5\n");
+    EXPECT_FALSE(read_run(package(one_unit()), mon, {}, nodes, faults).is_whole);
+    NoMemoryForTheDesign observer;
+    EXPECT_FALSE(read_design(package(one_unit()), observer, faults));
+    EXPECT_THAT(faults.names(), ElementsAre("failure:0", "failure:0"));
+    for (const TakenFault& fault : faults.faults)
+        EXPECT_EQ(fault.message, "there is not enough memory");
+}
+
 } // namespace

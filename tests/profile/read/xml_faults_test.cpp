@@ -58,7 +58,7 @@ TEST(XmlFaults, WhatIsNoXmlHasALine) {
     EXPECT_EQ(faults[0].kind, FaultKind::not_xml);
     EXPECT_EQ(faults[0].line, 2u);
     EXPECT_EQ(faults[0].column, 5u) << "the first character that is no blank";
-    EXPECT_TRUE(faults[0].message.starts_with("it is no XML")) << faults[0].message;
+    EXPECT_EQ(faults[0].message, "it is no XML: XMLElement name=A (XML_ERROR_PARSING_ATTRIBUTE)");
 
     const auto empty = faults_in("");
     ASSERT_EQ(empty.size(), 1u);
@@ -76,6 +76,31 @@ TEST(XmlFaults, ABrokenContractThatIsNotKnownIsShownAsItIs) {
                          {}, faults);
     EXPECT_EQ(faults.faults[1].line, 2u);
     EXPECT_EQ(faults.faults[1].column, 4u);
+    EXPECT_EQ(faults.faults[1].message, "the attribute allocation_type is empty");
+}
+
+// A section that can't be read again leaves no text.
+TEST(XmlFaults, WithoutTheTextTheLineIsAllThatIsKnown) {
+    zan::profiler::ProfilerConfigXmlLoader loader(false);
+    delete loader.load_xml("<PROFILER>\n<MODULE_LIST>\n<MODULE odd='1'/></MODULE_LIST></PROFILER>");
+    for (const char* other_text : {"", "<PROFILER/>"}) {
+        XmlFaults faults;
+        take_xml_errors(loader, other_text, {}, faults);
+        ASSERT_FALSE(faults.faults.empty());
+        EXPECT_EQ(faults.faults[0].line, 3u);
+        EXPECT_EQ(faults.faults[0].column, 1u);
+        EXPECT_EQ(faults.faults[0].line_text, "");
+        EXPECT_EQ(faults.faults[0].message, "Unexpected attribute 'odd'.");
+    }
+}
+
+TEST(XmlFaults, ABrokenContractWithoutItsElementHasNoPlace) {
+    XmlFaults faults;
+    take_broken_contract({"m_config->has_generate()", "file", 1}, "<a/>", {.file = "d.zanx"}, faults);
+    ASSERT_EQ(faults.faults.size(), 1u);
+    EXPECT_EQ(faults.faults[0].message, "the element compile holds no generate");
+    EXPECT_EQ(faults.faults[0].line, 0u);
+    EXPECT_EQ(place_of(faults.faults[0]), "d.zanx");
 }
 
 } // namespace

@@ -211,8 +211,13 @@ TEST(Answers, PlacesNameTheirCallerAndHowManyMoreThereAre) {
     EXPECT_EQ(of_block(block).source, "device/include/sad.h:6, called from device/denoise.cl:42");
     block.sources = {{{"a.cl", 3, 0}}, {{"a.cl", 4, 0}}, {{"a.cl", 5, 0}}};
     EXPECT_EQ(of_block(block).source, "a.cl:3, and 2 more places");
-    block.sources.clear();
-    EXPECT_EQ(of_block(block).source, "Unknown: the design doesn't name it");
+    block.sources = {{{"a.cl", 0, 0}, {"b.cl", 0, 0}}};
+    EXPECT_EQ(of_block(block).source, "a.cl, called from b.cl");
+    for (const std::vector<CallChain>& unknown :
+         {std::vector<CallChain>{}, std::vector<CallChain>{{}}, std::vector<CallChain>{{{"", 3, 0}}}}) {
+        block.sources = unknown;
+        EXPECT_EQ(of_block(block).source, "Unknown: the design doesn't name it");
+    }
 }
 
 TEST(Answers, WithoutStallsNoBlockIsBlamed) {
@@ -229,4 +234,44 @@ TEST(Answers, WithoutStallsNoBlockIsBlamed) {
     EXPECT_EQ(of_block(loop).block, "Unknown: stalls of 1 block weren't measured");
     loop.metrics[Metric::valid] = 90;
     EXPECT_EQ(of_block(loop).block, "No block stalls");
+}
+
+TEST(Answers, AKernelWhoseTimeIsNotKnownDoesNotLead) {
+    ProfileSummary summary =
+        made::run({made::kernel("a", {made::global_read()}), made::kernel("b", {made::global_read()})});
+    EXPECT_EQ(answers(summary).leading_kernel, "a"); // both the same
+    summary.kernels[0].union_time.reset();
+    EXPECT_EQ(answers(summary).leading_kernel, "b");
+    summary.kernels[1].union_time.reset();
+    EXPECT_EQ(answers(summary).leading_kernel, "");
+}
+
+TEST(Answers, TheLongestOfHostTransfersAndKernelIsNamed) {
+    ProfileSummary summary = made::run({made::kernel("k", {made::global_read()})});
+    summary.kernels[0].union_time = summary.kernel_time = 20'000; // of 100 us
+    summary.transfer_only = 45'000;                               // nothing ran for 35
+    EXPECT_EQ(answers(summary).kernel,
+              "Transfers: for 45% of the run nothing else ran; overlap them; of the "
+              "kernels k ran longest, 20%");
+    summary.transfer_only = 35'000; // nothing ran for 45
+    EXPECT_EQ(answers(summary).kernel,
+              "The host: for 45% of the run nothing ran; of the kernels k ran longest, 20%");
+    // Without the time of transfers that of nothing isn't known either.
+    summary.transfer_only.reset();
+    EXPECT_EQ(answers(summary).kernel, "k: 20% of the run, 100 us in 1 invocation");
+}
+
+TEST(Answers, GapsAreNoShareOfNoTime) {
+    ProfileSummary summary = made::run({made::kernel("k", {made::global_read()})});
+    KernelSummary& kernel = summary.kernels[0];
+    kernel.num_invocations = 10;
+    kernel.metrics[Metric::kernel_time] = kernel.metrics[Metric::kernel_total] = 0;
+    kernel.gaps = 27'900;
+    EXPECT_EQ(answers(summary).kernel, "k: 100% of the run, 0 ns in 10 invocations");
+}
+
+TEST(Answers, ACauseWhoseTimeIsNotKnownDoesNotComeFirst) {
+    ProfileSummary summary = pipeline();
+    summary.kernels[1].blocks[0].metrics[Metric::lost].reset();
+    EXPECT_EQ(answers(summary).culprit_block, "recv_mapped");
 }

@@ -41,7 +41,12 @@ TEST(BlockFacts, FreeIsWhatTheBusierOfMemoryAndPortLeaves) {
 TEST(BlockFacts, TheClockReachesAPartOfTheMemorysPeak) {
     ProfileSummary summary = made::run({made::kernel("k", {made::global_read()})});
     EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], 80.0); // 16,000 of 20,000 MB/s
-    summary.memories[0].peak = 0;
+    for (const Value& peak : {Value(0.0), Value()}) {
+        summary.memories[0].peak = peak;
+        EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], Value());
+    }
+    summary.memories[0].peak = 20'000;
+    summary.kernels[0].blocks[0].port_limit.reset();
     EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], Value());
     summary.memories.clear();
     EXPECT_EQ(facts_of_first(summary)[Fact::clock_reach], Value());
@@ -106,6 +111,17 @@ TEST(BlockFacts, AStageIsFreeIfItWorksAndItsChannelsHardlyStall) {
     EXPECT_EQ(facts_of_first(summary)[Fact::free_stages], 0.0);
 }
 
+// In whatever order they stand: the longest of the started ones, though an autorun kernel worked for longer.
+TEST(BlockFacts, AStartedStageIsNamedBeforeAnAutorunOne) {
+    ProfileSummary summary =
+        made::run({made::kernel("k", {channel("out", 40.0)}), made::kernel("forever", {channel("in", 0.0)}),
+                   made::kernel("short", {channel("in", 3.0)}), made::kernel("long", {channel("in", 2.0)}),
+                   made::kernel("shorter", {channel("in", 4.0)})});
+    summary.kernels[1].autorun = true;
+    EXPECT_EQ(facts_of_first(summary)[Fact::free_stages], 4.0);
+    EXPECT_EQ(facts_of_first(summary)[FactText::stage], "long");
+}
+
 TEST(BlockFacts, TheGreatestChannelStallIsUnknownIfOneIs) {
     EXPECT_EQ(greatest_channel_stall(made::kernel("k", {channel("in", 3.0), channel("out", 7.0)})), 7.0);
     EXPECT_EQ(greatest_channel_stall(made::kernel("k", {channel("in", 3.0), channel("out", {})})), Value());
@@ -138,6 +154,11 @@ TEST(BlockFacts, CyclesOfAnInvocationAreAMean) {
     ProfileSummary summary = made::run({made::kernel("k", {made::loop()})});
     summary.kernels[0].num_invocations = 10;
     EXPECT_EQ(facts_of_first(summary)[Fact::invocation_cycles], 2500.0);
+    summary.kernels[0].num_invocations = 0;
+    EXPECT_EQ(facts_of_first(summary)[Fact::invocation_cycles], Value());
+    summary.kernels[0].num_invocations = 10;
+    summary.kernels[0].blocks[0].cycles.reset();
+    EXPECT_EQ(facts_of_first(summary)[Fact::invocation_cycles], Value());
 }
 
 TEST(BlockFacts, NamesAreListedAsASentenceDoes) {

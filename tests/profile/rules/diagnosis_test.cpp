@@ -54,7 +54,23 @@ TEST(Diagnosis, ALoopWithGapsIsRankedByItsCyclesBesideWorkAndStalls) {
     summary.clock_mhz.reset();
     summary.kernels[0].metrics[Metric::kernel_total] = 200'000;
     EXPECT_NEAR(ranking(summary)[0].time.value(), 152'000, 1e-6);
-    // Without the share of valid cycles, which a saved summary may lack, it isn't known.
+    // Also without a unit of the times, and without the cycles, which a saved summary may lack.
+    summary.clock_mhz = 250;
+    summary.nanoseconds.reset();
+    EXPECT_NEAR(ranking(summary)[0].time.value(), 152'000, 1e-6);
+    summary.nanoseconds = 1;
+    summary.kernels[0].blocks[1].cycles.reset();
+    EXPECT_NEAR(ranking(summary)[0].time.value(), 152'000, 1e-6);
+    // Then without the kernel's time it isn't known, ...
+    summary.kernels[0].metrics[Metric::kernel_total].reset();
+    ranked = ranking(summary);
+    EXPECT_EQ(ranked[1].block, 1u);
+    EXPECT_EQ(ranked[1].time, Value());
+    // ... and neither without the cycles of an iteration beside stalls, or the share of valid cycles.
+    summary.kernels[0].metrics[Metric::kernel_total] = 200'000;
+    summary.kernels[0].blocks[1].metrics[Metric::net].reset();
+    EXPECT_EQ(ranking(summary)[1].time, Value());
+    summary.kernels[0].blocks[1].metrics[Metric::net] = 96.0 / 20;
     summary.kernels[0].blocks[1].metrics[Metric::valid].reset();
     ranked = ranking(summary);
     EXPECT_EQ(ranked[1].block, 1u);
@@ -96,11 +112,14 @@ TEST(Diagnosis, TheInnermostLoopHasTheGreatestValidShare) {
     outer.metrics[Metric::valid] = 1;
     BlockSummary unused = made::loop("unused");
     unused.metrics[Metric::valid] = 0;
+    BlockSummary unknown = made::loop("unknown");
+    unknown.metrics[Metric::valid].reset();
     const ProfileSummary summary =
-        diagnosed({made::kernel("k", {outer, made::loop("inner")}), made::kernel("idle", {unused})});
+        diagnosed({made::kernel("k", {outer, made::loop("inner")}), made::kernel("idle", {unused, unknown})});
     EXPECT_FALSE(summary.kernels[0].blocks[0].innermost);
     EXPECT_TRUE(summary.kernels[0].blocks[1].innermost);
-    EXPECT_FALSE(summary.kernels[1].blocks[0].innermost); // none of its loops ran
+    EXPECT_FALSE(summary.kernels[1].blocks[0].innermost); // none of its loops is known to have run
+    EXPECT_FALSE(summary.kernels[1].blocks[1].innermost);
 }
 
 TEST(Diagnosis, ASecondDiagnosisChangesNothing) {

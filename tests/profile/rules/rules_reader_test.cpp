@@ -108,3 +108,43 @@ TEST(RulesReader, NamesOfRulesAndTonesAreThoseThatAreKnown) {
         }
     }
 }
+
+TEST(RulesReader, WhatStandsForSomethingElseIsNamed) {
+    const std::string good = table("x");
+    const auto fault_with = [&](const std::string& from, const std::string& to) {
+        std::string changed = good;
+        const std::size_t at = changed.find(from);
+        EXPECT_NE(at, std::string::npos) << from;
+        return fault(changed.replace(at, from.size(), to));
+    };
+    EXPECT_EQ(fault(good), "no fault");
+    EXPECT_EQ(fault_with(R"("percent")", R"("percents")"), "'percents' is no format");
+    EXPECT_EQ(fault_with(R"("percent")", "5"), "a text is missing");
+    EXPECT_EQ(fault_with(R"({"worth": 10})", "[10]"), "an object is missing");
+    EXPECT_EQ(fault_with(R"({"stall": "percent"})", R"("percent")"), "an object is missing");
+    EXPECT_EQ(fault_with(R"({"stall": "percent"})", R"({"stal": "percent"})"), "'stal' is no metric or fact");
+    EXPECT_EQ(fault_with(R"("then": "much")", R"("then": ["much"])"), "a text is missing");
+    EXPECT_EQ(fault_with(R"("then": "much", )", ""), "the key 'then' is missing");
+    EXPECT_EQ(fault_with(R"("kernel": [])", R"("kernel": {})"), "a list is missing");
+    EXPECT_EQ(fault_with(R"("kernel": [])", R"("kernel": ["x"])"), "the key 'name' is missing");
+    EXPECT_EQ(fault(table("x", R"([["stall", 1, 2]])")), "a text is missing");
+    EXPECT_EQ(fault(table("x", R"([["stall", ">", []]])")), "a text is missing");
+}
+
+// 1,234,567 ns are 1.23 ms in three digits, and 1.2 ms in two.
+TEST(RulesReader, TimesAreWrittenInTheirUnitIfThatIsKnown) {
+    const std::pair<const char*, const char*> rows[] = {{"time", "1.23 ms"}, {"short_time", "1.2 ms"}};
+    for (const auto& [format, text] : rows) {
+        std::string json = table("Lost {stall}");
+        json.replace(json.find("percent"), 7, format);
+        const auto read = read_rules(json);
+        ASSERT_TRUE(std::holds_alternative<Rules>(read));
+        const auto& rules = std::get<Rules>(read);
+        Facts facts;
+        facts[Metric::stall] = 1'234'567;
+        facts.time_unit_known = true;
+        EXPECT_EQ(judge(rules, rules.blocks, facts, "loop").text, std::string("Lost ") + text);
+        facts.time_unit_known = false;
+        EXPECT_EQ(judge(rules, rules.blocks, facts, "loop").text, "Lost 1,234,567");
+    }
+}

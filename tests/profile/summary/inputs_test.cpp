@@ -178,3 +178,43 @@ TEST(Inputs, AFileOfAnotherKindIsNamed) {
     std::filesystem::rename(sample.package, folder.path("design.elf"));
     EXPECT_THAT(fault_in(summarized({folder.path("design.elf")})), HasSubstr("this is a package"));
 }
+
+// A package whose description has a line that is no XML, one whose description breaks two rules, and an
+// empty one, which has no lines.
+TEST(Inputs, AFaultOfASectionHasItsLine) {
+    const auto fault_with = [](const std::string& description) {
+        const SampleFiles files("vector_add");
+        PackageSections sections;
+        for (const char* name : {".zan.version", ".zan.velmora_report", ".zan.board_spec.xml"}) {
+            const auto path = std::filesystem::path(ZAN_SAMPLES_FOLDER) / "vector_add" / "sections" /
+                              std::string(name).substr(5);
+            sections.emplace_back(name, read_file(path));
+        }
+        sections.emplace_back(".zan.profiler.xml", description);
+        const std::string package = files.folder.path("other.zanx");
+        make_package(package, sections);
+        const std::string fault = fault_in(summarized({package, files.capture}));
+        EXPECT_TRUE(fault.starts_with(package)) << fault;
+        return fault.substr(package.size());
+    };
+    EXPECT_EQ(fault_with("<PROFILER>\n<A b=></A>\n</PROFILER>"),
+              ": .zan.profiler.xml: line 2: it is no XML: XMLElement name=A "
+              "(XML_ERROR_PARSING_ATTRIBUTE)");
+    EXPECT_EQ(fault_with("<PROFILER>\n\n<MODULE_LIST><MODULE odd='1' even='2'/></MODULE_LIST></PROFILER>"),
+              ": .zan.profiler.xml: line 3: Unexpected attribute 'odd'.");
+    EXPECT_EQ(fault_with(""), ": .zan.profiler.xml: it is no XML (XML_ERROR_EMPTY_DOCUMENT)");
+}
+
+TEST(Inputs, RunsOfOneDesignHaveItsComputeUnitsOnce) {
+    const SampleFiles files("compute_units");
+    const ProfileSummary summary =
+        summary_in(summarized({files.package, files.capture, files.package, files.capture}));
+    ASSERT_EQ(summary.kernels.size(), 1u);
+    EXPECT_EQ(summary.kernels[0].num_units, 3u);
+}
+
+TEST(Inputs, OnlyAFileHasASize) {
+    const TempDir folder;
+    EXPECT_EQ(size_of({folder.path(), ""}), 0u);
+    EXPECT_EQ(size_of({"/dev/null", ""}), 0u);
+}

@@ -276,8 +276,41 @@ TEST(SummaryJson, FaultsNameTheByteOfTheKey) {
     EXPECT_EQ(fault_of(document(R"(,"kernels":[{"autorun":1}])")),
               "byte 65: expected true or false for 'autorun'");
     EXPECT_EQ(fault_of(document(R"(,"kernels":[{"team":[1]}])")), "byte 65: expected a text for 'team'");
-    EXPECT_THAT(fault_of(document(R"(,"kernels":[{"blocks":[{"kind":"globe"}]}])")),
-                HasSubstr("unknown word for 'kind'"));
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"compute_units":4294967296}])")),
+              "byte 65: expected a whole number for 'compute_units'");
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"shared_counter_types":-1}])")),
+              "byte 65: expected a whole number for 'shared_counter_types'");
+    // "blocks":[{"  is 12 bytes more.
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"blocks":[{"kind":"globe"}]}])")),
+              "byte 76: unknown word for 'kind'");
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"blocks":[{"direction":"up"}]}])")),
+              "byte 76: unknown word for 'direction'");
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"blocks":[{"sources":[3]}]}])")),
+              "byte 76: expected a list for 'sources'");
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"blocks":[{"sources":[[3]]}]}])")),
+              "byte 76: expected an object for 'sources'");
+}
+
+TEST(SummaryJson, EachListAndEachOfItsItemsIsOne) {
+    for (const std::string name : {"kernels", "memories", "transfers", "notes"}) {
+        EXPECT_EQ(fault_of(document(",\"" + name + "\":3")), "byte 53: expected a list for '" + name + "'");
+        EXPECT_EQ(fault_of(document(",\"" + name + "\":[[]]")),
+                  "byte 53: expected an object for '" + name + "'");
+    }
+    for (const std::string name : {"blocks", "ports", "team"}) {
+        EXPECT_EQ(fault_of(document(",\"kernels\":[{\"" + name + "\":{}}]")),
+                  "byte 65: expected a list for '" + name + "'");
+        EXPECT_EQ(fault_of(document(",\"kernels\":[{\"" + name + "\":[3]}]")),
+                  "byte 65: expected " + std::string(name == "team" ? "a text" : "an object") + " for '" +
+                      name + "'");
+    }
+    EXPECT_EQ(fault_of(document(R"(,"kernels":[{"source":[]}])")),
+              "byte 65: expected an object for 'source'");
+    // "memories" has a letter more than "kernels".
+    EXPECT_EQ(fault_of(document(R"(,"memories":[{"interfaces":3}])")),
+              "byte 66: expected a list for 'interfaces'");
+    EXPECT_EQ(fault_of(document(R"(,"memories":[{"interfaces":[3]}])")),
+              "byte 66: expected an object for 'interfaces'");
 }
 
 TEST(SummaryJson, WhatIsNoJsonIsRefused) {

@@ -123,4 +123,58 @@ TEST(Totals, HoldWhatStandsAroundTheKernels) {
     EXPECT_EQ(totals->transfers().begin()->second.at(0), (TimeSpan{5, 5})); // an end below the start
 }
 
+// Its times can't be told from those of another invocation.
+TEST(Totals, OfAKernelWithoutAStartOnlySamplesAreCounted) {
+    StreamKernel kernel{.stamps = {100, 200}, .cycles = {100, 0}};
+    kernel.blocks = {{.name = "a", .memory = "DDR", .valid = {50, 50}, .bandwidth = {1.0f, 1.0f}}};
+    kernel.ports = {{.bandwidth = {1.0f, 1.0f}}};
+    for (const bool has_start : {true, false}) {
+        kernel.has_start = has_start;
+        const auto totals = totals_of({.kernels = {kernel}});
+        const KernelTotals& summed = totals->kernels().at(0);
+        EXPECT_EQ(summed.num_samples, 2U);
+        EXPECT_EQ(summed.num_nodes, 1U);
+        EXPECT_EQ(summed.num_without_cycles, has_start ? 1U : 0U);
+        EXPECT_EQ(summed.invocations.size(), has_start ? 1U : 0U);
+        EXPECT_EQ(summed.cycles, has_start ? 100.0 : 0.0);
+        ASSERT_EQ(summed.blocks.size(), 1U);
+        EXPECT_EQ(summed.blocks[0].kind, BlockKind::global);
+        EXPECT_EQ(summed.blocks[0].memory, "DDR");
+        EXPECT_EQ(summed.blocks[0].sums.valid.sum, has_start ? 50.0 : 0.0);
+        EXPECT_EQ(summed.ports.size(), has_start ? 1U : 0U);
+    }
+}
+
+TEST(Totals, AreOfOneKernelWhereItsNameUnitSourceAndDeviceAreTheSame) {
+    const StreamKernel kernel{.stamps = {10}, .cycles = {10}};
+    StreamKernel of_unit = kernel;
+    of_unit.compute_unit = 1;
+    StreamKernel of_line = kernel;
+    of_line.line = 2;
+    StreamKernel of_device = kernel;
+    of_device.device = 1;
+    StreamKernel without_device = kernel; // as a node without samples is, which is of the first that fits
+    without_device.stamps.clear();
+    const auto totals = totals_of({.kernels = {kernel, of_unit, of_line, of_device, without_device, kernel}});
+    std::vector<std::size_t> nodes;
+    for (const KernelTotals& summed : totals->kernels())
+        nodes.push_back(summed.num_nodes);
+    EXPECT_EQ(nodes, (std::vector<std::size_t>{3, 1, 1, 1}));
+}
+
+// Valid cycles are counted in one of the four kinds of runs with shared counters; in others an autorun kernel
+// is never known to wait, and all of its samples count.
+TEST(Totals, KnowTheWorkOfAnAutorunKernelByItsValidCyclesAlone) {
+    StreamKernel kernel{.stamps = {100, 200}, .cycles = {100, 100}, .autorun = true};
+    kernel.blocks = {{.name = "a", .mem_type = "", .valid = {50, 0}, .stall = {10, 10}}};
+    const auto cycles_of = [&](int shared) {
+        kernel.shared = shared;
+        return totals_of({.kernels = {kernel}})->kernels().at(0).cycles;
+    };
+    EXPECT_EQ(cycles_of(-1), 100.0);
+    EXPECT_EQ(cycles_of(0), 100.0);
+    for (const int stalls_idle_or_requests : {1, 2, 3})
+        EXPECT_EQ(cycles_of(stalls_idle_or_requests), 200.0);
+}
+
 } // namespace

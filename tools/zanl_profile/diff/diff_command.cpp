@@ -22,11 +22,6 @@ using namespace profile;
 
 namespace {
 
-std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
-    const std::string near = nearest_word(word, words);
-    return near.empty() ? "" : "; did you mean " + in_quotes(near) + "?";
-}
-
 void check_choice(const char* option, const std::string& value, const std::vector<std::string>& choices) {
     if (std::ranges::find(choices, value) != choices.end())
         return;
@@ -46,7 +41,7 @@ GateRule rule_from(const std::string& text) {
         std::vector<std::string> metrics;
         for (const MetricRow& row : metric_table())
             metrics.emplace_back(row.name);
-        why += suggestion(fault->unknown_metric, metrics);
+        why += did_you_mean(fault->unknown_metric, metrics);
     }
     throw Failure("--fail-on: " + why);
 }
@@ -93,12 +88,12 @@ void check_filter(const SubjectFilter& filter, const RunComparison& comparison) 
     };
     for (const std::string& kernel : filter.kernels) {
         if (!is_known({{kernel}, {}}, MetricScope::kernel))
-            throw Failure("neither run has a kernel " + in_quotes(kernel) + suggestion(kernel, kernels));
+            throw Failure("neither run has a kernel " + in_quotes(kernel) + did_you_mean(kernel, kernels));
     }
     for (const std::string& block : filter.blocks) {
         if (!is_known({{}, {block}}, MetricScope::block))
             throw Failure("no kernel of both runs has a block " + in_quotes(block) +
-                          suggestion(block, blocks));
+                          did_you_mean(block, blocks));
     }
 }
 

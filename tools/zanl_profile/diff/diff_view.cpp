@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "metric_text.h"
+#include "source_place.h"
 #include "value_text.h"
 
 namespace zan::tool {

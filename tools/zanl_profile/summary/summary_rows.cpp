@@ -6,6 +6,7 @@
 
 #include "block_facts.h"
 #include "kernel_label.h"
+#include "source_place.h"
 #include "value_text.h"
 
 namespace zan::tool {
@@ -56,8 +57,9 @@ std::string what_cell(const BlockSummary& block) {
 }
 
 std::string place_cell(const SourcePlace& place, bool is_short) {
-    const std::string file = is_short ? place.file.substr(place.file.rfind('/') + 1) : place.file;
-    return file.empty() || place.line <= 0 ? file : file + ":" + std::to_string(place.line);
+    if (!is_short)
+        return source_place_text(place);
+    return source_place_text({place.file.substr(place.file.rfind('/') + 1), place.line, place.column});
 }
 
 std::string source_cell(const BlockSummary& block, bool is_short) {

@@ -188,4 +188,20 @@ TEST(DiffJson, AKernelOfAnotherNameHasBoth) {
         << json;
 }
 
+TEST(DiffJson, ABlockOfAnotherNameHasBoth) {
+    TwoRuns runs;
+    runs.before = run_of({kernel_of("k", {}, {block_of("load_1", {{Metric::stall, 10}}, 9)})});
+    runs.after = run_of({kernel_of("k", {}, {block_of("load_2", {{Metric::stall, 50}}, 9)})});
+    DiffResult result = runs.result();
+    result.comparison = compare(runs.before, runs.after, MatchBy::source);
+    const std::string json = json_of(result);
+    EXPECT_NE(json.find(R"(        {
+            "kernel": "k",
+            "block": "load_2",
+            "base_block": "load_1",
+            "metric": "stall",)"),
+              std::string::npos)
+        << json;
+}
+
 } // namespace

@@ -67,11 +67,12 @@ TEST(DiffView, WhatMakesTheComparisonDoubtfulIsNoted) {
     runs.before.clock_text = "250.0";
     runs.after.clock_text = "240.0";
     runs.before.notes = {{"clock-mismatch", "cycles and time stamps differ"}};
+    runs.after.notes = {{"no-clock", "no clock is known"}};
     runs.before.nanoseconds = {};
     EXPECT_EQ(make_view(runs.result()).notes,
               (Texts{"the boards differ: one, now two", "the clocks differ: 250.0 MHz, now 240.0 MHz",
                      "times aren't compared: the unit of time is known of one run alone",
-                     "base: cycles and time stamps differ"}));
+                     "base: cycles and time stamps differ", "new: no clock is known"}));
 }
 
 TEST(DiffView, TransfersAreComparedByCountAndTotal) {
@@ -96,6 +97,63 @@ TEST(DiffView, FewerTransfersAreNeitherAndLessOfTheirTimeIsBetter) {
     EXPECT_EQ(view.other, (Rows{{".read, queue 0", "count", "3", "1", "-2"}}));
     EXPECT_EQ(view.better, (Rows{{".read, queue 0", "total time", "100 ns", "60 ns", "-40.0%"}}));
     EXPECT_EQ(view.worse, Rows());
+}
+
+TEST(DiffView, ARuleCountsWhatItIsOf) {
+    TwoRuns runs;
+    runs.before = runs.after =
+        run_of({kernel_of("a", {{Metric::kernel_time, 5}}), kernel_of("b", {{Metric::kernel_time, 5}})},
+               {memory_of("DDR", {{Metric::memory_full, 5}}), memory_of("HBM", {{Metric::memory_full, 5}})},
+               {{Metric::span, 10}});
+    EXPECT_EQ(make_view(runs.result({"span:+5%", "kernel_time:+5%", "memory_full:+1"})).rule_results,
+              (Texts{"span:+5% holds for 1 run", "kernel_time:+5% holds for 2 kernels",
+                     "memory_full:+1 holds for 2 memories"}));
+}
+
+TEST(DiffView, WhatIsGoneIsShownWhereItWas) {
+    TwoRuns runs = slower_writer();
+    runs.before.kernels.push_back(kernel_of("old", {}));
+    runs.before.memories.push_back(memory_of("HBM", {}));
+    runs.before.kernels[0].blocks.push_back(block_of("cache", {}, 12));
+    EXPECT_EQ(make_view(runs.result()).disappeared,
+              (Texts{"block writer/cache (image.cl:12)", "kernel old", "memory HBM"}));
+}
+
+TEST(DiffView, TransfersAreOfNoKernelAndOfNoBlock) {
+    TwoRuns runs = slower_writer();
+    runs.before.transfers = {{".read", 0, 2, 100, 50, 10}};
+    EXPECT_EQ(make_view(runs.result()).disappeared, Texts{"transfers .read, queue 0"});
+    EXPECT_EQ(make_view(runs.result({}, {{"writer"}, {}})).disappeared, Texts());
+    EXPECT_EQ(make_view(runs.result({}, {{}, {"store"}})).disappeared, Texts());
+}
+
+TEST(DiffView, TimesOfTransfersInDifferentUnitsAreNotCompared) {
+    TwoRuns runs;
+    runs.before = runs.after = run_of({});
+    runs.before.transfers = {{".read", 0, 2, 100, 50, 10}};
+    runs.after.transfers = {{".read", 0, 3, 900, 300, 10}};
+    runs.before.nanoseconds = {};
+    const DiffView view = make_view(runs.result());
+    EXPECT_EQ(view.other, (Rows{{".read, queue 0", "count", "2", "3", "+1"}}));
+    EXPECT_EQ(view.worse, Rows());
+}
+
+TEST(DiffView, ARowOrALineOfAnyKindIsAChange) {
+    for (const auto rows : {&DiffView::worse, &DiffView::better, &DiffView::other}) {
+        DiffView view;
+        view.*rows = {{"k", "m", "1", "2", "+1"}};
+        EXPECT_TRUE(view.has_changes());
+    }
+    for (const auto lines : {&DiffView::appeared, &DiffView::disappeared, &DiffView::moved}) {
+        DiffView view;
+        view.*lines = {"kernel k"};
+        EXPECT_TRUE(view.has_changes());
+    }
+    // What is said of both runs and of rules is none.
+    DiffView view;
+    view.notes = view.rule_results = {"a text"};
+    view.failures = {{"k", "stall:+5", "1", "7", "+6"}};
+    EXPECT_FALSE(view.has_changes());
 }
 
 } // namespace

@@ -78,3 +78,12 @@ TEST(PlainSummary, TheViewChoosesKernelAndRows) {
     const std::string text = plain_summary_text(plain_run(), view);
     EXPECT_THAT(text, Not(HasSubstr("\nb\t0\tload\t")));
 }
+
+TEST(PlainSummary, WhatIsNotKnownIsADash) {
+    ProfileSummary summary = plain_run();
+    summary.kernels[0].device.reset();
+    summary.kernels[0].source = {};
+    // Kernel, device, autorun, invocations, culprit, source.
+    EXPECT_THAT(plain_summary_text(summary, {}), HasSubstr("\na\t-\t0\t1\tload⟨U+0009⟩it\t-\t"));
+    EXPECT_THAT(plain_summary_text(summary, {}), HasSubstr("\na\t-\tload⟨U+0009⟩it\tglobal read\tDDR\t"));
+}

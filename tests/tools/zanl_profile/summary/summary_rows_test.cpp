@@ -51,6 +51,8 @@ TEST(SummaryRows, PlacesCanBeShort) {
     EXPECT_EQ(place_cell({"", 0, 0}), "");
     BlockSummary block;
     EXPECT_EQ(source_cell(block), "");
+    block.sources = {{}};
+    EXPECT_EQ(source_cell(block), "");
     block.sources = {{{"b.h", 1, 1}, {"a.cl", 2, 2}}, {{"c.cl", 3, 3}}};
     EXPECT_EQ(source_cell(block), "b.h:1");
 }

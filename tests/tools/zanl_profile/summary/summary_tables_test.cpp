@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include "diagnosis.h"
@@ -201,4 +202,67 @@ TEST(SummaryTables, ARunOfNothingHasAnswersAlone) {
               "Is memory the reason?        Unknown\n"
               "\n"
               "span -; 0 kernels, 0 invocations, 0 samples\n");
+}
+
+TEST(SummaryTables, AKernelOfSeveralDevicesHasTablesOfItsOwn) {
+    ProfileSummary summary =
+        shown_run({made::kernel("a", {made::global_read()}), made::kernel("b", {made::global_read()})});
+    summary.kernels[1].device.reset();
+    const std::string text = summary_text(summary, {});
+    EXPECT_THAT(text, HasSubstr("\nseveral devices\nKERNEL"));
+    EXPECT_LT(text.find("\nseveral devices\nBLOCK"), text.find("\ndevice 0\nBLOCK"));
+    EXPECT_LT(text.find("\nb/load  "), text.find("\na/load  "));
+}
+
+TEST(SummaryTables, OnlyDevicesOfTheKernelThatIsAskedForAreShown) {
+    ProfileSummary summary =
+        shown_run({made::kernel("a", {made::global_read()}), made::kernel("b", {made::global_read()})});
+    summary.kernels[1].device = 1;
+    SummaryView view;
+    view.kernel = "b";
+    const std::string text = summary_text(summary, view);
+    EXPECT_THAT(text, HasSubstr("\ndevice 1\nKERNEL"));
+    EXPECT_THAT(text, Not(HasSubstr("device 0")));
+    EXPECT_THAT(text, Not(HasSubstr("\na ")));
+}
+
+TEST(SummaryTables, AMetricToSortByIsAColumnUnlessItIsOneAnyway) {
+    BlockSummary block = made::global_read();
+    block.metrics[Metric::fill_share] = 12.34;
+    const ProfileSummary summary = shown_run({made::kernel("k", {block})});
+    SummaryView view;
+    view.sort = Metric::fill_share;
+    EXPECT_EQ(line_with(summary_text(summary, view), "BLOCK "),
+              "BLOCK   WHAT         LOST  STALL  VALID   IDLE  MB/S   EFF  FILL_SHARE  SOURCE");
+    EXPECT_THAT(line_with(summary_text(summary, view), "k/load  DDR"), HasSubstr("  100%       12.3%  "));
+    view.sort = Metric::idle;
+    EXPECT_EQ(line_with(summary_text(summary, view), "BLOCK "),
+              "BLOCK   WHAT         LOST  STALL  VALID   IDLE  MB/S   EFF  SOURCE");
+}
+
+TEST(SummaryTables, WithoutAPeakThereAreNoSharesOfIt) {
+    ProfileSummary summary = shown_run({made::kernel("k", {made::global_read()})});
+    summary.memories[0].metrics[Metric::memory_mean] = 10'000;
+    for (const Value& peak : {Value(), Value(0.0)}) {
+        summary.memories[0].peak = peak;
+        const std::string shown_peak = peak ? "0" : "-";
+        EXPECT_EQ(line_with(summary_text(summary, {}), "DDR     "),
+                  "DDR         10000         -          " + shown_peak + "     -    -     -");
+    }
+}
+
+TEST(SummaryTables, OfNoTimeThereIsNoShare) {
+    ProfileSummary summary = shown_run({made::kernel("k", {})});
+    summary.metrics[Metric::span] = 0;
+    EXPECT_THAT(summary_text(summary, {}), HasSubstr("\nspan 0 ns; 1 kernel, 0 invocations, 0 samples\n"));
+}
+
+// A summary that has not been judged.
+TEST(SummaryTables, ABlockWithoutASentenceIsARowAlone) {
+    const std::string text = summary_text(made::run({made::kernel("k", {made::global_read()})}), {});
+    const auto lines = lines_of(text);
+    const auto row = std::ranges::find_if(lines, [](const auto& line) { return line.starts_with("k/load"); });
+    ASSERT_NE(row, lines.end());
+    ASSERT_NE(row + 1, lines.end());
+    EXPECT_EQ(*(row + 1), "");
 }

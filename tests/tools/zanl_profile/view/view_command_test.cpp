@@ -158,6 +158,28 @@ TEST_F(ViewCommand, AReportOfNothingHasAPage) {
     EXPECT_STREQ(PageReader(page).head()["run"]["fmax"].GetString(), "0.0");
 }
 
+TEST_F(ViewCommand, WithoutCyclesThereIsNoSumOfThem) {
+    const std::string usual = page_of({});
+    EXPECT_EQ(PageReader(usual).head()["kernels"][0]["cycles_total"].GetInt(), 400);
+    write("r.json", replaced(Report().text(), R"(samples": ["200", "200"])", R"(samples": ["0", "0"])"));
+    ASSERT_EQ(run({"view", "r.json", "-o", "r.html"}), silent_success);
+    const std::string page = read("r.html");
+    EXPECT_TRUE(PageReader(page).head()["kernels"][0]["cycles_total"].IsNull());
+}
+
+TEST_F(ViewCommand, ALargeSourceIsWhole) {
+    std::string text;
+    for (int i = 0; text.size() < 2'000'000; ++i)
+        text += std::to_string(i * 2654435761LL % 1'000'003) + "\n"; // hardly packed
+    write("src/k", text);
+    write("r.json", Report().text());
+    ASSERT_EQ(run({"view", "r.json", "--source", "src", "-o", "r.html"}), silent_success);
+    const std::string page = read("r.html");
+    EXPECT_GT(page.size(), std::size_t{1} << 20);
+    const PageReader reader(page);
+    EXPECT_TRUE(inflated(reader.chunk(reader.head()["sources"]["k"].GetInt()), text.size()) == text);
+}
+
 TEST_F(ViewCommand, ARunToCompareWithIsInThePage) {
     write("r.json", Report().text());
     write("b.json", Report{.stalls = R"("1", "2")"}.text());
@@ -198,6 +220,13 @@ TEST_F(ViewCommand, WhatIsNoReportIsRefused) {
     EXPECT_EQ(run({"view", "s.json", "-o", "r.html"}),
               trouble("s.json: a saved summary has no samples; name the report"));
     EXPECT_EQ(run({"view", "r.json", "r.json", "-o", "r.html"}), trouble("a page shows one run, not 2"));
+    EXPECT_EQ(run({"view", "d.zanx", "-o", "r.html"}),
+              trouble("d.zanx: a package needs its capture after it"));
+    EXPECT_EQ(run({"view", "r.json", "--base", "d.zanx", "-o", "r.html"}),
+              trouble("d.zanx: a package needs its capture after it"));
+    EXPECT_EQ(run({"view", "r.json", "--base", "r.json", "--base", "r.json", "-o", "r.html"}),
+              trouble("a page shows one base, not 2"));
+    EXPECT_FALSE(exists("r.html"));
 }
 
 TEST_F(ViewCommand, APageThatCannotBeWrittenLeavesTheOldOne) {

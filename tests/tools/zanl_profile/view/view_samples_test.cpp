@@ -119,8 +119,15 @@ TEST_F(ViewSamples, OfAStretchAreKept) {
     EXPECT_EQ(invocation_texts("start"), (Texts{"0", "1e3"}));
     EXPECT_EQ(invocation_texts("first"), (Texts{"0", "4e0"}));
     EXPECT_EQ(page().head()["kernels"][0]["blocks"][0]["sums"]["stall"][0].GetInt(), 27);
-    view({"--from", "1ms"});
+    EXPECT_EQ(view({"--from", "1ms"}), "the page has samples from 1ms only; sums are of the whole run\n");
     EXPECT_EQ(kernel_texts("time").size(), 0U);
+}
+
+// The third sample begins after 200 ns.
+TEST_F(ViewSamples, UpToATimeAreKept) {
+    EXPECT_EQ(view({"--to", "150ns"}), "the page has samples to 150ns only; sums are of the whole run\n");
+    EXPECT_EQ(kernel_texts("time"), (Texts{"1e2", "2e2"}));
+    EXPECT_EQ(block_texts("stall"), (Texts{"1e0", "2e0"}));
 }
 
 TEST_F(ViewSamples, OfAKernelAreKept) {
@@ -134,6 +141,8 @@ TEST_F(ViewSamples, OfAKernelAreKept) {
     EXPECT_EQ(view({"--kernel", "m"}), "the page has samples of m only; sums are of the whole run\n");
     EXPECT_EQ(kernel_texts("time").size(), 0U);
     EXPECT_EQ(page().head()["kernels"][1]["n"].GetInt(), 1);
+    EXPECT_EQ(view({"--kernel", "m", "--kernel", "k", "--from", "0ns"}),
+              "the page has samples of m, k from 0ns only; sums are of the whole run\n");
 }
 
 TEST_F(ViewSamples, OptionsThatMakeNoSenseAreRefused) {
@@ -145,12 +154,15 @@ TEST_F(ViewSamples, OptionsThatMakeNoSenseAreRefused) {
               trouble("--from takes a time with its unit, such as 12ms, not '12'"));
     EXPECT_EQ(refused({"--to", "xms"}), trouble("--to takes a time with its unit, such as 12ms, not 'xms'"));
     EXPECT_EQ(refused({"--from", "2ms", "--to", "1ms"}), trouble("--from must be before --to"));
-    EXPECT_EQ(refused({"--samples", "0"}), trouble("--samples takes a number of values or 'all', not '0'"));
+    for (const char* text : {"0", "5x", "-1", "x", "99999999999999999999"})
+        EXPECT_EQ(refused({"--samples", text}),
+                  trouble(std::string("--samples takes a number of values or 'all', not '") + text + "'"));
     std::string report(nine_samples);
     report.replace(report.find("200.0"), 5, "0.0");
     write("r.json", report);
-    EXPECT_EQ(refused({"--from", "1ms"}),
-              trouble("the unit of the times isn't known: --from and --to take --time-unit"));
+    for (const char* option : {"--from", "--to"})
+        EXPECT_EQ(refused({option, "1ms"}),
+                  trouble("the unit of the times isn't known: --from and --to take --time-unit"));
 }
 
 } // namespace

@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include "failure.h"
 #include "made_summary.h"
@@ -55,6 +58,8 @@ TEST_F(ViewSources, NamesThatLeaveTheFolderAreRefused) {
     std::filesystem::create_symlink("..", m_dir.path("src/up"));
     const std::string end = " is left out: it is not below the folder";
     EXPECT_EQ(fault_of("../outside.cl"), "the source '../outside.cl'" + end);
+    EXPECT_EQ(fault_of("."), "the source '.'" + end);
+    EXPECT_EQ(fault_of("device/../.."), "the source 'device/../..'" + end);
     EXPECT_EQ(fault_of("link.cl"), "the source 'link.cl'" + end);
     EXPECT_EQ(fault_of("up/outside.cl"), "the source 'up/outside.cl'" + end);
     EXPECT_EQ(fault_of(m_dir.path("src/a.cl")),
@@ -76,6 +81,19 @@ TEST_F(ViewSources, OnlyRegularFilesOfTwoMebibytesAreShown) {
     EXPECT_EQ(fault_of("large.cl"), "the source 'large.cl' is left out: it has more than 2 MiB");
     std::filesystem::resize_file(m_dir.path("src/large.cl"), max_source_size);
     EXPECT_EQ(find("large.cl").sources.at(0).text.size(), max_source_size);
+}
+
+// A socket can't be opened as a file, by no user.
+TEST_F(ViewSources, AFileThatCannotBeOpenedIsNamed) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = m_dir.path("src/socket.cl");
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    path.copy(address.sun_path, path.size());
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_EQ(fault_of("socket.cl"), "the source 'socket.cl' is left out: No such device or address");
+    ::close(socket);
 }
 
 TEST_F(ViewSources, AFileThatIsNotThereIsNamed) {
