@@ -140,6 +140,16 @@ TEST_F(OddFaults, AFileThatShrinksWhileItIsPackedIsReported) {
     }
 }
 
+TEST_F(OddFaults, WithoutATemporaryFileNothingIsPackedIntoASection) {
+    const Tree before = tree();
+    const TracedRun run = run_traced(
+        package_command({"pack", "p.zanx:s", "d"}), dir.path(),
+        {.calls = Calls::opens, .number = 1, .error = EMFILE, .lasting = true, .file = "(temporary)"});
+    EXPECT_EQ(run.calls, 2); // of a file without a name, and of one with a name
+    EXPECT_EQ(run.outcome, trouble_of("can't make a temporary file: Too many open files"));
+    EXPECT_EQ(tree(), before);
+}
+
 // Two pipes in the folder, and a history.
 class PipeFaults : public OddFaults {
   protected:
