@@ -25,8 +25,7 @@ ScratchFile::ScratchFile(const std::string& folder) {
 }
 
 ScratchFile::~ScratchFile() {
-    if (m_fd >= 0)
-        close(m_fd);
+    close(m_fd);
 }
 
 std::uint64_t ScratchFile::append(const void* data, std::size_t size) {

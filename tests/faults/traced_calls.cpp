@@ -139,7 +139,8 @@ std::string CurrentCall::file(const std::string& folder, const std::string& outp
         return "./";
     if (path.starts_with(folder + "/"))
         return without_random_letters(path.substr(folder.size() + 1));
-    if (has_no_name || path == "/tmp")
+    // tmpfile() tries a file without a name first.
+    if (has_no_name || path == "/tmp" || path.starts_with("/tmp/tmpf"))
         return "(temporary)";
     return path.empty() || path.find('/') == 0 || path.find(':') != path.npos ? ""
                                                                               : without_random_letters(path);

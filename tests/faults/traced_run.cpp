@@ -157,7 +157,7 @@ class Tracer {
   private:
     void at_call();
     bool counts(const KnownCall& call, const Arguments& arguments, std::string& file) const;
-    void fail(const KnownCall& call);
+    void fail(const KnownCall& call, const Arguments& arguments);
 
     const pid_t m_process;
     const std::string& m_folder;
@@ -200,7 +200,7 @@ void Tracer::at_call() {
         (run.calls == m_fault.number || (m_fault.lasting && run.calls > m_fault.number))) {
         if (run.struck.empty())
             run.struck = std::string(call->name) + " " + file;
-        fail(*call);
+        fail(*call, arguments);
     } else if (m_fault.piece != 0 && call->size != KnownCall::none &&
                arguments[static_cast<std::size_t>(call->size)] > m_fault.piece) {
         Registers(m_process).set_argument(call->size, m_fault.piece);
@@ -215,9 +215,12 @@ bool Tracer::counts(const KnownCall& call, const Arguments& arguments, std::stri
     return !file.empty() && (m_fault.file.empty() || file == m_fault.file);
 }
 
-void Tracer::fail(const KnownCall& call) {
+void Tracer::fail(const KnownCall& call, const Arguments& arguments) {
     if (call.calls == Calls::closes)
         m_fails_after = true; // a close that fails closes all the same
+    else if (m_fault.is_lost && call.size != KnownCall::none)
+        Registers(m_process).replace_call(
+            static_cast<long long>(arguments[static_cast<std::size_t>(call.size)]));
     else
         Registers(m_process).replace_call(-m_fault.error);
 }

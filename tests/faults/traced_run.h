@@ -18,8 +18,9 @@ struct Fault {
 
     Calls calls = Calls::reads;
     int number = none;     // which of these calls, from 1 on
-    int error = 0;         // the errno it fails with
+    int error = 0;         // the errno it fails with; 0: it returns 0, as a read at the end of a file does
     bool lasting = false;  // so do all of these calls after it
+    bool is_lost = false;  // it isn't made, and returns all the same that it has moved every byte
     std::string file = {}; // only calls on this file count; empty for all files
     // Each of the calls that don't fail moves this many bytes at most; 0 for all that it is asked for.
     std::uint64_t piece = 0;

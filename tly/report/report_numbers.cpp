@@ -84,22 +84,18 @@ Decimal first_digits(double magnitude) {
 }
 
 // The product of the 24 bits of a float from 10^-13 to 10^-4 and a power of ten, shifted right and rounded to
-// the nearest integer, from a tie to the even one.
+// the nearest integer. There are no ties: a number halfway between two integers below 10^7, times two, would
+// be an odd one below 2 · 10^7 that 5^11 divides, since the power of ten is the 11th at least.
 std::uint32_t scaled_digits(double magnitude, std::uint64_t power_of_ten) {
     constexpr int fraction_bits = 23;
     const std::uint64_t mantissa =
         (std::bit_cast<std::uint64_t>(magnitude) >> (52 - fraction_bits) & ((1u << fraction_bits) - 1)) |
         1u << fraction_bits;
-    // 24 bits times 64 in two parts: what is below bit 32 only decides whether the rest is more than a half.
+    // 24 bits times 64 in two parts. What is below bit 32 doesn't reach the bit that is rounded by.
     const std::uint64_t low = mantissa * (power_of_ten & 0xFFFF'FFFF);
     const std::uint64_t high = mantissa * (power_of_ten >> 32) + (low >> 32);
     const int shift = fraction_bits - binary_exponent(magnitude) - 32; // 5 to 35
-    const std::uint64_t whole = high >> shift;
-    const std::uint64_t rest = high & ((std::uint64_t{1} << shift) - 1);
-    const std::uint64_t half = std::uint64_t{1} << (shift - 1);
-    const bool is_more = rest > half || (rest == half && (low & 0xFFFF'FFFF) != 0);
-    const bool is_tie = rest == half && (low & 0xFFFF'FFFF) == 0;
-    return static_cast<std::uint32_t>(whole) + (is_more || (is_tie && whole % 2 == 1) ? 1 : 0);
+    return static_cast<std::uint32_t>(((high >> (shift - 1)) + 1) >> 1);
 }
 
 Decimal first_digits_of_small(double magnitude) {

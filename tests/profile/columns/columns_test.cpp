@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "node_reader.h"
 #include "series_units.h"
 #include "stream_report.h"
@@ -77,6 +79,105 @@ TEST(Columns, PortsAreKnownByTheirNames) {
     EXPECT_EQ(columns.kernel().ports[0]->port, "port_0");
     EXPECT_EQ(columns.bandwidths(0), (std::vector<std::int64_t>{1, 4}));
     EXPECT_EQ(columns.bandwidths(1), (std::vector<std::int64_t>{2, 3}));
+}
+
+// Two invocations have them in another order.
+TEST(Columns, BlocksAreKnownByTheirNames) {
+    StreamKernel first{.stamps = {100}, .cycles = {100}};
+    first.blocks = {{.name = "a", .stall = {1}}, {.name = "b", .stall = {2}}};
+    StreamKernel second{.start = 200, .stamps = {300}, .cycles = {100}};
+    second.blocks = {{.name = "b", .stall = {3}}, {.name = "a", .stall = {4}}};
+    ColumnsOfReport columns({.kernels = {first, second}});
+    ASSERT_EQ(columns.kernel().blocks.size(), 2u);
+    EXPECT_EQ(columns.kernel().blocks[0].name, "a");
+    EXPECT_EQ(columns.sums(0, BlockSeries::stall).products, 1.0 + 4.0);
+    EXPECT_EQ(columns.sums(1, BlockSeries::stall).products, 2.0 + 3.0);
+}
+
+TEST(Columns, APortIsThatOfItsInterface) {
+    StreamKernel kernel{.stamps = {100}, .cycles = {100}};
+    kernel.ports = {{.interface = "ddr_0", .bandwidth = {1.0f}}, {.interface = "ddr_1", .bandwidth = {2.0f}}};
+    StreamKernel swapped{.start = 200, .stamps = {300}, .cycles = {100}};
+    swapped.ports = {kernel.ports[1], kernel.ports[0]};
+    ColumnsOfReport columns({.kernels = {kernel, swapped}});
+    ASSERT_EQ(columns.kernel().ports.size(), 2u);
+    EXPECT_EQ(columns.bandwidths(0), (std::vector<std::int64_t>{1, 1}));
+    EXPECT_EQ(columns.bandwidths(1), (std::vector<std::int64_t>{2, 2}));
+}
+
+TEST(Columns, NodesOfOneStartAreOneInvocation) {
+    const StreamKernel first{.start = 10, .stamps = {100}, .cycles = {90}};
+    const StreamKernel second{.start = 10, .stamps = {300}, .cycles = {200}};
+    const StreamKernel third{.start = 400, .stamps = {500}, .cycles = {100}};
+    ColumnsOfReport columns({.kernels = {first, second, third}});
+    const auto& invocations = columns.kernel().invocations;
+    ASSERT_EQ(invocations.size(), 2u); // times count from the first start
+    EXPECT_EQ(invocations[0].start, 0);
+    EXPECT_EQ(invocations[0].end, 290);
+    EXPECT_EQ(invocations[1].start, 390);
+    EXPECT_EQ(invocations[1].first, 2u);
+}
+
+TEST(Columns, WithMoreCyclesThanSamplesNoCyclesAreKnown) {
+    const StreamKernel first{.stamps = {100}, .cycles = {50, 50}};
+    const StreamKernel second{.start = 200, .stamps = {300}, .cycles = {70}};
+    ColumnsOfReport columns({.kernels = {first, second}});
+    Column& cycles = columns.kernel().cycles;
+    EXPECT_EQ(cycles.sums.products, 70.0);
+    EXPECT_EQ(cycles.series.marks(), (std::vector<MarkRun>{{0, 1, Mark::missing}}));
+}
+
+// 100 cycles each: the second and the third rate can't count, nor the cycles of the fourth.
+TEST(Columns, OnlyRatesOfKnownCyclesCountInThePyramidOfAPort) {
+    StreamKernel kernel{.stamps = {100, 200, 300, 400}, .cycles = {100, 100, 100, 0}};
+    kernel.ports = {{.bandwidth = {2.0f, std::numeric_limits<float>::infinity(), -1.0f, 5.0f}}};
+    ColumnsOfReport columns({.kernels = {kernel}});
+    Column& bandwidth = columns.kernel().ports.at(0)->bandwidth;
+    bandwidth.pyramid.finish();
+    EXPECT_EQ(bandwidth.pyramid.least(), (std::vector<double>{2.0}));
+    EXPECT_EQ(bandwidth.pyramid.range(), (std::vector<double>{0.0}));
+    EXPECT_EQ(bandwidth.pyramid.sums(), (std::vector<double>{200.0}));
+    EXPECT_EQ(bandwidth.pyramid.weights(), (std::vector<double>{100.0}));
+}
+
+TEST(Columns, AFillWithoutStallsIsWeighedByItsRequests) {
+    StreamKernel kernel{.stamps = {100}, .cycles = {100}};
+    kernel.blocks = {{.name = "recv", .mem_type = "", .requests = {10}, .fill = {2.0f}}};
+    ColumnsOfReport columns({.kernels = {kernel}});
+    const SeriesSums& fill = columns.sums(0, BlockSeries::fill);
+    EXPECT_EQ(fill.weights, 10.0);
+    EXPECT_EQ(fill.products, 20.0);
+}
+
+TEST(Columns, OnlyBurstsThatAreNumbersAboveZeroCount) {
+    StreamKernel kernel{.stamps = {100}, .cycles = {100}};
+    kernel.blocks = {{.name = "load", .burst = {4.0f, 0.0f, std::numeric_limits<float>::infinity(), 2.0f}}};
+    ColumnsOfReport columns({.kernels = {kernel}});
+    const BurstEntries& bursts = columns.kernel().blocks.at(0).bursts;
+    EXPECT_EQ(bursts.num, 2u);
+    EXPECT_EQ(bursts.sum, 6.0);
+    EXPECT_EQ(bursts.least, 2.0);
+    EXPECT_EQ(bursts.greatest, 4.0);
+}
+
+// A node of a report that has lost its start.
+TEST(Columns, WithoutAStartAKernelBeginsAtItsFirstSample) {
+    const TempDir dir;
+    ChunkStore store(dir.path());
+    Columns columns(store);
+    KernelNode node;
+    columns.begin_kernel(node, 0);
+    columns.end_kernel();
+    EXPECT_TRUE(columns.kernels().at(0)->invocations.empty()); // there is no time of it
+    node.arrays[Counts::timestamps].push_back(500);
+    node.arrays[Counts::timestamps].push_back(700);
+    columns.begin_kernel(node, 0);
+    columns.end_kernel();
+    const auto& invocations = columns.kernels().at(0)->invocations;
+    ASSERT_EQ(invocations.size(), 1u);
+    EXPECT_EQ(columns.base(), 500);
+    EXPECT_EQ(invocations[0].start, 0);
+    EXPECT_EQ(invocations[0].end, 200);
 }
 
 } // namespace

@@ -36,5 +36,6 @@ TEST(Decimal, RoundsWhatPassesNineDecimals) {
 
 TEST(Decimal, StopsAtTheLargestNumberThatHasRoom) {
     EXPECT_EQ(decimal_of(std::numeric_limits<float>::max()), (Decimal{9'000'000'000'000'000'000, 0}));
+    EXPECT_EQ(decimal_of(9.5e18f), (Decimal{9'000'000'000'000'000'000, 0}));
     EXPECT_EQ(decimal_of(-1e20f), (Decimal{-9'000'000'000'000'000'000, 0}));
 }

@@ -101,6 +101,51 @@ TEST(JoinedSamples, WithoutWhatWeighsThemThereAreNoMeans) {
         EXPECT_EQ(block.column(series).series.marks(), (std::vector<MarkRun>{{0, 2, Mark::missing}}));
 }
 
+// The second of four samples has no cycles, so only the first one counts in its pair.
+TEST(JoinedSamples, OfWhichSomeHaveNoCyclesAddUpTheOthers) {
+    const TempDir dir;
+    ChunkStore store(dir.path());
+    KernelColumns kernel(store);
+    kernel.num_samples = 4;
+    kernel.invocations.push_back({0, 40, 0, SharedType::none});
+    auto& requests = kernel.blocks.emplace_back().columns[static_cast<std::size_t>(BlockSeries::requests)];
+    requests = std::make_unique<Column>(store);
+    const std::int64_t cycles[] = {10, 0, 10, 10};
+    const std::int64_t counts[] = {4, 6, 2, 3};
+    for (std::size_t i = 0; i < 4; ++i) {
+        kernel.time.series.add(static_cast<std::int64_t>(10 * i + 10));
+        kernel.cycles.series.add(cycles[i]);
+        requests->series.add(counts[i]);
+    }
+    const auto joined = joined_samples(kernel, {{0, 0, 4}}, 2, store);
+    EXPECT_EQ(units_of(joined->cycles.series, store), (Units{10, 20}));
+    Column& column = *joined->blocks.at(0).columns[static_cast<std::size_t>(BlockSeries::requests)];
+    EXPECT_EQ(units_of(column.series, store), (Units{4, 5}));
+    EXPECT_EQ(units_of(column.peaks->counts, store), (Units{1, 2}));
+    EXPECT_EQ(units_of(column.peaks->least, store), (Units{4, 2}));
+    EXPECT_EQ(units_of(column.peaks->range, store), (Units{0, 1})); // from 4 to 4, from 2 to 3
+}
+
+TEST(JoinedSamples, HaveTheDeviceAndQueueOfTheLastOne) {
+    const TempDir dir;
+    ChunkStore store(dir.path());
+    KernelColumns kernel(store);
+    kernel.num_samples = 4;
+    kernel.invocations.push_back({0, 40, 0, SharedType::none});
+    for (std::int64_t i = 1; i <= 4; ++i) {
+        kernel.time.series.add(10 * i);
+        kernel.cycles.series.add(std::int64_t{10});
+        kernel.device.add(i);
+    }
+    kernel.queue.add(std::int64_t{7});
+    kernel.queue.add(std::int64_t{8}); // none of the other samples
+    const auto joined = joined_samples(kernel, {{0, 0, 4}}, 2, store);
+    EXPECT_EQ(units_of(joined->device, store), (Units{2, 4}));
+    EXPECT_TRUE(joined->device.marks().empty());
+    EXPECT_EQ(units_of(joined->queue, store), (Units{8, 8})); // a mark repeats the number before it
+    EXPECT_EQ(joined->queue.marks(), (std::vector<MarkRun>{{1, 1, Mark::missing}}));
+}
+
 // Four samples of 10 cycles that move 1, 2, 3 and 6 MB/s through a port: two and two become one.
 TEST(JoinedSamples, OfAPortHaveTheirMeansByCycles) {
     const TempDir dir;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "contract_death.h"
 #include "temp_dir.h"
 
 using namespace zan::profile;
@@ -64,6 +65,30 @@ TEST(SampleChoice, KernelsAndStretchesAreChosenBeforeTheLimit) {
     EXPECT_EQ(profile->group, 1u);
     EXPECT_EQ(profile->columns.kernels()[0]->num_samples, 3u);
     EXPECT_EQ(profile->columns.kernels()[1]->num_samples, 0u);
+}
+
+// A stretch from 100 on has the last six samples, and one for those before them; one up to 40 has the first
+// four.
+TEST(SampleChoice, AStretchMayBeOpenAtAnEnd) {
+    for (const char* start : {"0", ""}) { // a run without a start begins at 0
+        const TempDir dir;
+        const auto last = two_kernels(dir);
+        last->summary.start = start;
+        EXPECT_TRUE(choose_samples(*last, {.from = 100.0}));
+        EXPECT_EQ(last->columns.kernels()[0]->num_samples, 7u);
+        const auto first = two_kernels(dir);
+        first->summary.start = start;
+        EXPECT_TRUE(choose_samples(*first, {.to = 40.0}));
+        EXPECT_EQ(first->columns.kernels()[1]->num_samples, 4u);
+    }
+}
+
+TEST(SampleChoice, AStretchNeedsTheUnitOfTime) {
+    const TempDir dir;
+    const auto profile = two_kernels(dir);
+    profile->summary.nanoseconds.reset();
+    EXPECT_TRUE(choose_samples(*profile, {.kernels = {"a"}}));
+    EXPECT_CONTRACT(choose_samples(*profile, {.from = 1.0}), "the unit of time is known");
 }
 
 } // namespace

@@ -31,6 +31,7 @@ TEST_F(SeriesCursorTest, ReadsNumbersAndMarks) {
     EXPECT_EQ(cursor.units_at(3), 20);
     EXPECT_EQ(cursor.mark_at(3), std::nullopt);
     EXPECT_EQ(cursor.mark_at(4), Mark::missing);
+    EXPECT_EQ(cursor.units_at(4), 0);
 }
 
 TEST_F(SeriesCursorTest, CrossesChunks) {

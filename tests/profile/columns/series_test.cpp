@@ -121,6 +121,48 @@ TEST_F(SeriesTest, LargeNumbersKeepFewerDecimals) {
     EXPECT_EQ(values_of(other), (std::vector<std::int64_t>{1'000'000'000'000'000'000, 1}));
 }
 
+TEST_F(SeriesTest, LargeNegativeNumbersKeepFewerDecimalsToo) {
+    Series series(store);
+    series.add(-0.5f);
+    series.add(-0.25f);
+    series.add(-1e18f); // halves are rounded away from 0
+    series.finish();
+    EXPECT_EQ(series.digits(), 0);
+    EXPECT_EQ(values_of(series), (std::vector<std::int64_t>{-1, 0, -1'000'000'000'000'000'000}));
+    EXPECT_EQ(series.least(), -1'000'000'000'000'000'000);
+    Series other(store);
+    other.add(-1e18f);
+    other.add(-0.75f);
+    other.finish();
+    EXPECT_EQ(other.digits(), 0);
+    EXPECT_EQ(values_of(other), (std::vector<std::int64_t>{-1'000'000'000'000'000'000, -1}));
+}
+
+// 2^53 is about 9.007 · 10^15: 10^13 has room for two decimals, 10^16 for none.
+TEST_F(SeriesTest, RoundedNumbersKeepWhatADoubleHasRoomFor) {
+    struct Row {
+        double value;
+        int digits;
+        std::int64_t units;
+    };
+    for (const auto& [value, digits, units] :
+         {Row{1.25, 3, 1250}, Row{-1e13, 2, -1'000'000'000'000'000}, Row{1e16, 0, 10'000'000'000'000'000}}) {
+        Series series(store);
+        series.add_rounded(value, 3);
+        series.finish();
+        EXPECT_EQ(series.digits(), digits) << value;
+        EXPECT_EQ(values_of(series), (std::vector<std::int64_t>{units}));
+    }
+}
+
+TEST_F(SeriesTest, NoMarksAreNoValues) {
+    Series series(store);
+    series.add_marks(Mark::nan, 0);
+    EXPECT_EQ(series.size(), 0u);
+    EXPECT_TRUE(series.marks().empty());
+    EXPECT_TRUE(series.digest() == Series(store).digest());
+}
+
 TEST_F(SeriesTest, MovesItsValuesToTheStoreWhenThatIsFull) {
     Series series(store);
     for (int i = 0; i < 300; ++i)

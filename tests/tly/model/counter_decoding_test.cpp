@@ -123,6 +123,15 @@ TEST(CounterDecoding, OnlyTheCountersOfTheAskedComputeUnitAreRead) {
     EXPECT_EQ(inst->getIdleCount(), (Values{0, 6, 8}));
 }
 
+// Of the counters in fields 0 and 1.
+TEST(CounterDecoding, BlocksAreTakenWhereTheLineHasAllCounters) {
+    const auto inst = InstBuilder{.function = "blocks", .tags = {"ivalid", "ostall"}}.make();
+    EXPECT_TRUE(inst->can_take_blocks(0, 2, 0));
+    EXPECT_FALSE(inst->can_take_blocks(1, 2, 0)) << "field 0 comes before the counters";
+    EXPECT_FALSE(inst->can_take_blocks(0, 1, 0)) << "field 1 is not on the line";
+    EXPECT_TRUE(inst->can_take_blocks(1, 1, 1)) << "another compute unit has no counters";
+}
+
 TEST(CounterDecoding, WithoutPushValuesGatherForTheNextSample) {
     const auto inst = InstBuilder{.function = "gather", .tags = {"ivalid"}}.make();
     inst->updateCounters({"5"}, 0, 1, false, SHARED_NONE, 1);

@@ -116,6 +116,16 @@ TEST(UpdateExtMemCounter, NegativeNumbersAreReportedAndRecordNothing) {
     EXPECT_EQ(inst->getNumExtMems(), 0);
 }
 
+TEST(UpdateExtMemCounter, AnOperationThatThereIsNotRecordsNothing) {
+    const auto inst = InstBuilder{.function = "direct_operation"}.make();
+    EXPECT_EQ(stderr_of([&] {
+                  for (const int op : {EXT_MEM_READ - 1, EXT_MEM_WRITE_BURST + 1})
+                      inst->updateExtMemCounter("m", static_cast<ExtMemOpType>(op), 0, 0, 5, true);
+              }),
+              "");
+    EXPECT_EQ(inst->getNumExtMems(), 0);
+}
+
 TEST(UpdateSingleCounter, AppliesOneValueByItsTag) {
     const auto inst = InstBuilder{.function = "single"}.make();
     inst->updateSingleCounter("ivalid", 5, true);

@@ -23,11 +23,12 @@ TEST(ProfileModel, DeletesKernelsWithTheirInstancesAndMemories) {
 }
 
 TEST(ProfileModel, EntriesStayWhenWhatTheyPointToIsDeleted) {
-    const ProfileModel::Kernels kernels = {{"k", new TlyKernel("k")}, {"l", new TlyKernel("l")}};
+    const ProfileModel::Kernels kernels = {
+        {"k", new TlyKernel("k")}, {"l", new TlyKernel("l")}, {"none", nullptr}};
     const ProfileModel::ExtMems ext_mems = {{"DDR", new TlyExtMem("DDR", 25600.0f)}};
     delete_kernels(kernels);
     delete_ext_mems(ext_mems);
-    EXPECT_EQ(kernels.size(), 2u);
+    EXPECT_EQ(kernels.size(), 3u);
     EXPECT_EQ(ext_mems.size(), 1u);
 }
 

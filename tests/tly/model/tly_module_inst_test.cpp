@@ -294,6 +294,14 @@ TEST(TlyModuleInstDeathTest, StallPercentageNeedsASample) {
     EXPECT_DEATH(inst->getStallPercentage(), "Assertion `!stalls.empty\\(\\)' failed");
 }
 
+TEST(TlyModuleInstDeathTest, StallPercentageNeedsCycles) {
+    const auto inst = InstBuilder{.function = "stalls_alone", .tags = {"memorystalls"}}.make();
+    add_sample(*inst, {"1"});
+    EXPECT_DEATH(inst->getStallPercentage(),
+                 "No total cycles found for kernel stalls_alone\n.*"
+                 "Assertion `!cycles.empty\\(\\)' failed");
+}
+
 TEST(TlyModuleInst, SampleTimestampsAreThoseOfTheFunction) {
     const auto inst = InstBuilder{.function = "timestamps"}.make();
     const auto twin = InstBuilder{.function = "timestamps"}.make();

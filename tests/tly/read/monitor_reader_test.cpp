@@ -327,14 +327,16 @@ TEST_F(MonReaderTest, WithoutADescriptionThePseudoKernelNeverReachesTheReport) {
 TEST_F(MonReaderTest, PullKernelInfoAppendsANodeAndReturnsOne) {
     TlyKernel& made = two_counter_kernel("pulled");
     made.add_sample_timestamp(5);
+    EXPECT_EQ(pullKernelInfo(&made, &tree, false, ext_mems), 1);
+    EXPECT_EQ(made.get_sample_timestamps(), (std::vector<long long>{5})) << "it was not to be reset";
     EXPECT_EQ(pullKernelInfo(&made, &tree, true, ext_mems), 1);
-    EXPECT_EQ(values("kernels", "sample_timestamps"), (Texts{"5"}));
+    EXPECT_EQ(values("kernels", "sample_timestamps"), (Texts{"5", "5"}));
     EXPECT_TRUE(made.get_sample_timestamps().empty());
 
     TlyKernel& pseudo = kernel(autorun_profile_dummy_kernel);
     pseudo.add_sample_timestamp(5);
     EXPECT_EQ(pullKernelInfo(&pseudo, &tree, true, ext_mems), 1);
-    EXPECT_EQ(nodes("kernels").size(), 1u);
+    EXPECT_EQ(nodes("kernels").size(), 2u);
     EXPECT_EQ(pseudo.get_sample_timestamps().size(), 1u);
 }
 

@@ -317,6 +317,18 @@ TEST(ReportWriter, ABadStreamIsAWriteError) {
     EXPECT_THAT(error_of([&] { write_report(stream, ptree()); }), IsError("write error", ""));
 }
 
+// Takes all bytes, and can't bring them where they belong.
+class BufferThatKeepsAll final : public std::stringbuf {
+    int sync() override { return -1; }
+};
+
+TEST(ReportWriter, AStreamThatCannotBeFlushedIsAWriteError) {
+    BufferThatKeepsAll buffer;
+    std::ostream stream(&buffer);
+    EXPECT_THAT(error_of([&] { write_report(stream, ptree()); }), IsError("write error", ""));
+    EXPECT_EQ(buffer.str(), "{\n}\n");
+}
+
 TEST(ReportWriter, ANodeWithDataAndChildrenIsRefusedAndTheFileIsEmptied) {
     const TempDir dir;
     const std::string path = dir.path("report.json");

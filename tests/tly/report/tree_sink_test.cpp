@@ -42,6 +42,24 @@ TEST(TreeSink, ArraysOfListsAndOfPlainValuesAreTheSame) {
     EXPECT_EQ(node_text(node), "list=[4 0 -1 0] plain=[4 0 -1 0]");
 }
 
+// They come in pieces of any type.
+TEST(TreeSink, ElementsJoinTheArrayThatIsOpen) {
+    const std::vector<int> ints = {1, -2};
+    const std::vector<long long> longs = {1LL << 40};
+    const std::vector<float> floats = {0.5f, 3.0f};
+    ptree node;
+    TreeSink sink(node);
+    sink.open("all", Form::array);
+    sink.elements(std::span<const int>(ints));
+    sink.elements(std::span<const long long>(longs));
+    sink.elements(std::span<const float>(floats));
+    sink.elements(SampleList<int>(ints));
+    sink.elements(SampleList<long long>(longs));
+    sink.elements(SampleList<float>(floats));
+    sink.close();
+    EXPECT_EQ(node_text(node), "all=[1 -2 1099511627776 0.5 3 1 -2 1099511627776 0.5 3]");
+}
+
 TEST(TreeSink, SamplesThatAreNoneAppendNothing) {
     ptree node;
     TreeSink sink(node);

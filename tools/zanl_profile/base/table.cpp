@@ -20,10 +20,11 @@ constexpr const char* ellipsis = "…"; // one column wide
 // SGR parameters of ECMA-48, in the order of Style. Only the colors that both dark and bright terminals show.
 constexpr const char* style_codes[] = {"", "1", "32", "31", "33", "2"};
 
+// A column is as wide as its widest text unless it was cut, and no column is cut below one.
 std::string cut(const std::string& text, std::size_t width) {
     if (display_width(text) <= width)
         return text;
-    return width == 0 ? "" : std::string(fitting(text, width - 1)) + ellipsis;
+    return std::string(fitting(text, width - 1)) + ellipsis;
 }
 
 std::size_t table_width(const std::vector<std::size_t>& widths) {

@@ -2,7 +2,10 @@
 // The document, and the checks that take all of it.
 #include <limits>
 
+#include "BoardVisitor.h"
 #include "board_document.h"
+#include "contract.h"
+#include "xml_probe.h"
 
 namespace zan::test {
 namespace {
@@ -148,6 +151,54 @@ TEST(BoardDocument, TheOldestVersionHasNoCompileConfigurations) {
     document.board = "<board version='0.9' name='b'>";
     document.compile = "";
     EXPECT_EQ(load_good(document)->get_version(), BoardSpec::Version_0_9);
+}
+
+// Reads a document into this board. Returns the contract that breaks, or else the errors.
+std::string fault_of_reading_into(board::BoardSpec& spec, const BoardDocument& document) {
+    RecordingCallbacks callbacks;
+    board::xml::BoardVisitor visitor(&spec, &callbacks, false, false);
+    const ThrowBrokenContracts thrown;
+    try {
+        parsed(document.text())->Accept(&visitor);
+    } catch (const BrokenContract& contract) {
+        return std::string("contract: ") + contract.text;
+    }
+    return testing::PrintToString(callbacks.errors);
+}
+
+// Only a new board can be read into.
+TEST(BoardDocument, ABoardThatHasAPartAlreadyTakesNoOther) {
+    struct Row {
+        void (*prepare)(board::BoardSpec& spec);
+        const char* fault;
+    };
+    const Row rows[] = {
+        {[](board::BoardSpec& spec) { spec.set_device_config(new board::DeviceConfig); },
+         "contract: !m_spec->has_device_config()"},
+        {[](board::BoardSpec& spec) { spec.set_host_config(new board::HostConfig); },
+         "contract: !m_spec->has_host_config()"},
+        {[](board::BoardSpec& spec) { spec.set_channel_config(new board::ChannelConfig); },
+         "contract: !m_spec->has_channel_config()"},
+        {[](board::BoardSpec& spec) { spec.set_interface_config(new board::InterfaceConfig); },
+         "contract: !m_spec->has_interface_config()"},
+    };
+    for (const auto& [prepare, fault] : rows) {
+        board::BoardSpec spec;
+        prepare(spec);
+        EXPECT_EQ(fault_of_reading_into(spec, {}), fault);
+    }
+}
+
+TEST(BoardDocument, TheOldestVersionTakesNoBoardWithACompileConfiguration) {
+    BoardDocument document;
+    document.board = "<board version='0.9' name='b'>";
+    document.compile = "";
+    board::BoardSpec spec;
+    spec.add_compile_config(std::make_unique<board::CompileConfig>(), "c");
+    const std::vector<std::string> errors = {
+        "Error in 'a.xml':\n"
+        "Unexpected compile configuration (<compile>) found in 0.9 board specification.\n"};
+    EXPECT_EQ(fault_of_reading_into(spec, document), testing::PrintToString(errors));
 }
 
 TEST(BoardDocument, AnotherRootIsUnexpectedAndNothingElseIsChecked) {

@@ -2,7 +2,9 @@
 #include "named_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -63,6 +65,34 @@ TEST(OutputFileTest, ADashIsStandardOutput) {
               }),
               "bytes");
     EXPECT_FALSE(fs::exists("-"));
+}
+
+TEST(OutputFileTest, AFileThatIsThereIsReplaced) {
+    const TempDir dir;
+    write_file(dir.path("f"), "before");
+    OutputFile output(dir.path("f"));
+    output.write("bytes");
+    EXPECT_EQ(read_file(dir.path("f")), "before");
+    output.commit();
+    EXPECT_EQ(read_file(dir.path("f")), "bytes");
+}
+
+// No socket can be opened as a file.
+TEST(OutputFileTest, ASpecialFileThatCannotBeOpenedIsReported) {
+    const TempDir dir;
+    const std::string path = dir.path("s");
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    path.copy(address.sun_path, path.size());
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ::close(socket);
+    try {
+        OutputFile output(path);
+        ADD_FAILURE() << "it was opened";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.what(), "can't write '" + path + "': No such device or address");
+    }
 }
 
 TEST(OutputFileTest, ADeviceIsWrittenAsItIs) {

@@ -244,6 +244,7 @@ TEST_F(PackageEdit, WrongNamesAreReported) {
               trouble("the name of a section has at most 4096 bytes, not 4097: '" + long_name + "'"));
     EXPECT_EQ(run({"package", "create", "new.zanx"}),
               trouble("nothing to make 'new.zanx' of; give NAME=FILE or --from DIR"));
+    EXPECT_EQ(run({"package", "pack", "p.zanx:", "f"}), trouble("a section of 'p.zanx' needs a name"));
     EXPECT_TRUE(read("p.zanx") == before);
     EXPECT_EQ(tree().size(), 2u);
 }
@@ -273,6 +274,28 @@ TEST_F(PackageEdit, MoreThanAPackageHoldsIsReportedBeforeItIsRead) {
     fs::resize_file(dir.path("large"), 5ull << 30);
     EXPECT_EQ(run({"package", "add", "p.zanx", "b=large"}),
               trouble("'large' has 5368709120 bytes, and a section holds at most 4294967295"));
+}
+
+// A section whose bytes are missing says that it has 2^32 - 16; with 100 more there are 2^32 + 84.
+TEST_F(PackageEdit, MoreThanAPackageHoldsIsReportedBeforeItIsWritten) {
+    make("p.zanx", {{"a", "1"}});
+    change_header("p.zanx", 0, [](Elf32_Shdr& header) { header.sh_size = 0xFFFF'FFF0; });
+    write("f", std::string(100, 'f'));
+    const std::string before = read("p.zanx");
+    EXPECT_EQ(run({"package", "add", "p.zanx", "b=f"}),
+              trouble("can't write section 'b' of 'p.zanx': it would be 4294967380 bytes long, and a package "
+                      "has at most 4294967295"));
+    EXPECT_TRUE(read("p.zanx") == before);
+}
+
+// The library lays sections out by alignments that are powers of two.
+TEST_F(PackageEdit, ASectionThatCannotBeLaidOutIsReportedInTheLibrarysWords) {
+    make("p.zanx", {{"a", "1"}, {"b", "2"}});
+    change_header("p.zanx", 0, [](Elf32_Shdr& header) { header.sh_addralign = 3; });
+    const std::string before = read("p.zanx");
+    EXPECT_EQ(run({"package", "remove", "p.zanx", "b"}),
+              trouble("can't write 'p.zanx': invalid section alignment"));
+    EXPECT_TRUE(read("p.zanx") == before);
 }
 
 // A few bytes ask for a file of 2 GiB.

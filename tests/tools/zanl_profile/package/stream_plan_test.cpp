@@ -118,6 +118,19 @@ TEST_F(StreamPlan, NamesAndSizesHaveTheLimitsOfTheFormat) {
                   ": it has 4294967296 bytes, and a stream holds files of at most 4294967295");
 }
 
+// No path is so long, but what a user writes may be: 4,097 letters with a slash between each two are 8,193
+// bytes.
+TEST_F(StreamPlan, ANameThatIsTooLongIsReportedBeforeItsFoldersAreLookedAt) {
+    std::string name = "a";
+    for (int i = 1; i < 4097; ++i)
+        name += "/a";
+    EXPECT_EQ(name.size(), 8193u);
+    EXPECT_EQ(failure({name + "/f"}),
+              "can't pack " + quoted(name) + ": a name in a stream has at most 8191 bytes");
+    EXPECT_EQ(failure({name.substr(2) + "/f"}),
+              "can't read " + quoted(name.substr(2) + "/f") + ": File name too long");
+}
+
 TEST_F(StreamPlan, WhatIsNotThereFails) {
     EXPECT_EQ(failure({"none"}), "can't read " + quoted("none") + ": No such file or directory");
     fs::create_symlink("nowhere", dir.path("link"));
