@@ -76,19 +76,20 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     bool has_error() const { return m_has_error; }
 
     // Reports an error, at a line where it has one, sets the error flag and returns false.
-    bool report_error(std::string_view msg);
-    bool report_error(const XMLNode& node, std::string_view msg);
-    bool report_error(const XMLAttribute& attr, std::string_view msg);
+    bool report_error(const std::string& msg);
+    bool report_error(const XMLNode& node, const std::string& msg);
+    bool report_error(const XMLAttribute& attr, const std::string& msg);
 
     // Errors with a text of their own. `extra`, when not empty, is a further line of the message. All return
     // false.
-    bool report_missing_attr(const XMLElement& elem, std::string_view attr, std::string_view extra);
-    bool report_unexpected_elem(const XMLElement& elem, std::string_view extra);
+    bool report_missing_attr(const XMLElement& elem, const std::string& attr, const std::string& extra);
+    bool report_unexpected_elem(const XMLElement& elem, const std::string& extra);
     bool report_unexpected_attr(const XMLAttribute& attr);
-    bool report_attr_type_error(const XMLElement& elem, std::string_view attr_name, std::string_view extra);
+    bool report_attr_type_error(const XMLElement& elem, const std::string& attr_name,
+                                const std::string& extra);
 
     // Reports `msg` at the line of the attribute, or of the element if it has no such attribute.
-    bool report_attr_error(const XMLElement& elem, std::string_view attr_name, std::string_view msg);
+    bool report_attr_error(const XMLElement& elem, const std::string& attr_name, const std::string& msg);
 
     // Checks on the count of the current path, the element being entered included. Bounds are inclusive.
     bool report_unexpected_elem_stack_count(const XMLElement& elem, unsigned int exact);
@@ -129,7 +130,7 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     bool report_unexpected_attrs(const XMLElement& elem, unsigned int n, ...);
 
     // Returns true; the walk goes on.
-    bool report_warning(std::string_view msg);
+    bool report_warning(const std::string& msg);
 
   protected:
     // Lets `child` walk the element and its subtree, and takes over its failure. Always returns false, as the
@@ -151,7 +152,7 @@ class BaseVisitor : public tinyxml2::XMLVisitor {
     using Names = std::vector<std::string_view>;
 
     static Names take_names(unsigned int n, va_list names);
-    bool report_error_where(const MessagePlace& place, std::string_view where, std::string_view msg);
+    bool report_error_where(const MessagePlace& place, const std::string& where, const std::string& msg);
     bool report_count_outside(const XMLElement& elem, unsigned int count, unsigned int min_count,
                               unsigned int max_count);
     bool report_attrs_not_in(const XMLElement& elem, const Names& names);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The messages of BaseVisitor. People and tools search for their words, so each stands here exactly once.
 #include <algorithm>
-#include <initializer_list>
 
 #include "BaseVisitor.h"
 #include "contract.h"
@@ -10,38 +9,24 @@ namespace zan::xml {
 
 namespace {
 
-// Each of these is formed only where it is passed on, so nothing is spent on being quick.
-std::string joined(std::initializer_list<std::string_view> parts) {
-    std::string text;
-    for (const std::string_view part : parts)
-        text += part;
-    return text;
+std::string quoted(const std::string& name) {
+    return "'" + name + "'";
 }
 
-std::string quoted(std::string_view name) {
-    return joined({"'", name, "'"});
-}
-
-std::string with_extra(std::string text, std::string_view extra) {
-    if (!extra.empty())
-        text += joined({"\n", extra});
-    return text;
+std::string with_extra(const std::string& text, const std::string& extra) {
+    return extra.empty() ? text : text + "\n" + extra;
 }
 
 // The frame of all messages. `where` follows the source: ":" for the input as a whole, else its line, if any.
-std::string framed(std::string_view severity, const char* source, std::string_view where,
-                   std::string_view msg) {
+std::string framed(const std::string& severity, const char* source, const std::string& where,
+                   const std::string& msg) {
     // A loader that was handed a ready document has no source name.
-    std::string text = joined({severity, " in ", quoted(source ? source : ""), where, "\n"});
-    if (!msg.empty())
-        text += joined({msg, "\n"});
-    return text;
+    const std::string head = severity + " in " + quoted(source ? source : "") + where + "\n";
+    return msg.empty() ? head : head + msg + "\n";
 }
 
 std::string at_line(int line) {
-    if (line <= 0)
-        return {};
-    return ", line " + std::to_string(line);
+    return line > 0 ? ", line " + std::to_string(line) : std::string();
 }
 
 MessagePlace place_of(const XMLNode& node) {
@@ -51,16 +36,14 @@ MessagePlace place_of(const XMLNode& node) {
 std::string how_often(unsigned int min_count, unsigned int max_count) {
     if (min_count != max_count)
         return std::to_string(min_count) + "-" + std::to_string(max_count) + " times.";
-    if (min_count == 1)
-        return "exactly once.";
-    return "exactly " + std::to_string(min_count) + " times.";
+    return min_count == 1 ? "exactly once." : "exactly " + std::to_string(min_count) + " times.";
 }
 
 } // namespace
 
 // Without callbacks no text is formed: a caller that only asks whether a document is good pays for none.
-bool BaseVisitor::report_error_where(const MessagePlace& place, std::string_view where,
-                                     std::string_view msg) {
+bool BaseVisitor::report_error_where(const MessagePlace& place, const std::string& where,
+                                     const std::string& msg) {
     if (m_callbacks) {
         m_callbacks->report_place(place);
         m_callbacks->report_error(framed("Error", get_source_name(), where, msg));
@@ -70,31 +53,32 @@ bool BaseVisitor::report_error_where(const MessagePlace& place, std::string_view
 }
 
 // The text has no line. Tools know it so.
-bool BaseVisitor::report_error(std::string_view msg) {
+bool BaseVisitor::report_error(const std::string& msg) {
     return report_error_where(m_current_elem ? place_of(*m_current_elem) : MessagePlace(), ":", msg);
 }
 
-bool BaseVisitor::report_error(const XMLNode& node, std::string_view msg) {
+bool BaseVisitor::report_error(const XMLNode& node, const std::string& msg) {
     return report_error_where(place_of(node), at_line(node.GetLineNum()), msg);
 }
 
-bool BaseVisitor::report_error(const XMLAttribute& attr, std::string_view msg) {
+bool BaseVisitor::report_error(const XMLAttribute& attr, const std::string& msg) {
     return report_error_where({attr.GetLineNum(), attr.Name()}, at_line(attr.GetLineNum()), msg);
 }
 
-bool BaseVisitor::report_warning(std::string_view msg) {
+bool BaseVisitor::report_warning(const std::string& msg) {
     if (m_callbacks)
         m_callbacks->report_warning(framed("Warning", get_source_name(), ":", msg));
     return true;
 }
 
-bool BaseVisitor::report_missing_attr(const XMLElement& elem, std::string_view attr, std::string_view extra) {
+bool BaseVisitor::report_missing_attr(const XMLElement& elem, const std::string& attr,
+                                      const std::string& extra) {
     const std::string text =
         "Expected attribute " + quoted(attr) + " on element " + quoted(elem.Value()) + ".";
     return report_error(elem, with_extra(text, extra));
 }
 
-bool BaseVisitor::report_unexpected_elem(const XMLElement& elem, std::string_view extra) {
+bool BaseVisitor::report_unexpected_elem(const XMLElement& elem, const std::string& extra) {
     return report_error(elem, with_extra("Unexpected element " + quoted(elem.Value()) + ".", extra));
 }
 
@@ -102,17 +86,17 @@ bool BaseVisitor::report_unexpected_attr(const XMLAttribute& attr) {
     return report_error(attr, "Unexpected attribute " + quoted(attr.Name()) + ".");
 }
 
-bool BaseVisitor::report_attr_type_error(const XMLElement& elem, std::string_view attr_name,
-                                         std::string_view extra) {
+bool BaseVisitor::report_attr_type_error(const XMLElement& elem, const std::string& attr_name,
+                                         const std::string& extra) {
     const std::string text =
         "Incorrect type for attribute " + quoted(attr_name) + " on element " + quoted(elem.Value()) + ".";
     return report_attr_error(elem, attr_name, with_extra(text, extra));
 }
 
 // An attribute has a line of its own, as the attributes of an element may stand on several lines.
-bool BaseVisitor::report_attr_error(const XMLElement& elem, std::string_view attr_name,
-                                    std::string_view msg) {
-    const XMLAttribute* attr = elem.FindAttribute(std::string(attr_name).c_str());
+bool BaseVisitor::report_attr_error(const XMLElement& elem, const std::string& attr_name,
+                                    const std::string& msg) {
+    const XMLAttribute* attr = elem.FindAttribute(attr_name.c_str());
     return attr ? report_error(*attr, msg) : report_error(elem, msg);
 }
 

@@ -113,10 +113,12 @@ class ProfilerImport {
     // those of a kernel are in the order of their first connections.
     TlyModuleInst& inst_of(const ProfilerConfigConnection& connection) {
         const ProfilerConfigModuleInst& described = *connection.getModuleInst();
-        // A description's connections are of its own functions, each of which has become a kernel.
-        TlyKernel& kernel = *m_model.kernels.at(connection.getFunction()->getName());
-        TlyModuleInst* inst = kernel.check_module_exists(described.getName());
-        return inst ? *inst : attach(make_inst(described), kernel);
+        const std::string& function = connection.getFunction()->getName();
+        const auto kernel = m_model.kernels.find(function);
+        TlyModuleInst* inst = kernel == m_model.kernels.end()
+                                  ? nullptr
+                                  : kernel->second->check_module_exists(described.getName());
+        return inst ? *inst : attach(make_inst(described), function);
     }
 
     std::unique_ptr<TlyModuleInst> make_inst(const ProfilerConfigModuleInst& described) const {
@@ -133,11 +135,15 @@ class ProfilerImport {
         return inst;
     }
 
-    // Makes the instance one of the kernel.
-    static TlyModuleInst& attach(std::unique_ptr<TlyModuleInst> inst, TlyKernel& kernel) {
-        if (inst->isAutorun() && !kernel.is_autorun_kernel())
-            kernel.set_autorun();
-        kernel.add_module_inst(inst.get());
+    // Makes the instance one of the kernel, and the kernel if there is none.
+    TlyModuleInst& attach(std::unique_ptr<TlyModuleInst> inst, const std::string& function) {
+        const auto found = m_model.kernels.find(function);
+        TlyKernel* kernel = found == m_model.kernels.end() ? nullptr : found->second;
+        if (!kernel)
+            kernel = m_model.kernels[function] = new TlyKernel(function, inst->isAutorun());
+        else if (inst->isAutorun() && !kernel->is_autorun_kernel())
+            kernel->set_autorun();
+        kernel->add_module_inst(inst.get());
         return *inst.release(); // the model's now
     }
 
