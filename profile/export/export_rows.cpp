@@ -8,6 +8,7 @@
 #include "block_facts.h"
 #include "contract.h"
 #include "diagnosis.h"
+#include "source_place.h"
 #include "utf8_text.h"
 
 namespace zan::profile {
@@ -200,13 +201,6 @@ void RowMaker::write_ports() const {
     }
 }
 
-std::string place_text(const SourcePlace& place) {
-    std::string text = place.file;
-    if (place.line > 0)
-        text += ":" + std::to_string(place.line);
-    return text;
-}
-
 } // namespace
 
 std::string call_chain_text(const std::vector<CallChain>& chains) {
@@ -214,7 +208,7 @@ std::string call_chain_text(const std::vector<CallChain>& chains) {
     for (const CallChain& chain : chains) {
         text += text.empty() ? "" : "; ";
         for (std::size_t i = 0; i < chain.size(); ++i)
-            text += (i == 0 ? "" : " < ") + place_text(chain[i]);
+            text += (i == 0 ? "" : " < ") + source_place_text(chain[i]);
     }
     return text;
 }
