@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "value_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -25,8 +26,7 @@ double rounds_away(double value, int decimals) {
 
 void insert_commas(std::string& digits) {
     const std::size_t first = digits.starts_with('-') ? 1 : 0;
-    const std::size_t point = digits.find('.');
-    std::size_t place = point == std::string::npos ? digits.size() : point;
+    std::size_t place = std::min(digits.find('.'), digits.size());
     while (place > first + 3) {
         place -= 3;
         digits.insert(place, 1, ',');

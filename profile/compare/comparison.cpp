@@ -24,12 +24,16 @@ Verdict verdict_of(Better better, double before, double after) {
 
 // Empty if it isn't known.
 std::string place_key(const SourcePlace& place) {
-    return place.file.empty() ? std::string() : source_place_text(place) + ":" + std::to_string(place.column);
+    if (place.file.empty())
+        return {};
+    return source_place_text(place) + ":" + std::to_string(place.column);
 }
 
 std::string kernel_source_key(const KernelSummary& kernel) {
     const std::string place = place_key(kernel.source);
-    return place.empty() ? place : place + "#" + std::to_string(kernel.compute_unit);
+    if (place.empty())
+        return {};
+    return place + "#" + std::to_string(kernel.compute_unit);
 }
 
 std::string block_source_key(const BlockSummary& block) {
@@ -53,8 +57,10 @@ Pairs<Item> match_by(MatchBy match, const std::vector<Item>& before, const std::
     if (match == MatchBy::name)
         return match_items<Item>(before, after, {name});
     const auto both = [&](const Item& item) {
-        const std::string place = source(item);
-        return place.empty() ? place : place + "\n" + name(item);
+        std::string place = source(item);
+        if (!place.empty())
+            place += "\n" + name(item);
+        return place;
     };
     return match_items<Item>(before, after, {both, source, name});
 }

@@ -7,8 +7,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <string>
 #include <thread>
+#include <utility>
 
 // Some signals reach the thread that makes this, a millisecond apart; then the pipe gets its bytes, and its
 // end. Where a read is not made again after a signal it fails.

@@ -69,4 +69,24 @@ TEST_F(CaptureChecks, TheFileAsAWhole) {
     EXPECT_THAT(codes({"\x1f\x8b junk", "0,0,k,0,10,-1,9,5"}, false), ElementsAre("compressed-capture:0"));
 }
 
+// A design of two counters.
+TEST_F(CaptureChecks, OneCounterIsOne) {
+    const ModelOf two(Description()
+                          .function("k")
+                          .module("m", {"clock", "ivalid"})
+                          .inst("k", "b", "m")
+                          .connect("k", "b", "clock")
+                          .connect("k", "b", "ivalid"));
+    for (const auto& [line, message] :
+         {std::pair("0,0,k,0,10,-1,1,5", "k has 1 counter here, the design has 2"),
+          std::pair("0,0,k,0,10,-1,3,5,6,7", "k has 3 counters here, the design has 2")}) {
+        FindingLog log;
+        CaptureCheck check("p.mon", log);
+        check.take_design(two.model);
+        check.take_line(1, line);
+        ASSERT_EQ(log.findings().size(), 1u);
+        EXPECT_EQ(log.findings()[0].first.message, message);
+    }
+}
+
 } // namespace

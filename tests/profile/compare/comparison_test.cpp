@@ -143,6 +143,9 @@ TEST(Comparison, KernelsCanBeMatchedByTheirSource) {
               Lines{"main_90c1: kernel_time 10 -> 20 worse"});
     EXPECT_EQ(lines_of(run_of({before}), run_of({after})),
               (Lines{"main_90c1: appeared", "main_7f3a: disappeared"}));
+    after.compute_unit = 1; // of the same source, but another unit
+    EXPECT_EQ(lines_of(run_of({before}), run_of({after}), MatchBy::source),
+              (Lines{"main_90c1#1: appeared", "main_7f3a: disappeared"}));
 }
 
 KernelSummary timed(double median, double low, double high, std::uint64_t count = 10) {

@@ -206,4 +206,15 @@ TEST(GateRule, WhatOnlyTheNewRunMeasuredIsMissing) {
     EXPECT_EQ(check("stall:+5", after, before), Lines{"0 compared, 1 missing"});
 }
 
+TEST(GateRule, ALimitInATimeIsComparedWithTheDifference) {
+    ProfileSummary before = run_with(1, 1, 5'000);
+    ProfileSummary after = run_with(1, 1, 8'001);
+    EXPECT_EQ(check("kernel_time:+3us", before, after),
+              (Lines{"writer 5000 -> 8001", "2 compared, 0 missing"}));
+    EXPECT_EQ(check("kernel_time:+3.001us", before, after), Lines{"2 compared, 0 missing"});
+    EXPECT_EQ(check("kernel_time:-3us", before, after), Lines{"2 compared, 0 missing"});
+    EXPECT_EQ(check("kernel_time:-3us", after, before),
+              (Lines{"writer 8001 -> 5000", "2 compared, 0 missing"}));
+}
+
 } // namespace

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "stream_report.h"
 
 using namespace zan::profile;
@@ -99,6 +101,35 @@ TEST(BlockMetrics, FillOfAWriteEndLeavesOutTheFullChannelOfStalls) {
     EXPECT_DOUBLE_EQ(known(metric_of(block, two_samples, Metric::fill)), 9.0);
     block.fill = {1.0f, 1.0f}; // which can't be, with so many stalls
     EXPECT_EQ(metric_of(block, two_samples, Metric::fill), 0.0);
+}
+
+// How deep a full channel is isn't known.
+TEST(BlockMetrics, FillOfAWriteEndIsUnknownWithoutItsGreatest) {
+    StreamBlock block{.mem_type = "",
+                      .operation = "write",
+                      .stall = {50, 100},
+                      .requests = {30, 70},
+                      .bandwidth = {1.0f, 1.0f},
+                      .fill = {10.0f, 11.0f}};
+    EXPECT_EQ(metric_of(block, two_samples, Metric::fill), std::nullopt);
+    EXPECT_EQ(metric_of(block, two_samples, Metric::fill_share), std::nullopt);
+    block.max_fill = {12, 12};
+    // (10 · 80 + 11 · 170 - 150 · 12) / 100, as above.
+    EXPECT_DOUBLE_EQ(known(metric_of(block, two_samples, Metric::fill)), 8.7);
+}
+
+// Of two samples the second one counts; that something is wrong with the first is counted.
+TEST(BlockMetrics, RatesThatAreNoneAreLeftOut) {
+    for (const float odd :
+         {-1.0f, std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity()}) {
+        const BlockSummary block = summarized_block({.bandwidth = {odd, 400.0f}}, two_samples);
+        EXPECT_EQ(block.metrics[Metric::bandwidth], 400.0) << odd;
+        EXPECT_EQ(block.metrics[Metric::bandwidth_max], 400.0) << odd;
+        EXPECT_EQ(block.num_left_out, 1U) << odd;
+        // Of three bursts, which don't line up with the samples, two count.
+        const StreamBlock bursts{.bandwidth = {1.0f, 1.0f}, .burst = {odd, 7.0f, 50.0f}};
+        EXPECT_EQ(metric_of(bursts, two_samples, Metric::burst), 28.5) << odd;
+    }
 }
 
 TEST(BlockMetrics, FillShareOfAShallowReadEndIsUnknown) {

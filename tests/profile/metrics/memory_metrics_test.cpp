@@ -249,4 +249,27 @@ TEST(MemoryMetrics, WithoutAKnownUnitOfTimeThereAreNoBandwidthsOfMemories) {
     EXPECT_EQ(summary.kernels[0].ports[0].mean, 400.0);
 }
 
+// The last of four samples counts: of the others the bandwidth is none, or there are no cycles.
+TEST(MemoryMetrics, BandwidthsOfPortsThatAreNoneAreLeftOut) {
+    StreamKernel kernel{.stamps = {100, 200, 300, 400}, .cycles = {100, 100, 0, 100}};
+    kernel.ports = {
+        {.only = "read_only", .bandwidth = {std::numeric_limits<float>::infinity(), -5.0f, 700.0f, 400.0f}}};
+    const ProfileSummary summary = summary_of({.kernels = {kernel}, .memories = {{}}});
+    const PortSummary port = summary.kernels[0].ports.at(0);
+    EXPECT_EQ(port.mean, 400.0);
+    EXPECT_EQ(port.max, 400.0);
+    EXPECT_EQ(summary.memories[0].metrics[Metric::memory_max], 400.0);
+}
+
+// As a port of which nothing was measured has: names, and no numbers.
+TEST(MemoryMetrics, APortWithoutBandwidthsHasNoNumbers) {
+    StreamKernel kernel{.stamps = {100}, .cycles = {100}};
+    kernel.ports = {{}};
+    const PortSummary port = summary_of({.kernels = {kernel}, .memories = {{}}}).kernels[0].ports.at(0);
+    EXPECT_EQ(port.port, "port_0");
+    EXPECT_EQ(port.mean, std::nullopt);
+    EXPECT_EQ(port.max, std::nullopt);
+    EXPECT_EQ(port.bytes, std::nullopt);
+}
+
 } // namespace

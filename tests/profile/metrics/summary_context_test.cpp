@@ -71,4 +71,18 @@ TEST(SummaryContext, JoinsOnlyKernelsOfOneNameUnitSourceAndDevice) {
     }
 }
 
+TEST(SummaryContext, JoinsABlockThatOnlyOneRunHasWithNone) {
+    const auto run_with = [](std::vector<StreamBlock> blocks) {
+        return totals_of({.kernels = {{.stamps = {1}, .cycles = {1}, .blocks = std::move(blocks)}}});
+    };
+    const auto first = run_with({{.name = "x"}, {.name = "y"}});
+    const auto second = run_with({{.name = "z"}, {.name = "y"}});
+    const Totals* const runs[] = {first.get(), second.get()};
+    const SummaryContext context(runs, {});
+    std::string names;
+    for (const JoinedBlock& block : join_blocks(join_kernels(context).at(0)))
+        names += block.front().totals->name + std::to_string(block.size()) + " ";
+    EXPECT_EQ(names, "x1 y2 z1 ");
+}
+
 } // namespace

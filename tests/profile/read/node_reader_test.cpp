@@ -153,6 +153,11 @@ TEST(NodeReader, TakesOnlyTheFirstQueueIfMoreArentNeeded) {
         reader.text("", "5");
         reader.text("", "6");
         reader.close();
+        // In pieces, as long ones come.
+        reader.open("total_cycles_between_samples", Form::array);
+        reader.elements(std::span<const int>(devices));
+        reader.elements(std::span<const int>(devices));
+        reader.close();
         const std::vector<int> stamps = {7, 8};
         reader.array("sample_timestamps", std::span<const int>(stamps));
         for (int i = 0; i < 3; ++i)
@@ -163,6 +168,7 @@ TEST(NodeReader, TakesOnlyTheFirstQueueIfMoreArentNeeded) {
         EXPECT_EQ(arrays[Counts::devices], needs ? (List{3, 4}) : (List{3}));
         EXPECT_EQ(arrays[Counts::queues], needs ? (List{5, 6}) : (List{5}));
         EXPECT_EQ(arrays[Counts::timestamps], (List{7, 8}));
+        EXPECT_EQ(arrays[Counts::cycles], (List{3, 4, 3, 4}));
     }
 }
 
@@ -390,6 +396,24 @@ TEST(NodeReader, AKernelBeginsAtItsListOfChildrenEvenIfThatIsEmpty) {
         reader.close();
     EXPECT_EQ(nodes.kernels.size(), 1u);
     EXPECT_EQ(nodes.num_ended, 1);
+}
+
+TEST(NodeReader, TakesTheFirstQueueOfAListInPieces) {
+    TakenNodes nodes;
+    nodes.needs = false;
+    NodeReader reader(nodes);
+    reader.open("kernels", Form::object);
+    reader.open("nodes", Form::array);
+    reader.open("", Form::object);
+    reader.open("command_queue_id", Form::array);
+    const std::vector<int> first = {5, 6};
+    const std::vector<int> second = {7};
+    reader.elements(std::span<const int>(first));
+    reader.elements(std::span<const int>(second));
+    for (int i = 0; i < 4; ++i)
+        reader.close();
+    ASSERT_EQ(nodes.kernels.size(), 1u);
+    EXPECT_EQ(nodes.kernels[0].arrays[Counts::queues], (SampleList<long long>{5}));
 }
 
 } // namespace

@@ -255,12 +255,14 @@ TEST_F(RunReaderFiles, ReadsTheCountersOfTheUnitThatIsWanted) {
 
 TEST_F(RunReaderFiles, ReadsAllUnitsOneAfterTheOther) {
     const std::string design = package(two_units());
-    const std::string text = "0,0,k,0,10,-1,4,100,200,30,60\n\n0,0,.reprogram,0,1\n";
+    const std::string text =
+        "0,0,k,0,10,-1,4,100,200,30,60\n\n0,0,.reprogram,0,1\n1,2,3\n0,0,k,0,20,-1,4,100,200,30,x\n";
     const ReadRun run = run_of(design, capture(text), all_compute_units);
-    EXPECT_THAT(values_of(run.report, "occupancy_samples"), ElementsAre("30", "60"));
-    EXPECT_THAT(run.fault_names, ElementsAre("empty-line:2")) << "each fault comes once";
-    EXPECT_EQ(run.result.num_lines, 3u);
-    EXPECT_EQ(run.result.num_left_out, 1u);
+    EXPECT_THAT(values_of(run.report, "occupancy_samples"), ElementsAre("30", "30", "60", "-1"));
+    EXPECT_THAT(run.fault_names, ElementsAre("empty-line:2", "nameless-line:4", "bad-counter:5"))
+        << "each fault comes once; the counter is of the second unit";
+    EXPECT_EQ(run.result.num_lines, 5u);
+    EXPECT_EQ(run.result.num_left_out, 2u);
     const std::string transfer = "\"type_transfer\": \".reprogram\"";
     EXPECT_EQ(run.report.find(transfer), run.report.rfind(transfer));
 
@@ -269,6 +271,12 @@ TEST_F(RunReaderFiles, ReadsAllUnitsOneAfterTheOther) {
     std::thread writer([&] { write_file(pipe, text); });
     EXPECT_EQ(run_of(design, pipe, all_compute_units).report, run.report);
     writer.join();
+}
+
+TEST_F(RunReaderFiles, AllUnitsOfADesignWithOneAreItsOne) {
+    const std::string design = package(one_unit());
+    const std::string mon = capture("0,0,k,0,10,-1,1,5\n");
+    EXPECT_EQ(run_of(design, mon, all_compute_units).report, run_of(design, mon).report);
 }
 
 TEST_F(RunReaderFiles, APackageMayComeThroughAPipe) {

@@ -137,4 +137,18 @@ TEST(TimeBins, ShareABudget) {
     EXPECT_EQ(bins_for_each(1024, 1'000'000), 64U);
 }
 
+// Bins may cover more than they have amounts in: everywhere, or at both ends.
+TEST(TimeBins, TakeFromOthersOnlyWhatHasAmounts) {
+    TimeBins other;
+    other.cover(0, 99);
+    TimeBins sum;
+    sum.add(other);
+    EXPECT_TRUE(sum.empty());
+    other.add(40, 50, 10.0);
+    sum.add(other);
+    EXPECT_EQ(sum.first(), 40);
+    EXPECT_EQ(sum.last(), 50);
+    EXPECT_EQ(sum.total(), 10.0);
+}
+
 } // namespace

@@ -25,6 +25,8 @@ TEST(Timeline, CoversBinsInPart) {
     const TimeBins bins = covered_bins(Spans{{1, 6}}, 2);
     EXPECT_EQ(bins.at(0), 3.0);
     EXPECT_EQ(bins.at(1), 2.0);
+    EXPECT_EQ(covered_bins(Spans{{5, 5}}, 2).total(), 0.0);
+    EXPECT_TRUE(covered_bins(Spans{}, 2).empty());
 }
 
 // From 1 to 6 and from 9 to 10, in bins of width 4, of width 1, and again of width 4.

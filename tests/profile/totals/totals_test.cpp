@@ -177,4 +177,19 @@ TEST(Totals, KnowTheWorkOfAnAutorunKernelByItsValidCyclesAlone) {
         EXPECT_EQ(cycles_of(stalls_idle_or_requests), 200.0);
 }
 
+// 2 MB/s in a sample of 100 cycles, and in one that ends where it begins: nothing can be said of when that
+// was.
+TEST(Totals, TrafficHasATime) {
+    StreamKernel kernel{.stamps = {100, 100}, .cycles = {100, 100}};
+    kernel.blocks = {{.name = "a", .memory = "DDR", .bandwidth = {2.0f, 2.0f}}};
+    kernel.ports = {{.memory = "HBM", .bandwidth = {2.0f, 2.0f}}};
+    const auto totals = totals_of({.kernels = {kernel}});
+    const auto& accesses = totals->kernels().at(0).accesses;
+    ASSERT_EQ(accesses.size(), 2U);
+    EXPECT_EQ(accesses[0].memory, "DDR");
+    EXPECT_EQ(accesses[0].reads.total(), 200.0);
+    EXPECT_EQ(accesses[1].memory, "HBM");
+    EXPECT_EQ(accesses[1].by_ports.total(), 200.0);
+}
+
 } // namespace

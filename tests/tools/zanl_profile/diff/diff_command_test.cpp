@@ -35,6 +35,9 @@ TEST_F(DiffCommand, HasThreeFormats) {
     const Outcome json = diff({"base.json", "new.json", "--format", "json"});
     EXPECT_THAT(json.out, StartsWith("{\n    \"schema\": \"zanl-profile/diff\""));
     EXPECT_EQ(diff({"--json", "base.json", "new.json"}), json);
+    EXPECT_THAT(json.out, HasSubstr("\"match\": \"name\""));
+    EXPECT_THAT(diff({"base.json", "new.json", "--json", "--match", "source"}).out,
+                HasSubstr("\"match\": \"source\""));
     EXPECT_EQ(diff({"base.json", "new.json", "--format", "xml"}),
               trouble("--format takes text, markdown or json, not 'xml'"));
     EXPECT_EQ(diff({"base.json", "new.json", "--match", "line"}),

@@ -266,3 +266,12 @@ TEST(SummaryTables, ABlockWithoutASentenceIsARowAlone) {
     ASSERT_NE(row + 1, lines.end());
     EXPECT_EQ(*(row + 1), "");
 }
+
+TEST(SummaryTables, ThatNothingStandsOutIsNotSaid) {
+    ProfileSummary summary = shown_run({made::kernel("k", {made::global_read()})});
+    Sentence& sentence = summary.kernels[0].blocks[0].sentence;
+    sentence.text = "Nothing stands out";
+    EXPECT_THAT(summary_text(summary, {}), HasSubstr("\n  Nothing stands out\n"));
+    sentence.rule = "fine";
+    EXPECT_THAT(summary_text(summary, {}), Not(HasSubstr("Nothing stands out")));
+}

@@ -50,6 +50,10 @@ TEST(PageJson, WholeNumbersHaveNoPoint) {
     EXPECT_EQ(number_in_page(12.0), "12");
     EXPECT_EQ(number_in_page(-3.0), "-3");
     EXPECT_EQ(number_in_page(0.25), "0.25");
+    // From 9e15 on, where not all whole numbers are doubles, and far beyond the integers.
+    EXPECT_EQ(number_in_page(8999999999999999.0), "8999999999999999");
+    EXPECT_EQ(number_in_page(-9e15), "-9000000000000000.0");
+    EXPECT_EQ(number_in_page(1e300), "1e300");
 }
 
 TEST(PageJson, WhatIsNoNumberIsNull) {

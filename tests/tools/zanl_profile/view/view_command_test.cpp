@@ -167,6 +167,14 @@ TEST_F(ViewCommand, WithoutCyclesThereIsNoSumOfThem) {
     EXPECT_TRUE(PageReader(page).head()["kernels"][0]["cycles_total"].IsNull());
 }
 
+TEST_F(ViewCommand, APageMayBeWrittenElsewhere) {
+    const std::string page = page_of({});
+    write("pages/other", "");
+    EXPECT_EQ(run({"view", "r.json", "-o", "pages/r.html"}), silent_success);
+    EXPECT_EQ(read("pages/r.html") == page, true);
+    EXPECT_EQ(tree("pages"), (Tree{{"other", ""}, {"r.html", page}}));
+}
+
 TEST_F(ViewCommand, ALargeSourceIsWhole) {
     std::string text;
     for (int i = 0; text.size() < 2'000'000; ++i)
