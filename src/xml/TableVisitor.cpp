@@ -66,12 +66,12 @@ bool TableVisitor::expect_no_attributes(const XMLElement& elem) {
     return report_unexpected_attrs(elem, std::vector<std::string>());
 }
 
-unsigned int TableVisitor::count_of(const std::string& path) const {
-    const auto entry = m_elem_counts.find(path);
+unsigned int TableVisitor::count_of(std::string_view path) const {
+    const auto entry = m_elem_counts.find(std::string(path));
     return entry == m_elem_counts.end() ? 0 : entry->second;
 }
 
-bool TableVisitor::expect_once(const XMLElement& elem, const std::string& path) {
+bool TableVisitor::expect_once(const XMLElement& elem, std::string_view path) {
     return count_of(path) == 1 || report_unexpected_elem_count_error(elem, 1, 1);
 }
 

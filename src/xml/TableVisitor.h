@@ -4,6 +4,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "BaseVisitor.h"
 
@@ -60,9 +61,9 @@ class TableVisitor : public BaseVisitor {
     bool expect_no_attributes(const XMLElement& elem);
 
     // How often the elements of this path were entered.
-    unsigned int count_of(const std::string& path) const;
+    unsigned int count_of(std::string_view path) const;
     // Whether they were entered exactly once. The message names `elem`, not the path.
-    bool expect_once(const XMLElement& elem, const std::string& path);
+    bool expect_once(const XMLElement& elem, std::string_view path);
 
   private:
     const ElementRow* find_row(const XMLElement& elem) const;

@@ -107,6 +107,11 @@ TEST_P(RunCommandFaults, AnyOtherFailureLeavesAllAsItWas) {
               is_export);
 }
 
+TEST_P(RunCommandFaults, AnInterruptedCallIsMadeAgainOrReported) {
+    for (const Calls calls : {Calls::reads, Calls::writes})
+        expect_all_or_nothing(calls, EINTR, false, ".*");
+}
+
 INSTANTIATE_TEST_SUITE_P(Commands, RunCommandFaults, testing::ValuesIn(run_cases),
                          [](const auto& info) { return info.param.name; });
 

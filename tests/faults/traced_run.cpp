@@ -212,7 +212,8 @@ bool Tracer::counts(const KnownCall& call, const Arguments& arguments, std::stri
         arguments[static_cast<std::size_t>(call.descriptor)] == STDERR_FILENO)
         return false;
     file = CurrentCall(m_process, call, arguments).file(m_folder, m_output);
-    return !file.empty() && (m_fault.file.empty() || file == m_fault.file);
+    return !file.empty() && (m_fault.file.empty() || file == m_fault.file) &&
+           (m_fault.call.empty() || m_fault.call == call.name);
 }
 
 void Tracer::fail(const KnownCall& call, const Arguments& arguments) {

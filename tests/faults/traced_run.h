@@ -22,6 +22,7 @@ struct Fault {
     bool lasting = false;  // so do all of these calls after it
     bool is_lost = false;  // it isn't made, and returns all the same that it has moved every byte
     std::string file = {}; // only calls on this file count; empty for all files
+    std::string call = {}; // only calls of this name count; empty for all of the kind
     // Each of the calls that don't fail moves this many bytes at most; 0 for all that it is asked for.
     std::uint64_t piece = 0;
 };

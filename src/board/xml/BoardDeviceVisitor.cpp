@@ -97,13 +97,15 @@ bool DeviceVisitor::visit_used_resources_single_elem(const XMLElement& elem) {
 // With both <lcells> and <les> the element is not left, though nothing is reported: the process then stops
 // where <device> is left. That end is part of the behaviour, so it isn't a fault to be mended here.
 bool DeviceVisitor::leave_used_resources_elem(const XMLElement& elem) {
-    const std::string path = "device/used_resources/";
-    if (!expect_once(elem, path + "ffs") || !expect_once(elem, path + "dsps") ||
-        !expect_once(elem, path + "rams"))
-        return false;
-    if (count_of(path + "les") + count_of(path + "lcells") == 1)
+    constexpr std::string_view lcells = "device/used_resources/lcells";
+    for (const char* path :
+         {"device/used_resources/ffs", "device/used_resources/dsps", "device/used_resources/rams"}) {
+        if (!expect_once(elem, path))
+            return false;
+    }
+    if (count_of("device/used_resources/les") + count_of(lcells) == 1)
         return true;
-    expect_once(elem, path + "lcells");
+    expect_once(elem, lcells);
     return false;
 }
 

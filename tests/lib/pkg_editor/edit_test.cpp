@@ -84,6 +84,8 @@ TEST_F(EditTest, NullArgumentsAreSilentFailures) {
               "");
     EXPECT_EQ(failure(pkg.get(), [](auto* p) { return zan_pkg_update_section_from_file(p, "a", nullptr); }),
               "");
+    for (const auto function : {zan_pkg_add_data_section_from_file, zan_pkg_update_section_from_file})
+        EXPECT_EQ(failure(pkg.get(), [&](auto* p) { return function(p, nullptr, "x"); }), "");
     EXPECT_EQ(failure(nullptr, [](auto* p) { return zan_pkg_add_data_section(p, "b", "x", 1); }), "");
     EXPECT_EQ(failure(nullptr, [](auto* p) { return zan_pkg_update_section(p, "a", "x", 1); }), "");
     EXPECT_EQ(failure(nullptr, [](auto* p) { return zan_pkg_add_data_section_from_file(p, "b", "x"); }), "");
@@ -191,6 +193,10 @@ TEST_F(EditTest, ASectionWithTwoDescriptorsIsNotValid) {
     EXPECT_EQ(failure(pkg.get(), [](auto* p) { return zan_pkg_read_section_into_file(p, "a", "/dev/null"); }),
               "Multiple data descriptors for 'a'.\n");
     EXPECT_EQ(failure(pkg.get(), [](auto* p) { return zan_pkg_update_section(p, "a", "x", 1); }), multiple);
+    const std::string input = file("content");
+    EXPECT_EQ(
+        failure(pkg.get(), [&](auto* p) { return zan_pkg_update_section_from_file(p, "a", input.c_str()); }),
+        multiple);
     EXPECT_DEATH(zan_pkg_list_file_sections(pkg.get()), "Assertion `sdata' failed");
 }
 

@@ -226,6 +226,23 @@ TEST_F(Pack, AFullDiskIsReported) {
               (Called{0, "zan_pkg_pack: Write of /dev/full failed: No space left on device\n"}));
 }
 
+// The names alone fill a buffer: 300 of 200 bytes, which zlib can't halve.
+TEST_F(Pack, AFullDiskIsReportedWhereANameMeetsIt) {
+    const std::string letters = noise(300 * 200);
+    std::filesystem::create_directory("files");
+    for (std::size_t i = 0; i < 300; ++i) {
+        std::string name = letters.substr(200 * i, 200);
+        std::ranges::transform(name, name.begin(), [](char letter) {
+            return static_cast<char>('@' + (static_cast<unsigned char>(letter) & 63)); // '@' to DEL
+        });
+        write_file("files/" + name, "");
+        std::filesystem::create_directories("folders/" + name);
+    }
+    for (const char* folder : {"files", "folders"})
+        EXPECT_EQ(pack({folder}, "/dev/full"),
+                  (Called{0, "zan_pkg_pack: Failed to write to /dev/full: No space left on device\n"}));
+}
+
 // Only the closing of the file is looked at by then, and it has nothing left to write.
 TEST_F(Pack, AFailedWriteOfTheLastBytesGoesUnnoticed) {
     write_file("a", noise(10000));

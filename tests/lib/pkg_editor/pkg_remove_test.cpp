@@ -98,6 +98,16 @@ TEST_F(RemoveTest, WhatObjcopyHasWrittenIsReadWithoutASection) {
     EXPECT_EQ(section("c"), version);
 }
 
+TEST_F(RemoveTest, ASectionWhoseNameIsNotInTheTableLosesIt) {
+    make({{"a", "1"}, {"b", "22"}, {"c", "3"}});
+    change_header(first_index + 1, [&](Elf32_Shdr& header) { header.sh_name = 100000; });
+    EXPECT_EQ(remove({"a"}), "");
+    EXPECT_EQ(header(result(), first_index).sh_name, 0u);
+    EXPECT_EQ(header(result(), first_index).sh_size, 2u);
+    write_file(path, result());
+    EXPECT_EQ(names(), "c");
+}
+
 TEST_F(RemoveTest, WhatCannotBeWrittenWithoutASectionIsReported) {
     make({{"a", "1"}, {"b", "22"}});
     EXPECT_EQ(remove({"a"}, 100).substr(0, 30), "the gaps between its sections ");
@@ -106,6 +116,12 @@ TEST_F(RemoveTest, WhatCannotBeWrittenWithoutASectionIsReported) {
     change_header(first_index + 1, [&](Elf32_Shdr& header) { header.sh_link = 1; });
     EXPECT_EQ(remove({"a"}), "section 'b' refers to other sections by their numbers");
     EXPECT_EQ(remove({"b"}), "");
+    write_file(path, whole);
+    change_header(first_index + 1, [&](Elf32_Shdr& header) { header.sh_flags |= SHF_INFO_LINK; });
+    EXPECT_EQ(remove({"a"}), "section 'b' refers to other sections by their numbers");
+    write_file(path, whole);
+    change_header(first_index + 1, [&](Elf32_Shdr& header) { header.sh_addralign = 3; });
+    EXPECT_EQ(remove({"a"}), "invalid section alignment");
     write_file(path, whole);
     change_header(first_index + 1, [&](Elf32_Shdr& header) { header.sh_size = 1 << 20; });
     EXPECT_NE(remove({"a"}), "");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Compile configurations, whose rules depend on the version of the document.
 #include "BoardCompileVisitor.h"
+#include "BoardPortVisitor.h"
 #include "board_document.h"
 #include "contract_death.h"
 #include "xml_probe.h"
@@ -233,10 +234,12 @@ TEST(Compile, FaultsOfFixes) {
                 ElementsAre(at_line(5, "Unexpected element 'x'.")));
 }
 
-TEST(CompileDeathTest, VisitorsNeedABoard) {
+TEST(CompileDeathTest, VisitorsNeedWhatTheyFill) {
     ProbeVisitor parent;
     EXPECT_CONTRACT(board::xml::CompileVisitor(&parent, nullptr), "spec != __null");
     EXPECT_CONTRACT(board::xml::BoardVisitor(nullptr, nullptr, false, false), "spec != __null");
+    EXPECT_CONTRACT(board::xml::PortVisitor(&parent, nullptr), "intf != __null");
+    EXPECT_CONTRACT(board::xml::AttributeVisitor(&parent, nullptr), "port != __null");
 }
 
 } // namespace
