@@ -142,3 +142,13 @@ TEST(Diagnosis, ARunWithoutKernelsHasAnswersToo) {
     EXPECT_EQ(empty.answers.source, "None");
     EXPECT_EQ(empty.answers.memory, "Unknown");
 }
+
+// All times of the run are the same, so no kernel has a share of it.
+TEST(Diagnosis, ARunWithoutTimeHasNoLeaderButSaysSo) {
+    ProfileSummary summary = made::run({made::kernel("k", {made::global_read()})});
+    summary.metrics[Metric::span] = 0;
+    summary.kernel_time = 0;
+    summary.kernels[0].metrics[Metric::kernel_total] = 0;
+    diagnose(summary, built_in_rules());
+    EXPECT_EQ(summary.answers.kernel, "Unknown: the times of the run don't say");
+}
