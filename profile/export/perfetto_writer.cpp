@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "export_rows.h"
+#include "kernel_label.h"
 #include "slice_lanes.h"
 #include "utf8_text.h"
 
@@ -148,10 +149,8 @@ std::int64_t PerfettoWriter::add_track(std::int64_t parent, const std::string& n
 }
 
 void PerfettoWriter::new_kernel(std::int64_t, const KernelNode& node) {
-    std::string name = node.name;
-    if (node.compute_unit != 0)
-        name += "#" + std::to_string(node.compute_unit);
     m_places.push_back(call_chain_text({{node.source}}));
+    const std::string name = unit_label(node.name, node.compute_unit);
     m_kernels.push_back(add_track(0, name, m_places.back(), nullptr));
 }
 
@@ -255,12 +254,13 @@ void PerfettoWriter::add_slice(std::int64_t track, const TimeSpan& span, const s
 
 void PerfettoWriter::add_invocations(const WholeRun& run, std::size_t place) {
     const KernelTotals& kernel = run.totals.kernels()[place];
+    const std::string name = unit_label(kernel.key.name, kernel.key.compute_unit);
     const auto& invocations = run.ids.kernels[place].invocations;
     std::vector<std::int64_t> tracks = {m_kernels[place]};
     bool is_first = true;
     for (const LaneSlice& slice : slice_lanes(kernel.invocations.spans())) {
         if (slice.lane >= tracks.size())
-            tracks.push_back(add_track(0, kernel.key.name, m_places[place], nullptr));
+            tracks.push_back(add_track(0, name, m_places[place], nullptr));
         ProtoBytes arguments;
         add_argument(arguments, "invocation_id", invocations[slice.place].id);
         add_argument(arguments, "samples", static_cast<std::int64_t>(invocations[slice.place].num_samples));

@@ -73,25 +73,32 @@ std::size_t count_in(const std::string& trace, const std::string& part) {
 
 // The kernel has the track 1, its counters have 2 to 4. The second invocation, from 120 to 150, begins before
 // the first one ends at 130, and is a slice on a track of its own; the third fits after the first.
-TEST(PerfettoWriter, InvocationsThatOverlapHaveTracksOfTheirOwn) {
+std::string overlapping_report() {
     const std::string node =
-        R"json(, {"name": "=cmd(\"x\")", "sourcefile": {"filename": "a,b.cl", "line": "3"},
-        "start_time": "120", "sample_timestamps": ["150"]})json";
+        R"json(, {"name": "=cmd(\"x\")", "compute_unit": "0",
+        "sourcefile": {"filename": "a,b.cl", "line": "3"}, "start_time": "120", "sample_timestamps": ["150"]})json";
     std::string next = node;
     next.replace(next.find("120"), 3, "130");
     next.replace(next.find("150"), 3, "140");
     std::string report = odd_report;
-    report.insert(report.find("]},\n\"memtransfers\""), node + next);
-    const std::string trace = trace_of(report);
+    return report.insert(report.find("]},\n\"memtransfers\""), node + next);
+}
+
+TEST(PerfettoWriter, InvocationsThatOverlapHaveTracksOfTheirOwn) {
+    const std::string trace = trace_of(overlapping_report());
     EXPECT_THAT(trace, HasSubstr("\x08\x05\x12\x09=cmd(\"x\")"s));
     EXPECT_EQ(count_in(trace, "\x48\x01\x58\x01"s), 2u); // begins of slices on track 1
     EXPECT_EQ(count_in(trace, "\x48\x01\x58\x05"s), 1u);
 }
 
-TEST(PerfettoWriter, AComputeUnitIsPartOfTheNameOfATrack) {
-    std::string report = odd_report;
-    report.replace(report.find("\"compute_unit\": \"0\""), 19, "\"compute_unit\": \"12\"");
-    EXPECT_THAT(trace_of(report), HasSubstr("\x08\x01\x12\x0c=cmd(\"x\")#12"s));
+TEST(PerfettoWriter, AComputeUnitIsPartOfTheNamesOfItsTracks) {
+    std::string report = overlapping_report();
+    const std::string unit = "\"compute_unit\": \"0\"";
+    for (std::size_t at = report.find(unit); at != std::string::npos; at = report.find(unit))
+        report.replace(at, unit.size(), "\"compute_unit\": \"12\"");
+    const std::string trace = trace_of(report);
+    EXPECT_THAT(trace, HasSubstr("\x08\x01\x12\x0c=cmd(\"x\")#12"s));
+    EXPECT_THAT(trace, HasSubstr("\x08\x05\x12\x0c=cmd(\"x\")#12"s));
 }
 
 TEST(PerfettoWriter, WithoutPlacesInSourcesThereAreNoArgumentsOfThem) {
