@@ -106,7 +106,9 @@ bool has_labels(const HistoryRun& run, const Labels& where) {
 Labels labels_of(const ProfileSummary& summary) {
     std::string devices;
     for (const KernelSummary& kernel : summary.kernels) {
-        const std::string device = kernel.device ? std::to_string(*kernel.device) : "";
+        if (!kernel.device)
+            continue;
+        const std::string device = std::to_string(*kernel.device);
         if (("," + devices + ",").find("," + device + ",") == std::string::npos)
             devices += (devices.empty() ? "" : ",") + device;
     }
@@ -169,7 +171,7 @@ void HistoryStore::explain(const DatabaseError& error) const {
         text = "another process";
         if (holder > 0)
             text = "process " + std::to_string(holder);
-        text += " is writing to it; wait for it to end";
+        text += " is using it; wait for it to end";
     } else if ((error.code() & 0xff) == result_no_database) {
         text = "it is no history";
     }

@@ -45,6 +45,8 @@ TEST_F(History, ARunOfSeveralDevicesIsLabelledWithAll) {
         summary.kernels.back().device = device;
     }
     EXPECT_EQ(labels_of(summary).at("device"), "2,0");
+    summary.kernels[1].device.reset(); // a kernel without a device adds nothing
+    EXPECT_EQ(labels_of(summary).at("device"), "2,0");
     summary = run_of_time(5);
     summary.kernels[0].device.reset();
     summary.clock_mhz.reset();

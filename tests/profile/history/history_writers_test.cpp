@@ -67,7 +67,7 @@ TEST_F(HistoryWriters, WaitsForAnotherWriterAndNamesIt) {
     EXPECT_EQ(history_fault_of([&] {
                   store.add({&entry, 1});
               }),
-              path + ": process " + std::to_string(writer) + " is writing to it; wait for it to end");
+              path + ": process " + std::to_string(writer) + " is using it; wait for it to end");
     EXPECT_EQ(store.list().size(), 1u); // readers need not wait
     ::kill(writer, SIGKILL);
     ::waitpid(writer, nullptr, 0);
@@ -84,7 +84,7 @@ TEST_F(HistoryWriters, AnUnknownWriterHasNoNumber) {
     writer.execute("BEGIN IMMEDIATE");
     const HistoryEntry entry = entry_of(2);
     const auto add_entry = [&] { store.add({&entry, 1}); };
-    const std::string text = path + ": another process is writing to it; wait for it to end";
+    const std::string text = path + ": another process is using it; wait for it to end";
     EXPECT_EQ(history_fault_of(add_entry), text);
     std::filesystem::remove(path);
     EXPECT_EQ(history_fault_of(add_entry), text) << "nor is there a file to ask for";
