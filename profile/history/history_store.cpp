@@ -84,7 +84,7 @@ Labels labels_of_run(Statement& query, std::int64_t run) {
 }
 
 // The first columns of `query` are number, id, date and input.
-HistoryRun run_of_row(Statement& query, Statement& labels) {
+HistoryRun run_of_row(const Statement& query, Statement& labels) {
     HistoryRun run;
     run.number = query.integer(0);
     run.id = query.text(1);

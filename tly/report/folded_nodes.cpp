@@ -88,6 +88,7 @@ struct FoldedNodes::Reader {
         with_integer_of(std::size_t{1} << (count_and_width % num_widths), [&](auto stored) {
             for (std::size_t i = 0; i < count; ++i) {
                 std::memcpy(&stored, position + i * sizeof stored, sizeof stored);
+                // NOLINTNEXTLINE(bugprone-signed-char-misuse): it is a number of one byte, and no character
                 out[i] = static_cast<T>(stored);
             }
             position += count * sizeof stored;
