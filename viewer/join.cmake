@@ -46,8 +46,9 @@ string(REGEX REPLACE ", ([[{(]|[a-z_0-9]+[[(.])" ",\\1" script "${script}")
 string(REGEX REPLACE "([])]), " "\\1," script "${script}")
 string(REGEX REPLACE "[)] ([a-z]+[ (.;])" ")\\1" script "${script}")
 string(REGEX REPLACE "(const|return) ([[{])" "\\1\\2" script "${script}")
-# The end of a statement before that of a block; no loop is empty.
+# The end of a statement before that of a block; no loop is empty. Lines end after statements, not where a block begins.
 string(REPLACE ";\n}" "\n}" script "${script}")
+string(REPLACE "{\n" "{" script "${script}")
 file(READ "${folder}/style.css" style)
 string(REGEX REPLACE " ?([{:;,]) " "\\1" style "${style}")
 string(REPLACE " {\n" "{\n" style "${style}")

@@ -86,6 +86,7 @@ test("no text has an operator between blanks, or blanks inside of braces, which 
         for (const line of code.split("\n")) {
             const texts = [...line.matchAll(/"[^"]*"/g), ...line.replace(/\$\{[^{}]*\}/g, "x").matchAll(/`[^`]*`/g)];
             for (const [text] of texts) assert.doesNotMatch(text, / (?:=>|===|!==|&&|\|\||\?\?|>=|<=|=|[+*/?:<>-]) |\{ | \}|\) \{|(?:if|for|while) \(|, [a-z_.0-9]+\)|[{,] ?[a-z_]+: |, (?:[[{(]|[a-z_0-9]+[[(.])|[\])], |\) [a-z]+[ (.;]|(?:const|return) [[{]/, `${name}: ${line}`);
+            assert.equal((line.match(/`/g) ?? []).length % 2, 0, `${name}: a text that goes on in the next line: ${line}`);
             assert.ok(!has_empty_loop(line), `${name}: a loop without a body, whose ; may be dropped: ${line}`);
             assert.doesNotMatch(line, / (?:\+ \+|- -|\/ \/)/, `${name}: without blanks this is another operator: ${line}`);
         }
