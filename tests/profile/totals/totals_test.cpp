@@ -123,7 +123,7 @@ TEST(Totals, HoldWhatStandsAroundTheKernels) {
     EXPECT_EQ(totals->transfers().begin()->second.at(0), (TimeSpan{5, 5})); // an end below the start
 }
 
-// Its times can't be told from those of another invocation.
+// Its times could be those of another invocation.
 TEST(Totals, OfAKernelWithoutAStartOnlySamplesAreCounted) {
     StreamKernel kernel{.stamps = {100, 200}, .cycles = {100, 0}};
     kernel.blocks = {{.name = "a", .memory = "DDR", .valid = {50, 50}, .bandwidth = {1.0f, 1.0f}}};
