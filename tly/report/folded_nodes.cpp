@@ -28,9 +28,6 @@ namespace {
 
 // Arrays of up to this many values are copied, longer ones share their list.
 constexpr std::size_t most_copied = 64;
-// Integers of fewer values take four bytes each: what narrower ones save isn't worth a branch that is
-// mispredicted.
-constexpr std::size_t least_narrowed = 8;
 constexpr std::size_t first_block = std::size_t{1} << 12;
 constexpr std::size_t largest_block = std::size_t{1} << 18;
 constexpr std::size_t max_number_bytes = 10;
