@@ -55,7 +55,7 @@ export class Clock {
 
     /** Loads what every chart of the kernel needs. */
     load() {
-        this.loading ??= this.read();
+        this.loading ??= this.read().finally(() => this.changed());
         return this.loading;
     }
 
@@ -68,7 +68,6 @@ export class Clock {
             [series.start, series.end, series.first, series.type, ...times].map((id) => this.store.values(id)));
         this.ends_by_step.set(this.lowest_step, is_single ? least : least.map((value, i) => value + range[i]));
         this.is_ready = true;
-        this.changed();
         return this;
     }
 
@@ -164,9 +163,8 @@ export class Track {
     load() {
         this.loading ??= this.read().then((levels) => {
             this.levels = levels;
-            this.clock.changed();
             return levels;
-        });
+        }).finally(() => this.clock.changed());
         return this.loading;
     }
 
@@ -240,7 +238,7 @@ export class Track {
     /** Entries to draw; nothing while they are loaded. @param {number} step @param {number} from @param {number} to entries @returns {Window | undefined} */
     window(step, from, to) {
         if (!this.levels) {
-            this.load().catch(() => this.clock.changed());
+            this.load().catch(() => {});
             return undefined;
         }
         const level = this.levels.find((l) => l.step === step);

@@ -64,7 +64,7 @@ function cut_gaps(map, clock, t0, t1) {
  */
 export function pixels_of(clock, t0, t1, width) {
     if (!clock.is_ready) {
-        clock.load().catch(() => clock.changed());
+        clock.load().catch(() => {});
         return undefined;
     }
     if (!(t1 > t0) || width < 1) return undefined;

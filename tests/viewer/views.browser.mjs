@@ -139,6 +139,13 @@ browser_suite("the page in a browser", (shared) => {
         const opened = await open_page(shared.browser, file, { address: "#/block/long/long__global" });
         await settle(opened.page, 300);
         assert.match(await opened.page.getByRole("alert").first().textContent(), /could be read/);
+        const frames = await opened.page.evaluate(() => new Promise((done) => {
+            const ask = window.requestAnimationFrame;
+            let count = 0;
+            window.requestAnimationFrame = (draw) => { ++count; return ask.call(window, draw); };
+            setTimeout(() => done(count), 500);
+        }));
+        assert.equal(frames, 0, "what can't be read is not drawn again and again");
         await opened.close();
     });
 
